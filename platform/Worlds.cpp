@@ -1,0 +1,69 @@
+#include "platform/Worlds.h"
+
+#include <cstdlib>
+
+namespace platform {
+
+namespace {
+
+// Rows start at multiples of this many bytes.
+constexpr std::int64_t kRowAlignment = 16;
+
+constexpr ColorTable MakeGrayRamp() {
+    ColorTable table{};
+    for (std::uint32_t gray = 0; gray < 256; ++gray) table.colors[gray] = gray << 16 | gray << 8 | gray;
+    return table;
+}
+
+constexpr ColorTable kGrayRamp = MakeGrayRamp();
+
+}  // namespace
+
+sdk::GWorld* NewGWorld(std::int32_t depth, std::int32_t width, std::int32_t height, const ColorTable* colors) {
+    if ((depth != 32 && depth != 24 && depth != 8) || width < 1 || height < 1) return nullptr;
+    const std::int64_t used = std::int64_t{width} * (depth / 8);
+    const std::int64_t rowBytes = (used + kRowAlignment - 1) / kRowAlignment * kRowAlignment;
+    if (rowBytes > INT32_MAX) return nullptr;
+    auto* world = static_cast<sdk::GWorld*>(std::calloc(1, sizeof(sdk::GWorld)));
+    auto* pixels = static_cast<std::uint8_t*>(
+        std::calloc(static_cast<std::size_t>(height), static_cast<std::size_t>(rowBytes)));
+    if (!world || !pixels) {
+        std::free(world);
+        std::free(pixels);
+        return nullptr;
+    }
+    world->pixMap = {pixels, static_cast<std::int32_t>(rowBytes), depth, 0, colors};
+    world->width = width;
+    world->height = height;
+    return world;
+}
+
+void DisposeGWorld(sdk::GWorld* world) {
+    if (!world) return;
+    std::free(world->pixMap.baseAddress);
+    std::free(world);
+}
+
+PixMap* GetGWorldPixMap(sdk::GWorld* world) { return world ? &world->pixMap : nullptr; }
+
+PixMap* GetPortPixMap(sdk::GWorld* world) { return GetGWorldPixMap(world); }
+
+bool LockPixels(PixMap* pixMap) {
+    if (!pixMap || !pixMap->baseAddress) return false;
+    ++pixMap->lockCount;
+    return true;
+}
+
+void UnlockPixels(PixMap* pixMap) {
+    if (pixMap) --pixMap->lockCount;
+}
+
+std::int32_t GetPixDepth(const PixMap* pixMap) { return pixMap ? pixMap->depth : 0; }
+
+std::int32_t GetPixRowBytes(const PixMap* pixMap) { return pixMap ? pixMap->rowBytes : 0; }
+
+std::uint8_t* GetPixBaseAddr(const PixMap* pixMap) { return pixMap ? pixMap->baseAddress : nullptr; }
+
+const ColorTable* GetCTable(std::int32_t number) { return number == 40 ? &kGrayRamp : nullptr; }
+
+}  // namespace platform
