@@ -1,0 +1,39 @@
+// Host arrays: counted, of one element type, of one dimension from index 0.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "host/Ref.h"
+#include "host/Type.h"
+#include "sdk/PluginInterface.h"
+
+namespace host {
+
+class Value;
+
+struct Array : sdk::Array {
+    std::int32_t references;
+    Type element;
+    std::vector<Value> values;  // each of the element type
+
+    Array();
+    ~Array();
+};
+
+inline Array* FromPlugin(sdk::Array* array) { return static_cast<Array*>(array); }
+
+// `count` elements of the type's default value.
+Ref<Array> MakeArray(const Type& element, std::size_t count = 0);
+Ref<Array> MakeIntegerArray(const std::vector<std::int32_t>& values);
+
+// Nil is allowed and ignored.
+void Retain(Array* array);
+void Release(Array* array);
+
+// The highest index; -1 for an empty array or nil.
+std::int32_t UpperBound(const Array* array);
+
+std::int64_t LiveArrayCount();
+
+}  // namespace host

@@ -1,0 +1,343 @@
+#include "host/Call.h"
+
+#include <ffi.h>
+
+#include <cassert>
+#include <cstring>
+#include <vector>
+
+#include "host/Runtime.h"
+
+namespace host {
+
+// The shape of a call: what libffi needs to know of a signature.
+struct CallPlan {
+    ffi_cif cif{};
+    std::vector<ffi_type*> types;
+};
+
+namespace {
+
+// One argument or result as it is passed. libffi widens narrow results to a whole register, of
+// which the low bytes count; on this machine those come first.
+union Cell {
+    std::uint8_t byte;
+    std::int32_t integer;
+    std::uint32_t word;
+    std::int64_t int64;
+    double real;
+    float single;
+    void* pointer;
+    ffi_arg whole;
+};
+
+ffi_type* FfiTypeOf(Kind kind) {
+    switch (kind) {
+        case Kind::None:
+            return &ffi_type_void;
+        case Kind::Integer:
+            return &ffi_type_sint32;
+        case Kind::Int64:
+            return &ffi_type_sint64;
+        case Kind::UInt32:
+            return &ffi_type_uint32;
+        case Kind::Color:
+            return &ffi_type_uint32;
+        case Kind::UInt8:
+            return &ffi_type_uint8;
+        case Kind::Boolean:
+            return &ffi_type_uint8;
+        case Kind::Double:
+            return &ffi_type_double;
+        case Kind::Single:
+            return &ffi_type_float;
+        default:
+            return &ffi_type_pointer;
+    }
+}
+
+std::shared_ptr<CallPlan> MakePlan(const Declaration& declaration, bool passSelf, std::size_t count) {
+    auto plan = std::make_shared<CallPlan>();
+    if (passSelf) plan->types.push_back(&ffi_type_pointer);
+    for (const Parameter& parameter : declaration.parameters) plan->types.push_back(FfiTypeOf(parameter.type.kind));
+    // A setter takes one more, of the result's type, and gives nothing.
+    const bool setter = count > declaration.parameters.size();
+    if (setter) plan->types.push_back(FfiTypeOf(declaration.result.kind));
+    ffi_type* result = setter ? &ffi_type_void : FfiTypeOf(declaration.result.kind);
+    [[maybe_unused]] const ffi_status status = ffi_prep_cif(
+        &plan->cif, FFI_DEFAULT_ABI, static_cast<unsigned>(plan->types.size()), result, plan->types.data());
+    assert(status == FFI_OK);
+    return plan;
+}
+
+// A borrowed value as an argument.
+Cell CellOf(const Value& value, Kind kind) {
+    Cell cell{};
+    switch (kind) {
+        case Kind::None:
+            break;
+        case Kind::Integer:
+            cell.integer = value.ToInt32();
+            break;
+        case Kind::Int64:
+            cell.int64 = value.ToInt64();
+            break;
+        case Kind::UInt32:
+        case Kind::Color:
+            cell.word = static_cast<std::uint32_t>(value.ToInt64());
+            break;
+        case Kind::UInt8:
+            cell.byte = static_cast<std::uint8_t>(value.ToInt64());
+            break;
+        case Kind::Boolean:
+            cell.byte = value.ToBoolean();
+            break;
+        case Kind::Double:
+            cell.real = value.ToDouble();
+            break;
+        case Kind::Single:
+            cell.single = static_cast<float>(value.ToDouble());
+            break;
+        case Kind::String:
+            cell.pointer = value.string();
+            break;
+        case Kind::Array:
+            cell.pointer = value.array();
+            break;
+        case Kind::Object:
+            cell.pointer = static_cast<sdk::Object*>(value.object());
+            break;
+    }
+    return cell;
+}
+
+// A cell as a value. References are taken over when `owned`, else shared.
+template <class T>
+Ref<T> Take(void* pointer, bool owned) {
+    auto* counted = static_cast<T*>(pointer);
+    return owned ? Ref<T>::Adopt(counted) : Ref<T>::Share(counted);
+}
+
+Value ValueOf(const Cell& cell, const Type& type, bool owned) {
+    switch (type.kind) {
+        case Kind::None:
+            return Value();
+        case Kind::Integer:
+            return Value(cell.integer);
+        case Kind::Int64:
+            return Value(cell.int64);
+        case Kind::UInt32:
+            return Value(cell.word);
+        case Kind::Color:
+            return Value(static_cast<sdk::Color>(cell.word));
+        case Kind::UInt8:
+            return Value(cell.byte);
+        case Kind::Boolean:
+            return Value(cell.byte != 0);
+        case Kind::Double:
+            return Value(cell.real);
+        case Kind::Single:
+            return Value(cell.single);
+        case Kind::String:
+            return Value(Take<String>(cell.pointer, owned));
+        case Kind::Array:
+            return Value(Take<Array>(cell.pointer, owned));
+        case Kind::Object: {
+            Ref<Object> object = Take<Object>(cell.pointer, owned);
+            return type.IsVariant() ? Unbox(object) : Value(std::move(object));
+        }
+    }
+    return Value();
+}
+
+const Type& TypeOfArgument(const Declaration& declaration, std::size_t index) {
+    return index < declaration.parameters.size() ? declaration.parameters[index].type : declaration.result;
+}
+
+// The value whose reference the callee gets to see: itself, or its box for a variant.
+Value Passed(const Value& value, const Type& type) { return type.IsVariant() ? Value(Box(value)) : value; }
+
+void WriteReferenceField(std::uint8_t* field, const Value& value, Kind kind) {
+    Value old;
+    void* pointer = nullptr;
+    std::memcpy(&pointer, field, sizeof(pointer));
+    if (kind == Kind::String)
+        old = Value(Ref<String>::Adopt(static_cast<String*>(pointer)));
+    else if (kind == Kind::Array)
+        old = Value(Ref<Array>::Adopt(static_cast<Array*>(pointer)));
+    else
+        old = Value(Ref<Object>::Adopt(static_cast<Object*>(pointer)));
+    void* held = nullptr;
+    if (kind == Kind::String)
+        held = Ref<String>::Share(value.string()).Detach();
+    else if (kind == Kind::Array)
+        held = Ref<Array>::Share(value.array()).Detach();
+    else
+        held = Ref<Object>::Share(value.object()).Detach();
+    // The field holds the new one before the old one's destructor can look at it.
+    std::memcpy(field, &held, sizeof(held));
+}
+
+std::size_t FieldSize(Kind kind) { return FfiTypeOf(kind)->size; }
+
+bool IsReference(Kind kind) { return kind == Kind::String || kind == Kind::Array || kind == Kind::Object; }
+
+std::uint8_t* FieldOf(const Property& property, Object* self, std::int32_t offset) {
+    return DataAt<std::uint8_t>(self, property.owner->dataOffset() + offset);
+}
+
+Declaration AccessorDeclaration(const Property& property) { return {property.name, {}, property.type}; }
+
+}  // namespace
+
+Value CallFunction(sdk::AnyFunction function, const Declaration& declaration, bool passSelf, Object* self,
+                   std::span<const Value> arguments, std::shared_ptr<CallPlan>& plan) {
+    if (!plan) plan = MakePlan(declaration, passSelf, arguments.size());
+    std::vector<Value> passed;
+    std::vector<Cell> cells;
+    if (passSelf) cells.push_back({.pointer = static_cast<sdk::Object*>(self)});
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const Type& type = TypeOfArgument(declaration, i);
+        passed.push_back(Passed(arguments[i], type));
+        cells.push_back(CellOf(passed.back(), type.kind));
+    }
+    std::vector<void*> pointers;
+    for (Cell& cell : cells) pointers.push_back(&cell);
+    Cell result{};
+    const auto keepAlive = Ref<Object>::Share(self);
+    ffi_call(&plan->cif, function, &result, pointers.data());
+    const bool setter = arguments.size() > declaration.parameters.size();
+    return setter ? Value() : ValueOf(result, declaration.result, true);
+}
+
+Value Invoke(const Method& method, Object* self, std::span<Value> arguments) {
+    if (!method.function) return method.body(self, arguments);
+    return CallFunction(method.function, method.declaration, !method.shared, self, arguments, method.plan);
+}
+
+void InvokeSetter(const Method& method, Object* self, std::span<Value> arguments, const Value& assigned) {
+    std::vector<Value> all(arguments.begin(), arguments.end());
+    all.push_back(assigned);
+    if (!method.function)
+        method.assign(self, all);
+    else
+        CallFunction(method.setter, method.declaration, !method.shared, self, all, method.setterPlan);
+}
+
+Value GetProperty(const Property& property, Object* self) {
+    if (property.read) return property.read(self, {});
+    if (property.slot >= 0) return property.owner->SlotsOf(self)[property.slot];
+    if (property.getter.function)
+        return CallFunction(property.getter.function, AccessorDeclaration(property), true, self, {}, property.plan);
+    Cell cell{};
+    std::memcpy(&cell, FieldOf(property, self, property.getter.fieldOffset), FieldSize(property.type.kind));
+    return ValueOf(cell, property.type, false);
+}
+
+void SetProperty(const Property& property, Object* self, const Value& value) {
+    if (property.write) {
+        Value argument = value;
+        property.write(self, {&argument, 1});
+        return;
+    }
+    if (property.slot >= 0) {
+        // Through a copy, so that the slot is whole before the old value's destructor runs.
+        Value old = std::exchange(property.owner->SlotsOf(self)[property.slot], value);
+        return;
+    }
+    if (property.setter.function) {
+        CallFunction(property.setter.function, AccessorDeclaration(property), true, self, {&value, 1},
+                     property.setterPlan);
+        return;
+    }
+    std::uint8_t* field = FieldOf(property, self, property.setter.fieldOffset);
+    const Kind kind = property.type.kind;
+    if (IsReference(kind)) return WriteReferenceField(field, Passed(value, property.type), kind);
+    const Cell cell = CellOf(value, kind);
+    std::memcpy(field, &cell, FieldSize(kind));
+}
+
+bool RaiseEvent(const Event& event, Object* self, std::span<Value> arguments, Value& result) {
+    const EventHandler* handler = self ? self->type->FindEventHandler(event.number) : nullptr;
+    if (!handler) return false;
+    result = handler->body(self, arguments);
+    return true;
+}
+
+// --- Closures -----------------------------------------------------------------------------
+
+struct Closure::Parts {
+    Declaration declaration;
+    Callable body;
+    std::shared_ptr<CallPlan> plan;
+    ffi_closure* closure = nullptr;
+
+    Value Run(void** arguments) const;
+    static void Called(ffi_cif*, void* result, void** arguments, void* parts);
+};
+
+// Gives the body copies of the arguments and converts what it gives to the declared type.
+Value Closure::Parts::Run(void** arguments) const {
+    Object* self = static_cast<Object*>(*static_cast<sdk::Object**>(arguments[0]));
+    std::vector<Value> values;
+    for (std::size_t i = 0; i < declaration.parameters.size(); ++i) {
+        const Type& type = declaration.parameters[i].type;
+        Cell cell{};
+        std::memcpy(&cell, arguments[i + 1], FieldSize(type.kind));
+        values.push_back(ValueOf(cell, type, false));
+    }
+    const auto keepAlive = Ref<Object>::Share(self);
+    return Runtime::Get().RunGuarded([&] { return body(self, values); });
+}
+
+void Closure::Parts::Called(ffi_cif*, void* result, void** arguments, void* context) {
+    const auto* parts = static_cast<const Parts*>(context);
+    const Type& type = parts->declaration.result;
+    if (type.kind == Kind::None) {
+        parts->Run(arguments);
+        return;
+    }
+    Value value = Passed(parts->Run(arguments), type);
+    const Cell cell = CellOf(value, type.kind);
+    // The caller gets a reference of its own.
+    if (type.kind == Kind::String) Retain(value.string());
+    if (type.kind == Kind::Array) Retain(value.array());
+    if (type.kind == Kind::Object) Retain(value.object());
+    const std::size_t size = FieldSize(type.kind);
+    if (size < sizeof(ffi_arg) && type.kind != Kind::Single) {
+        const ffi_arg whole = type.kind == Kind::Integer ? static_cast<ffi_arg>(std::int64_t{cell.integer})
+                              : size == 1                ? cell.byte
+                                                         : cell.word;
+        std::memcpy(result, &whole, sizeof(whole));
+    } else {
+        std::memcpy(result, &cell, size);
+    }
+}
+
+Closure::Closure(const Declaration& declaration, Callable body) : parts_(new Parts) {
+    parts_->declaration = declaration;
+    parts_->body = std::move(body);
+    parts_->plan = MakePlan(declaration, true, declaration.parameters.size());
+    void* code = nullptr;
+    parts_->closure = static_cast<ffi_closure*>(ffi_closure_alloc(sizeof(ffi_closure), &code));
+    if (!parts_->closure) throw std::bad_alloc();
+    [[maybe_unused]] const ffi_status status =
+        ffi_prep_closure_loc(parts_->closure, &parts_->plan->cif, &Parts::Called, parts_.get(), code);
+    assert(status == FFI_OK);
+    std::memcpy(&function_, &code, sizeof(code));
+}
+
+Closure::~Closure() { ffi_closure_free(parts_->closure); }
+
+sdk::AnyFunction FunctionOf(const Method& method) {
+    if (method.function) return method.function;
+    if (!method.closure) method.closure = std::make_shared<Closure>(method.declaration, method.body);
+    return method.closure->function();
+}
+
+sdk::AnyFunction FunctionOf(const EventHandler& handler) {
+    if (!handler.closure) handler.closure = std::make_shared<Closure>(handler.event->declaration, handler.body);
+    return handler.closure->function();
+}
+
+}  // namespace host

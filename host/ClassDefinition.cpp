@@ -1,0 +1,146 @@
+// Reading the definition records of classes.
+#include <span>
+
+#include "host/Class.h"
+#include "host/Lexer.h"
+
+namespace host {
+
+namespace {
+
+// Far more than any class has; a count above it is a wrong record.
+constexpr std::int32_t kMostMembers = 10'000;
+constexpr std::int32_t kMostInstanceData = 1 << 20;
+
+using Problems = std::vector<std::string>;
+
+template <class Record>
+std::span<Record> Records(Record* records, std::int32_t count, const char* what, Problems& problems) {
+    if (count < 0 || count > kMostMembers) {
+        problems.push_back("it states " + std::to_string(count) + " " + what);
+        return {};
+    }
+    if (count > 0 && !records) {
+        problems.push_back("it states " + std::to_string(count) + " " + what + " but has no table of them");
+        return {};
+    }
+    return {records, static_cast<std::size_t>(count)};
+}
+
+void AddMethods(Class& type, std::span<const sdk::MethodRecord> records, bool shared, Problems& problems) {
+    for (const sdk::MethodRecord& record : records) {
+        Method method;
+        std::string problem;
+        method.shared = shared;
+        if (MethodFromRecord(record, method, problem))
+            type.AddMethod(std::move(method));
+        else
+            problems.push_back((shared ? "shared method " : "method ") + problem);
+    }
+}
+
+// What is wrong with one direction of a property, or nothing.
+std::string AccessorProblem(const sdk::Accessor& accessor, const sdk::ClassDefinition& definition) {
+    if (accessor.function || accessor.fieldOffset < 0) return "";
+    if (accessor.fieldOffset < definition.instanceDataSize) return "";
+    return "its field at byte " + std::to_string(accessor.fieldOffset) + " lies outside the instance data of " +
+           std::to_string(definition.instanceDataSize) + " bytes";
+}
+
+void AddProperty(Class& type, const sdk::PropertyRecord& record, Problems& problems) {
+    if (!record.name || !record.type || !IsIdentifier(record.name) || !IsIdentifier(record.type)) {
+        problems.push_back("property \"" + std::string(record.name ? record.name : "") +
+                           "\" has no proper name or type");
+        return;
+    }
+    Property property;
+    property.name = record.name;
+    property.type = TypeNamed(record.type);
+    property.flags = record.flags;
+    property.getter = record.getter;
+    property.setter = record.setter;
+    std::string problem = AccessorProblem(record.getter, *type.definition());
+    if (problem.empty()) problem = AccessorProblem(record.setter, *type.definition());
+    if (problem.empty() && !property.readable() && !property.writable()) problem = "it can be neither read nor written";
+    if (problem.empty())
+        type.AddProperty(std::move(property));
+    else
+        problems.push_back("property " + property.name + ": " + problem);
+}
+
+void AddConstant(Class& type, const sdk::ConstantRecord& record, Problems& problems) {
+    ConstantDeclaration read;
+    std::string problem = "without a declaration";
+    if (!record.declaration || !ReadConstant(record.declaration, read, problem)) {
+        problems.push_back("constant " + problem);
+        return;
+    }
+    if (record.value != 0) read.value = Value(record.value);
+    type.AddConstant({read.name, read.value, record.declaration});
+}
+
+void AddEvent(Class& type, sdk::EventRecord& record, std::intptr_t number, Problems& problems) {
+    Event event;
+    std::string problem = "without a declaration";
+    if (!record.declaration || !ReadDeclaration(record.declaration, event.declaration, problem)) {
+        problems.push_back("event " + problem);
+        return;
+    }
+    event.number = number;
+    record.hostNumber = number;
+    type.AddEvent(std::move(event));
+}
+
+bool HeadIsSound(const sdk::ClassDefinition& definition, Problems& problems) {
+    if (definition.version != sdk::kInterfaceVersion)
+        problems.push_back("it is of interface version " + std::to_string(definition.version) + "; this host has " +
+                           std::to_string(sdk::kInterfaceVersion));
+    if (!definition.name || !IsIdentifier(definition.name)) problems.push_back("it has no proper name");
+    if (definition.instanceDataSize < 0 || definition.instanceDataSize > kMostInstanceData)
+        problems.push_back("its instance data has " + std::to_string(definition.instanceDataSize) + " bytes");
+    return problems.empty();
+}
+
+}  // namespace
+
+bool MethodFromRecord(const sdk::MethodRecord& record, Method& method, std::string& problem) {
+    problem = "without a declaration";
+    if (!record.declaration || !ReadDeclaration(record.declaration, method.declaration, problem)) return false;
+    for (const Parameter& parameter : method.declaration.parameters)
+        if (parameter.byRef || parameter.paramArray) {
+            problem = method.declaration.name + ": a function can't take ByRef or ParamArray arguments";
+            return false;
+        }
+    if (!record.function) {
+        problem = method.declaration.name + " has no function";
+        return false;
+    }
+    if (record.setter && method.declaration.result.kind == Kind::None) {
+        problem = method.declaration.name + " is assignable but has no type to assign";
+        return false;
+    }
+    method.function = record.function;
+    method.setter = record.setter;
+    method.flags = record.flags;
+    return true;
+}
+
+std::unique_ptr<Class> ClassFromDefinition(sdk::ClassDefinition& definition, const Class* superclass,
+                                           std::intptr_t firstEventNumber, Problems& problems) {
+    if (!HeadIsSound(definition, problems)) return nullptr;
+    auto type = std::make_unique<Class>(definition.name, superclass, &definition);
+    definition.instanceDataOffset = type->dataOffset();
+    AddMethods(*type, Records(definition.methods, definition.methodCount, "methods", problems), false, problems);
+    AddMethods(*type, Records(definition.sharedMethods, definition.sharedMethodCount, "shared methods", problems), true,
+               problems);
+    for (const auto& record : Records(definition.properties, definition.propertyCount, "properties", problems))
+        AddProperty(*type, record, problems);
+    for (const auto& record : Records(definition.constants, definition.constantCount, "constants", problems))
+        AddConstant(*type, record, problems);
+    for (auto& record : Records(definition.events, definition.eventCount, "events", problems))
+        AddEvent(*type, record, firstEventNumber++, problems);
+    if (!problems.empty()) return nullptr;
+    return type;
+}
+
+}  // namespace host

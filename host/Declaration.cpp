@@ -1,0 +1,221 @@
+#include "host/Declaration.h"
+
+#include <algorithm>
+
+#include "host/Lexer.h"
+
+namespace host {
+
+namespace {
+
+// Thrown and caught in this file only.
+struct Unreadable {
+    std::string expected;
+    Token found;
+};
+
+class Reader {
+  public:
+    explicit Reader(std::string_view text) : lexer_(text) { Step(); }
+
+    Declaration ReadMethod() {
+        Declaration declaration;
+        declaration.name = Name("a name");
+        if (Skip("(")) ReadParameters(declaration.parameters);
+        if (Skip("as")) declaration.result = ReadType();
+        End();
+        return declaration;
+    }
+
+    ConstantDeclaration ReadConstant() {
+        ConstantDeclaration constant;
+        constant.name = Name("a name");
+        if (!Skip("=")) Fail("=");
+        constant.value = Literal();
+        End();
+        return constant;
+    }
+
+  private:
+    void Step() { token_ = lexer_.Next(); }
+
+    [[noreturn]] void Fail(std::string expected) { throw Unreadable{std::move(expected), token_}; }
+
+    bool Skip(std::string_view word) {
+        if (!token_.Is(word)) return false;
+        Step();
+        return true;
+    }
+
+    std::string Name(const char* expected) {
+        if (token_.kind != TokenKind::Identifier || token_.Is("as")) Fail(expected);
+        std::string name = token_.text;
+        Step();
+        return name;
+    }
+
+    void End() {
+        while (token_.kind == TokenKind::NewLine) Step();
+        if (token_.kind != TokenKind::End) Fail("the end");
+    }
+
+    Type ReadType() {
+        Type type = TypeNamed(Name("a type"));
+        if (!Skip("(")) return type;
+        if (!Skip(")")) Fail(")");
+        return ArrayOf(type);
+    }
+
+    void ReadParameters(std::vector<Parameter>& parameters) {
+        if (Skip(")")) return;
+        do parameters.push_back(ReadParameter());
+        while (Skip(","));
+        if (!Skip(")")) Fail(", or )");
+    }
+
+    Parameter ReadParameter() {
+        Parameter parameter;
+        ReadModifiers(parameter);
+        parameter.name = Name("a parameter's name");
+        const bool array = Skip("(");
+        if (array && !Skip(")")) Fail(")");
+        if (!Skip("as")) Fail("As");
+        parameter.type = ReadType();
+        if (array || parameter.paramArray) parameter.type = ArrayOf(parameter.type);
+        if (parameter.optional) parameter.defaultValue = DefaultOf(parameter.type);
+        if (Skip("=")) ReadDefault(parameter);
+        return parameter;
+    }
+
+    // ByRef, Optional and the like are words before the name, but may be the name themselves.
+    void ReadModifiers(Parameter& parameter) {
+        for (;;) {
+            const Token word = token_;
+            Lexer after = lexer_;
+            if (after.Next().kind != TokenKind::Identifier || IsAs(lexer_)) return;
+            if (word.Is("byref"))
+                parameter.byRef = true;
+            else if (word.Is("optional"))
+                parameter.optional = true;
+            else if (word.Is("paramarray"))
+                parameter.paramArray = true;
+            else if (!word.Is("byval") && !word.Is("assigns"))
+                return;
+            Step();
+        }
+    }
+
+    static bool IsAs(Lexer lexer) { return lexer.Next().Is("as"); }
+
+    void ReadDefault(Parameter& parameter) {
+        const Token start = token_;
+        const Value value = Literal();
+        parameter.optional = true;
+        const Kind kind = parameter.type.kind;
+        if (value.IsNumber() && sdk::declare::Kind::Integer <= kind && kind <= Kind::Single)
+            parameter.defaultValue = NumberAs(value, kind);
+        else if (value.kind() == kind || (value.IsNil() && kind == Kind::Array))
+            parameter.defaultValue = value;
+        else
+            throw Unreadable{"a default of type " + TypeText(parameter.type), start};
+    }
+
+    Value Literal() {
+        const bool negative = Skip("-");
+        const Token token = token_;
+        Step();
+        if (token.kind == TokenKind::Integer) return Whole(token, negative);
+        if (token.kind == TokenKind::Double) return Value(negative ? -token.real : token.real);
+        if (!negative) {
+            if (token.kind == TokenKind::Color) return Value(static_cast<sdk::Color>(token.number));
+            if (token.kind == TokenKind::String) return Value(token.text);
+            if (token.Is("true")) return Value(true);
+            if (token.Is("false")) return Value(false);
+            if (token.Is("nil")) return Value(nullptr);
+        }
+        throw Unreadable{"a literal", token};
+    }
+
+    // Hexadecimal and the like name 32 bits; decimal numbers beyond an Integer are Int64.
+    static Value Whole(const Token& token, bool negative) {
+        const std::int64_t number = negative ? -token.number : token.number;
+        if (token.text.front() == '&' && token.number >= 0 && token.number <= UINT32_MAX)
+            return Value(static_cast<std::int32_t>(static_cast<std::uint32_t>(number)));
+        if (number >= INT32_MIN && number <= INT32_MAX) return Value(static_cast<std::int32_t>(number));
+        return Value(number);
+    }
+
+    Lexer lexer_;
+    Token token_;
+};
+
+std::string Complain(std::string_view text, const Unreadable& error) {
+    std::string found = error.found.kind == TokenKind::End     ? "the end"
+                        : error.found.kind == TokenKind::Error ? error.found.text
+                                                               : "\"" + error.found.text + "\"";
+    return "\"" + std::string(text) + "\", column " + std::to_string(error.found.column) + ": " + error.expected +
+           " was expected, not " + found;
+}
+
+template <class Result, class Read>
+bool TryRead(std::string_view text, Result& result, std::string& problem, Read read) {
+    try {
+        Reader reader(text);
+        result = read(reader);
+        return true;
+    } catch (const Unreadable& error) {
+        problem = Complain(text, error);
+        return false;
+    }
+}
+
+}  // namespace
+
+std::size_t Declaration::RequiredCount() const {
+    return static_cast<std::size_t>(std::count_if(parameters.begin(), parameters.end(), [](const Parameter& parameter) {
+        return !parameter.optional && !parameter.paramArray;
+    }));
+}
+
+bool ReadDeclaration(std::string_view text, Declaration& declaration, std::string& problem) {
+    return TryRead(text, declaration, problem, [](Reader& reader) { return reader.ReadMethod(); });
+}
+
+bool ReadConstant(std::string_view text, ConstantDeclaration& constant, std::string& problem) {
+    return TryRead(text, constant, problem, [](Reader& reader) { return reader.ReadConstant(); });
+}
+
+std::string ParameterText(const Parameter& parameter) {
+    std::string text = parameter.byRef ? "ByRef " : parameter.paramArray ? "ParamArray " : "";
+    text += parameter.name;
+    const bool array = parameter.type.kind == Kind::Array;
+    if (array && !parameter.paramArray) text += "()";
+    text += " As " + TypeText(array ? ElementOf(parameter.type) : parameter.type);
+    if (parameter.optional) text += " = " + Describe(parameter.defaultValue);
+    return text;
+}
+
+std::string DeclarationText(const Declaration& declaration) {
+    std::string text = declaration.name;
+    if (!declaration.parameters.empty()) {
+        text += "(";
+        for (const Parameter& parameter : declaration.parameters) {
+            if (text.back() != '(') text += ", ";
+            text += ParameterText(parameter);
+        }
+        text += ")";
+    }
+    if (declaration.result.kind != Kind::None) text += " As " + TypeText(declaration.result);
+    return text;
+}
+
+bool SameParameters(const Declaration& a, const Declaration& b) {
+    return std::equal(a.parameters.begin(), a.parameters.end(), b.parameters.begin(), b.parameters.end(),
+                      [](const Parameter& x, const Parameter& y) { return x.type == y.type && x.byRef == y.byRef; });
+}
+
+bool SameSignature(const Declaration& a, const Declaration& b) {
+    return SameName(a.name, b.name) && a.result == b.result && SameParameters(a, b);
+}
+
+}  // namespace host

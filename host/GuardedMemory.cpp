@@ -1,0 +1,79 @@
+#include "host/GuardedMemory.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+#if defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/asan_interface.h>
+#else
+#define ASAN_POISON_MEMORY_REGION(address, size) ((void)(address), (void)(size))
+#define ASAN_UNPOISON_MEMORY_REGION(address, size) ((void)(address), (void)(size))
+#endif
+
+namespace host {
+
+namespace {
+
+// In front of the bytes: their count, then guard bytes up to the alignment.
+constexpr std::size_t kFrontSize = 32;
+constexpr std::size_t kGuardSize = 16;
+constexpr std::uint8_t kGuardByte = 0xC9;
+
+std::int64_t brokenGuards = 0;
+
+std::uint8_t* Front(const void* memory) { return static_cast<std::uint8_t*>(const_cast<void*>(memory)) - kFrontSize; }
+
+std::size_t SizeOf(const void* memory) {
+    std::size_t size = 0;
+    std::memcpy(&size, Front(memory), sizeof(size));
+    return size;
+}
+
+bool IsGuard(const std::uint8_t* bytes) {
+    return std::all_of(bytes, bytes + kGuardSize, [](std::uint8_t byte) { return byte == kGuardByte; });
+}
+
+void Poison(void* memory, std::size_t size) {
+    ASAN_POISON_MEMORY_REGION(static_cast<std::uint8_t*>(memory) - kGuardSize, kGuardSize);
+    ASAN_POISON_MEMORY_REGION(static_cast<std::uint8_t*>(memory) + size, kGuardSize);
+}
+
+void Unpoison(const void* memory, std::size_t size) {
+    ASAN_UNPOISON_MEMORY_REGION(static_cast<const std::uint8_t*>(memory) - kGuardSize, kGuardSize);
+    ASAN_UNPOISON_MEMORY_REGION(static_cast<const std::uint8_t*>(memory) + size, kGuardSize);
+}
+
+}  // namespace
+
+void* AllocateGuarded(std::size_t size) {
+    if (size > SIZE_MAX / 2) return nullptr;
+    auto* front = static_cast<std::uint8_t*>(std::calloc(1, kFrontSize + size + kGuardSize));
+    if (!front) return nullptr;
+    std::uint8_t* memory = front + kFrontSize;
+    std::memcpy(front, &size, sizeof(size));
+    std::memset(memory - kGuardSize, kGuardByte, kGuardSize);
+    std::memset(memory + size, kGuardByte, kGuardSize);
+    Poison(memory, size);
+    return memory;
+}
+
+bool GuardsAreWhole(const void* memory) {
+    const std::size_t size = SizeOf(memory);
+    Unpoison(memory, size);
+    const auto* bytes = static_cast<const std::uint8_t*>(memory);
+    const bool whole = IsGuard(bytes - kGuardSize) && IsGuard(bytes + size);
+    Poison(const_cast<void*>(memory), size);
+    return whole;
+}
+
+void FreeGuarded(void* memory) {
+    if (!memory) return;
+    if (!GuardsAreWhole(memory)) ++brokenGuards;
+    Unpoison(memory, SizeOf(memory));
+    std::free(Front(memory));
+}
+
+std::int64_t BrokenGuardCount() { return brokenGuards; }
+
+}  // namespace host

@@ -1,0 +1,11 @@
+#include "host/HostFunctionSlot.h"
+
+namespace host {
+
+void HostFunctionRecord::FailCall(std::int64_t nth, std::int64_t count) {
+    failFrom = calls + nth;
+    const std::int64_t room = std::numeric_limits<std::int64_t>::max() - failFrom;
+    failTo = failFrom + (count - 1 < room ? count - 1 : room);
+}
+
+}  // namespace host

@@ -1,0 +1,65 @@
+// Host objects: counted records whose instance data lies behind a common head.
+//
+//   address:  [ head ][ data of the topmost superclass ][ ... ][ data of the object's class ]
+//
+// Each class's data starts at a multiple of 16 bytes; its offset from the object's address is
+// fixed when the class is registered and stated to plug-ins as instanceDataOffset. An instance
+// of a subclass therefore has its superclass's data where the superclass's functions look.
+//
+// An object's destructors run when its last reference goes: those of its class first, then those
+// of the superclasses. Weak spots, by nature of counting: two objects that hold each other live
+// until the process ends; an object whose destructor gave a reference of it to somebody outlives
+// its destructors and is freed when that reference goes, without running them again.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "host/Ref.h"
+#include "sdk/PluginInterface.h"
+
+namespace host {
+
+class Class;
+
+struct Object : sdk::Object {
+    std::int32_t references;
+    bool destroyed;  // its destructors have run
+    const Class* type;
+    Object* previous;  // in the list of live objects
+    Object* next;
+};
+
+// Bytes of the head; the first instance data follows it.
+inline constexpr std::int32_t kObjectHeadSize = static_cast<std::int32_t>((sizeof(Object) + 15) / 16 * 16);
+
+inline Object* FromPlugin(sdk::Object* object) { return static_cast<Object*>(object); }
+
+// A new instance with zeroed data and one reference, after the class's constructor functions but
+// before any Constructor method; nil when memory is short.
+Ref<Object> NewObject(const Class& type);
+
+// Nil is allowed and ignored.
+void Retain(Object* object);
+void Release(Object* object);
+
+// The object's data of one of its classes, as a record.
+template <class Record>
+Record* DataAt(sdk::Object* object, std::int32_t offset) {
+    return reinterpret_cast<Record*>(reinterpret_cast<std::uint8_t*>(object) + offset);
+}
+
+// Whether the object's class is `type` or inherits from it. False for nil.
+bool IsA(const Object* object, const Class& type);
+
+// Counts for tests and checks.
+std::int64_t LiveObjectCount();
+std::vector<Object*> LiveObjects();  // borrowed
+
+// How often a reference was given up that nobody had, as far as it can be seen.
+std::int64_t OverReleaseCount();
+
+// Whether this is the address of a live object. Slow; for checks.
+bool IsLiveObject(const void* address);
+
+}  // namespace host

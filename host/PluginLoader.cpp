@@ -1,0 +1,67 @@
+#include "host/PluginLoader.h"
+
+#include <dlfcn.h>
+
+#include <cstring>
+#include <filesystem>
+#include <memory>
+
+#include "host/Runtime.h"
+
+namespace host {
+
+namespace {
+
+std::vector<std::unique_ptr<Plugin>>& Plugins() {
+    static auto* plugins = new std::vector<std::unique_ptr<Plugin>>;
+    return *plugins;
+}
+
+void* Open(const std::string& path) {
+    std::error_code ignored;
+    if (!std::filesystem::exists(path, ignored)) throw LoadError("There is no plug-in at " + path + ".");
+    if (std::filesystem::is_directory(path, ignored)) throw LoadError(path + " is a folder, not a plug-in.");
+    void* library = dlopen(std::filesystem::absolute(path).c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (!library) throw LoadError(path + " can't be loaded as a plug-in: " + dlerror());
+    return library;
+}
+
+sdk::PluginMain EntryPoint(void* library, const std::string& path) {
+    void* symbol = dlsym(library, sdk::kPluginMainName);
+    if (!symbol)
+        throw LoadError(path + " is no plug-in: it has no entry point " + sdk::kPluginMainName + " (" + dlerror() +
+                        ").");
+    sdk::PluginMain entry = nullptr;
+    std::memcpy(&entry, &symbol, sizeof(symbol));
+    return entry;
+}
+
+}  // namespace
+
+const Plugin& LoadPlugin(const std::string& path) {
+    std::error_code error;
+    const std::string whole = std::filesystem::canonical(path, error).string();
+    for (const auto& plugin : Plugins())
+        if (!error && plugin->path == whole) return *plugin;
+    Runtime& runtime = Runtime::Get();
+    void* library = Open(path);
+    const sdk::PluginMain entry = EntryPoint(library, path);
+    const std::size_t before = runtime.Classes().size();
+    runtime.ClearRefusal();
+    entry(&Runtime::Entry);
+    // The library stays: classes that it registered before a refusal are in use by the runtime.
+    if (!runtime.LastRefusal().empty()) throw LoadError(path + ": " + runtime.LastRefusal() + ".");
+    const std::vector<const Class*> classes = runtime.Classes();
+    if (classes.size() == before) throw LoadError(path + " is a plug-in without any class.");
+    Plugins().push_back(
+        std::make_unique<Plugin>(Plugin{whole, {classes.begin() + static_cast<long>(before), classes.end()}}));
+    return *Plugins().back();
+}
+
+std::vector<const Plugin*> LoadedPlugins() {
+    std::vector<const Plugin*> plugins;
+    for (const auto& plugin : Plugins()) plugins.push_back(plugin.get());
+    return plugins;
+}
+
+}  // namespace host

@@ -1,0 +1,224 @@
+#include "host/Runtime.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "host/Call.h"
+#include "host/Exceptions.h"
+#include "host/HostFunctions.h"
+#include "host/Variant.h"
+#include "host/framework/Framework.h"
+
+namespace host {
+
+namespace {
+
+std::vector<HostFunctionRecord*>& HostFunctionTable() {
+    static std::vector<HostFunctionRecord*> table;
+    return table;
+}
+
+sdk::AnyFunction Resolve(const char* name) {
+    HostFunctionRecord* record = name ? Runtime::Get().FindHostFunction(name) : nullptr;
+    return record && !record->hidden ? record->trampoline : nullptr;
+}
+
+}  // namespace
+
+void AddHostFunction(HostFunctionRecord& record) { HostFunctionTable().push_back(&record); }
+
+Runtime& Runtime::Get() {
+    // Never destroyed: plug-ins and statics may hold objects until the process ends.
+    static Runtime* runtime = nullptr;
+    if (!runtime) {
+        runtime = new Runtime;
+        runtime->Start();
+    }
+    return *runtime;
+}
+
+void Runtime::Start() {
+    RegisterVariant(*this);
+    RegisterExceptions(*this);
+    BindCoreFunctions(*this);
+    RegisterFramework(*this);
+}
+
+// --- Classes ------------------------------------------------------------------------------
+
+const Class* Runtime::RegisterClass(sdk::ClassDefinition& definition) {
+    std::vector<std::string> problems;
+    const char* name = definition.name ? definition.name : "";
+    const Class* superclass = definition.superclass ? FindClass(definition.superclass) : nullptr;
+    if (definition.superclass && !superclass)
+        problems.push_back("its superclass " + std::string(definition.superclass) + " is unknown");
+    if (FindClass(name)) problems.push_back("there is a class of this name already");
+    auto type = ClassFromDefinition(definition, superclass, eventCount_ + 1, problems);
+    if (!type) {
+        refusal_ = "class \"" + std::string(name) + "\" is refused: ";
+        for (const std::string& problem : problems) refusal_ += (&problem == problems.data() ? "" : "; ") + problem;
+        return nullptr;
+    }
+    eventCount_ += definition.eventCount;
+    return AddClass(std::move(type));
+}
+
+Class* Runtime::AddClass(std::unique_ptr<Class> type) {
+    if (!classIndex_.emplace(type->name(), type.get()).second) return nullptr;
+    return classes_.emplace_back(std::move(type)).get();
+}
+
+void Runtime::RemoveClass(const Class& type) {
+    classIndex_.erase(type.name());
+    std::erase_if(classes_, [&type](const auto& held) { return held.get() == &type; });
+}
+
+const Class* Runtime::FindClass(std::string_view name) const {
+    const auto entry = classIndex_.find(name);
+    return entry == classIndex_.end() ? nullptr : entry->second;
+}
+
+const Class& Runtime::ClassNamed(std::string_view name) const {
+    const Class* type = FindClass(name);
+    if (!type) {
+        std::fprintf(stderr, "the host has no class %.*s\n", static_cast<int>(name.size()), name.data());
+        std::abort();
+    }
+    return *type;
+}
+
+std::vector<const Class*> Runtime::Classes() const {
+    std::vector<const Class*> classes;
+    for (const auto& type : classes_) classes.push_back(type.get());
+    return classes;
+}
+
+// --- Global functions ---------------------------------------------------------------------
+
+void Runtime::RegisterFunctions(std::span<const sdk::MethodRecord> records) {
+    for (const sdk::MethodRecord& record : records) {
+        Method method;
+        std::string problem;
+        method.shared = true;
+        if (!MethodFromRecord(record, method, problem)) {
+            std::fprintf(stderr, "a function of the host can't be registered: %s\n", problem.c_str());
+            std::abort();
+        }
+        functions_.AddMethod(std::move(method)).owner = nullptr;
+    }
+}
+
+std::vector<const Method*> Runtime::FindFunctions(std::string_view name) const {
+    return functions_.FindSharedMethods(name);
+}
+
+std::vector<std::string> Runtime::FunctionNames() const {
+    std::vector<std::string> names;
+    for (const Method& method : functions_.sharedMethods()) names.push_back(method.declaration.name);
+    std::sort(names.begin(), names.end());
+    names.erase(std::unique(names.begin(), names.end()), names.end());
+    return names;
+}
+
+// --- Host functions -------------------------------------------------------------------------
+
+HostFunctionRecord* Runtime::FindHostFunction(std::string_view name) const {
+    for (HostFunctionRecord* record : HostFunctionTable())
+        if (name == record->name) return record;
+    return nullptr;
+}
+
+std::span<HostFunctionRecord* const> Runtime::HostFunctions() const { return HostFunctionTable(); }
+
+sdk::AnyFunction Runtime::Entry(const char* service) {
+    if (!service || std::strcmp(service, sdk::kResolverService) != 0) return nullptr;
+    return reinterpret_cast<sdk::AnyFunction>(&Resolve);
+}
+
+// --- Exceptions -----------------------------------------------------------------------------
+
+void Runtime::Raise(Ref<Object> exception) {
+    if (raised_) return;
+    if (!exception) exception = MakeException("RuntimeException", "An exception without an object was raised.");
+    raised_ = std::move(exception);
+}
+
+void Runtime::Raise(std::string_view className, std::string_view message, std::int32_t errorNumber) {
+    Raise(MakeException(className, message, errorNumber));
+}
+
+Ref<Object> Runtime::TakeRaised() { return std::exchange(raised_, nullptr); }
+
+void Runtime::ThrowIfRaised() {
+    if (raised_) throw Raised{TakeRaised()};
+}
+
+Ref<Object> Runtime::MakeException(std::string_view className, std::string_view message, std::int32_t errorNumber) {
+    const Class* type = FindClass(className);
+    const Class& base = ClassNamed("RuntimeException");
+    Ref<Object> exception = NewObject(type && type->InheritsFrom(base) ? *type : base);
+    if (!exception) throw std::bad_alloc();
+    SetProperty(*base.FindProperty("Message"), exception.get(), Value(message));
+    SetProperty(*base.FindProperty("ErrorNumber"), exception.get(), Value(errorNumber));
+    return exception;
+}
+
+Value Runtime::RunGuarded(const std::function<Value()>& code) {
+    Ref<Object> before = TakeRaised();
+    Value result;
+    Ref<Object> thrown;
+    try {
+        result = code();
+    } catch (const Raised& raised) {
+        thrown = raised.exception;
+    } catch (const std::exception& error) {
+        thrown = MakeException("RuntimeException", error.what());
+    }
+    if (!thrown) thrown = TakeRaised();
+    if (thrown) result = Value();
+    raised_ = before ? std::move(before) : std::move(thrown);
+    return result;
+}
+
+void RaiseException(std::string_view className, std::string_view message, std::int32_t errorNumber) {
+    Runtime::Get().Raise(className, message, errorNumber);
+}
+
+// --- Yield ----------------------------------------------------------------------------------
+
+int Runtime::OnYield(std::function<void()> callback) {
+    yields_.emplace_back(++yieldNumber_, std::move(callback));
+    return yieldNumber_;
+}
+
+void Runtime::RemoveYield(int number) {
+    std::erase_if(yields_, [number](const auto& entry) { return entry.first == number; });
+}
+
+void Runtime::Yield() {
+    // A copy: a callback may add or remove callbacks.
+    const auto callbacks = yields_;
+    for (const auto& entry : callbacks)
+        RunGuarded([&entry] {
+            entry.second();
+            return Value();
+        });
+}
+
+// --- Conversions ------------------------------------------------------------------------------
+
+void Runtime::AddConversion(Conversion conversion) { conversions_.push_back(std::move(conversion)); }
+
+const Conversion* Runtime::FindConversion(const Value& value, const Type& type) const {
+    for (const Conversion& conversion : conversions_) {
+        if (!(conversion.to == type) || conversion.from.kind != value.kind()) continue;
+        if (value.kind() != Kind::Object) return &conversion;
+        const Class* from = FindClass(conversion.from.className);
+        if (from && IsA(value.object(), *from)) return &conversion;
+    }
+    return nullptr;
+}
+
+}  // namespace host

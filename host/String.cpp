@@ -1,0 +1,169 @@
+#include "host/String.h"
+
+#include <cstring>
+#include <new>
+
+#include "host/GuardedMemory.h"
+
+namespace host {
+
+namespace {
+
+std::int64_t liveStrings = 0;
+
+constexpr char32_t kReplacement = 0xFFFD;
+constexpr char32_t kLastCharacter = 0x10FFFF;
+
+bool IsSurrogate(char32_t c) { return c >= 0xD800 && c < 0xE000; }
+
+// One character of UTF-8 and how many bytes it took; a bad byte is one replacement character.
+char32_t ReadUtf8(std::string_view bytes, std::size_t& at) {
+    const auto first = static_cast<std::uint8_t>(bytes[at++]);
+    if (first < 0x80) return first;
+    const int more = first >= 0xF0 && first < 0xF5   ? 3
+                     : first >= 0xE0 && first < 0xF0 ? 2
+                     : first >= 0xC2 && first < 0xE0 ? 1
+                                                     : 0;
+    if (more == 0 || at + static_cast<std::size_t>(more) > bytes.size()) return kReplacement;
+    char32_t c = first & (0x3F >> more);
+    for (int i = 0; i < more; ++i) {
+        const auto next = static_cast<std::uint8_t>(bytes[at + static_cast<std::size_t>(i)]);
+        if ((next & 0xC0) != 0x80) return kReplacement;
+        c = c << 6 | (next & 0x3F);
+    }
+    constexpr char32_t least[] = {0, 0x80, 0x800, 0x10000};
+    if (c < least[more] || c > kLastCharacter || IsSurrogate(c)) return kReplacement;
+    at += static_cast<std::size_t>(more);
+    return c;
+}
+
+// Code units of 2 or 4 bytes, with a byte-order mark obeyed and dropped.
+template <class Unit>
+std::u32string ReadUnits(std::string_view bytes) {
+    std::u32string units;
+    bool swapped = false;
+    for (std::size_t at = 0; at + sizeof(Unit) <= bytes.size(); at += sizeof(Unit)) {
+        Unit unit;
+        std::memcpy(&unit, bytes.data() + at, sizeof(Unit));
+        const Unit other = sizeof(Unit) == 2 ? static_cast<Unit>(__builtin_bswap16(static_cast<std::uint16_t>(unit)))
+                                             : static_cast<Unit>(__builtin_bswap32(static_cast<std::uint32_t>(unit)));
+        if (at == 0 && other == 0xFEFF) swapped = true;
+        const Unit value = swapped ? other : unit;
+        if (at > 0 || value != 0xFEFF) units.push_back(value);
+    }
+    if (bytes.size() % sizeof(Unit) != 0) units.push_back(kReplacement);
+    return units;
+}
+
+std::u32string JoinSurrogates(const std::u32string& units) {
+    std::u32string text;
+    for (std::size_t i = 0; i < units.size(); ++i) {
+        const char32_t c = units[i];
+        const bool pair =
+            c >= 0xD800 && c < 0xDC00 && i + 1 < units.size() && units[i + 1] >= 0xDC00 && units[i + 1] < 0xE000;
+        if (pair)
+            text.push_back(0x10000 + ((c - 0xD800) << 10) + (units[++i] - 0xDC00));
+        else
+            text.push_back(c);
+    }
+    return text;
+}
+
+std::u32string Decode(std::string_view bytes, sdk::Encoding encoding) {
+    std::u32string text;
+    if (encoding == sdk::Encoding::Utf16)
+        text = JoinSurrogates(ReadUnits<std::uint16_t>(bytes));
+    else if (encoding == sdk::Encoding::Utf32)
+        text = ReadUnits<std::uint32_t>(bytes);
+    else
+        for (std::size_t at = 0; at < bytes.size();) text.push_back(ReadUtf8(bytes, at));
+    for (char32_t& c : text)
+        if (c > kLastCharacter || IsSurrogate(c)) c = kReplacement;
+    return text;
+}
+
+void WriteUtf8(std::string& bytes, char32_t c) {
+    if (c < 0x80) {
+        bytes += static_cast<char>(c);
+        return;
+    }
+    const int more = c < 0x800 ? 1 : c < 0x10000 ? 2 : 3;
+    constexpr char32_t lead[] = {0, 0xC0, 0xE0, 0xF0};
+    bytes += static_cast<char>(lead[more] | c >> (6 * more));
+    for (int i = more - 1; i >= 0; --i) bytes += static_cast<char>(0x80 | (c >> (6 * i) & 0x3F));
+}
+
+template <class Unit>
+void WriteUnit(std::string& bytes, char32_t value) {
+    const auto unit = static_cast<Unit>(value);
+    bytes.append(reinterpret_cast<const char*>(&unit), sizeof(Unit));
+}
+
+void WriteUtf16(std::string& bytes, char32_t c) {
+    if (c >= 0x10000) {
+        WriteUnit<std::uint16_t>(bytes, 0xD800 + ((c - 0x10000) >> 10));
+        c = 0xDC00 + ((c - 0x10000) & 0x3FF);
+    }
+    WriteUnit<std::uint16_t>(bytes, c);
+}
+
+std::string Encode(const std::u32string& text, sdk::Encoding encoding) {
+    std::string bytes;
+    for (const char32_t c : text) {
+        if (encoding == sdk::Encoding::Utf16)
+            WriteUtf16(bytes, c);
+        else if (encoding == sdk::Encoding::Utf32)
+            WriteUnit<std::uint32_t>(bytes, c);
+        else if (encoding == sdk::Encoding::Ascii)
+            bytes += c < 0x80 ? static_cast<char>(c) : '?';
+        else
+            WriteUtf8(bytes, c);
+    }
+    return bytes;
+}
+
+}  // namespace
+
+Ref<String> MakeString(std::string_view bytes, sdk::Encoding encoding) {
+    if (bytes.empty()) return nullptr;
+    void* memory = AllocateGuarded(sizeof(String) + bytes.size());
+    if (!memory) return nullptr;
+    auto* string = new (memory) String{};
+    auto* data = reinterpret_cast<std::uint8_t*>(string + 1);
+    std::memcpy(data, bytes.data(), bytes.size());
+    string->data = data;
+    string->length = static_cast<std::int64_t>(bytes.size());
+    string->references = 1;
+    string->encoding = encoding;
+    ++liveStrings;
+    return Ref<String>::Adopt(string);
+}
+
+void Retain(String* string) {
+    if (string) ++string->references;
+}
+
+void Release(String* string) {
+    if (!string || --string->references > 0) return;
+    --liveStrings;
+    FreeGuarded(string);
+}
+
+std::string_view Bytes(const sdk::String* string) {
+    if (!string) return {};
+    return {reinterpret_cast<const char*>(string->data), static_cast<std::size_t>(string->length)};
+}
+
+sdk::Encoding EncodingOf(const String* string) { return string ? string->encoding : sdk::Encoding::Utf8; }
+
+Ref<String> ConvertEncoding(const Ref<String>& string, sdk::Encoding encoding) {
+    if (!string) return nullptr;
+    const sdk::Encoding own = string->encoding;
+    if (own == encoding) return string;
+    if (own == sdk::Encoding::None || encoding == sdk::Encoding::None) return MakeString(Bytes(string), encoding);
+    return MakeString(Encode(Decode(Bytes(string), own), encoding), encoding);
+}
+
+std::int64_t LiveStringCount() { return liveStrings; }
+
+}  // namespace host

@@ -1,0 +1,40 @@
+// Host strings: counted, immutable bytes with an encoding. The empty string is nil.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "host/Ref.h"
+#include "sdk/PluginInterface.h"
+
+namespace host {
+
+struct String : sdk::String {
+    std::int32_t references;
+    sdk::Encoding encoding;
+};
+
+inline String* FromPlugin(sdk::String* string) { return static_cast<String*>(string); }
+
+// A string of a copy of the bytes. Nil for no bytes, and when memory is short.
+Ref<String> MakeString(std::string_view bytes, sdk::Encoding encoding = sdk::Encoding::Utf8);
+
+// Nil is allowed and ignored.
+void Retain(String* string);
+void Release(String* string);
+
+// The bytes, good for the string's life. Empty for nil.
+std::string_view Bytes(const sdk::String* string);
+inline std::string_view Bytes(const Ref<String>& string) { return Bytes(string.get()); }
+
+sdk::Encoding EncodingOf(const String* string);  // Utf8 for nil
+
+// The text in another encoding. Bytes without an encoding are taken as they stand; what can't be
+// read becomes U+FFFD and what ASCII can't write becomes '?'. UTF-16 and UTF-32 are in the
+// machine's byte order, or in that of a leading byte-order mark, which is dropped.
+Ref<String> ConvertEncoding(const Ref<String>& string, sdk::Encoding encoding);
+
+std::int64_t LiveStringCount();
+
+}  // namespace host

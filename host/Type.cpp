@@ -1,0 +1,64 @@
+#include "host/Type.h"
+
+namespace host {
+
+bool SameName(std::string_view a, std::string_view b) { return sdk::declare::SameName(a, b); }
+
+std::string LowerName(std::string_view name) {
+    std::string lower(name);
+    for (char& c : lower) c = sdk::declare::Lower(c);
+    return lower;
+}
+
+std::size_t NameHash::operator()(std::string_view name) const {
+    std::size_t hash = 1469598103934665603U;  // FNV-1a, 64 bits
+    for (const char c : name) hash = (hash ^ static_cast<unsigned char>(sdk::declare::Lower(c))) * 1099511628211U;
+    return hash;
+}
+
+bool Type::IsVariant() const { return kind == Kind::Object && SameName(className, "variant"); }
+
+bool Type::operator==(const Type& other) const {
+    return kind == other.kind && element == other.element && SameName(className, other.className);
+}
+
+Type TypeNamed(std::string_view name) {
+    const Kind kind = sdk::declare::KindOfTypeName(name);
+    return {kind, Kind::None, kind == Kind::Object ? std::string(name) : std::string()};
+}
+
+Type ArrayOf(const Type& element) { return {Kind::Array, element.kind, element.className}; }
+
+Type ElementOf(const Type& array) { return {array.element, Kind::None, array.className}; }
+
+std::string TypeText(const Type& type) {
+    switch (type.kind) {
+        case Kind::None:
+            return "";
+        case Kind::Integer:
+            return "Integer";
+        case Kind::Int64:
+            return "Int64";
+        case Kind::UInt32:
+            return "UInt32";
+        case Kind::UInt8:
+            return "UInt8";
+        case Kind::Double:
+            return "Double";
+        case Kind::Single:
+            return "Single";
+        case Kind::Boolean:
+            return "Boolean";
+        case Kind::Color:
+            return "Color";
+        case Kind::String:
+            return "String";
+        case Kind::Array:
+            return TypeText(ElementOf(type)) + "()";
+        case Kind::Object:
+            return type.className;
+    }
+    return "";
+}
+
+}  // namespace host

@@ -1,0 +1,34 @@
+// Boxes: values that are no objects, as objects.
+#include "host/Variant.h"
+
+#include "host/Call.h"
+#include "host/Runtime.h"
+
+namespace host {
+
+namespace {
+
+sdk::ClassDefinition definition{.version = sdk::kInterfaceVersion, .name = "Variant"};
+const Class* variant = nullptr;
+
+}  // namespace
+
+void RegisterVariant(Runtime& runtime) {
+    auto type = std::make_unique<Class>("Variant", nullptr, &definition);
+    type->AddSlot(Value());
+    variant = runtime.AddClass(std::move(type));
+}
+
+Ref<Object> Box(const Value& value) {
+    if (value.IsNothing()) return nullptr;
+    if (value.kind() == Kind::Object) return Ref<Object>::Share(value.object());
+    Ref<Object> box = NewObject(*variant);
+    if (box) variant->SlotsOf(box.get())[0] = value;
+    return box;
+}
+
+Value Unbox(const Ref<Object>& object) {
+    return object && object->type == variant ? variant->SlotsOf(object.get())[0] : Value(object);
+}
+
+}  // namespace host

@@ -1,0 +1,7 @@
+#include "host/framework/Framework.h"
+
+namespace host {
+
+void RegisterFramework(Runtime&) {}
+
+}  // namespace host
