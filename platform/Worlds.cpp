@@ -25,8 +25,8 @@ sdk::GWorld* NewGWorld(std::int32_t depth, std::int32_t width, std::int32_t heig
     const std::int64_t rowBytes = (used + kRowAlignment - 1) / kRowAlignment * kRowAlignment;
     if (rowBytes > INT32_MAX) return nullptr;
     auto* world = static_cast<sdk::GWorld*>(std::calloc(1, sizeof(sdk::GWorld)));
-    auto* pixels = static_cast<std::uint8_t*>(
-        std::calloc(static_cast<std::size_t>(height), static_cast<std::size_t>(rowBytes)));
+    auto* pixels =
+        static_cast<std::uint8_t*>(std::calloc(static_cast<std::size_t>(height), static_cast<std::size_t>(rowBytes)));
     if (!world || !pixels) {
         std::free(world);
         std::free(pixels);

@@ -2,14 +2,15 @@
 //
 //   Method<"Scale(factor as double) as boolean", &Scale>(kMemberPortable)
 //
-// does not compile unless Scale is bool(Object*, double). The declaration is read at compile
-// time; the types are those listed in PluginInterface.h.
+// does not compile unless there is a bool Scale(Object*, double); among overloads it picks that
+// one. The declaration is read at compile time; the types are those listed in PluginInterface.h.
 #pragma once
 
 #include <algorithm>
 #include <cstddef>
 #include <string_view>
 #include <type_traits>
+#include <utility>
 
 #include "sdk/PluginInterface.h"
 
@@ -52,32 +53,67 @@ constexpr Kind KindOfTypeName(std::string_view name) {
         std::string_view name;
         Kind kind;
     };
-    constexpr Row rows[] = {{"integer", Kind::Integer}, {"int64", Kind::Int64},     {"uint32", Kind::UInt32},
-                            {"uint8", Kind::UInt8},     {"double", Kind::Double},   {"single", Kind::Single},
-                            {"boolean", Kind::Boolean}, {"color", Kind::Color},     {"string", Kind::String},
-                            {"", Kind::None}};
+    constexpr Row rows[] = {
+        {"integer", Kind::Integer}, {"int64", Kind::Int64},   {"uint32", Kind::UInt32},   {"uint8", Kind::UInt8},
+        {"double", Kind::Double},   {"single", Kind::Single}, {"boolean", Kind::Boolean}, {"color", Kind::Color},
+        {"string", Kind::String},   {"", Kind::None}};
     for (const Row& row : rows)
         if (SameName(name, row.name)) return row.kind;
     return Kind::Object;
 }
 
-// The kind behind a C++ type of the interface.
-template <class T>
-constexpr Kind KindOfType() {
-    if constexpr (std::is_void_v<T>) return Kind::None;
-    else if constexpr (std::is_same_v<T, std::int32_t>) return Kind::Integer;
-    else if constexpr (std::is_same_v<T, std::int64_t>) return Kind::Int64;
-    else if constexpr (std::is_same_v<T, std::uint32_t>) return Kind::UInt32;
-    else if constexpr (std::is_same_v<T, std::uint8_t>) return Kind::UInt8;
-    else if constexpr (std::is_same_v<T, double>) return Kind::Double;
-    else if constexpr (std::is_same_v<T, float>) return Kind::Single;
-    else if constexpr (std::is_same_v<T, bool>) return Kind::Boolean;
-    else if constexpr (std::is_same_v<T, Color>) return Kind::Color;
-    else if constexpr (std::is_same_v<T, String*>) return Kind::String;
-    else if constexpr (std::is_same_v<T, Array*>) return Kind::Array;
-    else if constexpr (std::is_same_v<T, Object*>) return Kind::Object;
-    else static_assert(!sizeof(T), "not a type of the plug-in interface");
-}
+// The C++ type behind a kind.
+template <Kind>
+struct TypeBehind {
+    using Type = Object*;
+};
+template <>
+struct TypeBehind<Kind::None> {
+    using Type = void;
+};
+template <>
+struct TypeBehind<Kind::Integer> {
+    using Type = std::int32_t;
+};
+template <>
+struct TypeBehind<Kind::Int64> {
+    using Type = std::int64_t;
+};
+template <>
+struct TypeBehind<Kind::UInt32> {
+    using Type = std::uint32_t;
+};
+template <>
+struct TypeBehind<Kind::UInt8> {
+    using Type = std::uint8_t;
+};
+template <>
+struct TypeBehind<Kind::Double> {
+    using Type = double;
+};
+template <>
+struct TypeBehind<Kind::Single> {
+    using Type = float;
+};
+template <>
+struct TypeBehind<Kind::Boolean> {
+    using Type = bool;
+};
+template <>
+struct TypeBehind<Kind::Color> {
+    using Type = Color;
+};
+template <>
+struct TypeBehind<Kind::String> {
+    using Type = String*;
+};
+template <>
+struct TypeBehind<Kind::Array> {
+    using Type = Array*;
+};
+
+template <Kind K>
+using TypeOf = typename TypeBehind<K>::Type;
 
 inline constexpr std::size_t kMostArguments = 16;
 
@@ -86,8 +122,6 @@ struct Signature {
     Kind arguments[kMostArguments] = {};
     std::size_t count = 0;
     Kind result = Kind::None;
-
-    constexpr bool operator==(const Signature&) const = default;
 };
 
 // "name() as type = default", one argument.
@@ -118,83 +152,75 @@ constexpr Signature Read(std::string_view declaration) {
     return signature;
 }
 
-template <class... Arguments>
-constexpr Signature SignatureOf(Kind result) {
-    return Signature{{KindOfType<Arguments>()...}, sizeof...(Arguments), result};
-}
+// The types of the functions behind a declaration.
+template <Text Declaration>
+class Declared {
+    static constexpr Signature kRead = Read(Declaration.View());
+    using AssignedType = TypeOf<kRead.result == Kind::None ? Kind::Object : kRead.result>;
 
-// A function that takes the instance first.
-template <class Result, class... Arguments>
-constexpr Signature MemberSignature(Result (*)(Object*, Arguments...)) {
-    return SignatureOf<Arguments...>(KindOfType<Result>());
-}
+    template <std::size_t... I>
+    static auto MemberType(std::index_sequence<I...>)
+        -> TypeOf<kRead.result> (*)(Object*, TypeOf<kRead.arguments[I]>...);
+    template <std::size_t... I>
+    static auto SharedType(std::index_sequence<I...>) -> TypeOf<kRead.result> (*)(TypeOf<kRead.arguments[I]>...);
+    template <std::size_t... I>
+    static auto SetterType(std::index_sequence<I...>) -> void (*)(Object*, TypeOf<kRead.arguments[I]>..., AssignedType);
+    using Indices = std::make_index_sequence<kRead.count>;
 
-template <class Result, class... Arguments>
-constexpr Signature SharedSignature(Result (*)(Arguments...)) {
-    return SignatureOf<Arguments...>(KindOfType<Result>());
-}
+  public:
+    using Member = decltype(MemberType(Indices{}));  // takes the instance first
+    using Shared = decltype(SharedType(Indices{}));
+    using Setter = decltype(SetterType(Indices{}));  // takes the method's arguments and then its result
+};
 
-// What the setter of an assignable method takes: the method's arguments and then its result.
-constexpr Signature SetterOf(Signature method) {
-    method.arguments[method.count++] = method.result;
-    method.result = Kind::None;
-    return method;
-}
+// The types behind a property's type name.
+template <Text TypeName>
+struct DeclaredProperty {
+    using Type = TypeOf<KindOfTypeName(TypeName.View())>;
+    using Getter = Type (*)(Object*);
+    using Setter = void (*)(Object*, Type);
+};
 
-template <auto Function>
-AnyFunction Erase() {
-    return reinterpret_cast<AnyFunction>(Function);
-}
+// The declaration as characters that live as long as the program.
+template <Text Declaration>
+inline constexpr Text kStored = Declaration;
 
 }  // namespace declare
 
-template <Text Declaration, auto Function>
+template <Text Declaration, typename declare::Declared<Declaration>::Member Function>
 MethodRecord Method(std::int32_t flags) {
-    static_assert(declare::Read(Declaration.View()) == declare::MemberSignature(Function),
-                  "the declaration and the function behind it disagree");
-    static constexpr auto text = Declaration;
-    return {declare::Erase<Function>(), nullptr, text.characters, flags};
+    return {reinterpret_cast<AnyFunction>(Function), nullptr, declare::kStored<Declaration>.characters, flags};
 }
 
-template <Text Declaration, auto Function, auto Setter>
+// A method that can also be assigned to.
+template <Text Declaration, typename declare::Declared<Declaration>::Member Function,
+          typename declare::Declared<Declaration>::Setter Setter>
 MethodRecord AssignableMethod(std::int32_t flags) {
-    static_assert(declare::SetterOf(declare::Read(Declaration.View())) == declare::MemberSignature(Setter),
-                  "the declaration and the setter behind it disagree");
-    MethodRecord record = Method<Declaration, Function>(flags);
-    record.setter = declare::Erase<Setter>();
-    return record;
+    return {reinterpret_cast<AnyFunction>(Function), reinterpret_cast<AnyFunction>(Setter),
+            declare::kStored<Declaration>.characters, flags};
 }
 
 // A method without an instance.
-template <Text Declaration, auto Function>
+template <Text Declaration, typename declare::Declared<Declaration>::Shared Function>
 MethodRecord SharedMethod(std::int32_t flags) {
-    static_assert(declare::Read(Declaration.View()) == declare::SharedSignature(Function),
-                  "the declaration and the function behind it disagree");
-    static constexpr auto text = Declaration;
-    return {declare::Erase<Function>(), nullptr, text.characters, flags};
+    return {reinterpret_cast<AnyFunction>(Function), nullptr, declare::kStored<Declaration>.characters, flags};
 }
 
-// A getter of a computed property, checked against the property's type.
-template <Text Type, auto Getter>
+// A computed getter, and a setter, of a property of the named type.
+template <Text TypeName, typename declare::DeclaredProperty<TypeName>::Getter Getter>
 Accessor ComputedAs() {
-    static_assert(declare::SignatureOf<>(declare::KindOfTypeName(Type.View())) == declare::MemberSignature(Getter),
-                  "the property's type and its getter disagree");
-    return {declare::Erase<Getter>(), -1};
+    return {reinterpret_cast<AnyFunction>(Getter), -1};
 }
 
-// A setter of a property, checked against the property's type.
-template <Text Type, auto Setter>
+template <Text TypeName, typename declare::DeclaredProperty<TypeName>::Setter Setter>
 Accessor AssignedAs() {
-    static_assert(declare::SetterOf(declare::SignatureOf<>(declare::KindOfTypeName(Type.View()))) ==
-                      declare::MemberSignature(Setter),
-                  "the property's type and its setter disagree");
-    return {declare::Erase<Setter>(), -1};
+    return {reinterpret_cast<AnyFunction>(Setter), -1};
 }
 
 // A field of the instance data, checked against the property's type.
-template <Text Type, class FieldType>
+template <Text TypeName, class FieldType>
 constexpr Accessor FieldAs(std::size_t offset) {
-    static_assert(declare::KindOfTypeName(Type.View()) == declare::KindOfType<FieldType>(),
+    static_assert(std::is_same_v<typename declare::DeclaredProperty<TypeName>::Type, FieldType>,
                   "the property's type and its field disagree");
     return FieldAt(offset);
 }

@@ -82,9 +82,7 @@ struct Accessor {
 
 inline constexpr Accessor kNoAccess{nullptr, -1};
 
-constexpr Accessor FieldAt(std::size_t offset) {
-    return Accessor{nullptr, static_cast<std::int32_t>(offset)};
-}
+constexpr Accessor FieldAt(std::size_t offset) { return Accessor{nullptr, static_cast<std::int32_t>(offset)}; }
 
 struct PropertyRecord {
     const char* name;

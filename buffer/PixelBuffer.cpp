@@ -1,0 +1,69 @@
+#include "buffer/PixelBuffer.h"
+
+#include <type_traits>
+
+#include "plugin/HostServices.h"
+
+namespace tqx {
+
+static_assert(std::is_standard_layout_v<PixelBuffer> && std::is_trivially_copyable_v<PixelBuffer>,
+              "the host zeroes the record and reaches its fields by offset");
+
+namespace {
+
+std::int64_t WithinStorage(const PixelBuffer& buffer, std::int64_t row) {
+    return row >= 0 && row < buffer.storageRows ? row : -1;
+}
+
+std::uint8_t* AddressOfStorageRow(const PixelBuffer& buffer, std::int64_t row) {
+    if (row < 0 || !buffer.data || !StorageStands(buffer)) return nullptr;
+    return buffer.data + row * buffer.RowSize;
+}
+
+}  // namespace
+
+bool StorageStands(const PixelBuffer& buffer) {
+    const PixelBuffer* view = &buffer;
+    while (view->Parent) {
+        const PixelBuffer* const parent = BufferOf(view->Parent);
+        if (parent->generation != view->parentGeneration) return false;
+        view = parent;
+    }
+    return true;
+}
+
+std::int64_t StorageRow(const PixelBuffer& buffer, std::int32_t y) {
+    return WithinStorage(buffer, std::int64_t{y} + buffer.RowOffset);
+}
+
+std::int64_t MirroredStorageRow(const PixelBuffer& buffer, std::int32_t y) {
+    return WithinStorage(buffer, std::int64_t{buffer.Height} - y - 1 + buffer.RowOffset);
+}
+
+std::uint8_t* MemoryRowAddress(PixelBuffer& buffer, std::int32_t y) {
+    return AddressOfStorageRow(buffer, StorageRow(buffer, y));
+}
+
+std::uint8_t* MirroredMemoryRowAddress(PixelBuffer& buffer, std::int32_t y) {
+    return AddressOfStorageRow(buffer, MirroredStorageRow(buffer, y));
+}
+
+void Yield(PixelBuffer& buffer) {
+    if (buffer.YieldTicks > 0) PeriodicYield(buffer.YieldTicks, &buffer.lastYieldTick);
+}
+
+rows::PixelLayout LayoutOf(const PixelBuffer& buffer, rows::ChannelSet set) {
+    switch (set) {
+        case rows::ChannelSet::Gray:
+            return {buffer.PixelSize, {buffer.GrayOffset}};
+        case rows::ChannelSet::GrayAlpha:
+            return {buffer.PixelSize, {buffer.GrayOffset, buffer.AlphaOffset}};
+        case rows::ChannelSet::Rgb:
+            return {buffer.PixelSize, {buffer.RedOffset, buffer.GreenOffset, buffer.BlueOffset}};
+        case rows::ChannelSet::RgbAlpha:
+            break;
+    }
+    return {buffer.PixelSize, {buffer.RedOffset, buffer.GreenOffset, buffer.BlueOffset, buffer.AlphaOffset}};
+}
+
+}  // namespace tqx

@@ -1,0 +1,15 @@
+// Blocks of pixel memory.
+#pragma once
+
+#include <cstdint>
+
+namespace tqx {
+
+// A block of `size` zero bytes (0 is allowed), at a multiple of 64; null when memory is short or
+// size is below 0. Large blocks ask for large pages.
+std::uint8_t* AllocatePixels(std::int64_t size);
+
+// Frees a block from AllocatePixels; null is ignored.
+void FreePixels(std::uint8_t* pixels);
+
+}  // namespace tqx

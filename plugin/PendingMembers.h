@@ -1,0 +1,103 @@
+// Members that are declared to the host and not built yet. Each refuses as its finished form
+// refuses: nil, false or nothing. A member leaves this list when its room has it.
+#pragma once
+
+#include <cstdint>
+
+#include "sdk/PluginInterface.h"
+
+namespace tqx {
+
+inline void ConstructHostPicture(sdk::Object*, sdk::Object*, bool) {}
+inline bool Scale(sdk::Object*, sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t) { return {}; }
+inline bool ScaleFast(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t) { return {}; }
+inline sdk::Object* BoxBlurFilter(sdk::Object*, sdk::Object*, double) { return {}; }
+inline sdk::Object* BoxBlurFilter(sdk::Object*, sdk::Object*, double, std::int32_t) { return {}; }
+inline sdk::Object* BoxBlurFractionalFilter(sdk::Object*, sdk::Object*, double) { return {}; }
+inline sdk::Object* StampFilter(sdk::Object*, sdk::Object*, double, double, double, sdk::Color, sdk::Color) {
+    return {};
+}
+inline bool UnsharpFilter(sdk::Object*, sdk::Object*, double, std::int32_t) { return {}; }
+inline sdk::Object* DitherFilter(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t) { return {}; }
+inline sdk::Object* OilFilter(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t) { return {}; }
+inline sdk::Object* DiffuseFilter(sdk::Object*, sdk::Object*, std::int32_t) { return {}; }
+inline sdk::Object* EngraveFilter(sdk::Object*, sdk::Object*, std::int32_t) { return {}; }
+inline sdk::Object* NeonFilter(sdk::Object*, sdk::Object*) { return {}; }
+inline bool AutoLevel(sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t) { return {}; }
+inline bool AutoLevel(sdk::Object*) { return {}; }
+inline void ClearRect(sdk::Object*) {}
+inline void ClearRect(sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t) {}
+inline void FillRect(sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t, std::int32_t) {}
+inline void FillRect(sdk::Object*, std::int32_t) {}
+inline void FillRectRGB(sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t, std::int32_t,
+                        std::int32_t, std::int32_t) {}
+inline void FillRectRGB(sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t, sdk::Color) {}
+inline void FillRectRGB(sdk::Object*, std::int32_t, std::int32_t, std::int32_t) {}
+inline void FillRectRGB(sdk::Object*, sdk::Color) {}
+inline void FillRectRGB(sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t, std::int32_t,
+                        std::int32_t, std::int32_t, std::int32_t) {}
+inline void FillRectRGB(sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t, sdk::Color,
+                        std::int32_t) {}
+inline void FillRectRGB(sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t) {}
+inline void FillRectRGB(sdk::Object*, sdk::Color, std::int32_t) {}
+inline void Invert(sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t) {}
+inline void Invert(sdk::Object*) {}
+inline void HMirror(sdk::Object*) {}
+inline void VMirror(sdk::Object*) {}
+inline void Rotate180(sdk::Object*) {}
+inline sdk::Object* CopyPicture(sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t) { return {}; }
+inline sdk::Object* CopyPicture(sdk::Object*) { return {}; }
+inline sdk::Object* CopyMask(sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t) { return {}; }
+inline sdk::Object* CopyMask(sdk::Object*) { return {}; }
+inline sdk::Object* CopyPictureWithMask(sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t) {
+    return {};
+}
+inline sdk::Object* CopyPictureWithMask(sdk::Object*) { return {}; }
+inline void DrawPictureRedToGrayChannel(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t,
+                                        std::int32_t, std::int32_t, std::int32_t) {}
+inline void DrawPictureRedToGrayChannel(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t,
+                                        std::int32_t) {}
+inline void DrawPictureGreenToGrayChannel(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t,
+                                          std::int32_t, std::int32_t, std::int32_t) {}
+inline void DrawPictureGreenToGrayChannel(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t,
+                                          std::int32_t) {}
+inline void DrawPictureBlueToGrayChannel(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t,
+                                         std::int32_t, std::int32_t, std::int32_t) {}
+inline void DrawPictureBlueToGrayChannel(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t,
+                                         std::int32_t) {}
+inline void DrawPictureRGB(sdk::Object*, sdk::Object*) {}
+inline void DrawPictureRGB(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t) {}
+inline void DrawPictureRGB(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t) {}
+inline void DrawPictureRGB(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t,
+                           std::int32_t, std::int32_t) {}
+inline void DrawMaskedPictureRGB(sdk::Object*, sdk::Object*, bool) {}
+inline void DrawMaskedPictureRGB(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, bool) {}
+inline void DrawMaskedPictureRGB(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t,
+                                 bool) {}
+inline void DrawMaskedPictureRGB(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t,
+                                 std::int32_t, std::int32_t, bool) {}
+inline void DrawMaskedPictureApplyMaskRGB(sdk::Object*, sdk::Object*, bool) {}
+inline void DrawMaskedPictureApplyMaskRGB(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, bool) {}
+inline void DrawMaskedPictureApplyMaskRGB(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t,
+                                          std::int32_t, bool) {}
+inline void DrawMaskedPictureApplyMaskRGB(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t,
+                                          std::int32_t, std::int32_t, std::int32_t, bool) {}
+inline void CopyPixels(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t, std::int32_t,
+                       std::int32_t) {}
+inline void CopyPixels(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t) {}
+inline void CopyPixels(sdk::Object*, sdk::Object*) {}
+inline sdk::Object* Rotate90slow(sdk::Object*, sdk::Object*) { return {}; }
+inline sdk::Object* Rotate180(sdk::Object*, sdk::Object*) { return {}; }
+inline sdk::Object* Rotate270slow(sdk::Object*, sdk::Object*) { return {}; }
+inline sdk::Object* Rotate(sdk::Object*, double, std::int32_t, std::int32_t, std::int32_t, std::int32_t, std::int32_t) {
+    return {};
+}
+inline sdk::Object* Rotate90(sdk::Object*, sdk::Object*) { return {}; }
+inline sdk::Object* Rotate270(sdk::Object*, sdk::Object*) { return {}; }
+inline sdk::Object* ApplyMatrix(sdk::Object*, sdk::Object*, sdk::Array*) { return {}; }
+inline sdk::Object* ApplyMatrix(sdk::Object*, sdk::Object*, sdk::Array*, std::int32_t) { return {}; }
+inline sdk::Object* ApplyMatrix(sdk::Object*, sdk::Object*, sdk::Array*, std::int32_t, double) { return {}; }
+inline sdk::Object* CopyGWorld(sdk::Object*) { return {}; }
+inline sdk::Object* GetDebugPicture(sdk::Object*) { return {}; }
+
+}  // namespace tqx
