@@ -39,10 +39,25 @@ void AddMethods(Class& type, std::span<const sdk::MethodRecord> records, bool sh
     }
 }
 
+std::int64_t SizeOfField(Kind kind) {
+    switch (kind) {
+        case Kind::UInt8:
+        case Kind::Boolean:
+            return 1;
+        case Kind::Integer:
+        case Kind::UInt32:
+        case Kind::Single:
+        case Kind::Color:
+            return 4;
+        default:
+            return 8;
+    }
+}
+
 // What is wrong with one direction of a property, or nothing.
-std::string AccessorProblem(const sdk::Accessor& accessor, const sdk::ClassDefinition& definition) {
+std::string AccessorProblem(const sdk::Accessor& accessor, Kind kind, const sdk::ClassDefinition& definition) {
     if (accessor.function || accessor.fieldOffset < 0) return "";
-    if (accessor.fieldOffset < definition.instanceDataSize) return "";
+    if (std::int64_t{accessor.fieldOffset} + SizeOfField(kind) <= definition.instanceDataSize) return "";
     return "its field at byte " + std::to_string(accessor.fieldOffset) + " lies outside the instance data of " +
            std::to_string(definition.instanceDataSize) + " bytes";
 }
@@ -59,8 +74,8 @@ void AddProperty(Class& type, const sdk::PropertyRecord& record, Problems& probl
     property.flags = record.flags;
     property.getter = record.getter;
     property.setter = record.setter;
-    std::string problem = AccessorProblem(record.getter, *type.definition());
-    if (problem.empty()) problem = AccessorProblem(record.setter, *type.definition());
+    std::string problem = AccessorProblem(record.getter, property.type.kind, *type.definition());
+    if (problem.empty()) problem = AccessorProblem(record.setter, property.type.kind, *type.definition());
     if (problem.empty() && !property.readable() && !property.writable()) problem = "it can be neither read nor written";
     if (problem.empty())
         type.AddProperty(std::move(property));

@@ -1,0 +1,12 @@
+// Tests against the small sound plug-in instead of the one under test.
+#pragma once
+
+#include "host/PluginLoader.h"
+#include "tests/support/PluginFixture.h"
+
+inline std::string TestPluginPath(const std::string& name) { return TQX_TEST_PLUGIN_FOLDER "/" + name + ".so"; }
+
+class SampleTest : public support::PluginTest {
+  protected:
+    std::string PluginPath() const override { return TestPluginPath("Sample"); }
+};
