@@ -38,6 +38,20 @@ constexpr std::string_view Trim(std::string_view text) {
     return text;
 }
 
+// The positions of the first and the last character c, or npos. The library's own searches test
+// for null pointers, which g++ 12 can't do at compile time under the undefined-behaviour sanitizer.
+constexpr std::size_t FindFirst(std::string_view text, char c) {
+    for (std::size_t at = 0; at < text.size(); ++at)
+        if (text[at] == c) return at;
+    return std::string_view::npos;
+}
+
+constexpr std::size_t FindLast(std::string_view text, char c) {
+    for (std::size_t at = text.size(); at-- > 0;)
+        if (text[at] == c) return at;
+    return std::string_view::npos;
+}
+
 // Where " as " starts in a piece of a declaration, or npos.
 constexpr std::size_t FindAs(std::string_view piece) {
     for (std::size_t at = 0; at + 4 <= piece.size(); ++at)
@@ -124,25 +138,29 @@ struct Signature {
     Kind result = Kind::None;
 };
 
+constexpr std::string_view Last(std::string_view text, std::size_t count) {
+    return text.size() < count ? text : text.substr(text.size() - count);
+}
+
 // "name() as type = default", one argument.
 constexpr Kind ReadArgument(std::string_view piece) {
     const std::size_t as = FindAs(piece);
-    if (Trim(piece.substr(0, as)).ends_with("()")) return Kind::Array;
+    if (SameName(Last(Trim(piece.substr(0, as)), 2), "()")) return Kind::Array;
     std::string_view type = piece.substr(as + 4);
-    return KindOfTypeName(Trim(type.substr(0, type.find('='))));
+    return KindOfTypeName(Trim(type.substr(0, FindFirst(type, '='))));
 }
 
 // "Name(argument, …) as type"; brackets and result may be missing.
 constexpr Signature Read(std::string_view declaration) {
     Signature signature;
     std::string_view rest = declaration;
-    const std::size_t open = declaration.find('(');
+    const std::size_t open = FindFirst(declaration, '(');
     if (open != std::string_view::npos) {
-        const std::size_t close = declaration.rfind(')');
+        const std::size_t close = FindLast(declaration, ')');
         std::string_view arguments = Trim(declaration.substr(open + 1, close - open - 1));
         rest = declaration.substr(close + 1);
         while (!arguments.empty()) {
-            const std::size_t comma = arguments.find(',');
+            const std::size_t comma = FindFirst(arguments, ',');
             signature.arguments[signature.count++] = ReadArgument(arguments.substr(0, comma));
             arguments = comma == std::string_view::npos ? std::string_view{} : arguments.substr(comma + 1);
         }
