@@ -13,7 +13,7 @@
 #include <map>
 
 // The address sanitizer has its own allocator; what stands in front of it must hand on to it.
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(TQX_SANITIZE)
 #define REAL_MALLOC __interceptor_malloc
 #define REAL_CALLOC __interceptor_calloc
 #else
