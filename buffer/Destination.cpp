@@ -34,11 +34,7 @@ sdk::Object* MakeMemoryPicture(std::int32_t width, std::int32_t height, std::int
 }
 
 // Yields for a picture; false when script code took its storage meanwhile.
-bool YieldAndKeep(PixelBuffer& buffer) {
-    const StorageWatch watch(buffer);
-    Yield(buffer);
-    return watch.Holds() && IsUsable(buffer);
-}
+bool YieldAndKeep(PixelBuffer& buffer) { return YieldAndKeep(buffer, StorageWatch(buffer)) && IsUsable(buffer); }
 
 }  // namespace
 

@@ -52,6 +52,11 @@ void Yield(PixelBuffer& buffer) {
     if (buffer.YieldTicks > 0) PeriodicYield(buffer.YieldTicks, &buffer.lastYieldTick);
 }
 
+bool YieldAndKeep(PixelBuffer& buffer, const StorageWatch& watch) {
+    if (watch.Holds()) Yield(buffer);
+    return watch.Holds();
+}
+
 rows::PixelLayout LayoutOf(const PixelBuffer& buffer, rows::ChannelSet set) {
     switch (set) {
         case rows::ChannelSet::Gray:

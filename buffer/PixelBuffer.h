@@ -127,6 +127,9 @@ class StorageWatch {
     std::uint32_t generation_;
 };
 
+// Yields for a watched picture; false when script code took its storage, in this yield or before.
+bool YieldAndKeep(PixelBuffer& buffer, const StorageWatch& watch);
+
 // Where the channels of a set lie in the picture's pixels.
 rows::PixelLayout LayoutOf(const PixelBuffer& buffer, rows::ChannelSet set);
 

@@ -8,7 +8,6 @@
 
 namespace tqx {
 
-inline void ConstructHostPicture(sdk::Object*, sdk::Object*, bool) {}
 inline bool Scale(sdk::Object*, sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t) { return {}; }
 inline bool ScaleFast(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t) { return {}; }
 inline sdk::Object* BoxBlurFilter(sdk::Object*, sdk::Object*, double) { return {}; }
@@ -45,8 +44,6 @@ inline void Invert(sdk::Object*) {}
 inline void HMirror(sdk::Object*) {}
 inline void VMirror(sdk::Object*) {}
 inline void Rotate180(sdk::Object*) {}
-inline sdk::Object* CopyPicture(sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t) { return {}; }
-inline sdk::Object* CopyPicture(sdk::Object*) { return {}; }
 inline sdk::Object* CopyMask(sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t) { return {}; }
 inline sdk::Object* CopyMask(sdk::Object*) { return {}; }
 inline sdk::Object* CopyPictureWithMask(sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t) {
@@ -65,11 +62,6 @@ inline void DrawPictureBlueToGrayChannel(sdk::Object*, sdk::Object*, std::int32_
                                          std::int32_t, std::int32_t, std::int32_t) {}
 inline void DrawPictureBlueToGrayChannel(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t,
                                          std::int32_t) {}
-inline void DrawPictureRGB(sdk::Object*, sdk::Object*) {}
-inline void DrawPictureRGB(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t) {}
-inline void DrawPictureRGB(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t) {}
-inline void DrawPictureRGB(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t,
-                           std::int32_t, std::int32_t) {}
 inline void DrawMaskedPictureRGB(sdk::Object*, sdk::Object*, bool) {}
 inline void DrawMaskedPictureRGB(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, bool) {}
 inline void DrawMaskedPictureRGB(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t,
