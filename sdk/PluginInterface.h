@@ -150,11 +150,13 @@ struct FileReference {
     char path[kPathCapacity];
 };
 
-// The instance data of the host class GWorldTQX, which takes over an off-screen world.
+// The instance data of the host class GWorldTQX, which takes over an off-screen world. It lies
+// kGWorldTQXDataOffset bytes after the object's address: plug-ins fill it in.
 struct GWorldTQXData {
     GWorld* world;
     bool ownsWorld;  // the instance disposes of the world in its destructor
 };
+inline constexpr std::int32_t kGWorldTQXDataOffset = 32;
 
 // What the host passes to REALPluginMain, called with kResolverService to get the Resolver.
 using EntryFunction = AnyFunction (*)(const char* service);
