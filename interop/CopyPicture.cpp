@@ -42,7 +42,7 @@ sdk::Object* HandOver(const LockedWorld& locked) {
 }
 
 sdk::Object* Export(PixelBuffer& buffer, const Rectangle& area, const Exported& exported) {
-    if (!IsUsable(buffer)) return nullptr;
+    if (area.IsEmpty() || !IsUsable(buffer)) return nullptr;
     const StorageWatch watch(buffer);
     LockedWorld world;
     if (!YieldAndKeep(buffer, watch)) return nullptr;
@@ -51,19 +51,56 @@ sdk::Object* Export(PixelBuffer& buffer, const Rectangle& area, const Exported& 
     return HandOver(world);
 }
 
-}  // namespace
-
-sdk::Object* CopyPicture(sdk::Object* self, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height) {
-    PixelBuffer& buffer = *BufferOf(self);
-    const Rectangle area = ClipTo(buffer, x, y, width, height);
-    if (area.IsEmpty() || (!buffer.IsGray && !buffer.IsRGB)) return nullptr;
-    const auto set = buffer.IsGray ? rows::ChannelSet::Gray : rows::ChannelSet::Rgb;
-    return Export(buffer, area, {set, LayoutOf(buffer, set)});
+// Gives a picture a mask of width × height with another picture's pixels.
+bool AttachMask(sdk::Object* picture, sdk::Object* mask, std::int32_t width, std::int32_t height) {
+    const OwnedObject hostMask(host.REALGetPictureMask(picture, true, width, height));
+    return hostMask && DrawOntoPicture(hostMask.Get(), mask, width, height);
 }
+
+constexpr std::int32_t kDebugSize = 512;
+
+}  // namespace
 
 sdk::Object* CopyPicture(sdk::Object* self) {
     const PixelBuffer& buffer = *BufferOf(self);
     return CopyPicture(self, 0, 0, buffer.Width, buffer.Height);
+}
+
+sdk::Object* CopyPicture(sdk::Object* self, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height) {
+    PixelBuffer& buffer = *BufferOf(self);
+    if (!buffer.IsGray && !buffer.IsRGB) return nullptr;
+    const auto set = buffer.IsGray ? rows::ChannelSet::Gray : rows::ChannelSet::Rgb;
+    return Export(buffer, ClipTo(buffer, x, y, width, height), {set, LayoutOf(buffer, set)});
+}
+
+sdk::Object* CopyMask(sdk::Object* self) {
+    const PixelBuffer& buffer = *BufferOf(self);
+    return CopyMask(self, 0, 0, buffer.Width, buffer.Height);
+}
+
+sdk::Object* CopyMask(sdk::Object* self, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height) {
+    PixelBuffer& buffer = *BufferOf(self);
+    if (!buffer.HasAlpha) return nullptr;
+    const rows::PixelLayout alpha{buffer.PixelSize, {buffer.AlphaOffset}};
+    return Export(buffer, ClipTo(buffer, x, y, width, height), {rows::ChannelSet::Gray, alpha});
+}
+
+sdk::Object* CopyPictureWithMask(sdk::Object* self) {
+    const PixelBuffer& buffer = *BufferOf(self);
+    return CopyPictureWithMask(self, 0, 0, buffer.Width, buffer.Height);
+}
+
+sdk::Object* CopyPictureWithMask(sdk::Object* self, std::int32_t x, std::int32_t y, std::int32_t width,
+                                 std::int32_t height) {
+    OwnedObject picture(CopyPicture(self, x, y, width, height));
+    if (!picture || !BufferOf(self)->HasAlpha) return picture.Give();
+    const OwnedObject mask(CopyMask(self, x, y, width, height));
+    if (!mask || !AttachMask(picture.Get(), mask.Get(), width, height)) return nullptr;
+    return picture.Give();
+}
+
+sdk::Object* GetDebugPicture(sdk::Object* self) {
+    return BufferOf(self)->DebugPictureEnabled ? CopyPictureWithMask(self, 0, 0, kDebugSize, kDebugSize) : nullptr;
 }
 
 }  // namespace tqx

@@ -1,13 +1,81 @@
 #include "interop/DrawPicture.h"
 
+#include <algorithm>
+
 #include "buffer/PixelBuffer.h"
 #include "interop/LockedPicture.h"
 #include "ops/CopyRectangle.h"
+#include "plugin/HostServices.h"
 #include "rows/Convert.h"
+#include "rows/HostPixels.h"
 
 namespace tqx {
 
 namespace {
+
+// A host picture, and its mask if one is drawn with it, both locked.
+struct LockedSource {
+    LockedPicture picture;
+    LockedPicture mask;
+    bool masked;
+
+    // What both have.
+    std::int32_t Width() const { return masked ? std::min(picture.width, mask.width) : picture.width; }
+    std::int32_t Height() const { return masked ? std::min(picture.height, mask.height) : picture.height; }
+};
+
+bool LockSource(sdk::Object* picture, sdk::Object* mask, LockedSource* source) {
+    source->masked = mask != nullptr;
+    if (!LockPicture(picture, true, &source->picture)) return false;
+    if (!mask || LockPicture(mask, true, &source->mask)) return true;
+    UnlockPicture(&source->picture);
+    return false;
+}
+
+void UnlockSource(LockedSource* source) {
+    if (source->masked) UnlockPicture(&source->mask);
+    UnlockPicture(&source->picture);
+}
+
+// The first host pixel of a drawn row, and the mask's; null without a mask.
+struct HostPixels {
+    const std::uint8_t* picture;
+    const std::uint8_t* mask;
+};
+
+HostPixels PixelsAt(const LockedSource& source, std::int32_t x, std::int32_t y) {
+    const auto pixel = [&](const LockedPicture& locked) {
+        return HostRow(locked, y) + std::int64_t{x} * locked.bytesPerPixel;
+    };
+    return {pixel(source.picture), source.masked ? pixel(source.mask) : nullptr};
+}
+
+// Draws what the cut leaves: drawRow(host pixels, first pixel in the picture's row, width).
+template <class DrawRow>
+void DrawRows(PixelBuffer& buffer, const StorageWatch& watch, const LockedSource& source, const CopyRectangle& area,
+              DrawRow&& drawRow) {
+    if (!YieldAndKeep(buffer, watch) || area.IsEmpty()) return;
+    for (std::int32_t j = 0; j < area.height; ++j) {
+        if (std::uint8_t* const row = RowAddress(buffer, area.destY + j))
+            drawRow(PixelsAt(source, area.sourceX, area.sourceY + j), row + std::int64_t{area.destX} * buffer.PixelSize,
+                    area.width);
+        if (!YieldAndKeep(buffer, watch)) return;
+    }
+}
+
+// What all draws have in common; `mask` may be nil.
+template <class DrawRow>
+void Draw(PixelBuffer& buffer, sdk::Object* picture, sdk::Object* mask, const CopyRectangle& wanted,
+          DrawRow&& drawRow) {
+    if (!IsUsable(buffer)) return;
+    const StorageWatch watch(buffer);
+    LockedSource source;
+    if (!YieldAndKeep(buffer, watch) || !LockSource(picture, mask, &source)) return;
+    const CopyRectangle area = ClipCopy(wanted, buffer.Width, buffer.Height, source.Width(), source.Height());
+    DrawRows(buffer, watch, source, area, drawRow);
+    UnlockSource(&source);
+    YieldAndKeep(buffer, watch);
+}
 
 // The whole host picture, drawn at a place.
 CopyRectangle WholePicture(sdk::Object* picture, std::int32_t destX, std::int32_t destY) {
@@ -16,37 +84,51 @@ CopyRectangle WholePicture(sdk::Object* picture, std::int32_t destX, std::int32_
 
 bool HasColors(const PixelBuffer& buffer) { return buffer.HasRed && buffer.HasGreen && buffer.HasBlue; }
 
-// Draws what the cut leaves, row by row: drawRow(host row, first pixel of the area in the picture's row).
-template <class DrawRow>
-void DrawRows(PixelBuffer& buffer, const StorageWatch& watch, const CopyRectangle& area, DrawRow&& drawRow) {
-    if (!YieldAndKeep(buffer, watch) || area.IsEmpty()) return;
-    for (std::int32_t j = 0; j < area.height; ++j) {
-        if (std::uint8_t* const row = RowAddress(buffer, area.destY + j))
-            drawRow(area.sourceY + j, row + std::int64_t{area.destX} * buffer.PixelSize);
-        if (!YieldAndKeep(buffer, watch)) return;
-    }
-}
-
-// Copies channels of the host picture into the picture's channels of the same number.
-void DrawChannels(sdk::Object* self, sdk::Object* picture, const CopyRectangle& wanted, rows::ChannelSet set,
+// Channels of the host picture into the picture's channels of a set.
+void DrawChannels(PixelBuffer& buffer, sdk::Object* picture, const CopyRectangle& wanted, rows::ChannelSet set,
                   const rows::PixelLayout& hostLayout) {
-    PixelBuffer& buffer = *BufferOf(self);
-    if (!IsUsable(buffer)) return;
-    const StorageWatch watch(buffer);
-    LockedPicture locked;
-    if (!YieldAndKeep(buffer, watch) || !LockPicture(picture, true, &locked)) return;
-    const CopyRectangle area = ClipCopy(wanted, buffer.Width, buffer.Height, locked.width, locked.height);
     const rows::Conversion conversion{set, set, hostLayout, LayoutOf(buffer, set), rows::AlphaRule::Leave};
-    DrawRows(buffer, watch, area, [&](std::int32_t y, std::uint8_t* row) {
-        const std::uint8_t* const source = HostRow(locked, y) + std::int64_t{area.sourceX} * locked.bytesPerPixel;
-        rows::ConvertRow(conversion, source, row, area.width);
+    Draw(buffer, picture, nullptr, wanted, [&](const HostPixels& from, std::uint8_t* row, std::int32_t width) {
+        rows::ConvertRow(conversion, from.picture, row, width);
     });
-    UnlockPicture(&locked);
-    YieldAndKeep(buffer, watch);
 }
 
 void DrawColors(sdk::Object* self, sdk::Object* picture, const CopyRectangle& wanted) {
-    if (HasColors(*BufferOf(self))) DrawChannels(self, picture, wanted, rows::ChannelSet::Rgb, kHostColors);
+    PixelBuffer& buffer = *BufferOf(self);
+    if (HasColors(buffer)) DrawChannels(buffer, picture, wanted, rows::ChannelSet::Rgb, kHostColors);
+}
+
+// The host's red is color 0, green 1, blue 2.
+void DrawToGray(sdk::Object* self, sdk::Object* picture, int color, const CopyRectangle& wanted) {
+    PixelBuffer& buffer = *BufferOf(self);
+    const rows::PixelLayout hostColor{kHostColors.pixelSize, {kHostColors.offset[color]}};
+    if (buffer.HasGray) DrawChannels(buffer, picture, wanted, rows::ChannelSet::Gray, hostColor);
+}
+
+// The host picture's mask, as it has it; empty for none.
+OwnedObject MaskOf(sdk::Object* picture) {
+    return OwnedObject(picture ? host.REALGetPictureMask(picture, false, 0, 0) : nullptr);
+}
+
+void DrawMasked(sdk::Object* self, sdk::Object* picture, bool invert, const CopyRectangle& wanted) {
+    PixelBuffer& buffer = *BufferOf(self);
+    if (!HasColors(buffer)) return;
+    const OwnedObject mask = MaskOf(picture);
+    const rows::PixelLayout layout = LayoutOf(buffer, rows::ChannelSet::RgbAlpha);
+    Draw(buffer, picture, mask.Get(), wanted, [&](const HostPixels& from, std::uint8_t* row, std::int32_t width) {
+        rows::DrawMaskedRow(from.picture, from.mask, invert, layout, row, width);
+    });
+}
+
+void DrawBlended(sdk::Object* self, sdk::Object* picture, bool invert, const CopyRectangle& wanted) {
+    PixelBuffer& buffer = *BufferOf(self);
+    if (!HasColors(buffer)) return;
+    const OwnedObject mask = MaskOf(picture);
+    if (!mask) return;
+    const rows::PixelLayout layout = LayoutOf(buffer, rows::ChannelSet::Rgb);
+    Draw(buffer, picture, mask.Get(), wanted, [&](const HostPixels& from, std::uint8_t* row, std::int32_t width) {
+        rows::BlendMaskedRow(from.picture, from.mask, invert, layout, row, width);
+    });
 }
 
 }  // namespace
@@ -65,6 +147,79 @@ void DrawPictureRGB(sdk::Object* self, sdk::Object* picture, std::int32_t destX,
 void DrawPictureRGB(sdk::Object* self, sdk::Object* picture, std::int32_t destX, std::int32_t destY,
                     std::int32_t destWidth, std::int32_t destHeight, std::int32_t sourceX, std::int32_t sourceY) {
     DrawColors(self, picture, {destX, destY, destWidth, destHeight, sourceX, sourceY});
+}
+
+void DrawPictureRedToGrayChannel(sdk::Object* self, sdk::Object* picture, std::int32_t destX, std::int32_t destY,
+                                 std::int32_t destWidth, std::int32_t destHeight) {
+    DrawToGray(self, picture, 0, {destX, destY, destWidth, destHeight, 0, 0});
+}
+
+void DrawPictureRedToGrayChannel(sdk::Object* self, sdk::Object* picture, std::int32_t destX, std::int32_t destY,
+                                 std::int32_t destWidth, std::int32_t destHeight, std::int32_t sourceX,
+                                 std::int32_t sourceY) {
+    DrawToGray(self, picture, 0, {destX, destY, destWidth, destHeight, sourceX, sourceY});
+}
+
+void DrawPictureGreenToGrayChannel(sdk::Object* self, sdk::Object* picture, std::int32_t destX, std::int32_t destY,
+                                   std::int32_t destWidth, std::int32_t destHeight) {
+    DrawToGray(self, picture, 1, {destX, destY, destWidth, destHeight, 0, 0});
+}
+
+void DrawPictureGreenToGrayChannel(sdk::Object* self, sdk::Object* picture, std::int32_t destX, std::int32_t destY,
+                                   std::int32_t destWidth, std::int32_t destHeight, std::int32_t sourceX,
+                                   std::int32_t sourceY) {
+    DrawToGray(self, picture, 1, {destX, destY, destWidth, destHeight, sourceX, sourceY});
+}
+
+void DrawPictureBlueToGrayChannel(sdk::Object* self, sdk::Object* picture, std::int32_t destX, std::int32_t destY,
+                                  std::int32_t destWidth, std::int32_t destHeight) {
+    DrawToGray(self, picture, 2, {destX, destY, destWidth, destHeight, 0, 0});
+}
+
+void DrawPictureBlueToGrayChannel(sdk::Object* self, sdk::Object* picture, std::int32_t destX, std::int32_t destY,
+                                  std::int32_t destWidth, std::int32_t destHeight, std::int32_t sourceX,
+                                  std::int32_t sourceY) {
+    DrawToGray(self, picture, 2, {destX, destY, destWidth, destHeight, sourceX, sourceY});
+}
+
+void DrawMaskedPictureRGB(sdk::Object* self, sdk::Object* picture, bool invertMask) {
+    DrawMasked(self, picture, invertMask, WholePicture(picture, 0, 0));
+}
+
+void DrawMaskedPictureRGB(sdk::Object* self, sdk::Object* picture, std::int32_t destX, std::int32_t destY,
+                          bool invertMask) {
+    DrawMasked(self, picture, invertMask, WholePicture(picture, destX, destY));
+}
+
+void DrawMaskedPictureRGB(sdk::Object* self, sdk::Object* picture, std::int32_t destX, std::int32_t destY,
+                          std::int32_t destWidth, std::int32_t destHeight, bool invertMask) {
+    DrawMasked(self, picture, invertMask, {destX, destY, destWidth, destHeight, 0, 0});
+}
+
+void DrawMaskedPictureRGB(sdk::Object* self, sdk::Object* picture, std::int32_t destX, std::int32_t destY,
+                          std::int32_t destWidth, std::int32_t destHeight, std::int32_t sourceX, std::int32_t sourceY,
+                          bool invertMask) {
+    DrawMasked(self, picture, invertMask, {destX, destY, destWidth, destHeight, sourceX, sourceY});
+}
+
+void DrawMaskedPictureApplyMaskRGB(sdk::Object* self, sdk::Object* picture, bool invertMask) {
+    DrawBlended(self, picture, invertMask, WholePicture(picture, 0, 0));
+}
+
+void DrawMaskedPictureApplyMaskRGB(sdk::Object* self, sdk::Object* picture, std::int32_t destX, std::int32_t destY,
+                                   bool invertMask) {
+    DrawBlended(self, picture, invertMask, WholePicture(picture, destX, destY));
+}
+
+void DrawMaskedPictureApplyMaskRGB(sdk::Object* self, sdk::Object* picture, std::int32_t destX, std::int32_t destY,
+                                   std::int32_t destWidth, std::int32_t destHeight, bool invertMask) {
+    DrawBlended(self, picture, invertMask, {destX, destY, destWidth, destHeight, 0, 0});
+}
+
+void DrawMaskedPictureApplyMaskRGB(sdk::Object* self, sdk::Object* picture, std::int32_t destX, std::int32_t destY,
+                                   std::int32_t destWidth, std::int32_t destHeight, std::int32_t sourceX,
+                                   std::int32_t sourceY, bool invertMask) {
+    DrawBlended(self, picture, invertMask, {destX, destY, destWidth, destHeight, sourceX, sourceY});
 }
 
 }  // namespace tqx

@@ -44,36 +44,6 @@ inline void Invert(sdk::Object*) {}
 inline void HMirror(sdk::Object*) {}
 inline void VMirror(sdk::Object*) {}
 inline void Rotate180(sdk::Object*) {}
-inline sdk::Object* CopyMask(sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t) { return {}; }
-inline sdk::Object* CopyMask(sdk::Object*) { return {}; }
-inline sdk::Object* CopyPictureWithMask(sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t) {
-    return {};
-}
-inline sdk::Object* CopyPictureWithMask(sdk::Object*) { return {}; }
-inline void DrawPictureRedToGrayChannel(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t,
-                                        std::int32_t, std::int32_t, std::int32_t) {}
-inline void DrawPictureRedToGrayChannel(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t,
-                                        std::int32_t) {}
-inline void DrawPictureGreenToGrayChannel(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t,
-                                          std::int32_t, std::int32_t, std::int32_t) {}
-inline void DrawPictureGreenToGrayChannel(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t,
-                                          std::int32_t) {}
-inline void DrawPictureBlueToGrayChannel(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t,
-                                         std::int32_t, std::int32_t, std::int32_t) {}
-inline void DrawPictureBlueToGrayChannel(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t,
-                                         std::int32_t) {}
-inline void DrawMaskedPictureRGB(sdk::Object*, sdk::Object*, bool) {}
-inline void DrawMaskedPictureRGB(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, bool) {}
-inline void DrawMaskedPictureRGB(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t,
-                                 bool) {}
-inline void DrawMaskedPictureRGB(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t,
-                                 std::int32_t, std::int32_t, bool) {}
-inline void DrawMaskedPictureApplyMaskRGB(sdk::Object*, sdk::Object*, bool) {}
-inline void DrawMaskedPictureApplyMaskRGB(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, bool) {}
-inline void DrawMaskedPictureApplyMaskRGB(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t,
-                                          std::int32_t, bool) {}
-inline void DrawMaskedPictureApplyMaskRGB(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t,
-                                          std::int32_t, std::int32_t, std::int32_t, bool) {}
 inline void CopyPixels(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t, std::int32_t,
                        std::int32_t) {}
 inline void CopyPixels(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t) {}
@@ -89,7 +59,5 @@ inline sdk::Object* Rotate270(sdk::Object*, sdk::Object*) { return {}; }
 inline sdk::Object* ApplyMatrix(sdk::Object*, sdk::Object*, sdk::Array*) { return {}; }
 inline sdk::Object* ApplyMatrix(sdk::Object*, sdk::Object*, sdk::Array*, std::int32_t) { return {}; }
 inline sdk::Object* ApplyMatrix(sdk::Object*, sdk::Object*, sdk::Array*, std::int32_t, double) { return {}; }
-inline sdk::Object* CopyGWorld(sdk::Object*) { return {}; }
-inline sdk::Object* GetDebugPicture(sdk::Object*) { return {}; }
 
 }  // namespace tqx

@@ -12,6 +12,7 @@
 #include "buffer/RowAccess.h"
 #include "buffer/Views.h"
 #include "filters/ToneCurves.h"
+#include "interop/CopyGWorld.h"
 #include "interop/CopyPicture.h"
 #include "interop/DrawPicture.h"
 #include "interop/HostPicture.h"

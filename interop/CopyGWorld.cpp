@@ -1,0 +1,81 @@
+#include "interop/CopyGWorld.h"
+
+#include <cstring>
+
+#include "buffer/PixelBuffer.h"
+#include "interop/LockedPicture.h"
+#include "platform/Worlds.h"
+#include "plugin/HostServices.h"
+#include "rows/Convert.h"
+
+namespace tqx {
+
+namespace {
+
+constexpr const char* kWorldClass = "GWorldTQX";
+constexpr std::int32_t kGrayRamp = 40;
+
+// A world to be made and the pixels that go into it.
+struct WorldPlan {
+    std::int32_t depth;  // 0: the layout can't be exported
+    rows::ChannelSet set;
+    rows::PixelLayout layout;
+};
+
+WorldPlan PlanWorld(const PixelBuffer& buffer) {
+    if (buffer.IsGray) return {8, rows::ChannelSet::Gray, {1, {0}}};
+    if (!buffer.IsRGB) return {};
+    if (buffer.HasAlpha) return {32, rows::ChannelSet::RgbAlpha, {4, {1, 2, 3, 0}}};
+    return {24, rows::ChannelSet::Rgb, {3, {0, 1, 2}}};
+}
+
+// Rows with room for four bytes a pixel get them, the first one 255.
+void WidenPixels(WorldPlan& plan, const LockedWorld& world) {
+    if (plan.depth != 24 || world.rowBytes < std::int64_t{4} * world.width) return;
+    plan.layout = kHostColors;
+    for (std::int32_t y = 0; y < world.height; ++y)
+        std::memset(HostRow(world, y), 255, static_cast<std::size_t>(world.width) * 4);
+}
+
+void WriteWorld(PixelBuffer& buffer, const WorldPlan& plan, const LockedWorld& world) {
+    const auto alpha = rows::SetHasAlpha(plan.set) ? rows::AlphaRule::Copy : rows::AlphaRule::Leave;
+    const rows::Conversion conversion{plan.set, plan.set, LayoutOf(buffer, plan.set), plan.layout, alpha};
+    for (std::int32_t y = 0; y < world.height; ++y)
+        if (const std::uint8_t* const row = RowAddress(buffer, y))
+            rows::ConvertRow(conversion, row, HostRow(world, y), world.width);
+}
+
+sdk::GWorldTQXData& WorldOf(sdk::Object* instance) {
+    return *reinterpret_cast<sdk::GWorldTQXData*>(reinterpret_cast<std::uint8_t*>(instance) +
+                                                  sdk::kGWorldTQXDataOffset);
+}
+
+// An instance around a new world, which it owns. Empty, with nothing kept, when either fails.
+OwnedObject MakeInstance(const PixelBuffer& buffer, std::int32_t depth, LockedWorld* locked) {
+    const platform::ColorTable* const colors = depth == 8 ? platform::GetCTable(kGrayRamp) : nullptr;
+    sdk::GWorld* const world = platform::NewGWorld(depth, buffer.Width, buffer.Height, colors);
+    if (!world) return {};
+    OwnedObject instance(host.PluginNewInstance(kWorldClass));
+    if (!instance) platform::DisposeGWorld(world);
+    if (!instance || !LockWorld(world, locked)) return {};
+    WorldOf(instance.Get()) = {world, true};
+    return instance;
+}
+
+}  // namespace
+
+sdk::Object* CopyGWorld(sdk::Object* self) {
+    PixelBuffer& buffer = *BufferOf(self);
+    if (!IsUsable(buffer)) return nullptr;
+    const StorageWatch watch(buffer);
+    WorldPlan plan = PlanWorld(buffer);
+    if (!YieldAndKeep(buffer, watch) || plan.depth == 0) return nullptr;
+    LockedWorld world;
+    OwnedObject instance = MakeInstance(buffer, plan.depth, &world);
+    if (!instance) return nullptr;
+    WidenPixels(plan, world);
+    WriteWorld(buffer, plan, world);
+    return instance.Give();
+}
+
+}  // namespace tqx
