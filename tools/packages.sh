@@ -1,0 +1,31 @@
+# Debian packages, for demo.sh, test.sh and .ci/run to source.
+
+build_packages="g++ cmake ninja-build pkg-config ccache libffi-dev libpng-dev libjpeg62-turbo-dev libtiff-dev
+    libwebp-dev libgif-dev libexif-dev libcli11-dev libutf8proc-dev nlohmann-json3-dev"
+test_packages="libgtest-dev libgmock-dev libbenchmark-dev valgrind binutils"
+format_packages="clang-format"
+photo_packages="lomiri-wallpapers-16.04"
+
+# install_packages NAME...: installs what is missing. Asks for nothing where nothing is.
+install_packages() {
+    local missing="" package sudo=""
+    for package in "$@"; do
+        dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q '^install ok installed$' ||
+            missing="$missing $package"
+    done
+    [ -n "$missing" ] || return 0
+    [ "$(id -u)" -eq 0 ] || sudo=sudo
+    echo "Installing:$missing"
+    $sudo apt-get update -qq
+    $sudo env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends $missing >/dev/null
+}
+
+# build PRESET [TARGET...]: configures and builds.
+build() {
+    local preset=$1
+    shift
+    cmake --preset "$preset" ${CMAKE_EXTRA:-} >"/tmp/tqx-configure-$$.log" 2>&1 ||
+        { cat "/tmp/tqx-configure-$$.log"; return 1; }
+    rm -f "/tmp/tqx-configure-$$.log"
+    cmake --build --preset "$preset" ${@:+--target "$@"}
+}
