@@ -210,10 +210,11 @@ TEST_F(Destination, SurvivesScriptsThatCloseOrRebuildInAYield) {
                 const auto result = CallObject(source, "SolarizeFilter", dest);
                 // A source lost before there is a destination: nil. A destination lost before it is
                 // looked at: nil if closed, and used as it then is if built anew.
-                if (yieldOfSource && (closeSource || !rebuild))
+                if (yieldOfSource && (closeSource || !rebuild)) {
                     EXPECT_FALSE(result);
-                else
+                } else {
                     EXPECT_EQ(result, dest);
+                }
             }
 }
 
@@ -224,7 +225,9 @@ TEST_F(Destination, LetsTheYieldCallThePluginAgain) {
     Set(source, "YieldTicks", 1);
     int depth = 0;
     const OnYield again([&] {
-        if (++depth < 3) EXPECT_TRUE(CallObject(source, "SolarizeFilter", nullptr));
+        if (++depth < 3) {
+            EXPECT_TRUE(CallObject(source, "SolarizeFilter", nullptr));
+        }
     });
     EXPECT_EQ(ReadPixels(CallObject(source, "SolarizeFilter", nullptr)), expected);
     EXPECT_GE(depth, 1);

@@ -71,7 +71,9 @@ TEST_F(Views, NothingCanBeReadThroughANegativeClip) {
         const auto again = CallObject(clip, "ClipImage", 0, 0, 10, 10);
         for (const auto& view : {clip, again, CallObject(clip, "MirroredView"), CallObject(clip, "RedChannel")}) {
             EXPECT_EQ(Call(view, "DataStringInFormat", 1).string(), nullptr);
-            if (GetInt(view, "Width") <= 0) EXPECT_FALSE(CallObject(view, "RowInFormat", 0, 1));
+            if (GetInt(view, "Width") <= 0) {
+                EXPECT_FALSE(CallObject(view, "RowInFormat", 0, 1));
+            }
             TakeThrown();
             Call(view, "SolarizeFilter", view);
         }
