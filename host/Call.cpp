@@ -2,6 +2,7 @@
 
 #include <ffi.h>
 
+#include <array>
 #include <cassert>
 #include <cstring>
 #include <vector>
@@ -17,6 +18,9 @@ struct CallPlan {
 };
 
 namespace {
+
+// The instance, the arguments and an assigned value.
+constexpr std::size_t kMostCells = kMostParameters + 2;
 
 // One argument or result as it is passed. libffi widens narrow results to a whole register, of
 // which the low bytes count; on this machine those come first.
@@ -193,16 +197,21 @@ Declaration AccessorDeclaration(const Property& property) { return {property.nam
 Value CallFunction(sdk::AnyFunction function, const Declaration& declaration, bool passSelf, Object* self,
                    std::span<const Value> arguments, std::shared_ptr<CallPlan>& plan) {
     if (!plan) plan = MakePlan(declaration, passSelf, arguments.size());
-    std::vector<Value> passed;
-    std::vector<Cell> cells;
-    if (passSelf) cells.push_back({.pointer = static_cast<sdk::Object*>(self)});
+    std::array<Cell, kMostCells> cells;
+    std::array<void*, kMostCells> pointers;
+    std::size_t count = 0;
+    const auto pass = [&](const Cell& cell) {
+        cells[count] = cell;
+        pointers[count] = &cells[count];
+        ++count;
+    };
+    std::vector<Value> boxes;  // hold what variants are passed as
+    if (passSelf) pass({.pointer = static_cast<sdk::Object*>(self)});
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const Type& type = TypeOfArgument(declaration, i);
-        passed.push_back(Passed(arguments[i], type));
-        cells.push_back(CellOf(passed.back(), type.kind));
+        if (type.IsVariant()) boxes.emplace_back(Box(arguments[i]));
+        pass(CellOf(type.IsVariant() ? boxes.back() : arguments[i], type.kind));
     }
-    std::vector<void*> pointers;
-    for (Cell& cell : cells) pointers.push_back(&cell);
     Cell result{};
     const auto keepAlive = Ref<Object>::Share(self);
     ffi_call(&plan->cif, function, &result, pointers.data());

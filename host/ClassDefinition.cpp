@@ -27,15 +27,24 @@ std::span<Record> Records(Record* records, std::int32_t count, const char* what,
     return {records, static_cast<std::size_t>(count)};
 }
 
+bool IsDeclaredTwice(const Class& type, const Method& method) {
+    for (const Method& other : method.shared ? type.sharedMethods() : type.methods())
+        if (SameSignature(other.declaration, method.declaration)) return true;
+    return false;
+}
+
 void AddMethods(Class& type, std::span<const sdk::MethodRecord> records, bool shared, Problems& problems) {
     for (const sdk::MethodRecord& record : records) {
         Method method;
         std::string problem;
         method.shared = shared;
-        if (MethodFromRecord(record, method, problem))
-            type.AddMethod(std::move(method));
-        else
-            problems.push_back((shared ? "shared method " : "method ") + problem);
+        bool sound = MethodFromRecord(record, method, problem);
+        if (sound && IsDeclaredTwice(type, method)) {
+            problem = DeclarationText(method.declaration) + " comes twice";
+            sound = false;
+        }
+        if (sound) type.AddMethod(std::move(method));
+        if (!sound) problems.push_back((shared ? "shared method " : "method ") + problem);
     }
 }
 
@@ -76,6 +85,8 @@ void AddProperty(Class& type, const sdk::PropertyRecord& record, Problems& probl
     property.setter = record.setter;
     std::string problem = AccessorProblem(record.getter, property.type.kind, *type.definition());
     if (problem.empty()) problem = AccessorProblem(record.setter, property.type.kind, *type.definition());
+    if (problem.empty() && type.FindProperty(property.name) && type.FindProperty(property.name)->owner == &type)
+        problem = "it comes twice";
     if (problem.empty() && !property.readable() && !property.writable()) problem = "it can be neither read nor written";
     if (problem.empty())
         type.AddProperty(std::move(property));
@@ -88,6 +99,11 @@ void AddConstant(Class& type, const sdk::ConstantRecord& record, Problems& probl
     std::string problem = "without a declaration";
     if (!record.declaration || !ReadConstant(record.declaration, read, problem)) {
         problems.push_back("constant " + problem);
+        return;
+    }
+    const Constant* other = type.FindConstant(read.name);
+    if (other && other->owner == &type) {
+        problems.push_back("constant " + read.name + " comes twice");
         return;
     }
     if (record.value != 0) read.value = Value(record.value);
@@ -126,6 +142,10 @@ bool MethodFromRecord(const sdk::MethodRecord& record, Method& method, std::stri
             problem = method.declaration.name + ": a function can't take ByRef or ParamArray arguments";
             return false;
         }
+    if (method.declaration.parameters.size() > kMostParameters) {
+        problem = method.declaration.name + " takes more than " + std::to_string(kMostParameters) + " arguments";
+        return false;
+    }
     if (!record.function) {
         problem = method.declaration.name + " has no function";
         return false;

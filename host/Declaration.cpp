@@ -150,11 +150,11 @@ class Reader {
 };
 
 std::string Complain(std::string_view text, const Unreadable& error) {
-    std::string found = error.found.kind == TokenKind::End     ? "the end"
-                        : error.found.kind == TokenKind::Error ? error.found.text
-                                                               : "\"" + error.found.text + "\"";
-    return "\"" + std::string(text) + "\", column " + std::to_string(error.found.column) + ": " + error.expected +
-           " was expected, not " + found;
+    const Token& found = error.found;
+    const std::string place = "\"" + std::string(text) + "\", column " + std::to_string(found.column) + ": ";
+    if (found.kind == TokenKind::Error) return place + found.text;
+    const std::string name = found.kind == TokenKind::End ? "the end" : "\"" + found.text + "\"";
+    return place + error.expected + " was expected, not " + name;
 }
 
 template <class Result, class Read>

@@ -15,6 +15,9 @@
 
 namespace host {
 
+// As many as a function of the plug-in interface may take.
+inline constexpr std::size_t kMostParameters = 32;
+
 struct Parameter {
     std::string name;
     Type type;

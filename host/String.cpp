@@ -1,5 +1,7 @@
 #include "host/String.h"
 
+#include <utf8proc.h>
+
 #include <cstring>
 #include <new>
 
@@ -16,25 +18,13 @@ constexpr char32_t kLastCharacter = 0x10FFFF;
 
 bool IsSurrogate(char32_t c) { return c >= 0xD800 && c < 0xE000; }
 
-// One character of UTF-8 and how many bytes it took; a bad byte is one replacement character.
+// One character of UTF-8, and past it; a bad byte is one replacement character.
 char32_t ReadUtf8(std::string_view bytes, std::size_t& at) {
-    const auto first = static_cast<std::uint8_t>(bytes[at++]);
-    if (first < 0x80) return first;
-    const int more = first >= 0xF0 && first < 0xF5   ? 3
-                     : first >= 0xE0 && first < 0xF0 ? 2
-                     : first >= 0xC2 && first < 0xE0 ? 1
-                                                     : 0;
-    if (more == 0 || at + static_cast<std::size_t>(more) > bytes.size()) return kReplacement;
-    char32_t c = first & (0x3F >> more);
-    for (int i = 0; i < more; ++i) {
-        const auto next = static_cast<std::uint8_t>(bytes[at + static_cast<std::size_t>(i)]);
-        if ((next & 0xC0) != 0x80) return kReplacement;
-        c = c << 6 | (next & 0x3F);
-    }
-    constexpr char32_t least[] = {0, 0x80, 0x800, 0x10000};
-    if (c < least[more] || c > kLastCharacter || IsSurrogate(c)) return kReplacement;
-    at += static_cast<std::size_t>(more);
-    return c;
+    const auto* from = reinterpret_cast<const utf8proc_uint8_t*>(bytes.data() + at);
+    utf8proc_int32_t c = 0;
+    const auto length = utf8proc_iterate(from, static_cast<utf8proc_ssize_t>(bytes.size() - at), &c);
+    at += length > 0 ? static_cast<std::size_t>(length) : 1;
+    return length > 0 ? static_cast<char32_t>(c) : kReplacement;
 }
 
 // Code units of 2 or 4 bytes, with a byte-order mark obeyed and dropped.
@@ -83,14 +73,9 @@ std::u32string Decode(std::string_view bytes, sdk::Encoding encoding) {
 }
 
 void WriteUtf8(std::string& bytes, char32_t c) {
-    if (c < 0x80) {
-        bytes += static_cast<char>(c);
-        return;
-    }
-    const int more = c < 0x800 ? 1 : c < 0x10000 ? 2 : 3;
-    constexpr char32_t lead[] = {0, 0xC0, 0xE0, 0xF0};
-    bytes += static_cast<char>(lead[more] | c >> (6 * more));
-    for (int i = more - 1; i >= 0; --i) bytes += static_cast<char>(0x80 | (c >> (6 * i) & 0x3F));
+    utf8proc_uint8_t units[4];
+    const auto length = utf8proc_encode_char(static_cast<utf8proc_int32_t>(c), units);
+    bytes.append(reinterpret_cast<const char*>(units), static_cast<std::size_t>(length));
 }
 
 template <class Unit>
