@@ -108,7 +108,7 @@ std::string Complain(std::span<const Method* const> candidates, std::span<const 
         text += between + DeclarationText(method->declaration);
         between = ", ";
     }
-    return text;
+    return candidates.empty() ? text + " none" : text;
 }
 
 }  // namespace
