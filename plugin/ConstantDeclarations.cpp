@@ -9,8 +9,8 @@ namespace tqx {
 
 namespace {
 
-// " = &h", 8 digits and the closing zero byte take 14 bytes; a prefix takes one more.
-constexpr std::size_t kRoomBesideName = 15;
+// " = ", a sign and 10 digits, the closing zero byte, and a prefix. Hexadecimal takes 1 less.
+constexpr std::size_t kRoomBesideName = 16;
 
 }  // namespace
 
