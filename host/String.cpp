@@ -149,6 +149,10 @@ Ref<String> ConvertEncoding(const Ref<String>& string, sdk::Encoding encoding) {
     return MakeString(Encode(Decode(Bytes(string), own), encoding), encoding);
 }
 
+std::string SoundUtf8(std::string_view bytes) {
+    return Encode(Decode(bytes, sdk::Encoding::Utf8), sdk::Encoding::Utf8);
+}
+
 std::int64_t LiveStringCount() { return liveStrings; }
 
 }  // namespace host

@@ -35,6 +35,9 @@ sdk::Encoding EncodingOf(const String* string);  // Utf8 for nil
 // machine's byte order, or in that of a leading byte-order mark, which is dropped.
 Ref<String> ConvertEncoding(const Ref<String>& string, sdk::Encoding encoding);
 
+// The bytes as UTF-8 that is sound: each bad byte becomes U+FFFD.
+std::string SoundUtf8(std::string_view bytes);
+
 std::int64_t LiveStringCount();
 
 }  // namespace host
