@@ -1,0 +1,115 @@
+// What a file format implements. Codecs know neither names nor the caller's layout: they deliver
+// and take rows in the layout that suits the file, and throw CodecError.
+#pragma once
+
+#include <cstdio>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/images/Image.h"
+
+namespace host::codec {
+
+struct CodecError {
+    ImageError::Kind kind;
+    std::string text;
+};
+
+[[noreturn]] inline void FailFormat(std::string text) { throw CodecError{ImageError::Kind::Format, std::move(text)}; }
+
+[[noreturn]] inline void FailFile(std::string text) { throw CodecError{ImageError::Kind::File, std::move(text)}; }
+
+// --- Reading --------------------------------------------------------------------------------
+
+struct CloseStream {
+    void operator()(std::FILE* stream) const { std::fclose(stream); }
+};
+using Stream = std::unique_ptr<std::FILE, CloseStream>;
+
+// A file to decode, positioned at its start.
+struct Input {
+    Stream stream;
+    std::int64_t size;        // bytes
+    std::int64_t pixelLimit;  // 0: none
+
+    // Refuses a size without pixels or with more than the limit; to be called before memory is
+    // taken for the image.
+    void CheckSize(std::int64_t width, std::int64_t height) const;
+};
+
+// Reads exactly `length` bytes or fails as cut short.
+void ReadExactly(std::FILE* stream, void* bytes, std::size_t length);
+
+class Decoder {
+  public:
+    virtual ~Decoder() = default;
+    // Delivers the next row from the top, in the layout of `info`.
+    virtual void ReadRow(std::uint8_t* pixels) = 0;
+
+    ImageInfo info{};
+    bool Alpha() const { return HasAlpha(info.layout); }
+    std::size_t RowBytes() const { return std::size_t(info.width) * BytesPerPixel(info.layout); }
+};
+using DecoderPointer = std::unique_ptr<Decoder>;
+
+DecoderPointer OpenPng(Input input);
+DecoderPointer OpenJpeg(Input input);
+DecoderPointer OpenTiff(Input input);
+DecoderPointer OpenWebP(Input input);
+DecoderPointer OpenGif(Input input);
+DecoderPointer OpenBmp(Input input);
+DecoderPointer OpenPnm(Input input);
+
+// An image that is held whole because its file doesn't keep rows in order.
+class HeldImage final : public Decoder {
+  public:
+    // Zeroed rows; pages are taken as they are written.
+    explicit HeldImage(const ImageInfo& imageInfo);
+
+    std::uint8_t* Row(std::int32_t y) { return pixels_.get() + std::size_t(y) * RowBytes(); }
+    void ReadRow(std::uint8_t* pixels) override;
+
+  private:
+    struct Free {
+        void operator()(std::uint8_t* bytes) const { std::free(bytes); }
+    };
+    std::unique_ptr<std::uint8_t, Free> pixels_;
+    std::int32_t next_ = 0;
+};
+
+// --- Writing --------------------------------------------------------------------------------
+
+// What to write; the stream stays the caller's.
+struct Output {
+    std::FILE* stream;
+    std::int32_t width;
+    std::int32_t height;
+    PixelLayout layout;  // of the rows that the caller has
+    std::optional<std::int32_t> quality;
+};
+
+class Encoder {
+  public:
+    virtual ~Encoder() = default;
+    // Takes the next row from the top, in `layout`.
+    virtual void WriteRow(const std::uint8_t* pixels) = 0;
+    // Writes what follows the rows. The stream's own errors are the caller's to find.
+    virtual void Finish() = 0;
+
+    PixelLayout layout{};  // of the rows that WriteRow takes
+};
+using EncoderPointer = std::unique_ptr<Encoder>;
+
+EncoderPointer CreatePng(const Output& output);
+EncoderPointer CreateJpeg(const Output& output);
+EncoderPointer CreateTiff(const Output& output);
+EncoderPointer CreateWebP(const Output& output);
+EncoderPointer CreateBmp(const Output& output);
+EncoderPointer CreatePnm(const Output& output);
+
+// Writes all bytes or fails with the system's reason.
+void WriteExactly(std::FILE* stream, const void* bytes, std::size_t length);
+
+}  // namespace host::codec

@@ -1,0 +1,171 @@
+#include "host/images/ImageReader.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <utility>
+
+#include "host/images/Codec.h"
+#include "host/images/Orientation.h"
+#include "host/images/RowLayouts.h"
+
+namespace host {
+
+ImageReadSettings& DefaultImageReadSettings() {
+    static ImageReadSettings settings;
+    return settings;
+}
+
+namespace codec {
+
+void Input::CheckSize(std::int64_t width, std::int64_t height) const {
+    if (width < 1 || height < 1) FailFormat("holds no pixels");
+    const std::string sides = std::to_string(width) + " x " + std::to_string(height) + " pixels";
+    if (width > INT32_MAX / 4 || height > INT32_MAX) FailFormat("is too large: " + sides);
+    // Both sides fit 32 bits, so their product fits 64.
+    if (pixelLimit > 0 && width * height > pixelLimit)
+        FailFormat("is too large: " + sides + " are more than the limit of " + std::to_string(pixelLimit) +
+                   "; the option --max-pixels lifts it");
+}
+
+void ReadExactly(std::FILE* stream, void* bytes, std::size_t length) {
+    if (std::fread(bytes, 1, length, stream) == length) return;
+    if (std::ferror(stream)) FailFile(std::string("can't be read: ") + std::strerror(errno));
+    FailFormat("is cut short");
+}
+
+HeldImage::HeldImage(const ImageInfo& imageInfo) {
+    info = imageInfo;
+    pixels_.reset(static_cast<std::uint8_t*>(std::calloc(static_cast<std::size_t>(info.height), RowBytes())));
+    if (!pixels_) throw std::bad_alloc();
+}
+
+void HeldImage::ReadRow(std::uint8_t* pixels) { std::memcpy(pixels, Row(next_++), RowBytes()); }
+
+namespace {
+
+constexpr std::size_t kSignatureBytes = 12;
+
+struct Signature {
+    std::size_t offset;
+    const char* bytes;
+    std::size_t length;
+    DecoderPointer (*open)(Input);
+};
+
+constexpr Signature kSignatures[] = {
+    {0, "\x89PNG\r\n\x1a\n", 8, OpenPng},
+    {0, "\xff\xd8\xff", 3, OpenJpeg},
+    {0, "II*\0", 4, OpenTiff},
+    {0, "MM\0*", 4, OpenTiff},
+    {0, "II+\0", 4, OpenTiff},
+    {0, "MM\0+", 4, OpenTiff},
+    {8, "WEBP", 4, OpenWebP},
+    {0, "GIF8", 4, OpenGif},
+    {0, "BM", 2, OpenBmp},
+    {0, "P1", 2, OpenPnm},
+    {0, "P2", 2, OpenPnm},
+    {0, "P3", 2, OpenPnm},
+    {0, "P4", 2, OpenPnm},
+    {0, "P5", 2, OpenPnm},
+    {0, "P6", 2, OpenPnm},
+    {0, "P7", 2, OpenPnm},
+};
+
+DecoderPointer OpenBySignature(Input input) {
+    if (input.size == 0) FailFormat("is empty");
+    char head[kSignatureBytes] = {};
+    const std::size_t length = std::fread(head, 1, sizeof head, input.stream.get());
+    if (std::ferror(input.stream.get())) FailFile(std::string("can't be read: ") + std::strerror(errno));
+    std::rewind(input.stream.get());
+    for (const Signature& signature : kSignatures)
+        if (signature.offset + signature.length <= length &&
+            std::memcmp(head + signature.offset, signature.bytes, signature.length) == 0)
+            return signature.open(std::move(input));
+    FailFormat("is not an image of a known format (PNG, JPEG, TIFF, WebP, GIF, BMP, PNM)");
+}
+
+// Opens an ordinary file; anything that could block or has no end is refused.
+std::FILE* OpenFile(const std::string& path) {
+    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (descriptor < 0) FailFile(std::string("can't be opened: ") + std::strerror(errno));
+    struct stat status {};
+    if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
+        close(descriptor);
+        FailFile(S_ISDIR(status.st_mode) ? "is a folder" : "is not an ordinary file");
+    }
+    std::FILE* stream = fdopen(descriptor, "rb");
+    if (!stream) {
+        close(descriptor);
+        FailFile("can't be opened: out of memory");
+    }
+    return stream;
+}
+
+std::int64_t SizeOf(std::FILE* stream) {
+    std::int64_t size = -1;
+    if (fseeko(stream, 0, SEEK_END) == 0) size = ftello(stream);
+    std::rewind(stream);
+    return size;
+}
+
+// Runs a step of a codec and turns what it throws into ImageError.
+template <class Step>
+void Run(const std::string& name, Step step) {
+    try {
+        step();
+    } catch (const CodecError& error) {
+        throw ImageError(error.kind, name, error.text);
+    } catch (const std::bad_alloc&) {
+        throw ImageError(ImageError::Kind::File, name, "can't be opened: out of memory");
+    }
+}
+
+}  // namespace
+
+}  // namespace codec
+
+ImageReader::ImageReader(const std::string& path, const ImageReadSettings& settings) : name_(path) {
+    codec::Run(name_, [&] { Open(codec::OpenFile(path), settings); });
+}
+
+ImageReader::ImageReader(const void* bytes, std::size_t length, const std::string& name,
+                         const ImageReadSettings& settings)
+    : name_(name) {
+    codec::Run(name_, [&] {
+        // An empty buffer can't be opened as a stream.
+        if (length == 0) codec::FailFormat("is empty");
+        std::FILE* stream = fmemopen(const_cast<void*>(bytes), length, "rb");
+        if (!stream) codec::FailFile("can't be opened: out of memory");
+        Open(stream, settings);
+    });
+}
+
+ImageReader::~ImageReader() = default;
+
+void ImageReader::Open(std::FILE* stream, const ImageReadSettings& settings) {
+    codec::Input input{codec::Stream(stream), 0, settings.pixelLimit};
+    input.size = codec::SizeOf(stream);
+    decoder_ = codec::OpenBySignature(std::move(input));
+    if (settings.applyOrientation) decoder_ = codec::Upright(std::move(decoder_));
+    info_ = decoder_->info;
+    row_.resize(decoder_->RowBytes());
+}
+
+void ImageReader::ReadRow(std::uint8_t* pixels, PixelLayout layout) {
+    codec::Run(name_, [&] {
+        if (nextRow_ >= info_.height) codec::FailFormat("has no more rows");
+        // A decoder that failed is not asked again.
+        const std::int32_t row = std::exchange(nextRow_, info_.height);
+        decoder_->ReadRow(layout == info_.layout ? pixels : row_.data());
+        nextRow_ = row + 1;
+    });
+    if (layout != info_.layout) ConvertRow(row_.data(), info_.layout, pixels, layout, info_.width);
+}
+
+}  // namespace host

@@ -1,0 +1,55 @@
+// Image files read row by row: PNG, JPEG, TIFF, WebP, GIF (first frame), BMP and PNM, recognised
+// by their first bytes.
+//
+// A file of more pixels than the limit is refused before memory is taken for it. Rows are decoded
+// as they are asked for where the format allows it. The whole image is held (at BytesPerPixel a
+// pixel) for interlaced files, for WebP, and for files whose orientation wants more than a mirror.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "host/images/Image.h"
+
+namespace host {
+
+namespace codec {
+class Decoder;
+}
+
+class ImageReader {
+  public:
+    // Opens a file and reads its head. Throws ImageError.
+    explicit ImageReader(const std::string& path, const ImageReadSettings& settings = DefaultImageReadSettings());
+
+    // The same for a file's content in memory, `name` standing for it in messages. The bytes must
+    // outlive the reader.
+    ImageReader(const void* bytes, std::size_t length, const std::string& name,
+                const ImageReadSettings& settings = DefaultImageReadSettings());
+
+    ~ImageReader();
+    ImageReader(const ImageReader&) = delete;
+    ImageReader& operator=(const ImageReader&) = delete;
+
+    // Width and height are those of the upright picture when orientation is applied.
+    const ImageInfo& Info() const { return info_; }
+
+    // Reads the next row, from the top, as Width × BytesPerPixel(layout) bytes. Colours become
+    // gray by (77 R + 151 G + 28 B) / 256; alpha that the file lacks is 255, alpha that the
+    // layout lacks is dropped. Throws ImageError, also after the last row.
+    void ReadRow(std::uint8_t* pixels, PixelLayout layout);
+
+    // In the layout of the file.
+    void ReadRow(std::uint8_t* pixels) { ReadRow(pixels, info_.layout); }
+
+  private:
+    void Open(std::FILE* stream, const ImageReadSettings& settings);
+
+    std::string name_;
+    std::unique_ptr<codec::Decoder> decoder_;
+    ImageInfo info_{};
+    std::int32_t nextRow_ = 0;
+    std::vector<std::uint8_t> row_;  // one row in the file's layout
+};
+
+}  // namespace host
