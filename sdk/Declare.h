@@ -46,12 +46,6 @@ constexpr std::size_t FindFirst(std::string_view text, char c) {
     return std::string_view::npos;
 }
 
-constexpr std::size_t FindLast(std::string_view text, char c) {
-    for (std::size_t at = text.size(); at-- > 0;)
-        if (text[at] == c) return at;
-    return std::string_view::npos;
-}
-
 // Where " as " starts in a piece of a declaration, or npos.
 constexpr std::size_t FindAs(std::string_view piece) {
     for (std::size_t at = 0; at + 4 <= piece.size(); ++at)
@@ -150,13 +144,23 @@ constexpr Kind ReadArgument(std::string_view piece) {
     return KindOfTypeName(Trim(type.substr(0, FindFirst(type, '='))));
 }
 
-// "Name(argument, …) as type"; brackets and result may be missing.
+// The bracket that closes the one at `open`; those of arrays lie between.
+constexpr std::size_t ClosingBracket(std::string_view text, std::size_t open) {
+    std::size_t depth = 0;
+    for (std::size_t at = open; at < text.size(); ++at) {
+        if (text[at] == '(') ++depth;
+        if (text[at] == ')' && --depth == 0) return at;
+    }
+    return std::string_view::npos;
+}
+
+// "Name(argument, …) as type"; brackets and result may be missing, the result may be an array.
 constexpr Signature Read(std::string_view declaration) {
     Signature signature;
     std::string_view rest = declaration;
     const std::size_t open = FindFirst(declaration, '(');
-    if (open != std::string_view::npos) {
-        const std::size_t close = FindLast(declaration, ')');
+    if (open < FindAs(declaration)) {
+        const std::size_t close = ClosingBracket(declaration, open);
         std::string_view arguments = Trim(declaration.substr(open + 1, close - open - 1));
         rest = declaration.substr(close + 1);
         while (!arguments.empty()) {
@@ -165,8 +169,10 @@ constexpr Signature Read(std::string_view declaration) {
             arguments = comma == std::string_view::npos ? std::string_view{} : arguments.substr(comma + 1);
         }
     }
-    if (const std::size_t as = FindAs(rest); as != std::string_view::npos)
-        signature.result = KindOfTypeName(Trim(rest.substr(as + 4)));
+    if (const std::size_t as = FindAs(rest); as != std::string_view::npos) {
+        const std::string_view type = Trim(rest.substr(as + 4));
+        signature.result = SameName(Last(type, 2), "()") ? Kind::Array : KindOfTypeName(type);
+    }
     return signature;
 }
 

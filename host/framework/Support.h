@@ -1,0 +1,107 @@
+// What the framework's classes have in common: instance data as records, errors as exceptions,
+// and the one place where those stop.
+//
+// The functions behind the framework's members are called through the plug-in interface, which
+// no C++ exception may cross. They may throw all the same: Guarded<&Function> stands in the
+// records in their place and turns what is thrown into the raised exception of the script.
+#pragma once
+
+#include <new>
+#include <string>
+#include <type_traits>
+
+#include "host/Runtime.h"
+#include "host/images/Image.h"
+#include "sdk/Declare.h"
+
+namespace host {
+
+// Raises an exception of the framework from within a guarded function.
+[[noreturn]] void Fail(std::string_view className, std::string_view message, std::int32_t errorNumber = 0);
+
+[[noreturn]] inline void FailBounds(std::string_view message) { Fail("OutOfBoundsException", message); }
+
+// Turns the C++ exception in flight into the raised exception. For catch blocks.
+void RaiseCurrent() noexcept;
+
+template <auto Function>
+struct GuardedFunction;
+
+template <class Result, class... Arguments, Result (*Function)(Arguments...)>
+struct GuardedFunction<Function> {
+    static Result Call(Arguments... arguments) noexcept {
+        try {
+            return Function(arguments...);
+        } catch (...) {
+            RaiseCurrent();
+        }
+        if constexpr (!std::is_void_v<Result>) return Result{};
+    }
+};
+
+template <auto Function>
+inline constexpr auto Guarded = &GuardedFunction<Function>::Call;
+
+// An instance's data by the definition that declares it.
+template <class Record>
+Record& DataOf(sdk::Object* object, const sdk::ClassDefinition& definition) {
+    return *DataAt<Record>(object, definition.instanceDataOffset);
+}
+
+// Whether the object is an instance of the class behind a definition. False for nil.
+bool IsInstance(const sdk::Object* object, const sdk::ClassDefinition& definition);
+
+// A new instance. Throws std::bad_alloc when memory is short.
+Ref<Object> NewInstanceOf(const sdk::ClassDefinition& definition);
+
+// Fills a definition's lists; the arrays must live as long as the process.
+template <std::size_t Count>
+void SetMethods(sdk::ClassDefinition& definition, const sdk::MethodRecord (&methods)[Count]) {
+    definition.methods = methods;
+    definition.methodCount = Count;
+}
+
+template <std::size_t Count>
+void SetSharedMethods(sdk::ClassDefinition& definition, const sdk::MethodRecord (&methods)[Count]) {
+    definition.sharedMethods = methods;
+    definition.sharedMethodCount = Count;
+}
+
+template <std::size_t Count>
+void SetProperties(sdk::ClassDefinition& definition, const sdk::PropertyRecord (&properties)[Count]) {
+    definition.properties = properties;
+    definition.propertyCount = Count;
+}
+
+template <std::size_t Count>
+void SetConstants(sdk::ClassDefinition& definition, const sdk::ConstantRecord (&constants)[Count]) {
+    definition.constants = constants;
+    definition.constantCount = Count;
+}
+
+// Registers a class of the framework; one that is refused ends the process with the reason.
+void RegisterOrAbort(Runtime& runtime, sdk::ClassDefinition& definition);
+
+// A result that carries one reference for the caller.
+inline sdk::String* GiveString(std::string_view bytes, sdk::Encoding encoding = sdk::Encoding::Utf8) {
+    return MakeString(bytes, encoding).Detach();
+}
+
+// The type's name as text that lives as long as the process.
+template <sdk::Text Type>
+inline constexpr sdk::Text kTypeName = Type;
+
+// Property records of the usual kinds.
+template <sdk::Text Type, auto Getter>
+sdk::PropertyRecord ReadOnly(const char* name) {
+    return {name, kTypeName<Type>.characters, sdk::kMemberProperty, sdk::ComputedAs<Type, Guarded<Getter>>(),
+            sdk::kNoAccess};
+}
+
+template <sdk::Text Type, auto Getter, auto Setter>
+sdk::PropertyRecord ReadWrite(const char* name) {
+    return {name, kTypeName<Type>.characters, sdk::kMemberProperty, sdk::ComputedAs<Type, Guarded<Getter>>(),
+            sdk::AssignedAs<Type, Guarded<Setter>>()};
+}
+
+}  // namespace host
