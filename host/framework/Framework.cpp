@@ -1,7 +1,19 @@
 #include "host/framework/Framework.h"
 
+#include "host/framework/FolderItem.h"
+#include "host/framework/Graphics.h"
+#include "host/framework/MemoryBlock.h"
+#include "host/framework/Picture.h"
+#include "host/framework/WorldClass.h"
+
 namespace host {
 
-void RegisterFramework(Runtime&) {}
+void RegisterFramework(Runtime& runtime) {
+    RegisterMemoryBlock(runtime);
+    RegisterFolderItem(runtime);
+    RegisterPicture(runtime);
+    RegisterGraphics(runtime);
+    RegisterWorldClass(runtime);
+}
 
 }  // namespace host
