@@ -38,7 +38,7 @@ constexpr std::string_view Trim(std::string_view text) {
     return text;
 }
 
-// The positions of the first and the last character c, or npos. The library's own searches test
+// The position of the first character c, or npos. The library's own searches test
 // for null pointers, which g++ 12 can't do at compile time under the undefined-behaviour sanitizer.
 constexpr std::size_t FindFirst(std::string_view text, char c) {
     for (std::size_t at = 0; at < text.size(); ++at)

@@ -21,14 +21,14 @@ Span Clip(std::int64_t start, std::int64_t length, std::int64_t limit) {
     return {std::max<std::int64_t>(start, 0), std::min(start + length, limit)};
 }
 
-void FillSpan(PictureStorage& target, const Span& columns, std::int64_t y, Rgb color, std::vector<Rgb>& row) {
+void FillSpan(PictureStorage& target, const Span& columns, std::int64_t y, RgbColor color, std::vector<RgbColor>& row) {
     if (columns.Count() == 0 || y < 0 || y >= target.height) return;
     row.assign(static_cast<std::size_t>(columns.Count()), color);
     StoreColors(target, static_cast<std::int32_t>(columns.first), static_cast<std::int32_t>(y),
                 static_cast<std::int32_t>(row.size()), row.data());
 }
 
-void FillPixel(PictureStorage& target, std::int64_t x, std::int64_t y, Rgb color) {
+void FillPixel(PictureStorage& target, std::int64_t x, std::int64_t y, RgbColor color) {
     if (Contains(target, x, y))
         StoreColors(target, static_cast<std::int32_t>(x), static_cast<std::int32_t>(y), 1, &color);
 }
@@ -86,8 +86,8 @@ Scaled ScaleSide(std::int64_t to, std::int64_t toLength, std::int64_t from, std:
     return scaled;
 }
 
-Rgb Blend(Rgb below, Rgb above, Rgb mask) {
-    Rgb result = 0;
+RgbColor Blend(RgbColor below, RgbColor above, RgbColor mask) {
+    RgbColor result = 0;
     for (int shift = 0; shift < 24; shift += 8) {
         const std::uint32_t keep = mask >> shift & 255;
         const std::uint32_t sum = keep * (below >> shift & 255) + (255 - keep) * (above >> shift & 255);
@@ -112,8 +112,8 @@ class TemporaryCopy {
 };
 
 // One source row, picked into target columns.
-void PickRow(const PictureStorage& source, std::int32_t y, const Scaled& columns, std::vector<Rgb>& whole,
-             std::vector<Rgb>& picked) {
+void PickRow(const PictureStorage& source, std::int32_t y, const Scaled& columns, std::vector<RgbColor>& whole,
+             std::vector<RgbColor>& picked) {
     const std::int32_t first = columns.source.front(), last = columns.source.back();
     whole.resize(static_cast<std::size_t>(last - first) + 1);
     LoadColors(source, first, y, last - first + 1, whole.data());
@@ -124,13 +124,13 @@ void PickRow(const PictureStorage& source, std::int32_t y, const Scaled& columns
 
 }  // namespace
 
-void FillRectangle(PictureStorage& target, const Rectangle& area, Rgb color) {
-    std::vector<Rgb> row;
+void FillRectangle(PictureStorage& target, const Rectangle& area, RgbColor color) {
+    std::vector<RgbColor> row;
     const Span columns = Clip(area.x, area.width, target.width), rows = Clip(area.y, area.height, target.height);
     for (std::int64_t y = rows.first; y < rows.end; ++y) FillSpan(target, columns, y, color, row);
 }
 
-void FrameRectangle(PictureStorage& target, const Rectangle& area, Rgb color) {
+void FrameRectangle(PictureStorage& target, const Rectangle& area, RgbColor color) {
     if (IsEmpty(area)) return;
     FillRectangle(target, {area.x, area.y, area.width, 1}, color);
     FillRectangle(target, {area.x, area.y + area.height - 1, area.width, 1}, color);
@@ -138,17 +138,17 @@ void FrameRectangle(PictureStorage& target, const Rectangle& area, Rgb color) {
     FillRectangle(target, {area.x + area.width - 1, area.y, 1, area.height}, color);
 }
 
-void FillEllipse(PictureStorage& target, const Rectangle& area, Rgb color) {
+void FillEllipse(PictureStorage& target, const Rectangle& area, RgbColor color) {
     if (IsEmpty(area)) return;
-    std::vector<Rgb> row;
+    std::vector<RgbColor> row;
     const Span rows = VisibleRows(target, area);
     for (std::int64_t y = rows.first; y < rows.end; ++y)
         FillSpan(target, Shifted(target, EllipseRow(area, y), area.x), area.y + y, color, row);
 }
 
-void FrameEllipse(PictureStorage& target, const Rectangle& area, Rgb color) {
+void FrameEllipse(PictureStorage& target, const Rectangle& area, RgbColor color) {
     if (IsEmpty(area)) return;
-    std::vector<Rgb> row;
+    std::vector<RgbColor> row;
     const Span rows = VisibleRows(target, area);
     for (std::int64_t y = rows.first; y < rows.end; ++y) {
         const Span own = EllipseRow(area, y), above = EllipseRow(area, y - 1), below = EllipseRow(area, y + 1);
@@ -161,7 +161,8 @@ void FrameEllipse(PictureStorage& target, const Rectangle& area, Rgb color) {
     }
 }
 
-void DrawLine(PictureStorage& target, std::int64_t x1, std::int64_t y1, std::int64_t x2, std::int64_t y2, Rgb color) {
+void DrawLine(PictureStorage& target, std::int64_t x1, std::int64_t y1, std::int64_t x2, std::int64_t y2,
+              RgbColor color) {
     const bool steep = std::abs(y2 - y1) > std::abs(x2 - x1);
     if (steep) std::swap(x1, y1), std::swap(x2, y2);
     if (x1 > x2) std::swap(x1, x2), std::swap(y1, y2);
@@ -194,7 +195,7 @@ void DrawStorage(PictureStorage& target, const Rectangle& to, const PictureStora
     if (columns.source.empty()) return;
     const auto x = static_cast<std::int32_t>(columns.first);
     const auto count = static_cast<std::int32_t>(columns.source.size());
-    std::vector<Rgb> whole, colors, opacity, below(columns.source.size());
+    std::vector<RgbColor> whole, colors, opacity, below(columns.source.size());
     for (std::size_t i = 0; i < rows.source.size(); ++i) {
         const auto y = static_cast<std::int32_t>(rows.first + static_cast<std::int64_t>(i));
         PickRow(source, rows.source[i], columns, whole, colors);

@@ -23,7 +23,7 @@ PictureStorage& Target(sdk::Object* graphics) {
     return *storage;
 }
 
-Rgb Color(sdk::Object* graphics) { return ForeColorOf(PictureOf(graphics)); }
+RgbColor Color(sdk::Object* graphics) { return ForeColorOf(PictureOf(graphics)); }
 
 void Destroy(sdk::Object* graphics) { Release(PictureOf(graphics)); }
 
@@ -39,12 +39,12 @@ sdk::Color ForeColor(sdk::Object* graphics) {
 
 void SetForeColor(sdk::Object* graphics, sdk::Color color) {
     Target(graphics);
-    ForeColorOf(PictureOf(graphics)) = static_cast<Rgb>(color) & kWhite;
+    ForeColorOf(PictureOf(graphics)) = static_cast<RgbColor>(color) & kWhite;
 }
 
 // --- Shapes ---------------------------------------------------------------------------------
 
-using Shape = void (*)(PictureStorage&, const Rectangle&, Rgb);
+using Shape = void (*)(PictureStorage&, const Rectangle&, RgbColor);
 
 template <Shape Draw>
 void DrawShape(sdk::Object* graphics, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height) {
@@ -63,13 +63,13 @@ void Line(sdk::Object* graphics, std::int32_t x1, std::int32_t y1, std::int32_t 
 // --- Pixels: outside the picture there is black, and nothing to set ---------------------------
 
 sdk::Color GetPixel(sdk::Object* graphics, std::int32_t x, std::int32_t y) {
-    Rgb color = kBlack;
+    RgbColor color = kBlack;
     if (Contains(Target(graphics), x, y)) LoadColors(Target(graphics), x, y, 1, &color);
     return static_cast<sdk::Color>(color);
 }
 
 void SetPixel(sdk::Object* graphics, std::int32_t x, std::int32_t y, sdk::Color color) {
-    const auto rgb = static_cast<Rgb>(color);
+    const auto rgb = static_cast<RgbColor>(color);
     if (Contains(Target(graphics), x, y)) StoreColors(Target(graphics), x, y, 1, &rgb);
 }
 

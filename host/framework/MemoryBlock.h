@@ -7,6 +7,7 @@
 #pragma once
 
 #include <span>
+#include <string_view>
 
 #include "host/Object.h"
 

@@ -14,7 +14,7 @@ namespace {
 struct PictureData {
     PictureStorage storage;
     Object* mask;  // holds one reference, or nil
-    Rgb foreColor;
+    RgbColor foreColor;
     std::int32_t locks;
 };
 
@@ -139,13 +139,13 @@ PictureStorage& SurfacePixels(sdk::Object* surface, std::int32_t x, std::int32_t
 }
 
 sdk::Color GetPixel(sdk::Object* surface, std::int32_t x, std::int32_t y) {
-    Rgb color;
+    RgbColor color;
     LoadColors(SurfacePixels(surface, x, y), x, y, 1, &color);
     return static_cast<sdk::Color>(color);
 }
 
 void SetPixel(sdk::Object* surface, std::int32_t x, std::int32_t y, sdk::Color color) {
-    const auto rgb = static_cast<Rgb>(color);
+    const auto rgb = static_cast<RgbColor>(color);
     StoreColors(SurfacePixels(surface, x, y), x, y, 1, &rgb);
 }
 
@@ -263,7 +263,7 @@ Ref<Object> MaskOrNew(sdk::Object* picture, std::int32_t width, std::int32_t hei
     return Ref<Object>::Share(data.mask);
 }
 
-Rgb& ForeColorOf(sdk::Object* picture) { return Data(picture).foreColor; }
+RgbColor& ForeColorOf(sdk::Object* picture) { return Data(picture).foreColor; }
 
 std::int32_t PictureLockCount(sdk::Object* picture) { return Data(picture).locks; }
 

@@ -25,7 +25,7 @@ Object* MaskOf(sdk::Object* picture);
 Ref<Object> MaskOrNew(sdk::Object* picture, std::int32_t width, std::int32_t height);
 
 // The colour that a picture's Graphics draws with.
-Rgb& ForeColorOf(sdk::Object* picture);
+RgbColor& ForeColorOf(sdk::Object* picture);
 
 // For tests: locks of the picture's description that wait for their unlock, and how many unlocks
 // of any picture came without a lock since the process started.

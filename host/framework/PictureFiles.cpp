@@ -19,23 +19,24 @@ Ref<Object> NewPictureOrThrow(std::int32_t width, std::int32_t height) {
 }
 
 // RGB or RGBA bytes into the colours of picture and mask.
-void SplitRow(const std::vector<std::uint8_t>& bytes, bool alpha, std::vector<Rgb>& colors, std::vector<Rgb>& mask) {
+void SplitRow(const std::vector<std::uint8_t>& bytes, bool alpha, std::vector<RgbColor>& colors,
+              std::vector<RgbColor>& mask) {
     const std::size_t size = alpha ? 4 : 3;
     for (std::size_t i = 0; i < colors.size(); ++i) {
         const std::uint8_t* pixel = bytes.data() + i * size;
-        colors[i] = Rgb{pixel[0]} << 16 | Rgb{pixel[1]} << 8 | pixel[2];
+        colors[i] = RgbColor{pixel[0]} << 16 | RgbColor{pixel[1]} << 8 | pixel[2];
         if (alpha) mask[i] = (255u - pixel[3]) * 0x010101u;
     }
 }
 
 // The mask's part of one row of the picture; what lies outside it is clear.
-void LoadMaskRow(const PictureStorage& mask, std::int32_t y, std::vector<Rgb>& row) {
+void LoadMaskRow(const PictureStorage& mask, std::int32_t y, std::vector<RgbColor>& row) {
     std::fill(row.begin(), row.end(), kWhite);
     const std::int32_t width = std::min(mask.width, static_cast<std::int32_t>(row.size()));
     if (y < mask.height) LoadColors(mask, 0, y, width, row.data());
 }
 
-void JoinRow(const std::vector<Rgb>& colors, const std::vector<Rgb>* mask, std::vector<std::uint8_t>& bytes) {
+void JoinRow(const std::vector<RgbColor>& colors, const std::vector<RgbColor>* mask, std::vector<std::uint8_t>& bytes) {
     std::uint8_t* pixel = bytes.data();
     for (std::size_t i = 0; i < colors.size(); ++i) {
         *pixel++ = static_cast<std::uint8_t>(colors[i] >> 16);
@@ -56,7 +57,7 @@ Ref<Object> ReadPicture(const std::string& path) {
     Ref<Object> mask = alpha ? MaskOrNew(picture.get(), info.width, info.height) : nullptr;
     if (alpha && !mask) throw std::bad_alloc();
     std::vector<std::uint8_t> bytes(width * (alpha ? 4 : 3));
-    std::vector<Rgb> colors(width), opacity(alpha ? width : 0);
+    std::vector<RgbColor> colors(width), opacity(alpha ? width : 0);
     for (std::int32_t y = 0; y < info.height; ++y) {
         reader.ReadRow(bytes.data(), alpha ? PixelLayout::Rgba : PixelLayout::Rgb);
         SplitRow(bytes, alpha, colors, opacity);
@@ -72,7 +73,7 @@ void WritePicture(sdk::Object* picture, const std::string& path, const ImageWrit
     const PictureStorage* mask = StorageOf(MaskOf(picture));
     ImageWriter writer(path, storage->width, storage->height, mask ? PixelLayout::Rgba : PixelLayout::Rgb, options);
     const auto width = static_cast<std::size_t>(storage->width);
-    std::vector<Rgb> colors(width), opacity(mask ? width : 0);
+    std::vector<RgbColor> colors(width), opacity(mask ? width : 0);
     std::vector<std::uint8_t> bytes(width * (mask ? 4 : 3));
     for (std::int32_t y = 0; y < storage->height; ++y) {
         LoadColors(*storage, 0, y, storage->width, colors.data());

@@ -41,7 +41,7 @@ constexpr platform::ColorTable MakeSystemColors() {
 
 constexpr platform::ColorTable kSystemColors = MakeSystemColors();
 
-int Distance(Rgb a, Rgb b) {
+int Distance(RgbColor a, RgbColor b) {
     int sum = 0;
     for (int shift = 0; shift < 24; shift += 8) {
         const int difference = static_cast<int>(a >> shift & 255) - static_cast<int>(b >> shift & 255);
@@ -50,7 +50,7 @@ int Distance(Rgb a, Rgb b) {
     return sum;
 }
 
-std::uint8_t NearestIndex(const platform::ColorTable& table, Rgb color) {
+std::uint8_t NearestIndex(const platform::ColorTable& table, RgbColor color) {
     int best = 0;
     for (int i = 1; i < 256; ++i)
         if (Distance(table.colors[i], color) < Distance(table.colors[best], color)) best = i;
@@ -58,7 +58,8 @@ std::uint8_t NearestIndex(const platform::ColorTable& table, Rgb color) {
 }
 
 // Neighbours are often of one colour, which is looked for once.
-void StoreIndexes(const platform::ColorTable& table, std::uint8_t* indexes, std::int32_t count, const Rgb* colors) {
+void StoreIndexes(const platform::ColorTable& table, std::uint8_t* indexes, std::int32_t count,
+                  const RgbColor* colors) {
     for (std::int32_t i = 0; i < count; ++i)
         indexes[i] = i > 0 && colors[i] == colors[i - 1] ? indexes[i - 1] : NearestIndex(table, colors[i]);
 }
@@ -70,29 +71,29 @@ const platform::ColorTable& ColorsOf(const PictureStorage& storage) {
 
 // --- One pixel of each depth ------------------------------------------------------------------
 
-Rgb LoadFive(const std::uint8_t* bytes) {
+RgbColor LoadFive(const std::uint8_t* bytes) {
     const std::uint32_t pixel = bytes[0] | std::uint32_t{bytes[1]} << 8;
     const auto spread = [pixel](int shift) { return ((pixel >> shift & 31) * 255 + 15) / 31; };
     return Pack(spread(10), spread(5), spread(0));
 }
 
-void StoreFive(std::uint8_t* bytes, Rgb color) {
+void StoreFive(std::uint8_t* bytes, RgbColor color) {
     const auto squeeze = [color](int shift) { return ((color >> shift & 255) * 31 + 127) / 255; };
     const std::uint32_t pixel = squeeze(16) << 10 | squeeze(8) << 5 | squeeze(0);
     bytes[0] = Byte(pixel);
     bytes[1] = Byte(pixel >> 8);
 }
 
-Rgb LoadTriple(const std::uint8_t* bytes) { return Pack(bytes[0], bytes[1], bytes[2]); }
+RgbColor LoadTriple(const std::uint8_t* bytes) { return Pack(bytes[0], bytes[1], bytes[2]); }
 
-void StoreTriple(std::uint8_t* bytes, Rgb color) {
+void StoreTriple(std::uint8_t* bytes, RgbColor color) {
     bytes[0] = Byte(color >> 16);
     bytes[1] = Byte(color >> 8);
     bytes[2] = Byte(color);
 }
 
 // Depth 1 keeps a byte a pixel, 0 or 255.
-std::uint8_t BlackOrWhite(Rgb color) {
+std::uint8_t BlackOrWhite(RgbColor color) {
     return 77 * (color >> 16 & 255) + 151 * (color >> 8 & 255) + 28 * (color & 255) >= 128 * 256 ? 255 : 0;
 }
 
@@ -138,7 +139,7 @@ bool IsUsable(const sdk::GWorld& world) {
 
 bool CreateStorage(PictureStorage& storage, std::int32_t width, std::int32_t height, std::int32_t depth) {
     if (!Allocate(storage, width, height, depth, depth == 8 ? &kSystemColors : nullptr)) return false;
-    const std::vector<Rgb> white(static_cast<std::size_t>(width), kWhite);
+    const std::vector<RgbColor> white(static_cast<std::size_t>(width), kWhite);
     for (std::int32_t y = 0; y < height; ++y) StoreColors(storage, 0, y, width, white.data());
     return true;
 }
@@ -190,43 +191,45 @@ std::uint8_t* PixelAddress(const PictureStorage& storage, std::int32_t x, std::i
 
 }  // namespace
 
-void LoadColors(const PictureStorage& storage, std::int32_t x, std::int32_t y, std::int32_t count, Rgb* colors) {
+void LoadColors(const PictureStorage& storage, std::int32_t x, std::int32_t y, std::int32_t count, RgbColor* colors) {
     using Bytes = const std::uint8_t*;
     std::uint8_t* first = PixelAddress(storage, x, y);
     switch (storage.depth) {
         case 32:
             return ForEachPixel(first, 4, colors, count,
-                                [](Bytes pixel, Rgb& color) { color = LoadTriple(pixel + 1); });
+                                [](Bytes pixel, RgbColor& color) { color = LoadTriple(pixel + 1); });
         case 24:
-            return ForEachPixel(first, 3, colors, count, [](Bytes pixel, Rgb& color) { color = LoadTriple(pixel); });
+            return ForEachPixel(first, 3, colors, count,
+                                [](Bytes pixel, RgbColor& color) { color = LoadTriple(pixel); });
         case 16:
-            return ForEachPixel(first, 2, colors, count, [](Bytes pixel, Rgb& color) { color = LoadFive(pixel); });
+            return ForEachPixel(first, 2, colors, count, [](Bytes pixel, RgbColor& color) { color = LoadFive(pixel); });
         case 8:
-            return ForEachPixel(first, 1, colors, count,
-                                [table = ColorsOf(storage).colors](Bytes pixel, Rgb& color) { color = table[*pixel]; });
+            return ForEachPixel(
+                first, 1, colors, count,
+                [table = ColorsOf(storage).colors](Bytes pixel, RgbColor& color) { color = table[*pixel]; });
         default:
             return ForEachPixel(first, 1, colors, count,
-                                [](Bytes pixel, Rgb& color) { color = *pixel ? kWhite : kBlack; });
+                                [](Bytes pixel, RgbColor& color) { color = *pixel ? kWhite : kBlack; });
     }
 }
 
-void StoreColors(PictureStorage& storage, std::int32_t x, std::int32_t y, std::int32_t count, const Rgb* colors) {
+void StoreColors(PictureStorage& storage, std::int32_t x, std::int32_t y, std::int32_t count, const RgbColor* colors) {
     std::uint8_t* first = PixelAddress(storage, x, y);
     switch (storage.depth) {
         case 32:
             return ForEachPixel(first, 4, colors, count,
-                                [](std::uint8_t* pixel, Rgb color) { StoreTriple(pixel + 1, color); });
+                                [](std::uint8_t* pixel, RgbColor color) { StoreTriple(pixel + 1, color); });
         case 24:
             return ForEachPixel(first, 3, colors, count,
-                                [](std::uint8_t* pixel, Rgb color) { StoreTriple(pixel, color); });
+                                [](std::uint8_t* pixel, RgbColor color) { StoreTriple(pixel, color); });
         case 16:
             return ForEachPixel(first, 2, colors, count,
-                                [](std::uint8_t* pixel, Rgb color) { StoreFive(pixel, color); });
+                                [](std::uint8_t* pixel, RgbColor color) { StoreFive(pixel, color); });
         case 8:
             return StoreIndexes(ColorsOf(storage), first, count, colors);
         default:
             return ForEachPixel(first, 1, colors, count,
-                                [](std::uint8_t* pixel, Rgb color) { *pixel = BlackOrWhite(color); });
+                                [](std::uint8_t* pixel, RgbColor color) { *pixel = BlackOrWhite(color); });
     }
 }
 

@@ -12,10 +12,10 @@
 
 namespace host {
 
-using Rgb = std::uint32_t;  // 0x00RRGGBB
+using RgbColor = std::uint32_t;  // 0x00RRGGBB
 
-inline constexpr Rgb kWhite = 0xffffff;
-inline constexpr Rgb kBlack = 0;
+inline constexpr RgbColor kWhite = 0xffffff;
+inline constexpr RgbColor kBlack = 0;
 
 // Who frees a storage's pixels.
 enum class PixelOwner {
@@ -48,11 +48,11 @@ bool CopyWorld(PictureStorage& storage, const sdk::GWorld& source);
 void DestroyStorage(PictureStorage& storage);
 
 // `count` colours of a row from column x on. All must lie inside.
-void LoadColors(const PictureStorage& storage, std::int32_t x, std::int32_t y, std::int32_t count, Rgb* colors);
+void LoadColors(const PictureStorage& storage, std::int32_t x, std::int32_t y, std::int32_t count, RgbColor* colors);
 
 // The other way. A depth that can't hold a colour takes the nearest; the unused byte of depth 32
 // stays as it is.
-void StoreColors(PictureStorage& storage, std::int32_t x, std::int32_t y, std::int32_t count, const Rgb* colors);
+void StoreColors(PictureStorage& storage, std::int32_t x, std::int32_t y, std::int32_t count, const RgbColor* colors);
 
 inline bool Contains(const PictureStorage& storage, std::int64_t x, std::int64_t y) {
     return x >= 0 && x < storage.width && y >= 0 && y < storage.height;
