@@ -1,0 +1,70 @@
+// Moving channel bytes from the pixels of one row to those of another, or within a row.
+//
+// A row of moves is planned once an operation and applied to any number of rows. The definition
+// is the plain loop: pixel by pixel, each read whole and then written in the order of its moves.
+// Wider forms run where they give the same bytes, which the plan and the rows' addresses tell.
+#pragma once
+
+#include <cstdint>
+
+#include "rows/PixelLayout.h"
+
+namespace rows {
+
+// What moves within a pixel: byte to[i] of the destination becomes byte from[i] of the source,
+// exclusive-or flip[i]. Bytes of the destination that are not named stay as they are.
+struct PixelMoves {
+    std::int32_t fromPixelSize = 0;  // bytes
+    std::int32_t toPixelSize = 0;    // bytes
+    std::int32_t count = 0;          // 0 to 4
+    std::int32_t from[4] = {};       // bytes from a pixel's start
+    std::int32_t to[4] = {};
+    std::uint8_t flip[4] = {};
+
+    void Add(std::int32_t fromOffset, std::int32_t toOffset, std::uint8_t flipped = 0);
+};
+
+// Every channel of a set to the same channel of another layout.
+PixelMoves MovesBetween(ChannelSet set, const PixelLayout& from, const PixelLayout& to);
+
+// The moves of several neighbouring pixels as one byte shuffle between registers.
+struct MoveShuffle {
+    std::int32_t pixels;        // of one step
+    std::uint64_t written;      // bit b: byte b of the destination is written
+    std::uint8_t index[64];     // the source byte of each destination byte, pixels in order
+    std::uint8_t reversed[64];  // the same with the source's pixels in reverse
+    std::uint8_t flip[64];
+};
+
+// Moves and what the wider forms need of them.
+struct MovePlan {
+    PixelMoves moves;         // with the offsets below taken off
+    std::int32_t fromOffset;  // of a pixel's first moved byte
+    std::int32_t toOffset;
+    std::int32_t fromSpan;  // bytes from a pixel's first moved byte to its last, both counted
+    std::int32_t toSpan;
+    bool compact;        // on both sides the moved bytes of neighbouring pixels don't interleave
+    bool copies;         // all bytes of a pixel keep their place and value
+    MoveShuffle wide;    // 64 bytes a step; compact plans only
+    MoveShuffle narrow;  // 16 bytes a step
+};
+
+MovePlan PlanMoves(const PixelMoves& moves);
+
+// Moves `width` pixels from left to right. The rows may overlap with that meaning. A width of 0
+// or below does nothing.
+void MoveRow(const MovePlan& plan, const std::uint8_t* source, std::uint8_t* destination, std::int32_t width);
+
+// The same with destination pixel x taking source pixel width - 1 - x.
+void MoveRowReversed(const MovePlan& plan, const std::uint8_t* source, std::uint8_t* destination, std::int32_t width);
+
+// Trades the pixels i and width - 1 - i of one row for i from 0 while i < width / 2; a middle
+// pixel stays. The plan moves a layout to itself.
+void MirrorRow(const MovePlan& plan, std::uint8_t* row, std::int32_t width);
+
+// Whether the pixels of a step may all be read before the first of them is written: no pixel
+// writes a byte that a later one reads.
+bool MayReadAhead(const MovePlan& plan, const std::uint8_t* source, const std::uint8_t* destination,
+                  std::int32_t width);
+
+}  // namespace rows
