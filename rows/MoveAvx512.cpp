@@ -29,7 +29,7 @@ TARGET_AVX512 std::int32_t MoveAvx512(const MovePlan& plan, const std::uint8_t* 
     std::int64_t at = reversed ? (width - pixels) * fromSize : 0;
     std::int64_t left = width;
     for (; left >= pixels; left -= pixels) {
-        const __m512i bytes = _mm512_permutexvar_epi8(index, _mm512_maskz_loadu_epi8(read, source + at));
+        const __m512i bytes = _mm512_maskz_permutexvar_epi8(written, index, _mm512_maskz_loadu_epi8(read, source + at));
         _mm512_mask_storeu_epi8(destination, written, _mm512_xor_si512(bytes, flip));
         at += step;
         destination += pixels * toSize;
@@ -40,7 +40,7 @@ TARGET_AVX512 std::int32_t MoveAvx512(const MovePlan& plan, const std::uint8_t* 
     const __m512i missing = _mm512_set1_epi8(static_cast<char>(reversed ? (pixels - left) * fromSize : 0));
     const __mmask64 readLeft = LowBits((left - 1) * fromSize + plan.fromSpan);
     const __m512i rest = _mm512_maskz_loadu_epi8(readLeft, reversed ? source : source + at);
-    const __m512i bytes = _mm512_permutexvar_epi8(_mm512_sub_epi8(index, missing), rest);
+    const __m512i bytes = _mm512_maskz_permutexvar_epi8(written, _mm512_sub_epi8(index, missing), rest);
     _mm512_mask_storeu_epi8(destination, written & LowBits(left * toSize), _mm512_xor_si512(bytes, flip));
     return width;
 }
