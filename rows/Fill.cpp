@@ -11,16 +11,12 @@ namespace {
 PixelPattern KeepPattern(const PixelLayout& layout, int count) {
     PixelPattern pattern{};
     std::memset(pattern.keep, 255, sizeof(pattern.keep));
-    pattern.pixelSize = layout.pixelSize;
-    if (count < 1 || layout.pixelSize < 1) return pattern;
-    const auto [least, most] = std::minmax_element(layout.offset, layout.offset + count);
-    pattern.offset = *least;
-    pattern.span = *most - *least + 1;
+    if (layout.pixelSize > 0) pattern.span = SpanOf(layout.pixelSize, layout.offset, count);
     return pattern;
 }
 
 void SetByte(PixelPattern& pattern, std::int32_t offset, std::uint8_t keep, std::uint8_t value) {
-    for (std::int32_t at = offset - pattern.offset; at < PixelPattern::kBytes; at += pattern.pixelSize) {
+    for (std::int32_t at = offset - pattern.span.offset; at < PixelPattern::kBytes; at += pattern.span.pixelSize) {
         pattern.keep[at] = keep;
         pattern.value[at] = value;
     }
@@ -30,7 +26,7 @@ void SetByte(PixelPattern& pattern, std::int32_t offset, std::uint8_t keep, std:
 
 PixelPattern FillPattern(const PixelLayout& layout, int count, const std::uint8_t* values) {
     PixelPattern pattern = KeepPattern(layout, count);
-    if (pattern.span == 0) return pattern;
+    if (pattern.span.size == 0) return pattern;
     for (int channel = 0; channel < count; ++channel) SetByte(pattern, layout.offset[channel], 0, values[channel]);
     pattern.writesAll = std::count(pattern.keep, pattern.keep + PixelPattern::kBytes, 0) == PixelPattern::kBytes;
     return pattern;
@@ -38,18 +34,18 @@ PixelPattern FillPattern(const PixelLayout& layout, int count, const std::uint8_
 
 PixelPattern InvertPattern(const PixelLayout& layout, int count) {
     PixelPattern pattern = KeepPattern(layout, count);
-    if (pattern.span == 0) return pattern;
+    if (pattern.span.size == 0) return pattern;
     for (int channel = 0; channel < count; ++channel) SetByte(pattern, layout.offset[channel], 255, 255);
     return pattern;
 }
 
 void ApplyPattern(const PixelPattern& pattern, std::uint8_t* row, std::int32_t width) {
-    if (width <= 0 || pattern.span == 0) return;
+    if (width <= 0 || pattern.span.size == 0) return;
     constexpr std::int64_t kBytes = PixelPattern::kBytes;
     const std::uint8_t* __restrict const keep = pattern.keep;
     const std::uint8_t* __restrict const value = pattern.value;
-    std::uint8_t* __restrict to = row + pattern.offset;
-    std::int64_t left = (std::int64_t{width} - 1) * pattern.pixelSize + pattern.span;
+    std::uint8_t* __restrict to = row + pattern.span.offset;
+    std::int64_t left = pattern.span.Extent(width);
     for (; left >= kBytes; left -= kBytes, to += kBytes) {
         if (pattern.writesAll)
             std::memcpy(to, value, kBytes);

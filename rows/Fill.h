@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "rows/PixelLayout.h"
+#include "rows/PixelSpan.h"
 
 namespace rows {
 
@@ -12,10 +13,8 @@ namespace rows {
 // cache line.
 struct PixelPattern {
     static constexpr int kBytes = 192;
-    std::int32_t pixelSize;  // bytes
-    std::int32_t offset;     // bytes from a pixel's start to its first changed byte
-    std::int32_t span;       // bytes from a pixel's first changed byte to its last, both counted; 0: none
-    bool writesAll;          // nothing is kept: the bytes there need not be read
+    PixelSpan span;  // the changed bytes; of size 0 when there is none
+    bool writesAll;  // nothing is kept: the bytes there need not be read
     std::uint8_t keep[kBytes];
     std::uint8_t value[kBytes];
 };

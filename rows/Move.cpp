@@ -58,30 +58,6 @@ void MoveAhead(const MovePlan& plan, const std::uint8_t* source, std::uint8_t* d
                 left);
 }
 
-// Bytes from the first moved byte of `width` pixels to the last, both counted.
-std::int64_t Extent(std::int32_t pixelSize, std::int32_t span, std::int32_t width) {
-    return (std::int64_t{width} - 1) * pixelSize + span;
-}
-
-bool AreDisjoint(const MovePlan& plan, const std::uint8_t* source, const std::uint8_t* destination,
-                 std::int32_t width) {
-    const auto from = reinterpret_cast<std::uintptr_t>(source);
-    const auto to = reinterpret_cast<std::uintptr_t>(destination);
-    return from + static_cast<std::uintptr_t>(Extent(plan.moves.fromPixelSize, plan.fromSpan, width)) <= to ||
-           to + static_cast<std::uintptr_t>(Extent(plan.moves.toPixelSize, plan.toSpan, width)) <= from;
-}
-
-// Of addresses of first moved bytes. Among pixels of one size a byte written by pixel i is read by
-// a later one only where it lies a whole pixel or more past what pixel i reads.
-bool MayReadAheadOf(const MovePlan& plan, const std::uint8_t* source, const std::uint8_t* destination,
-                    std::int32_t width) {
-    if (!plan.compact) return false;
-    if (AreDisjoint(plan, source, destination, width)) return true;
-    const auto ahead = static_cast<std::intptr_t>(reinterpret_cast<std::uintptr_t>(destination) -
-                                                  reinterpret_cast<std::uintptr_t>(source));
-    return plan.moves.fromPixelSize == plan.moves.toPixelSize && ahead + plan.toSpan - 1 < plan.moves.fromPixelSize;
-}
-
 void FillShuffle(const PixelMoves& moves, std::int32_t registerSize, MoveShuffle& shuffle) {
     shuffle = {};
     shuffle.pixels = registerSize / std::max(moves.fromPixelSize, moves.toPixelSize);
@@ -95,13 +71,6 @@ void FillShuffle(const PixelMoves& moves, std::int32_t registerSize, MoveShuffle
             shuffle.written |= std::uint64_t{1} << at;
         }
     }
-}
-
-// Takes the least offset off a side's offsets; gives it and the span that is left.
-void Normalize(std::int32_t (&offsets)[4], std::int32_t count, std::int32_t& least, std::int32_t& span) {
-    least = *std::min_element(offsets, offsets + count);
-    for (std::int32_t i = 0; i < count; ++i) offsets[i] -= least;
-    span = *std::max_element(offsets, offsets + count) + 1;
 }
 
 bool Copies(const PixelMoves& moves) {
@@ -133,10 +102,13 @@ MovePlan PlanMoves(const PixelMoves& moves) {
     constexpr std::int32_t kLargestPixel = 4;
     MovePlan plan{};
     plan.moves = moves;
-    if (moves.count < 1) return plan;
-    Normalize(plan.moves.from, moves.count, plan.fromOffset, plan.fromSpan);
-    Normalize(plan.moves.to, moves.count, plan.toOffset, plan.toSpan);
-    plan.compact = plan.fromSpan <= moves.fromPixelSize && plan.toSpan <= moves.toPixelSize &&
+    plan.from = SpanOf(moves.fromPixelSize, moves.from, moves.count);
+    plan.to = SpanOf(moves.toPixelSize, moves.to, moves.count);
+    for (std::int32_t i = 0; i < moves.count; ++i) {
+        plan.moves.from[i] -= plan.from.offset;
+        plan.moves.to[i] -= plan.to.offset;
+    }
+    plan.compact = moves.count > 0 && plan.from.IsCompact() && plan.to.IsCompact() &&
                    moves.fromPixelSize <= kLargestPixel && moves.toPixelSize <= kLargestPixel;
     if (!plan.compact) return plan;
     plan.copies = Copies(plan.moves);
@@ -145,18 +117,14 @@ MovePlan PlanMoves(const PixelMoves& moves) {
     return plan;
 }
 
-bool MayReadAhead(const MovePlan& plan, const std::uint8_t* source, const std::uint8_t* destination,
-                  std::int32_t width) {
-    return MayReadAheadOf(plan, source + plan.fromOffset, destination + plan.toOffset, width);
-}
-
 void MoveRow(const MovePlan& plan, const std::uint8_t* source, std::uint8_t* destination, std::int32_t width) {
     if (width <= 0) return;
-    source += plan.fromOffset;
-    destination += plan.toOffset;
-    if (!MayReadAheadOf(plan, source, destination, width))
-        return MovePlainOf(plan.moves, source, plan.moves.fromPixelSize, destination, width);
-    if (plan.copies)
+    const bool ahead = plan.compact && MayReadAhead(plan.from, source, plan.to, destination, width);
+    source += plan.from.offset;
+    destination += plan.to.offset;
+    if (!ahead)
+        MovePlainOf(plan.moves, source, plan.moves.fromPixelSize, destination, width);
+    else if (plan.copies)
         std::memmove(destination, source, static_cast<std::size_t>(width) * plan.moves.fromPixelSize);
     else
         MoveAhead(plan, source, destination, width, false);
@@ -164,12 +132,14 @@ void MoveRow(const MovePlan& plan, const std::uint8_t* source, std::uint8_t* des
 
 void MoveRowReversed(const MovePlan& plan, const std::uint8_t* source, std::uint8_t* destination, std::int32_t width) {
     if (width <= 0) return;
-    source += plan.fromOffset;
-    destination += plan.toOffset;
-    if (plan.compact && AreDisjoint(plan, source, destination, width))
-        return MoveAhead(plan, source, destination, width, true);
+    const bool ahead = plan.compact && AreDisjoint(plan.from, source, plan.to, destination, width);
+    source += plan.from.offset;
+    destination += plan.to.offset;
     const std::int64_t size = plan.moves.fromPixelSize;
-    MovePlainOf(plan.moves, source + (width - 1) * size, -size, destination, width);
+    if (ahead)
+        MoveAhead(plan, source, destination, width, true);
+    else
+        MovePlainOf(plan.moves, source + (width - 1) * size, -size, destination, width);
 }
 
 namespace {
@@ -179,7 +149,7 @@ void TradeEnds(const MovePlan& plan, std::uint8_t* left, std::uint8_t* right, st
     constexpr std::int32_t kMostBytes = 1024;
     std::uint8_t leftCopy[kMostBytes];
     std::uint8_t rightCopy[kMostBytes];
-    const auto size = static_cast<std::size_t>(Extent(plan.moves.toPixelSize, plan.toSpan, count));
+    const auto size = static_cast<std::size_t>(plan.to.Extent(count));
     std::memcpy(leftCopy, left, size);
     std::memcpy(rightCopy, right, size);
     MoveAhead(plan, rightCopy, left, count, true);
@@ -205,7 +175,7 @@ void MirrorPlain(const PixelMoves& moves, std::uint8_t* row, std::int32_t width)
 
 void MirrorRow(const MovePlan& plan, std::uint8_t* row, std::int32_t width) {
     if (width <= 1) return;
-    row += plan.toOffset;
+    row += plan.to.offset;
     if (!plan.compact) return MirrorPlain(plan.moves, row, width);
     constexpr std::int32_t kPixelsATime = 252;  // whole steps of every form; four bytes each fit
     const std::int32_t half = width / 2;

@@ -8,6 +8,7 @@
 #include <cstdint>
 
 #include "rows/PixelLayout.h"
+#include "rows/PixelSpan.h"
 
 namespace rows {
 
@@ -38,12 +39,10 @@ struct MoveShuffle {
 
 // Moves and what the wider forms need of them.
 struct MovePlan {
-    PixelMoves moves;         // with the offsets below taken off
-    std::int32_t fromOffset;  // of a pixel's first moved byte
-    std::int32_t toOffset;
-    std::int32_t fromSpan;  // bytes from a pixel's first moved byte to its last, both counted
-    std::int32_t toSpan;
-    bool compact;        // on both sides the moved bytes of neighbouring pixels don't interleave
+    PixelMoves moves;    // with the spans' offsets taken off
+    PixelSpan from;      // the bytes that are read
+    PixelSpan to;        // the bytes that are written
+    bool compact;        // pixels of up to four bytes that don't interleave: wider forms can run
     bool copies;         // all bytes of a pixel keep their place and value
     MoveShuffle wide;    // 64 bytes a step; compact plans only
     MoveShuffle narrow;  // 16 bytes a step
@@ -61,10 +60,5 @@ void MoveRowReversed(const MovePlan& plan, const std::uint8_t* source, std::uint
 // Trades the pixels i and width - 1 - i of one row for i from 0 while i < width / 2; a middle
 // pixel stays. The plan moves a layout to itself.
 void MirrorRow(const MovePlan& plan, std::uint8_t* row, std::int32_t width);
-
-// Whether the pixels of a step may all be read before the first of them is written: no pixel
-// writes a byte that a later one reads.
-bool MayReadAhead(const MovePlan& plan, const std::uint8_t* source, const std::uint8_t* destination,
-                  std::int32_t width);
 
 }  // namespace rows

@@ -24,9 +24,9 @@ TARGET_AVX2 std::int32_t MoveAvx2(const MovePlan& plan, const std::uint8_t* sour
     const MoveShuffle& shuffle = plan.narrow;
     const std::int64_t fromSize = plan.moves.fromPixelSize, toSize = plan.moves.toPixelSize;
     const std::int64_t pixels = shuffle.pixels;
-    const std::int64_t stepBytes = (pixels - 1) * fromSize + plan.fromSpan;
-    const std::int64_t sourceBytes = (std::int64_t{width} - 1) * fromSize + plan.fromSpan;
-    const std::int64_t destinationBytes = (std::int64_t{width} - 1) * toSize + plan.toSpan;
+    const std::int64_t stepBytes = plan.from.Extent(shuffle.pixels);
+    const std::int64_t sourceBytes = plan.from.Extent(width);
+    const std::int64_t destinationBytes = plan.to.Extent(width);
     std::uint8_t blend[16];
     BytesOfBits(shuffle.written, blend);
     // In reverse the sixteen bytes end where the step's pixels end.

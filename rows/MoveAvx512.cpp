@@ -23,7 +23,7 @@ TARGET_AVX512 std::int32_t MoveAvx512(const MovePlan& plan, const std::uint8_t* 
     const std::int64_t pixels = shuffle.pixels;
     const __m512i index = _mm512_loadu_si512(reversed ? shuffle.reversed : shuffle.index);
     const __m512i flip = _mm512_loadu_si512(shuffle.flip);
-    const __mmask64 read = LowBits((pixels - 1) * fromSize + plan.fromSpan);
+    const __mmask64 read = LowBits((pixels - 1) * fromSize + plan.from.size);
     const __mmask64 written = shuffle.written;
     const std::int64_t step = reversed ? -pixels * fromSize : pixels * fromSize;
     std::int64_t at = reversed ? (width - pixels) * fromSize : 0;
@@ -38,7 +38,7 @@ TARGET_AVX512 std::int32_t MoveAvx512(const MovePlan& plan, const std::uint8_t* 
     // In reverse the rest lies at the row's start, and the shuffle looks too far right by what is
     // missing of a step.
     const __m512i missing = _mm512_set1_epi8(static_cast<char>(reversed ? (pixels - left) * fromSize : 0));
-    const __mmask64 readLeft = LowBits((left - 1) * fromSize + plan.fromSpan);
+    const __mmask64 readLeft = LowBits((left - 1) * fromSize + plan.from.size);
     const __m512i rest = _mm512_maskz_loadu_epi8(readLeft, reversed ? source : source + at);
     const __m512i bytes = _mm512_maskz_permutexvar_epi8(written, _mm512_sub_epi8(index, missing), rest);
     _mm512_mask_storeu_epi8(destination, written & LowBits(left * toSize), _mm512_xor_si512(bytes, flip));

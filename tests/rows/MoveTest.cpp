@@ -116,16 +116,16 @@ TEST(MoveRow, ReadsAndWritesNothingPastTheLastChannel) {
         for (int width = 1; width < kMostWidth; ++width) {
             const PixelMoves moves = RandomMoves(random);
             const MovePlan plan = rows::PlanMoves(moves);
-            const auto sourceSize = static_cast<std::size_t>((width - 1) * moves.fromPixelSize + plan.fromSpan);
-            const auto size = static_cast<std::size_t>((width - 1) * moves.toPixelSize + plan.toSpan);
+            const auto sourceSize = static_cast<std::size_t>((width - 1) * moves.fromPixelSize + plan.from.size);
+            const auto size = static_cast<std::size_t>((width - 1) * moves.toPixelSize + plan.to.size);
             const Bytes source = random.NextBytes(sourceSize);
             Bytes forward = random.NextBytes(size);
             Bytes reversed = forward, expected = forward, expectedReversed = forward;
-            const std::uint8_t* const from = source.data() - plan.fromOffset;
-            ReferenceMove(moves, from, expected.data() - plan.toOffset, width, false);
-            ReferenceMove(moves, from, expectedReversed.data() - plan.toOffset, width, true);
-            rows::MoveRow(plan, from, forward.data() - plan.toOffset, width);
-            rows::MoveRowReversed(plan, from, reversed.data() - plan.toOffset, width);
+            const std::uint8_t* const from = source.data() - plan.from.offset;
+            ReferenceMove(moves, from, expected.data() - plan.to.offset, width, false);
+            ReferenceMove(moves, from, expectedReversed.data() - plan.to.offset, width, true);
+            rows::MoveRow(plan, from, forward.data() - plan.to.offset, width);
+            rows::MoveRowReversed(plan, from, reversed.data() - plan.to.offset, width);
             ASSERT_TRUE(support::SameBytes(forward, expected)) << "width " << width;
             ASSERT_TRUE(support::SameBytes(reversed, expectedReversed)) << "width " << width;
         }
