@@ -3,6 +3,8 @@
 
 #include <cstdint>
 
+#include "rows/Gray.h"
+#include "rows/Move.h"
 #include "rows/PixelLayout.h"
 
 namespace rows {
@@ -16,7 +18,7 @@ enum class AlphaRule {
     InvertFirst,  // 255 less the alpha of the row's first pixel
 };
 
-// A conversion, decided once and applied to any number of rows. Colour becomes gray by Gray();
+// A conversion, decided once and applied to any number of rows. Colour becomes gray by Gray() (Gray.h);
 // gray becomes red = green = blue. A rule other than Leave wants alpha in both sets.
 struct Conversion {
     ChannelSet fromSet;
@@ -26,15 +28,27 @@ struct Conversion {
     AlphaRule alpha;
 };
 
-// The gray of a colour: (77 red + 151 green + 28 blue) / 256, truncated. White stays 255.
-constexpr std::uint8_t Gray(std::uint8_t red, std::uint8_t green, std::uint8_t blue) {
-    return static_cast<std::uint8_t>((77 * red + 151 * green + 28 * blue) >> 8);
-}
+// A conversion and what its wider forms need; made once an operation.
+struct ConversionPlan {
+    Conversion conversion;
+    bool byMoves;     // bytes only change places
+    bool byGrays;     // colour becomes gray
+    bool alphaMoves;  // and alpha is moved
+    PixelSpan from;   // the bytes that are read
+    PixelSpan to;     // the bytes that are written
+    MovePlan moves;   // of all channels; with byGrays, from packed grays
+    MovePlan alpha;
+};
+
+ConversionPlan PlanConversion(const Conversion& conversion);
 
 // Converts `width` pixels from left to right. Each pixel is read whole and then written, red,
 // green, blue (or gray) first and alpha last, so the rows may overlap with that meaning. Bytes of
 // the destination that are no channel of the conversion stay as they are. A width of 0 or below
 // does nothing.
+void ConvertRow(const ConversionPlan& plan, const std::uint8_t* source, std::uint8_t* destination, std::int32_t width);
+
+// The same for a single row.
 void ConvertRow(const Conversion& conversion, const std::uint8_t* source, std::uint8_t* destination,
                 std::int32_t width);
 
