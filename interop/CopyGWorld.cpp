@@ -39,7 +39,8 @@ void WidenPixels(WorldPlan& plan, const LockedWorld& world) {
 
 void WriteWorld(PixelBuffer& buffer, const WorldPlan& plan, const LockedWorld& world) {
     const auto alpha = rows::SetHasAlpha(plan.set) ? rows::AlphaRule::Copy : rows::AlphaRule::Leave;
-    const rows::Conversion conversion{plan.set, plan.set, LayoutOf(buffer, plan.set), plan.layout, alpha};
+    const rows::ConversionPlan conversion =
+        rows::PlanConversion({plan.set, plan.set, LayoutOf(buffer, plan.set), plan.layout, alpha});
     for (std::int32_t y = 0; y < world.height; ++y)
         if (const std::uint8_t* const row = RowAddress(buffer, y))
             rows::ConvertRow(conversion, row, HostRow(world, y), world.width);

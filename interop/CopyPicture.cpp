@@ -24,8 +24,8 @@ Rectangle ClipTo(const PixelBuffer& buffer, std::int32_t x, std::int32_t y, std:
 // The unused byte of each host pixel stays 0, as the new world has it.
 void WriteRows(PixelBuffer& buffer, const StorageWatch& watch, const Rectangle& area, const Exported& exported,
                const LockedWorld& world) {
-    const rows::Conversion conversion{exported.set, rows::ChannelSet::Rgb, exported.layout, kHostColors,
-                                      rows::AlphaRule::Leave};
+    const rows::ConversionPlan conversion = rows::PlanConversion(
+        {exported.set, rows::ChannelSet::Rgb, exported.layout, kHostColors, rows::AlphaRule::Leave});
     for (std::int32_t y = 0; y < area.height; ++y) {
         if (const std::uint8_t* const row = RowAddress(buffer, area.y + y))
             rows::ConvertRow(conversion, row + std::int64_t{area.x} * buffer.PixelSize, HostRow(world, y), area.width);

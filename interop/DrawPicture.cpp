@@ -87,7 +87,8 @@ bool HasColors(const PixelBuffer& buffer) { return buffer.HasRed && buffer.HasGr
 // Channels of the host picture into the picture's channels of a set.
 void DrawChannels(PixelBuffer& buffer, sdk::Object* picture, const CopyRectangle& wanted, rows::ChannelSet set,
                   const rows::PixelLayout& hostLayout) {
-    const rows::Conversion conversion{set, set, hostLayout, LayoutOf(buffer, set), rows::AlphaRule::Leave};
+    const rows::ConversionPlan conversion =
+        rows::PlanConversion({set, set, hostLayout, LayoutOf(buffer, set), rows::AlphaRule::Leave});
     Draw(buffer, picture, nullptr, wanted, [&](const HostPixels& from, std::uint8_t* row, std::int32_t width) {
         rows::ConvertRow(conversion, from.picture, row, width);
     });
