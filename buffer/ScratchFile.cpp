@@ -47,20 +47,19 @@ int ReplaceFile(const char* path) {
     return descriptor;
 }
 
-// An empty file of the name, claimed; -1 when there can be none. Anything but a regular file is
-// left alone.
-int OpenEmptyFile(const char* path) {
+// A file of the name, claimed; -1 when there can be none. Anything but a regular file is left
+// alone.
+int OpenClaimedFile(const char* path) {
     const int descriptor = Open(path, 0);
     if (descriptor < 0) return -1;
     const bool regular = IsRegularFile(descriptor);
-    if (regular && Claim(descriptor)) {
-        // What was there before is gone, as if opened with O_TRUNC.
-        if (Uninterrupted([=] { return ftruncate(descriptor, 0); }) == 0) return descriptor;
-        close(descriptor);
-        return -1;
-    }
+    if (regular && Claim(descriptor)) return descriptor;
     close(descriptor);
     return regular ? ReplaceFile(path) : -1;
+}
+
+bool SetLength(int descriptor, std::int64_t length) {
+    return Uninterrupted([=] { return ftruncate(descriptor, length); }) == 0;
 }
 
 // A process that is not allowed a file of this length would be ended by a signal for trying.
@@ -84,9 +83,11 @@ bool WriteTrailer(int descriptor, std::int64_t position) {
     return Uninterrupted([=] { return write(descriptor, zeros, kTrailer); }) == static_cast<ssize_t>(kTrailer);
 }
 
-bool GrowFile(int descriptor, std::int64_t size, std::int64_t pageSize) {
+// Empties the file and lets it grow to its size. It could not be emptied when it was opened: not
+// before it was claimed.
+bool FillFile(int descriptor, std::int64_t size, std::int64_t pageSize) {
     const std::int64_t length = size + pageSize;
-    return LengthIsAllowed(length) && Uninterrupted([=] { return ftruncate(descriptor, length); }) == 0 &&
+    return LengthIsAllowed(length) && SetLength(descriptor, 0) && SetLength(descriptor, length) &&
            Reserve(descriptor, length) && WriteTrailer(descriptor, size);
 }
 
@@ -101,9 +102,9 @@ bool PathNames(const char* path, int descriptor) {
 }  // namespace
 
 int MakeScratchFile(const char* path, std::int64_t size, std::int64_t pageSize) {
-    const int descriptor = OpenEmptyFile(path);
+    const int descriptor = OpenClaimedFile(path);
     if (descriptor < 0) return -1;
-    if (GrowFile(descriptor, size, pageSize)) return descriptor;
+    if (FillFile(descriptor, size, pageSize)) return descriptor;
     DeleteScratchFile(descriptor, path);
     return -1;
 }
@@ -111,7 +112,7 @@ int MakeScratchFile(const char* path, std::int64_t size, std::int64_t pageSize) 
 void DeleteScratchFile(int descriptor, const char* path) {
     const bool named = PathNames(path, descriptor);
     // Others may still hold the file open; its blocks go now.
-    [[maybe_unused]] const int truncated = Uninterrupted([=] { return ftruncate(descriptor, 0); });
+    SetLength(descriptor, 0);
     close(descriptor);
     if (named) unlink(path);
 }
