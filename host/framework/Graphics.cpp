@@ -23,7 +23,10 @@ PictureStorage& Target(sdk::Object* graphics) {
     return *storage;
 }
 
-RgbColor Color(sdk::Object* graphics) { return ForeColorOf(PictureOf(graphics)); }
+RgbColor& Color(sdk::Object* graphics) {
+    Target(graphics);
+    return ForeColorOf(PictureOf(graphics));
+}
 
 void Destroy(sdk::Object* graphics) { Release(PictureOf(graphics)); }
 
@@ -32,15 +35,9 @@ void Destroy(sdk::Object* graphics) { Release(PictureOf(graphics)); }
 std::int32_t Width(sdk::Object* graphics) { return Target(graphics).width; }
 std::int32_t Height(sdk::Object* graphics) { return Target(graphics).height; }
 
-sdk::Color ForeColor(sdk::Object* graphics) {
-    Target(graphics);
-    return static_cast<sdk::Color>(Color(graphics));
-}
+sdk::Color ForeColor(sdk::Object* graphics) { return static_cast<sdk::Color>(Color(graphics)); }
 
-void SetForeColor(sdk::Object* graphics, sdk::Color color) {
-    Target(graphics);
-    ForeColorOf(PictureOf(graphics)) = static_cast<RgbColor>(color) & kWhite;
-}
+void SetForeColor(sdk::Object* graphics, sdk::Color color) { Color(graphics) = static_cast<RgbColor>(color) & kWhite; }
 
 // --- Shapes ---------------------------------------------------------------------------------
 

@@ -85,9 +85,11 @@ std::uint8_t* ForeignAddress(const MemoryBlockData& data, std::int64_t offset) {
                                            static_cast<std::uintptr_t>(offset));
 }
 
-// Whether the bytes lie in an owned block, or could lie in a foreign one.
+// Whether the bytes lie in an owned block, or could lie in a foreign one: before the last address.
 bool InRange(const MemoryBlockData& data, std::int64_t offset, std::int64_t length) {
-    return offset >= 0 && length >= 0 && (IsForeign(data) || offset + length <= data.size);
+    if (offset < 0 || length < 0) return false;
+    if (!IsForeign(data)) return offset + length <= data.size;
+    return static_cast<std::uintptr_t>(offset + length) <= UINTPTR_MAX - reinterpret_cast<std::uintptr_t>(data.bytes);
 }
 
 void Load(sdk::Object* block, std::int64_t offset, void* result, std::int64_t length) {
@@ -154,9 +156,15 @@ void SetBoolean(sdk::Object* block, std::int32_t offset, bool value) {
 
 // --- Strings --------------------------------------------------------------------------------
 
+// Finds out whether a range ends where there is something, before memory is taken for it.
+void Probe(sdk::Object* block, std::int64_t offset, std::int64_t length) {
+    std::uint8_t last;
+    if (!InRange(Data(block), offset, length)) FailRange(Data(block), offset, length);
+    if (length > 0) Load(block, offset + length - 1, &last, 1);
+}
+
 sdk::String* StringValue(sdk::Object* block, std::int32_t offset, std::int32_t length) {
-    const MemoryBlockData& data = Data(block);
-    if (!InRange(data, offset, length)) FailRange(data, offset, length);
+    Probe(block, offset, length);
     std::string bytes(static_cast<std::size_t>(length), '\0');
     Load(block, offset, bytes.data(), length);
     return GiveString(bytes, sdk::Encoding::None);
@@ -164,8 +172,7 @@ sdk::String* StringValue(sdk::Object* block, std::int32_t offset, std::int32_t l
 
 // Exactly `length` bytes are written: a longer string is cut, a shorter one filled up with zeros.
 void SetStringValue(sdk::Object* block, std::int32_t offset, std::int32_t length, sdk::String* value) {
-    const MemoryBlockData& data = Data(block);
-    if (!InRange(data, offset, length)) FailRange(data, offset, length);
+    Probe(block, offset, length);
     std::string bytes(Bytes(value).substr(0, static_cast<std::size_t>(length)));
     bytes.resize(static_cast<std::size_t>(length));
     Store(block, offset, bytes.data(), length);
@@ -199,6 +206,7 @@ sdk::Object* Part(sdk::Object* block, std::int64_t offset, std::int64_t length) 
     std::int64_t from = std::max<std::int64_t>(offset, 0), to = offset + length;
     if (!IsForeign(data)) to = std::min(to, data.size);
     const std::int64_t count = std::max<std::int64_t>(to - from, 0);
+    if (count > 0) Probe(block, from, count);
     Ref<Object> part = NewMemoryBlock(count);
     if (!part) throw std::bad_alloc();
     if (count > 0) Load(block, from, Data(part.get()).bytes, count);

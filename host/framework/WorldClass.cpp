@@ -7,6 +7,8 @@ namespace host {
 
 namespace {
 
+static_assert(kObjectHeadSize == sdk::kGWorldTQXDataOffset, "plug-ins look for the world elsewhere");
+
 sdk::ClassDefinition definition{.name = "GWorldTQX", .instanceDataSize = sizeof(sdk::GWorldTQXData)};
 
 // Null in an instance that nobody gave a world.
