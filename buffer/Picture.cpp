@@ -5,7 +5,7 @@
 
 #include "buffer/ImageFormat.h"
 #include "buffer/MappedStorage.h"
-#include "buffer/PixelStorage.h"
+#include "platform/PixelMemory.h"
 #include "plugin/HostServices.h"
 
 namespace tqx {
@@ -16,7 +16,7 @@ constexpr std::int64_t kRowAlignment = 64;
 constexpr std::int64_t kSizeLimit = std::int64_t{1} << 31;
 
 void ReleaseStorage(PixelBuffer& buffer) {
-    if (buffer.ownsMemory) FreePixels(buffer.data);
+    if (buffer.ownsMemory) platform::FreePixels(buffer.data);
     ReleaseMapping(buffer);
     buffer.data = nullptr;
     buffer.ownsMemory = false;
@@ -64,7 +64,7 @@ void ConstructMemoryPicture(sdk::Object* self, std::int32_t width, std::int32_t 
     const std::int64_t rowSize = (used + kRowAlignment - 1) / kRowAlignment * kRowAlignment;
     if (rowSize >= kSizeLimit || rowSize * height >= kSizeLimit) return;
     const std::int64_t size = rowSize * height;
-    buffer.data = AllocatePixels(size);
+    buffer.data = platform::AllocatePixels(size);
     if (!buffer.data) return;
     buffer.RowSize = static_cast<std::int32_t>(rowSize);
     buffer.windowRows = buffer.storageRows = height;
@@ -118,7 +118,7 @@ sdk::Object* Clone(sdk::Object* self) {
     OwnedObject clone(NewPictureInstance());
     if (!clone) return nullptr;
     const std::int64_t size = std::int64_t{source.RowSize} * source.Height;
-    std::uint8_t* const copy = AllocatePixels(size);
+    std::uint8_t* const copy = platform::AllocatePixels(size);
     if (!copy) return nullptr;
     // From the storage's base, also for a clip, whose rows may then lie past the copy: intended.
     std::memcpy(copy, source.data, static_cast<std::size_t>(size));

@@ -7,7 +7,7 @@
 #include "buffer/FormatConversion.h"
 #include "buffer/ImageFormat.h"
 #include "buffer/PixelBuffer.h"
-#include "buffer/PixelStorage.h"
+#include "platform/PixelMemory.h"
 #include "plugin/HostServices.h"
 
 namespace tqx {
@@ -30,10 +30,10 @@ struct ByteView {
 // Pixel memory of a call, freed at its end.
 class Scratch {
   public:
-    explicit Scratch(std::int64_t size) : bytes_(AllocatePixels(size)) {}
+    explicit Scratch(std::int64_t size) : bytes_(platform::AllocatePixels(size)) {}
     Scratch(const Scratch&) = delete;
     Scratch& operator=(const Scratch&) = delete;
-    ~Scratch() { FreePixels(bytes_); }
+    ~Scratch() { platform::FreePixels(bytes_); }
     std::uint8_t* Bytes() const { return bytes_; }
 
   private:

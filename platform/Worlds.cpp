@@ -2,6 +2,8 @@
 
 #include <cstdlib>
 
+#include "platform/PixelMemory.h"
+
 namespace platform {
 
 namespace {
@@ -25,11 +27,10 @@ sdk::GWorld* NewGWorld(std::int32_t depth, std::int32_t width, std::int32_t heig
     const std::int64_t rowBytes = (used + kRowAlignment - 1) / kRowAlignment * kRowAlignment;
     if (rowBytes > INT32_MAX) return nullptr;
     auto* world = static_cast<sdk::GWorld*>(std::calloc(1, sizeof(sdk::GWorld)));
-    auto* pixels =
-        static_cast<std::uint8_t*>(std::calloc(static_cast<std::size_t>(height), static_cast<std::size_t>(rowBytes)));
+    std::uint8_t* const pixels = AllocatePixels(rowBytes * height);
     if (!world || !pixels) {
         std::free(world);
-        std::free(pixels);
+        FreePixels(pixels);
         return nullptr;
     }
     world->pixMap = {pixels, static_cast<std::int32_t>(rowBytes), depth, 0, colors};
@@ -40,7 +41,7 @@ sdk::GWorld* NewGWorld(std::int32_t depth, std::int32_t width, std::int32_t heig
 
 void DisposeGWorld(sdk::GWorld* world) {
     if (!world) return;
-    std::free(world->pixMap.baseAddress);
+    FreePixels(world->pixMap.baseAddress);
     std::free(world);
 }
 
@@ -49,7 +50,7 @@ PixMap* GetGWorldPixMap(sdk::GWorld* world) { return world ? &world->pixMap : nu
 PixMap* GetPortPixMap(sdk::GWorld* world) { return GetGWorldPixMap(world); }
 
 bool LockPixels(PixMap* pixMap) {
-    if (!pixMap || !pixMap->baseAddress) return false;
+    if (!pixMap || pixMap->purged) return false;
     ++pixMap->lockCount;
     return true;
 }

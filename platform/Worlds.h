@@ -3,6 +3,11 @@
 //
 // A world of depth 32 keeps four bytes a pixel: unused (or alpha), red, green, blue. Depth 24
 // keeps three, red, green, blue; depth 8 one index into its colour table. Row 0 is the top row.
+// Rows are padded to multiples of 16 bytes, so a narrow world of depth 24 may have room for four
+// bytes a pixel.
+//
+// The pixels of a world are reached between LockPixels and UnlockPixels. Nothing moves them here,
+// yet a world whose owner gave them up (`purged`) says so by refusing the lock.
 #pragma once
 
 #include <cstddef>
@@ -24,6 +29,7 @@ struct PixMap {
     std::int32_t depth;         // bits a pixel: 32, 24 or 8
     std::int32_t lockCount;     // LockPixels less UnlockPixels
     const ColorTable* colors;   // of depth 8; or null
+    bool purged = false;        // the pixels are lost: LockPixels refuses
 };
 
 // A new world of zero bytes. Null when the depth is not 32, 24 or 8, a side is below 1, a row
@@ -38,8 +44,8 @@ void DisposeGWorld(sdk::GWorld* world);
 PixMap* GetGWorldPixMap(sdk::GWorld* world);
 PixMap* GetPortPixMap(sdk::GWorld* world);
 
-// Counts one more user of the pixels' address; false when the pixels are gone. Each true
-// LockPixels wants one UnlockPixels.
+// Counts one more user of the pixels' address; false when the pixels are lost. Each true
+// LockPixels wants one UnlockPixels. The address may still be null: ask GetPixBaseAddr.
 bool LockPixels(PixMap* pixMap);
 void UnlockPixels(PixMap* pixMap);
 

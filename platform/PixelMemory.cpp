@@ -1,11 +1,11 @@
-#include "buffer/PixelStorage.h"
+#include "platform/PixelMemory.h"
 
 #include <sys/mman.h>
 
 #include <cstdlib>
 #include <cstring>
 
-namespace tqx {
+namespace platform {
 
 namespace {
 
@@ -50,4 +50,4 @@ void FreePixels(std::uint8_t* pixels) {
     std::free(block);
 }
 
-}  // namespace tqx
+}  // namespace platform

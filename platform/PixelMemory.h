@@ -1,9 +1,9 @@
-// Blocks of pixel memory.
+// Blocks of pixel memory, for pictures and off-screen worlds alike.
 #pragma once
 
 #include <cstdint>
 
-namespace tqx {
+namespace platform {
 
 // A block of `size` zero bytes (0 is allowed), at a multiple of 64; null when memory is short or
 // size is below 0. Large blocks ask for large pages.
@@ -12,4 +12,4 @@ std::uint8_t* AllocatePixels(std::int64_t size);
 // Frees a block from AllocatePixels; null is ignored.
 void FreePixels(std::uint8_t* pixels);
 
-}  // namespace tqx
+}  // namespace platform

@@ -1,0 +1,153 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <limits>
+#include <memory>
+
+#include "platform/PixelMemory.h"
+#include "platform/Worlds.h"
+#include "tests/support/Interpose.h"
+
+namespace platform {
+
+namespace {
+
+struct Disposer {
+    void operator()(sdk::GWorld* world) const { DisposeGWorld(world); }
+};
+using World = std::unique_ptr<sdk::GWorld, Disposer>;
+
+World Make(int depth, int width, int height, const ColorTable* colors = nullptr) {
+    return World(NewGWorld(depth, width, height, colors));
+}
+
+int RowBytes(int depth, int width) { return GetPixRowBytes(GetGWorldPixMap(Make(depth, width, 1).get())); }
+
+TEST(Worlds, HaveTheirDepthAndSize) {
+    for (const int depth : {8, 24, 32}) {
+        const World world = Make(depth, 5, 3);
+        ASSERT_TRUE(world);
+        EXPECT_EQ(world->width, 5);
+        EXPECT_EQ(world->height, 3);
+        EXPECT_EQ(GetPixDepth(GetGWorldPixMap(world.get())), depth);
+    }
+}
+
+TEST(Worlds, AreRefusedForOtherDepths) {
+    for (const int depth : {-32, 0, 1, 4, 16, 31, 33, 64}) EXPECT_FALSE(Make(depth, 4, 4)) << depth;
+}
+
+TEST(Worlds, AreRefusedWithoutPixels) {
+    EXPECT_FALSE(Make(32, 0, 4));
+    EXPECT_FALSE(Make(32, 4, 0));
+    EXPECT_FALSE(Make(32, -4, 4));
+    EXPECT_FALSE(Make(32, 4, std::numeric_limits<int>::min()));
+}
+
+TEST(Worlds, AreRefusedWhenARowIsTooLong) {
+    EXPECT_FALSE(Make(32, std::numeric_limits<int>::max(), 1));
+    EXPECT_FALSE(Make(32, 1 << 29, 1));
+    EXPECT_FALSE(Make(8, std::numeric_limits<int>::max(), 1));  // the padding reaches 2^31
+}
+
+TEST(Worlds, AreRefusedWhenMemoryIsShort) {
+    EXPECT_FALSE(Make(8, (1 << 30), std::numeric_limits<int>::max()));
+    const support::FailingAllocations failing(1 << 20);
+    EXPECT_FALSE(Make(32, 1024, 1024));
+    EXPECT_EQ(failing.failed(), 1);
+    EXPECT_TRUE(Make(32, 8, 8));
+}
+
+TEST(Worlds, PadRowsToSixteenBytes) {
+    EXPECT_EQ(RowBytes(32, 1), 16);
+    EXPECT_EQ(RowBytes(32, 4), 16);
+    EXPECT_EQ(RowBytes(32, 5), 32);
+    EXPECT_EQ(RowBytes(24, 4), 16);
+    EXPECT_EQ(RowBytes(24, 5), 16);
+    EXPECT_EQ(RowBytes(24, 6), 32);
+    EXPECT_EQ(RowBytes(8, 16), 16);
+    EXPECT_EQ(RowBytes(8, 17), 32);
+}
+
+TEST(Worlds, BeginWithZeroBytesOnACacheLine) {
+    const World world = Make(32, 7, 5);
+    const PixMap* pixMap = GetGWorldPixMap(world.get());
+    const std::uint8_t* base = GetPixBaseAddr(pixMap);
+    ASSERT_NE(base, nullptr);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(base) % 64, 0U);
+    EXPECT_TRUE(std::all_of(base, base + GetPixRowBytes(pixMap) * 5, [](std::uint8_t byte) { return byte == 0; }));
+}
+
+TEST(Worlds, CountLocks) {
+    const World world = Make(32, 2, 2);
+    PixMap* const pixMap = GetGWorldPixMap(world.get());
+    EXPECT_EQ(pixMap->lockCount, 0);
+    EXPECT_TRUE(LockPixels(pixMap));
+    EXPECT_TRUE(LockPixels(pixMap));
+    EXPECT_EQ(pixMap->lockCount, 2);
+    UnlockPixels(pixMap);
+    UnlockPixels(pixMap);
+    EXPECT_EQ(pixMap->lockCount, 0);
+}
+
+TEST(Worlds, RefuseTheLockOfLostPixels) {
+    const World world = Make(32, 2, 2);
+    PixMap* const pixMap = GetGWorldPixMap(world.get());
+    pixMap->purged = true;
+    EXPECT_FALSE(LockPixels(pixMap));
+    EXPECT_EQ(pixMap->lockCount, 0);
+}
+
+TEST(Worlds, HaveOnePixelMapForBothWaysOfAsking) {
+    const World world = Make(24, 2, 2);
+    EXPECT_NE(GetGWorldPixMap(world.get()), nullptr);
+    EXPECT_EQ(GetGWorldPixMap(world.get()), GetPortPixMap(world.get()));
+}
+
+TEST(Worlds, TakeNullForNothing) {
+    DisposeGWorld(nullptr);
+    UnlockPixels(nullptr);
+    EXPECT_EQ(GetGWorldPixMap(nullptr), nullptr);
+    EXPECT_EQ(GetPortPixMap(nullptr), nullptr);
+    EXPECT_FALSE(LockPixels(nullptr));
+    EXPECT_EQ(GetPixDepth(nullptr), 0);
+    EXPECT_EQ(GetPixRowBytes(nullptr), 0);
+    EXPECT_EQ(GetPixBaseAddr(nullptr), nullptr);
+}
+
+TEST(ColorTables, HaveARampOfGraysUnderForty) {
+    const ColorTable* const ramp = GetCTable(40);
+    ASSERT_NE(ramp, nullptr);
+    EXPECT_EQ(ramp->colors[0], 0x000000U);
+    EXPECT_EQ(ramp->colors[200], 0xC8C8C8U);
+    EXPECT_EQ(ramp->colors[255], 0xFFFFFFU);
+    const World world = Make(8, 1, 1, ramp);
+    EXPECT_EQ(GetGWorldPixMap(world.get())->colors, ramp);
+    EXPECT_EQ(GetCTable(8), nullptr);
+}
+
+TEST(PixelMemory, BeginsWithZeroBytesOnACacheLine) {
+    for (const std::int64_t size : {std::int64_t{1}, std::int64_t{63}, std::int64_t{64}, std::int64_t{5} << 20}) {
+        std::uint8_t* const pixels = AllocatePixels(size);
+        ASSERT_NE(pixels, nullptr);
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(pixels) % 64, 0U);
+        EXPECT_TRUE(std::all_of(pixels, pixels + size, [](std::uint8_t byte) { return byte == 0; }));
+        FreePixels(pixels);
+    }
+}
+
+TEST(PixelMemory, OfNoBytesIsABlock) {
+    std::uint8_t* const pixels = AllocatePixels(0);
+    EXPECT_NE(pixels, nullptr);
+    FreePixels(pixels);
+    FreePixels(nullptr);
+}
+
+TEST(PixelMemory, IsRefusedWhenNegativeOrTooLarge) {
+    EXPECT_EQ(AllocatePixels(-1), nullptr);
+    EXPECT_EQ(AllocatePixels(std::numeric_limits<std::int64_t>::max()), nullptr);
+}
+
+}  // namespace
+
+}  // namespace platform
