@@ -21,6 +21,12 @@
 #define REAL_CALLOC __libc_calloc
 #endif
 
+#if defined(TQX_SANITIZE)
+// Memory that can't be had is null, as it is without the sanitizers, and not the end of the program.
+extern "C" const char* __asan_default_options();
+extern "C" const char* __asan_default_options() { return "allocator_may_return_null=1"; }
+#endif
+
 extern "C" {
 void* REAL_MALLOC(std::size_t size);
 void* REAL_CALLOC(std::size_t count, std::size_t size);
