@@ -65,6 +65,23 @@ Ref<Object> NewObject(const Class& type) {
     return Ref<Object>::Adopt(object);
 }
 
+namespace {
+
+// An object whose last reference goes may take others with it, and these more. Beyond this depth
+// they wait for their turn, so that a long chain does not exhaust the stack.
+constexpr int kDeepestRelease = 64;
+int releaseDepth = 0;
+std::vector<Object*> waiting;  // without references
+
+void Destroy(Object* object) {
+    if (!object->destroyed) RunDestructors(object);
+    if (object->references > 0) return;
+    Unlink(object);
+    FreeGuarded(object);
+}
+
+}  // namespace
+
 void Retain(Object* object) {
     if (object) ++object->references;
 }
@@ -76,10 +93,15 @@ void Release(Object* object) {
         return;
     }
     if (--object->references > 0) return;
-    if (!object->destroyed) RunDestructors(object);
-    if (object->references > 0) return;
-    Unlink(object);
-    FreeGuarded(object);
+    if (releaseDepth == kDeepestRelease) return waiting.push_back(object);
+    ++releaseDepth;
+    Destroy(object);
+    while (releaseDepth == kDeepestRelease && !waiting.empty()) {
+        Object* next = waiting.back();
+        waiting.pop_back();
+        Destroy(next);
+    }
+    --releaseDepth;
 }
 
 bool IsA(const Object* object, const Class& type) { return object && object->type->InheritsFrom(type); }

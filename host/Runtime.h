@@ -109,6 +109,7 @@ class Runtime {
 
     void AddConversion(Conversion conversion);
     const Conversion* FindConversion(const Value& value, const Type& type) const;
+    std::span<const Conversion> Conversions() const { return conversions_; }
 
   private:
     Runtime() = default;

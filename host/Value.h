@@ -65,6 +65,13 @@ class Value {
     Array* array() const { return kind_ == Kind::Array ? array_ : nullptr; }
     Object* object() const { return kind_ == Kind::Object ? object_ : nullptr; }
 
+    // The eight bytes by themselves, for code that knows the kind: an interpreter's registers keep
+    // theirs for life. A double's are read by real().
+    std::int64_t& bits() { return integer_; }
+    std::int64_t bits() const { return integer_; }
+    double& real() { return real_; }
+    double real() const { return real_; }
+
     // A string's bytes, good while the string lives.
     std::string_view text() const { return Bytes(string()); }
 
