@@ -1,0 +1,196 @@
+#include <algorithm>
+
+#include "script/CheckerState.h"
+
+namespace script {
+
+void Checker::CheckArguments(std::vector<ExpressionPtr>& arguments) {
+    for (ExpressionPtr& argument : arguments) CheckValue(argument);
+}
+
+// Every method of a name, the script's own before those of the host's class below it.
+std::vector<Candidate> Checker::MethodCandidates(const ClassSymbol& type, std::string_view name, bool shared) {
+    std::vector<Candidate> candidates;
+    for (RoutineSymbol* routine : symbols_.FindRoutines(type, name)) {
+        if (routine->shared != shared || routine->event || !MayReach(routine->owner, routine->isPrivate)) continue;
+        candidates.push_back({&routine->signature, routine, nullptr});
+    }
+    const bool constructors = host::SameName(name, "Constructor");
+    if (constructors && !candidates.empty()) return candidates;
+    for (const NativeMethod* native : shared ? symbols_.SharedMethods(type, name) : symbols_.Methods(type, name)) {
+        const bool overridden = std::any_of(candidates.begin(), candidates.end(), [&](const Candidate& nearer) {
+            return SameParameters(*nearer.signature, native->signature);
+        });
+        if (!overridden) candidates.push_back({&native->signature, nullptr, native});
+    }
+    return candidates;
+}
+
+int Checker::ArgumentCost(const ParameterSymbol& parameter, const Expression& argument) const {
+    if (!parameter.byRef) return ConversionCost(argument, parameter.type);
+    return argument.type == parameter.type || IsWrong(argument.type) ? 0 : -1;
+}
+
+// The sum of the arguments' costs and, as the lesser weight, how many defaults it takes; -1 when
+// the arguments don't fit.
+int Checker::CallCost(const Signature& signature, const std::vector<ExpressionPtr>& arguments) const {
+    constexpr int kWeight = 64;
+    int cost = 0;
+    std::size_t next = 0;
+    int defaults = 0;
+    for (const ParameterSymbol& parameter : signature.parameters) {
+        if (parameter.paramArray) {
+            const bool whole = next + 1 == arguments.size() && arguments[next]->type == parameter.type;
+            ParameterSymbol element;
+            element.type = whole ? parameter.type : ElementOf(parameter.type);
+            for (; next < arguments.size(); ++next) {
+                const int step = ArgumentCost(element, *arguments[next]);
+                if (step < 0) return -1;
+                cost += step + 1;
+            }
+            ++defaults;
+        } else if (next < arguments.size()) {
+            const int step = ArgumentCost(parameter, *arguments[next++]);
+            if (step < 0) return -1;
+            cost += step;
+        } else if (parameter.optional) {
+            ++defaults;
+        } else {
+            return -1;
+        }
+    }
+    return next == arguments.size() ? cost * kWeight + defaults : -1;
+}
+
+// Why a call does not fit the one signature there is.
+std::string Checker::MismatchText(const Signature& signature, const std::vector<ExpressionPtr>& arguments) const {
+    const auto required =
+        static_cast<std::size_t>(std::count_if(signature.parameters.begin(), signature.parameters.end(),
+                                               [](const ParameterSymbol& p) { return !p.optional && !p.paramArray; }));
+    const std::size_t most = signature.parameters.size();
+    const std::string tail = "\n    " + TextOf(signature);
+    if (arguments.size() < required || arguments.size() > most) {
+        std::string wanted = std::to_string(required);
+        if (most != required) wanted += " to " + std::to_string(most);
+        return signature.name + " takes " + wanted + (most == 1 ? " argument, not " : " arguments, not ") +
+               std::to_string(arguments.size()) + ":" + tail;
+    }
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const ParameterSymbol& parameter = signature.parameters[i];
+        if (ArgumentCost(parameter, *arguments[i]) >= 0) continue;
+        const std::string wanted = (parameter.byRef ? "a variable of type " : "") + NameOf(parameter.type);
+        return "argument " + std::to_string(i + 1) + " of " + signature.name + " is " + NameOf(arguments[i]->type) +
+               ", but " + wanted + " is wanted:" + tail;
+    }
+    return signature.name + " does not take these arguments:" + tail;
+}
+
+void Checker::ReportNoCandidate(const std::vector<Candidate>& candidates, const std::vector<ExpressionPtr>& arguments,
+                                bool wantsValue, Position at) {
+    if (candidates.size() == 1 && CallCost(*candidates[0].signature, arguments) < 0)
+        return diagnostics_.Add(at, MismatchText(*candidates[0].signature, arguments));
+    if (candidates.size() == 1) return diagnostics_.Add(at, candidates[0].signature->name + " gives no value");
+    std::string types;
+    for (const ExpressionPtr& argument : arguments) types += (types.empty() ? "" : ", ") + NameOf(argument->type);
+    std::string message = "no " + candidates[0].signature->name + " takes (" + types + ")" +
+                          (wantsValue ? " and gives a value" : "") + "; there are:";
+    for (const Candidate& candidate : candidates) message += "\n    " + TextOf(*candidate.signature);
+    diagnostics_.Add(at, std::move(message));
+}
+
+// The candidate of the least cost; null after telling why there is none. Where a value is wanted
+// only those count that give one.
+const Candidate* Checker::Choose(const std::vector<Candidate>& candidates, std::vector<ExpressionPtr>& arguments,
+                                 bool wantsValue, Position at) {
+    for (const ExpressionPtr& argument : arguments)
+        if (IsWrong(argument->type)) return nullptr;
+    std::vector<const Candidate*> best;
+    int bestCost = -1;
+    for (const Candidate& candidate : candidates) {
+        if (wantsValue && candidate.signature->result == kNoType) continue;
+        const int cost = CallCost(*candidate.signature, arguments);
+        if (cost < 0 || (bestCost >= 0 && cost > bestCost)) continue;
+        if (cost != bestCost) best.clear();
+        bestCost = cost;
+        best.push_back(&candidate);
+    }
+    if (best.size() == 1) return best[0];
+    if (best.empty()) {
+        ReportNoCandidate(candidates, arguments, wantsValue, at);
+        return nullptr;
+    }
+    std::string message = "this call could mean any of these; a cast of an argument decides:";
+    for (const Candidate* candidate : best) message += "\n    " + TextOf(*candidate->signature);
+    diagnostics_.Add(at, std::move(message));
+    return nullptr;
+}
+
+// A ByRef argument must be something that can be assigned to.
+void Checker::FitByRef(const ParameterSymbol& parameter, ExpressionPtr& argument) {
+    switch (argument->node) {
+        case Node::Local:
+        case Node::Global:
+        case Node::Field:
+        case Node::Element:
+            return;
+        default:
+            Wrong(*argument, parameter.name + " is a ByRef parameter: it takes a variable, not a value");
+    }
+}
+
+// One argument for each parameter: converted, defaults filled in, the rest gathered in an array.
+std::vector<ExpressionPtr> Checker::FitArguments(const Signature& signature, std::vector<ExpressionPtr>& arguments) {
+    std::vector<ExpressionPtr> fitted;
+    std::size_t next = 0;
+    for (const ParameterSymbol& parameter : signature.parameters) {
+        if (parameter.paramArray && !(next + 1 == arguments.size() && arguments[next]->type == parameter.type)) {
+            ExpressionPtr rest = MakeExpression(Node::MakeArray, parameter.type, {});
+            for (; next < arguments.size(); ++next) {
+                Convert(arguments[next], ElementOf(parameter.type), "an argument");
+                rest->operands.push_back(std::move(arguments[next]));
+            }
+            fitted.push_back(std::move(rest));
+        } else if (next < arguments.size()) {
+            ExpressionPtr& argument = arguments[next++];
+            if (parameter.byRef)
+                FitByRef(parameter, argument);
+            else
+                Convert(argument, parameter.type, "the argument " + parameter.name);
+            fitted.push_back(std::move(argument));
+        } else if (parameter.defaultValue) {
+            fitted.push_back(CloneLiteral(*parameter.defaultValue, {}));
+            ForceConvert(fitted.back(), parameter.type);
+        } else {
+            fitted.push_back(MakeExpression(Node::Nothing, parameter.type, {}));  // the type's own default
+        }
+    }
+    return fitted;
+}
+
+bool Checker::ResolveCall(ExpressionPtr& expression, const std::vector<Candidate>& candidates, ExpressionPtr receiver,
+                          std::vector<ExpressionPtr>& arguments, bool wantsValue) {
+    const Candidate* chosen = Choose(candidates, arguments, wantsValue, expression->at);
+    if (!chosen) {
+        Wrong(*expression, {});
+        return false;
+    }
+    auto call = MakeExpression(chosen->routine ? Node::CallRoutine : Node::CallNative, chosen->signature->result,
+                               expression->at);
+    call->routine = chosen->routine;
+    call->native = chosen->native;
+    call->depth = expression->depth;
+    if (receiver) {
+        call->direct = receiver->node == Node::Super;
+        if (call->direct) {
+            receiver->node = Node::Self;
+            receiver->type = {Base::Object, false, context_.owner};
+        }
+        call->operands.push_back(std::move(receiver));
+    }
+    for (ExpressionPtr& argument : FitArguments(*chosen->signature, arguments))
+        call->operands.push_back(std::move(argument));
+    expression = std::move(call);
+    return true;
+}
+
+}  // namespace script

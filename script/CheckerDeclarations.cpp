@@ -1,0 +1,274 @@
+#include <algorithm>
+
+#include "host/Runtime.h"
+#include "script/Checker.h"
+#include "script/CheckerState.h"
+
+namespace script {
+
+namespace {
+
+// Names that the program can't give to a routine or class of its own without confusion.
+bool IsTypeName(std::string_view name) { return SimpleTypeNamed(name) != kNoType; }
+
+}  // namespace
+
+void Checker::DeclareClasses() {
+    for (ClassDeclaration& declaration : program_.classes) {
+        if (IsTypeName(declaration.name) || symbols_.FindClass(declaration.name)) {
+            diagnostics_.Add(declaration.at, "there is a class " + declaration.name + " already; choose another name");
+            continue;
+        }
+        ClassSymbol* symbol = symbols_.AddClass(declaration.name);
+        symbol->declaration = &declaration;
+        symbols_.scriptClasses.push_back(symbol);
+    }
+}
+
+void Checker::ResolveBases() {
+    for (ClassSymbol* symbol : symbols_.scriptClasses) {
+        const ClassDeclaration& declaration = *symbol->declaration;
+        if (declaration.base.empty()) continue;
+        ClassSymbol* base = symbols_.FindClass(declaration.base);
+        if (!base) {
+            diagnostics_.Add(declaration.baseAt, "there is no class " + declaration.base + " to inherit");
+        } else if (Inherits(base, symbol)) {
+            diagnostics_.Add(declaration.baseAt, declaration.name + " can't inherit itself");
+        } else {
+            symbol->base = base;
+        }
+    }
+}
+
+void Checker::OrderClasses() {
+    const auto depth = [this](const ClassSymbol* symbol) { return Distance(symbol, symbols_.object); };
+    std::stable_sort(symbols_.scriptClasses.begin(), symbols_.scriptClasses.end(),
+                     [&](const ClassSymbol* a, const ClassSymbol* b) { return depth(a) < depth(b); });
+}
+
+void Checker::DeclareField(ClassSymbol& symbol, FieldDeclaration& declaration) {
+    Declarator& declarator = declaration.declarator;
+    FieldSymbol* field = symbols_.AddField();
+    field->name = declarator.name;
+    field->owner = &symbol;
+    field->isPrivate = declaration.isPrivate;
+    field->declaration = &declaration;
+    field->type = declaration.constant && declarator.type.name.empty() ? kWrongType : ResolveType(declarator.type);
+    if (declaration.constant || declaration.shared) {
+        field->shared = symbols_.AddVariable(declarator.name, field->type,
+                                             declaration.constant ? Storage::Constant : Storage::Global, declarator.at);
+    } else {
+        field->slot = static_cast<std::int32_t>(std::count_if(symbol.ownFields.begin(), symbol.ownFields.end(),
+                                                              [](const FieldSymbol* other) { return !other->shared; }));
+    }
+    const auto [at, added] = symbol.fields.emplace(host::LowerName(field->name), field);
+    if (!added) diagnostics_.Add(declarator.at, symbol.name + " has a " + field->name + " already");
+    symbol.ownFields.push_back(field);
+}
+
+void Checker::DeclareMembers(ClassSymbol& symbol) {
+    for (FieldDeclaration& field : symbol.declaration->fields) DeclareField(symbol, field);
+    for (RoutineDeclaration& declaration : symbol.declaration->routines) {
+        RoutineSymbol* routine = DeclareRoutine(declaration, &symbol);
+        auto& overloads = symbol.routines[host::LowerName(declaration.name)];
+        for (const RoutineSymbol* other : overloads)
+            if (SameParameters(other->signature, routine->signature))
+                diagnostics_.Add(declaration.at,
+                                 symbol.name + " has a " + declaration.name + " with these parameters already");
+        overloads.push_back(routine);
+    }
+}
+
+void Checker::DeclareParameters(RoutineSymbol& routine) {
+    bool optional = false;
+    for (Parameter& parameter : routine.declaration->parameters) {
+        ParameterSymbol& symbol = routine.signature.parameters.emplace_back();
+        symbol.name = parameter.name;
+        symbol.type = ResolveType(parameter.type);
+        symbol.byRef = parameter.byRef;
+        symbol.optional = parameter.optional;
+        symbol.paramArray = parameter.paramArray;
+        if (parameter.paramArray && !IsWrong(symbol.type) && !symbol.type.array) symbol.type.array = true;
+        if (optional && !parameter.optional && !parameter.paramArray)
+            diagnostics_.Add(parameter.at, "a parameter after an optional one is optional too");
+        optional |= parameter.optional;
+        if (!parameter.defaultValue) continue;
+        CheckValue(parameter.defaultValue);
+        Convert(parameter.defaultValue, symbol.type, "the default of " + parameter.name);
+        if (IsLiteral(*parameter.defaultValue)) {
+            symbol.defaultValue = CloneLiteral(*parameter.defaultValue, parameter.at);
+        } else if (!IsWrong(parameter.defaultValue->type)) {
+            diagnostics_.Add(parameter.defaultValue->at, "a default is made of literals and constants");
+        }
+    }
+}
+
+RoutineSymbol* Checker::DeclareRoutine(RoutineDeclaration& declaration, ClassSymbol* owner) {
+    RoutineSymbol* routine = symbols_.AddRoutine();
+    routine->declaration = &declaration;
+    routine->owner = owner;
+    routine->shared = declaration.shared;
+    routine->isPrivate = declaration.isPrivate;
+    routine->signature.name = declaration.name;
+    if (!declaration.result.name.empty()) routine->signature.result = ResolveType(declaration.result);
+    DeclareParameters(*routine);
+    const bool special =
+        owner && (host::SameName(declaration.name, "Constructor") || host::SameName(declaration.name, "Destructor"));
+    if (special && (routine->shared || routine->signature.result != kNoType))
+        diagnostics_.Add(declaration.at, declaration.name + " is a Sub of an object");
+    if (special && host::SameName(declaration.name, "Destructor") && !routine->signature.parameters.empty())
+        diagnostics_.Add(declaration.at, "a Destructor takes no parameters");
+    return routine;
+}
+
+// A method that overrides another gives what that one gives.
+void Checker::CheckOverride(const RoutineSymbol& routine) {
+    if (!routine.owner || routine.shared || routine.event || !routine.owner->base) return;
+    for (const Candidate& inherited : MethodCandidates(*routine.owner->base, routine.signature.name, false)) {
+        if (!SameParameters(*inherited.signature, routine.signature)) continue;
+        if (host::SameName(routine.signature.name, "Constructor")) continue;
+        if (inherited.signature->result == routine.signature.result) continue;
+        diagnostics_.Add(routine.declaration->at, routine.signature.name + " overrides one that gives " +
+                                                      NameOf(inherited.signature->result) + ":\n    " +
+                                                      TextOf(*inherited.signature));
+    }
+}
+
+void Checker::CheckEvent(RoutineSymbol& routine) {
+    if (routine.declaration->kind != RoutineKind::Event) return;
+    const host::Event* event = nullptr;
+    for (const ClassSymbol* type = routine.owner->base; type && !event; type = type->base)
+        if (type->native && !type->declaration) event = type->native->FindEvent(routine.signature.name);
+    const Position at = routine.declaration->at;
+    if (!event) {
+        return diagnostics_.Add(at, routine.owner->name + " inherits no event " + routine.signature.name);
+    }
+    Signature wanted;
+    wanted.name = event->declaration.name;
+    wanted.result = symbols_.FromHost(event->declaration.result);
+    for (const host::Parameter& parameter : event->declaration.parameters) {
+        ParameterSymbol& symbol = wanted.parameters.emplace_back();
+        symbol.name = parameter.name;
+        symbol.type = symbols_.FromHost(parameter.type);
+    }
+    if (!SameParameters(wanted, routine.signature) || wanted.result != routine.signature.result)
+        return diagnostics_.Add(at, "the event is declared as " + TextOf(wanted) + "; the handler must be the same");
+    routine.event = event;
+}
+
+// Variables of the program's own level exist for its routines too, so they are known first.
+void Checker::DeclareGlobals(Block& block) {
+    for (StatementPtr& statement : block) {
+        if (statement->action != Action::Dim && statement->action != Action::Const) continue;
+        for (Declarator& declarator : statement->declarators) {
+            const bool constant = statement->action == Action::Const;
+            auto& known = globals_[host::LowerName(declarator.name)];
+            if (known) continue;  // told when the second is met
+            if (constant) {
+                known = symbols_.AddVariable(declarator.name, kWrongType, Storage::Constant, declarator.at);
+                CheckConst(declarator);
+            } else {
+                known =
+                    symbols_.AddVariable(declarator.name, ResolveType(declarator.type), Storage::Global, declarator.at);
+            }
+        }
+    }
+}
+
+void Checker::CheckField(FieldSymbol& field) {
+    Declarator& declarator = field.declaration->declarator;
+    if (field.declaration->constant) {
+        CheckValue(declarator.value);
+        if (!declarator.type.name.empty()) Convert(declarator.value, field.type, "the constant");
+        if (IsLiteral(*declarator.value)) {
+            field.type = field.shared->type = declarator.value->type;
+            field.shared->value = CloneLiteral(*declarator.value, declarator.at);
+        } else if (!IsWrong(declarator.value->type)) {
+            diagnostics_.Add(declarator.value->at, "a constant's value is made of literals and other constants");
+        }
+        return;
+    }
+    if (declarator.size) {
+        CheckValue(declarator.size);
+        Convert(declarator.size, kIntegerType, "the highest index");
+    }
+    if (declarator.isNew) {
+        declarator.value = MakeExpression(Node::New, kNoType, declarator.type.at);
+        declarator.value->typeName = declarator.type;
+        declarator.value->operands = std::move(declarator.arguments);
+    }
+    if (!declarator.value) return;
+    CheckValue(declarator.value);
+    Convert(declarator.value, field.type, "the value of " + field.name);
+}
+
+void Checker::CheckRoutine(RoutineSymbol& routine) {
+    context_ = {};
+    context_.routine = &routine;
+    context_.owner = routine.owner;
+    context_.hasSelf = routine.HasReceiver();
+    context_.scopes.emplace_back();
+    for (std::size_t i = 0; i < routine.signature.parameters.size(); ++i) {
+        const ParameterSymbol& parameter = routine.signature.parameters[i];
+        routine.parameterVariables.push_back(Declare(parameter.name, parameter.type,
+                                                     parameter.byRef ? Storage::ByRef : Storage::Local,
+                                                     routine.declaration->parameters[i].at));
+    }
+    for (StatementPtr& statement : routine.declaration->body) CheckStatement(*statement);
+    context_ = {};
+}
+
+void Checker::CheckClassBodies(ClassSymbol& symbol) {
+    for (FieldSymbol* field : symbol.ownFields) {
+        if (field->declaration->constant) continue;
+        context_ = {};
+        context_.owner = &symbol;
+        context_.hasSelf = !field->declaration->shared;
+        context_.scopes.emplace_back();
+        CheckField(*field);
+    }
+    context_ = {};
+}
+
+void Checker::CheckMainProgram() {
+    context_ = {};
+    context_.scopes.emplace_back();
+    for (StatementPtr& statement : program_.body) CheckStatement(*statement);
+}
+
+void Checker::Run() {
+    DeclareClasses();
+    ResolveBases();
+    OrderClasses();
+    context_.scopes.emplace_back();
+    DeclareGlobals(program_.body);
+    context_ = {};
+    for (ClassSymbol* symbol : symbols_.scriptClasses) {
+        context_.owner = symbol;
+        DeclareMembers(*symbol);
+        for (FieldSymbol* field : symbol->ownFields)
+            if (field->declaration->constant) CheckField(*field);
+    }
+    context_ = {};
+    for (RoutineDeclaration& declaration : program_.routines) {
+        RoutineSymbol* routine = DeclareRoutine(declaration, nullptr);
+        if (IsTypeName(declaration.name))
+            diagnostics_.Add(declaration.at, declaration.name + " is a type; choose another name");
+        auto& overloads = symbols_.routines[host::LowerName(declaration.name)];
+        for (const RoutineSymbol* other : overloads)
+            if (SameParameters(other->signature, routine->signature))
+                diagnostics_.Add(declaration.at, "there is a " + declaration.name + " with these parameters already");
+        overloads.push_back(routine);
+    }
+    for (RoutineSymbol& routine : symbols_.AllRoutines()) CheckEvent(routine);
+    for (RoutineSymbol& routine : symbols_.AllRoutines()) CheckOverride(routine);
+    CheckMainProgram();
+    for (ClassSymbol* symbol : symbols_.scriptClasses) CheckClassBodies(*symbol);
+    for (RoutineSymbol& routine : symbols_.AllRoutines()) CheckRoutine(routine);
+}
+
+void Check(Program& program, Symbols& symbols, Diagnostics& diagnostics) {
+    Checker(program, symbols, diagnostics).Run();
+}
+
+}  // namespace script

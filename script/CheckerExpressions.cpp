@@ -1,0 +1,318 @@
+#include <limits>
+
+#include "script/CheckerState.h"
+#include "script/Literal.h"
+
+namespace script {
+
+namespace {
+
+std::string_view WordOf(Operator op) {
+    switch (op) {
+        case Operator::Add:
+            return "+";
+        case Operator::Subtract:
+            return "-";
+        case Operator::Multiply:
+            return "*";
+        case Operator::Divide:
+            return "/";
+        case Operator::IntegerDivide:
+            return "\\";
+        case Operator::Modulo:
+            return "Mod";
+        case Operator::Power:
+            return "^";
+        case Operator::Equal:
+            return "=";
+        case Operator::NotEqual:
+            return "<>";
+        case Operator::Less:
+            return "<";
+        case Operator::LessOrEqual:
+            return "<=";
+        case Operator::Greater:
+            return ">";
+        case Operator::GreaterOrEqual:
+            return ">=";
+        case Operator::Is:
+            return "Is";
+        case Operator::And:
+            return "And";
+        case Operator::Or:
+            return "Or";
+        case Operator::Xor:
+            return "Xor";
+        case Operator::Not:
+            return "Not";
+        default:
+            return "-";
+    }
+}
+
+bool IsEquality(Operator op) { return op == Operator::Equal || op == Operator::NotEqual; }
+
+bool IsReference(Type type) { return type.array || type.base == Base::Object || type.base == Base::Nil; }
+
+}  // namespace
+
+void Checker::Wrong(Expression& expression, std::string message) {
+    if (!message.empty()) diagnostics_.Add(expression.at, std::move(message));
+    expression.node = Node::Nothing;
+    expression.type = kWrongType;
+    expression.operands.clear();
+}
+
+void Checker::CheckValue(ExpressionPtr& expression) {
+    CheckExpression(expression);
+    if (expression->type == kNoType) Wrong(*expression, "a value is wanted here, but this gives none");
+}
+
+void Checker::CheckExpression(ExpressionPtr& expression, bool wantsValue) {
+    switch (expression->node) {
+        case Node::IntegerLiteral:
+        case Node::RealLiteral:
+        case Node::StringLiteral:
+        case Node::ColorLiteral:
+        case Node::BooleanLiteral:
+        case Node::NilLiteral:
+            return CheckLiteral(*expression);
+        case Node::Name:
+            return CheckName(expression, {}, false, wantsValue);
+        case Node::Member:
+            return CheckMember(expression, {}, false, wantsValue);
+        case Node::Apply:
+            return CheckApply(expression, wantsValue);
+        case Node::New:
+            return CheckNew(expression);
+        case Node::Unary:
+            return CheckUnary(expression);
+        case Node::Binary:
+            return CheckBinary(expression);
+        case Node::IsA:
+            return CheckIsA(*expression);
+        case Node::Self:
+            return CheckSelf(*expression);
+        case Node::Super:
+            return Wrong(*expression, "Super is followed by a dot and a member's name");
+        default:
+            return;  // resolved already
+    }
+}
+
+void Checker::CheckLiteral(Expression& expression) {
+    if (expression.type != kNoType) return;  // met before
+    switch (expression.node) {
+        case Node::IntegerLiteral: {
+            const auto bits = static_cast<std::uint64_t>(expression.integer);
+            const bool narrow = expression.pattern ? bits <= std::numeric_limits<std::uint32_t>::max()
+                                                   : bits <= std::numeric_limits<std::int32_t>::max();
+            expression.type = narrow ? kIntegerType : kInt64Type;
+            return;
+        }
+        case Node::RealLiteral:
+            expression.type = kDoubleType;
+            return;
+        case Node::StringLiteral:
+            expression.type = kStringType;
+            return;
+        case Node::ColorLiteral:
+            expression.type = kColorType;
+            return;
+        case Node::BooleanLiteral:
+            expression.type = kBooleanType;
+            return;
+        default:
+            expression.type = kNilType;
+            return;
+    }
+}
+
+void Checker::CheckSelf(Expression& expression) {
+    if (!context_.hasSelf) return Wrong(expression, "there is no Self here; it exists in the methods of a class");
+    expression.type = {Base::Object, false, context_.owner};
+}
+
+void Checker::CheckUnary(ExpressionPtr& expression) {
+    ExpressionPtr& operand = expression->operands[0];
+    CheckValue(operand);
+    const Type type = operand->type;
+    if (IsWrong(type)) return Wrong(*expression, {});
+    const bool negates = expression->op == Operator::Negate;
+    if (IsVariant(type)) ForceConvert(operand, negates ? kDoubleType : kBooleanType);
+    const bool fits = negates ? IsNumeric(operand->type) : operand->type == kBooleanType || IsIntegral(operand->type);
+    if (!fits) {
+        return Wrong(*expression, std::string(WordOf(expression->op)) + " can't be applied to " + NameOf(type) +
+                                      (negates ? "; it takes a number" : "; it takes a Boolean or a whole number"));
+    }
+    // The negative of a byte is no byte.
+    if (negates && operand->type.base == Base::UInt8) ForceConvert(operand, kIntegerType);
+    if (negates && operand->type.base == Base::UInt32) ForceConvert(operand, kInt64Type);
+    if (operand->type.base == Base::Single) ForceConvert(operand, kDoubleType);
+    expression->node = negates ? Node::Negate : Node::Complement;
+    expression->type = operand->type;
+    Fold(expression);
+}
+
+void Checker::CheckBinary(ExpressionPtr& expression) {
+    CheckValue(expression->operands[0]);
+    CheckValue(expression->operands[1]);
+    if (IsWrong(expression->operands[0]->type) || IsWrong(expression->operands[1]->type)) {
+        expression->node = Node::Nothing;
+        expression->type = kWrongType;
+        return;
+    }
+    switch (expression->op) {
+        case Operator::And:
+        case Operator::Or:
+        case Operator::Xor:
+            return CheckLogic(expression);
+        case Operator::Is:
+            return CheckIdentity(expression);
+        case Operator::Equal:
+        case Operator::NotEqual:
+        case Operator::Less:
+        case Operator::LessOrEqual:
+        case Operator::Greater:
+        case Operator::GreaterOrEqual:
+            return CheckComparison(expression);
+        default:
+            return CheckArithmetic(expression);
+    }
+}
+
+void Checker::MakeVariantOperation(Expression& expression, bool comparison) {
+    for (ExpressionPtr& operand : expression.operands) ForceConvert(operand, kVariantType);
+    expression.node = Node::Intrinsic;
+    expression.intrinsic = comparison ? IntrinsicKind::VariantCompare : IntrinsicKind::VariantOperation;
+    expression.type = comparison ? kBooleanType : kVariantType;
+}
+
+void Checker::CheckArithmetic(ExpressionPtr& expression) {
+    ExpressionPtr& left = expression->operands[0];
+    ExpressionPtr& right = expression->operands[1];
+    if (IsVariant(left->type) || IsVariant(right->type)) return MakeVariantOperation(*expression, false);
+    const auto textual = [&](const Expression& e) {
+        return IsString(e.type) || (IsObject(e.type) && ConversionCost(e, kStringType) >= 0);
+    };
+    if (expression->op == Operator::Add && textual(*left) && textual(*right)) {
+        ForceConvert(left, kStringType);
+        ForceConvert(right, kStringType);
+        expression->node = Node::Intrinsic;
+        expression->intrinsic = IntrinsicKind::Concatenate;
+        expression->type = kStringType;
+        return Fold(expression);
+    }
+    if (!IsNumeric(left->type) || !IsNumeric(right->type)) {
+        std::string message =
+            std::string(WordOf(expression->op)) + " can't join " + NameOf(left->type) + " and " + NameOf(right->type);
+        const bool oneText = IsString(left->type) != IsString(right->type);
+        if (expression->op == Operator::Add && oneText) message += "; Str makes a text of a number";
+        return Wrong(*expression, std::move(message));
+    }
+    Type type = CommonType(left->type, right->type);
+    // A plain number beside an unsigned one is taken as unsigned.
+    const auto plain = [](const Expression& e) { return e.node == Node::IntegerLiteral && LiteralInteger(e) >= 0; };
+    if (type == kInt64Type && ((left->type.base == Base::UInt32 && right->type == kIntegerType && plain(*right)) ||
+                               (right->type.base == Base::UInt32 && left->type == kIntegerType && plain(*left))))
+        type = {Base::UInt32};
+    if (expression->op == Operator::Divide || expression->op == Operator::Power) type = kDoubleType;
+    const bool whole = expression->op == Operator::IntegerDivide || expression->op == Operator::Modulo;
+    if (whole && type == kDoubleType) type = kInt64Type;
+    ForceConvert(left, type);
+    ForceConvert(right, type);
+    expression->node = Node::Arithmetic;
+    expression->type = type;
+    Fold(expression);
+}
+
+void Checker::CheckIdentity(ExpressionPtr& expression) {
+    for (ExpressionPtr& operand : expression->operands) {
+        if (!IsReference(operand->type) && !IsVariant(operand->type)) {
+            return Wrong(*expression, "Is compares objects, but " + NameOf(operand->type) + " is none; use =");
+        }
+    }
+    expression->op = Operator::Equal;
+    CheckComparison(expression);
+}
+
+void Checker::CheckComparison(ExpressionPtr& expression) {
+    ExpressionPtr& left = expression->operands[0];
+    ExpressionPtr& right = expression->operands[1];
+    if (IsVariant(left->type) || IsVariant(right->type)) return MakeVariantOperation(*expression, true);
+    const Type a = left->type;
+    const Type b = right->type;
+    if (IsNumeric(a) && IsNumeric(b)) {
+        const Type common = IsReal(a) || IsReal(b) ? kDoubleType : CommonType(a, b);
+        ForceConvert(left, common);
+        ForceConvert(right, common);
+    } else if ((IsString(a) && ConversionCost(*right, kStringType) >= 0) ||
+               (IsString(b) && ConversionCost(*left, kStringType) >= 0)) {
+        ForceConvert(left, kStringType);
+        ForceConvert(right, kStringType);
+    } else if (!(IsEquality(expression->op) && ((IsReference(a) && IsReference(b)) || a == b))) {
+        return Wrong(*expression,
+                     NameOf(a) + " and " + NameOf(b) + " can't be compared by " + std::string(WordOf(expression->op)));
+    }
+    expression->node = Node::Comparison;
+    expression->type = kBooleanType;
+}
+
+void Checker::CheckLogic(ExpressionPtr& expression) {
+    for (ExpressionPtr& operand : expression->operands)
+        if (IsVariant(operand->type)) ForceConvert(operand, kBooleanType);
+    const Type a = expression->operands[0]->type;
+    const Type b = expression->operands[1]->type;
+    if (a == kBooleanType && b == kBooleanType) {
+        expression->node = expression->op == Operator::Xor ? Node::Arithmetic : Node::Logic;
+        expression->type = kBooleanType;
+        return;
+    }
+    if (!IsIntegral(a) || !IsIntegral(b)) {
+        return Wrong(*expression, std::string(WordOf(expression->op)) + " can't join " + NameOf(a) + " and " +
+                                      NameOf(b) + "; it takes two Booleans or two whole numbers");
+    }
+    Type type = CommonType(a, b);
+    if (a.base == Base::UInt32 || b.base == Base::UInt32)
+        if (a.base != Base::Int64 && b.base != Base::Int64) type = {Base::UInt32};
+    ForceConvert(expression->operands[0], type);
+    ForceConvert(expression->operands[1], type);
+    expression->node = Node::Arithmetic;
+    expression->type = type;
+    Fold(expression);
+}
+
+void Checker::CheckIsA(Expression& expression) {
+    CheckValue(expression.operands[0]);
+    const Type type = ResolveType(expression.typeName);
+    const Type operand = expression.operands[0]->type;
+    if (IsWrong(type) || IsWrong(operand)) return Wrong(expression, {});
+    if (!IsObject(type)) return Wrong(expression, "IsA is followed by a class; " + NameOf(type) + " is none");
+    if (!IsObject(operand) && !IsVariant(operand) && operand != kNilType)
+        return Wrong(expression, "IsA asks an object for its class, but this is " + NameOf(operand));
+    ForceConvert(expression.operands[0], operand == kNilType ? kVariantType : operand);
+    expression.type = kBooleanType;
+}
+
+void Checker::CheckNew(ExpressionPtr& expression) {
+    const Type type = ResolveType(expression->typeName);
+    std::vector<ExpressionPtr> arguments = std::move(expression->operands);
+    expression->operands.clear();
+    CheckArguments(arguments);
+    if (IsWrong(type)) return Wrong(*expression, {});
+    if (!IsObject(type)) return Wrong(*expression, "New makes objects of classes; " + NameOf(type) + " is none");
+    expression->type = type;
+    expression->node = Node::NewObject;
+    const std::vector<Candidate> constructors = MethodCandidates(*type.of, "Constructor", false);
+    if (constructors.empty()) {
+        if (!arguments.empty()) Wrong(*expression, type.of->name + " has no Constructor that takes arguments");
+        return;
+    }
+    const Candidate* chosen = Choose(constructors, arguments, false, expression->at);
+    if (!chosen) return Wrong(*expression, {});
+    expression->routine = chosen->routine;
+    expression->native = chosen->native;
+    expression->operands = FitArguments(*chosen->signature, arguments);
+}
+
+}  // namespace script

@@ -1,0 +1,266 @@
+// What the language itself knows by name: members of arrays, texts, colours and variants; Print,
+// Array and Ubound; and assignments to members.
+#include <algorithm>
+
+#include "host/Runtime.h"
+#include "script/CheckerState.h"
+
+namespace script {
+
+namespace {
+
+struct ArrayMember {
+    std::string_view name;
+    ArrayMethodKind kind;
+    std::size_t arguments;
+};
+
+constexpr ArrayMember kArrayMembers[] = {
+    {"Append", ArrayMethodKind::Append, 1}, {"Insert", ArrayMethodKind::Insert, 2},
+    {"Remove", ArrayMethodKind::Remove, 1}, {"Ubound", ArrayMethodKind::Ubound, 0},
+    {"ReDim", ArrayMethodKind::ReDim, 1},   {"Sort", ArrayMethodKind::Sort, 0},
+    {"Pop", ArrayMethodKind::Pop, 0},       {"IndexOf", ArrayMethodKind::IndexOf, 1},
+};
+
+Type ResultOf(ArrayMethodKind kind, Type element) {
+    switch (kind) {
+        case ArrayMethodKind::Ubound:
+        case ArrayMethodKind::IndexOf:
+            return kIntegerType;
+        case ArrayMethodKind::Pop:
+            return element;
+        default:
+            return kNoType;
+    }
+}
+
+}  // namespace
+
+bool Checker::ResolveArrayMember(ExpressionPtr& expression, ExpressionPtr& receiver,
+                                 std::vector<ExpressionPtr>& arguments) {
+    const std::string name = expression->text;
+    const auto* member = std::find_if(std::begin(kArrayMembers), std::end(kArrayMembers),
+                                      [&](const ArrayMember& row) { return host::SameName(row.name, name); });
+    if (member == std::end(kArrayMembers)) return false;
+    const Type element = ElementOf(receiver->type);
+    if (arguments.size() != member->arguments) {
+        Wrong(*expression, std::string(member->name) + " of an array takes " + std::to_string(member->arguments) +
+                               (member->arguments == 1 ? " argument" : " arguments"));
+        return true;
+    }
+    if (member->kind == ArrayMethodKind::Sort && !IsNumeric(element) && !IsString(element)) {
+        Wrong(*expression, "only arrays of numbers and texts can be sorted, not " + NameOf(receiver->type));
+        return true;
+    }
+    const bool takesElement = member->kind == ArrayMethodKind::Append || member->kind == ArrayMethodKind::IndexOf ||
+                              member->kind == ArrayMethodKind::Insert;
+    if (!arguments.empty() && member->kind != ArrayMethodKind::Append && member->kind != ArrayMethodKind::IndexOf)
+        Convert(arguments[0], kIntegerType, "the index");
+    if (takesElement) Convert(arguments.back(), element, "the element");
+    ExpressionPtr call = MakeExpression(Node::ArrayMethod, ResultOf(member->kind, element), expression->at);
+    call->arrayMethod = member->kind;
+    call->depth = expression->depth;
+    call->operands.push_back(std::move(receiver));
+    for (ExpressionPtr& argument : arguments) call->operands.push_back(std::move(argument));
+    expression = std::move(call);
+    return true;
+}
+
+// Members of values that are no objects. A text's are the global functions that take a text
+// first: name.Len is Len(name).
+bool Checker::ResolveValueMember(ExpressionPtr& expression, ExpressionPtr& receiver,
+                                 std::vector<ExpressionPtr>& arguments, bool wantsValue) {
+    const std::string name = expression->text;
+    const Type type = receiver->type;
+    if (type == kColorType && arguments.empty()) {
+        constexpr std::pair<std::string_view, IntrinsicKind> parts[] = {
+            {"Red", IntrinsicKind::RedOf}, {"Green", IntrinsicKind::GreenOf}, {"Blue", IntrinsicKind::BlueOf}};
+        for (const auto& [part, kind] : parts) {
+            if (!host::SameName(part, name)) continue;
+            ExpressionPtr access = MakeExpression(Node::Intrinsic, kIntegerType, expression->at);
+            access->intrinsic = kind;
+            access->depth = expression->depth;
+            access->operands.push_back(std::move(receiver));
+            expression = std::move(access);
+            return true;
+        }
+    }
+    if (IsVariant(type) && arguments.empty()) {
+        const std::pair<std::string_view, Type> views[] = {{"IntegerValue", kIntegerType},
+                                                           {"Int64Value", kInt64Type},
+                                                           {"DoubleValue", kDoubleType},
+                                                           {"StringValue", kStringType},
+                                                           {"BooleanValue", kBooleanType},
+                                                           {"ColorValue", kColorType},
+                                                           {"ObjectValue", {Base::Object, false, symbols_.object}}};
+        for (const auto& [view, target] : views) {
+            if (!host::SameName(view, name)) continue;
+            ForceConvert(receiver, target);
+            expression = std::move(receiver);
+            return true;
+        }
+    }
+    if (!IsString(type)) return false;
+    std::vector<Candidate> candidates;
+    for (const NativeMethod* native : symbols_.Functions(name)) {
+        const auto& parameters = native->signature.parameters;
+        if (!parameters.empty() && IsString(parameters[0].type))
+            candidates.push_back({&native->signature, nullptr, native});
+    }
+    if (candidates.empty()) return false;
+    arguments.insert(arguments.begin(), std::move(receiver));
+    ResolveCall(expression, candidates, nullptr, arguments, wantsValue);
+    return true;
+}
+
+// What both can be: a wider number, a common class, or else a variant.
+Type Checker::JoinedType(Type a, Type b) const {
+    if (a == b || b == kNilType) return a;
+    if (a == kNilType) return b;
+    if (IsNumeric(a) && IsNumeric(b)) return CommonType(a, b);
+    if (IsObject(a) && IsObject(b))
+        for (const ClassSymbol* type = a.of; type; type = type->base)
+            if (Inherits(b.of, type)) return {Base::Object, false, type};
+    return kVariantType;
+}
+
+void Checker::MakeArrayOf(Expression& expression, std::vector<ExpressionPtr> arguments) {
+    if (arguments.empty()) return Wrong(expression, "Array needs at least one element to know its type");
+    Type element = arguments[0]->type;
+    for (const ExpressionPtr& argument : arguments) {
+        if (IsWrong(argument->type)) return Wrong(expression, {});
+        if (argument->type.array) return Wrong(expression, "an array can't hold arrays");
+        element = JoinedType(element, argument->type);
+    }
+    if (element == kNilType) element = kVariantType;
+    for (ExpressionPtr& argument : arguments) Convert(argument, element, "the element");
+    expression.node = Node::MakeArray;
+    expression.type = ArrayOf(element);
+    expression.operands = std::move(arguments);
+}
+
+bool Checker::ResolveIntrinsic(ExpressionPtr& expression, std::vector<ExpressionPtr>& arguments) {
+    const std::string name = expression->text;
+    if (symbols_.routines.contains(host::LowerName(name))) return false;
+    if (host::SameName(name, "Array")) {
+        MakeArrayOf(*expression, std::move(arguments));
+        return true;
+    }
+    if (host::SameName(name, "Ubound") && arguments.size() == 1) {
+        if (IsWrong(arguments[0]->type) || !arguments[0]->type.array) {
+            Wrong(*expression, IsWrong(arguments[0]->type) ? "" : "Ubound is asked of an array");
+            return true;
+        }
+        std::vector<ExpressionPtr> none;
+        return ResolveArrayMember(expression, arguments[0], none);
+    }
+    if (host::SameName(name, "Print")) {
+        if (arguments.size() > 1) {
+            Wrong(*expression, "Print takes one value; texts are joined by +");
+            return true;
+        }
+        for (const ExpressionPtr& argument : arguments)
+            if (IsWrong(argument->type)) return Wrong(*expression, {}), true;
+        expression->node = Node::Intrinsic;
+        expression->intrinsic = IntrinsicKind::Print;
+        expression->type = kNoType;
+        expression->operands = std::move(arguments);
+        return true;
+    }
+    if (host::SameName(name, "Quit")) {
+        if (arguments.size() > 1) return Wrong(*expression, "Quit takes one exit code"), true;
+        for (ExpressionPtr& argument : arguments) Convert(argument, kIntegerType, "the exit code");
+        expression->node = Node::Intrinsic;
+        expression->intrinsic = IntrinsicKind::Quit;
+        expression->type = kNoType;
+        expression->operands = std::move(arguments);
+        return true;
+    }
+    return false;
+}
+
+// --- Assignments to members: "x.Width = 3", "block.Byte(4) = 5"
+
+// Whether the target is a call of an assignable method; it is then one with the value.
+bool Checker::ResolveAssignableCall(Statement& statement) {
+    Expression& target = *statement.expressions[0];
+    Expression& member = target.node == Node::Apply ? *target.operands[0] : target;
+    if (member.node != Node::Member) return false;
+    ExpressionPtr& object = member.operands[0];
+    if (object->node == Node::Super || (object->node == Node::Name && !FindLocal(object->text) &&
+                                        !FindGlobal(object->text) && symbols_.FindClass(object->text)))
+        return false;
+    CheckValue(object);
+    if (!IsObject(object->type)) return false;
+    std::vector<Candidate> candidates;
+    std::deque<Signature> setters;
+    for (const Candidate& candidate : MethodCandidates(*object->type.of, member.text, false)) {
+        if (!candidate.native || !candidate.native->method->assignable()) continue;
+        Signature& setter = setters.emplace_back();
+        setter.name = candidate.signature->name;
+        for (const ParameterSymbol& parameter : candidate.signature->parameters) {
+            ParameterSymbol& copy = setter.parameters.emplace_back();
+            copy.name = parameter.name;
+            copy.type = parameter.type;
+        }
+        ParameterSymbol& assigned = setter.parameters.emplace_back();
+        assigned.name = "value";
+        assigned.type = candidate.signature->result;
+        candidates.push_back({&setter, nullptr, candidate.native});
+    }
+    if (candidates.empty()) return false;
+    std::vector<ExpressionPtr> arguments;
+    for (std::size_t i = 1; target.node == Node::Apply && i < target.operands.size(); ++i)
+        arguments.push_back(std::move(target.operands[i]));
+    CheckArguments(arguments);
+    CheckValue(statement.expressions[1]);
+    arguments.push_back(std::move(statement.expressions[1]));
+    ExpressionPtr receiver = std::move(object);
+    ExpressionPtr call = MakeExpression(Node::Nothing, kNoType, member.at);
+    if (ResolveCall(call, candidates, std::move(receiver), arguments, false)) {
+        call->node = Node::CallSetter;
+        call->type = kNoType;
+    }
+    statement.action = Action::Call;
+    statement.expressions.clear();
+    statement.expressions.push_back(std::move(call));
+    return true;
+}
+
+// The target was resolved to the reading of a property: it becomes the writing.
+bool Checker::ResolvePropertySet(Statement& statement) {
+    Expression& target = *statement.expressions[0];
+    if (target.node != Node::GetProperty) return false;
+    if (!target.property->writable()) {
+        Wrong(target, target.property->name + " can be read but not set");
+        return true;
+    }
+    Convert(statement.expressions[1], target.type, "the value");
+    target.node = Node::SetProperty;
+    target.type = kNoType;
+    target.operands.push_back(std::move(statement.expressions[1]));
+    statement.action = Action::Call;
+    statement.expressions.pop_back();
+    return true;
+}
+
+void Checker::CheckAssign(Statement& statement) {
+    if (ResolveAssignableCall(statement)) return;
+    CheckExpression(statement.expressions[0]);
+    CheckValue(statement.expressions[1]);
+    if (IsWrong(statement.expressions[0]->type) || IsWrong(statement.expressions[1]->type)) return;
+    if (ResolvePropertySet(statement)) return;
+    Expression& target = *statement.expressions[0];
+    switch (target.node) {
+        case Node::Local:
+        case Node::Global:
+        case Node::Field:
+        case Node::Element:
+            return Convert(statement.expressions[1], target.type, "the value");
+        default:
+            Wrong(target, IsLiteral(target) ? "a constant can't be assigned to"
+                                            : "this can't be assigned to; a variable, a property or an element can");
+    }
+}
+
+}  // namespace script

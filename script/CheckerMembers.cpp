@@ -1,0 +1,289 @@
+#include <algorithm>
+
+#include "host/Runtime.h"
+#include "script/CheckerState.h"
+
+namespace script {
+
+Variable* Checker::FindLocal(std::string_view name) {
+    const std::string lower = host::LowerName(name);
+    for (auto scope = context_.scopes.rbegin(); scope != context_.scopes.rend(); ++scope) {
+        const auto found = scope->find(lower);
+        if (found != scope->end()) return found->second;
+    }
+    return nullptr;
+}
+
+Variable* Checker::FindGlobal(std::string_view name) {
+    const auto found = globals_.find(host::LowerName(name));
+    return found == globals_.end() ? nullptr : found->second;
+}
+
+bool Checker::MayReach(const ClassSymbol* owner, bool isPrivate) const {
+    return !isPrivate || (context_.owner && Inherits(context_.owner, owner));
+}
+
+std::string Checker::UnknownName(std::string_view name) {
+    std::vector<std::string> known = host::Runtime::Get().FunctionNames();
+    for (const auto& scope : context_.scopes)
+        for (const auto& [lower, variable] : scope) known.push_back(variable->name);
+    for (const auto& [lower, variable] : globals_) known.push_back(variable->name);
+    for (const auto& [lower, routines] : symbols_.routines) known.push_back(routines[0]->signature.name);
+    for (const ClassSymbol* symbol : symbols_.scriptClasses) known.push_back(symbol->name);
+    for (const std::string intrinsic : {"Print", "Array", "Ubound"}) known.push_back(intrinsic);
+    const std::string nearest = Nearest(name, known);
+    return "nothing here is called " + std::string(name) +
+           (nearest.empty() ? "; a variable is declared with Dim" : "; did you mean " + nearest + "?");
+}
+
+std::string Checker::UnknownMember(const ClassSymbol& type, std::string_view name) {
+    std::vector<std::string> known;
+    for (const ClassSymbol* at = &type; at; at = at->base) {
+        for (const auto& [lower, field] : at->fields) known.push_back(field->name);
+        for (const auto& [lower, routines] : at->routines) known.push_back(routines[0]->signature.name);
+        if (!at->native || at->declaration) continue;
+        for (const auto& method : at->native->methods()) known.push_back(method.declaration.name);
+        for (const auto& method : at->native->sharedMethods()) known.push_back(method.declaration.name);
+        for (const auto& property : at->native->properties()) known.push_back(property.name);
+        for (const auto& constant : at->native->constants()) known.push_back(constant.name);
+    }
+    const std::string nearest = Nearest(name, known);
+    return type.name + " has no member " + std::string(name) +
+           (nearest.empty() ? std::string() : "; did you mean " + nearest + "?");
+}
+
+void Checker::UseVariable(Expression& expression, Variable& variable) {
+    const Position at = expression.at;
+    expression = std::move(*UseOf(variable, at));
+}
+
+// array(index), where what stands before the bracket is resolved.
+void Checker::ApplyIndex(ExpressionPtr& expression, std::vector<ExpressionPtr> arguments) {
+    if (arguments.empty() || IsWrong(expression->type)) return;  // "values()" is the array itself
+    if (!expression->type.array) {
+        return Wrong(*expression, "this is " + NameOf(expression->type) + ", which takes no index");
+    }
+    if (arguments.size() > 1) return Wrong(*expression, "an array takes one index");
+    Convert(arguments[0], kIntegerType, "the index");
+    ExpressionPtr element = MakeExpression(Node::Element, ElementOf(expression->type), expression->at);
+    element->depth = expression->depth + 1;
+    element->operands.push_back(std::move(expression));
+    element->operands.push_back(std::move(arguments[0]));
+    expression = std::move(element);
+}
+
+bool Checker::ResolveField(ExpressionPtr& expression, FieldSymbol& field, ExpressionPtr& receiver) {
+    if (!MayReach(field.owner, field.isPrivate)) {
+        Wrong(*expression, field.name + " is private to " + field.owner->name);
+        return true;
+    }
+    if (field.shared) {
+        UseVariable(*expression, *field.shared);
+        return true;
+    }
+    if (!receiver) {
+        Wrong(*expression, field.name + " belongs to an object of " + field.owner->name + "; there is none here");
+        return true;
+    }
+    ExpressionPtr access = MakeExpression(Node::Field, field.type, expression->at);
+    access->fieldIndex = field.slot;
+    access->owner = field.owner;
+    access->depth = expression->depth;
+    access->operands.push_back(std::move(receiver));
+    expression = std::move(access);
+    return true;
+}
+
+// A member of an object: a field, a property, a constant or a method. False, with nothing
+// reported, when the class has none of this name.
+bool Checker::ResolveObjectMember(ExpressionPtr& expression, const ClassSymbol& type, ExpressionPtr& receiver,
+                                  std::vector<ExpressionPtr>& arguments, bool hasArguments, bool wantsValue) {
+    const std::string name = expression->text;
+    if (FieldSymbol* field = symbols_.FindField(type, name)) {
+        ResolveField(expression, *field, receiver);
+        ApplyIndex(expression, std::move(arguments));
+        return true;
+    }
+    std::vector<Candidate> candidates = MethodCandidates(type, name, false);
+    if (!candidates.empty()) {
+        if (!receiver) return false;
+        // "Arguments(0)": the index of what a method without arguments gives.
+        const bool indexed = hasArguments && arguments.size() == 1 && candidates.size() == 1 &&
+                             candidates[0].signature->parameters.empty() && candidates[0].signature->result.array;
+        std::vector<ExpressionPtr> none;
+        ResolveCall(expression, candidates, std::move(receiver), indexed ? none : arguments, wantsValue);
+        if (indexed) ApplyIndex(expression, std::move(arguments));
+        return true;
+    }
+    if (const host::Property* property = symbols_.FindProperty(type, name);
+        property && (receiver || property->shared)) {
+        ExpressionPtr access = MakeExpression(Node::GetProperty, symbols_.FromHost(property->type), expression->at);
+        access->property = property;
+        access->depth = expression->depth;
+        if (receiver) access->operands.push_back(std::move(receiver));
+        expression = std::move(access);
+        ApplyIndex(expression, std::move(arguments));
+        return true;
+    }
+    return ResolveSharedMember(expression, type, arguments, hasArguments, wantsValue);
+}
+
+bool Checker::ResolveSharedMember(ExpressionPtr& expression, const ClassSymbol& type,
+                                  std::vector<ExpressionPtr>& arguments, bool hasArguments, bool wantsValue) {
+    const std::string name = expression->text;
+    if (FieldSymbol* field = symbols_.FindField(type, name); field && field->shared) {
+        ExpressionPtr none;
+        ResolveField(expression, *field, none);
+        ApplyIndex(expression, std::move(arguments));
+        return true;
+    }
+    for (const ClassSymbol* at = &type; at; at = at->base) {
+        const host::Constant* constant = at->native && !at->declaration ? at->native->FindConstant(name) : nullptr;
+        if (!constant) continue;
+        expression = symbols_.LiteralOf(constant->value, expression->at);
+        if (hasArguments) Wrong(*expression, name + " is a constant and takes no arguments");
+        return true;
+    }
+    const std::vector<Candidate> candidates = MethodCandidates(type, name, true);
+    if (candidates.empty()) return false;
+    const bool indexed = arguments.size() == 1 && candidates.size() == 1 &&
+                         candidates[0].signature->parameters.empty() && candidates[0].signature->result.array;
+    std::vector<ExpressionPtr> none;
+    ResolveCall(expression, candidates, nullptr, indexed ? none : arguments, wantsValue);
+    if (indexed) ApplyIndex(expression, std::move(arguments));
+    return true;
+}
+
+// A bare name inside a class's method may be a member of Self.
+bool Checker::ResolveSelfMember(ExpressionPtr& expression, std::vector<ExpressionPtr>& arguments, bool hasArguments,
+                                bool wantsValue) {
+    if (!context_.owner) return false;
+    const ClassSymbol& owner = *context_.owner;
+    const std::string& name = expression->text;
+    const bool known = symbols_.FindField(owner, name) || !MethodCandidates(owner, name, false).empty() ||
+                       !MethodCandidates(owner, name, true).empty() || symbols_.FindProperty(owner, name);
+    if (!known) {
+        return ResolveSharedMember(expression, owner, arguments, hasArguments, wantsValue);
+    }
+    ExpressionPtr self;
+    if (context_.hasSelf) self = MakeExpression(Node::Self, {Base::Object, false, &owner}, expression->at);
+    if (ResolveObjectMember(expression, owner, self, arguments, hasArguments, wantsValue)) return true;
+    Wrong(*expression, name + " belongs to an object of " + owner.name + "; a shared method has none");
+    return true;
+}
+
+void Checker::CheckName(ExpressionPtr& expression, std::vector<ExpressionPtr> arguments, bool hasArguments,
+                        bool wantsValue) {
+    const std::string name = expression->text;
+    CheckArguments(arguments);
+    if (Variable* variable = FindLocal(name)) {
+        UseVariable(*expression, *variable);
+        return ApplyIndex(expression, std::move(arguments));
+    }
+    if (ResolveSelfMember(expression, arguments, hasArguments, wantsValue)) return;
+    if (Variable* variable = FindGlobal(name)) {
+        UseVariable(*expression, *variable);
+        return ApplyIndex(expression, std::move(arguments));
+    }
+    if (ResolveIntrinsic(expression, arguments)) return;
+    std::vector<Candidate> candidates;
+    const auto own = symbols_.routines.find(host::LowerName(name));
+    if (own != symbols_.routines.end())
+        for (RoutineSymbol* routine : own->second) candidates.push_back({&routine->signature, routine, nullptr});
+    if (candidates.empty())
+        for (const NativeMethod* native : symbols_.Functions(name))
+            candidates.push_back({&native->signature, nullptr, native});
+    if (!candidates.empty()) {
+        ResolveCall(expression, candidates, nullptr, arguments, wantsValue);
+        return;
+    }
+    if (const Type simple = SimpleTypeNamed(name); simple != kNoType) return MakeCast(expression, simple, arguments);
+    if (ClassSymbol* symbol = symbols_.FindClass(name))
+        return MakeCast(expression, {Base::Object, false, symbol}, arguments);
+    Wrong(*expression, UnknownName(name));
+}
+
+void Checker::MakeCast(ExpressionPtr& expression, Type type, std::vector<ExpressionPtr>& arguments) {
+    if (arguments.size() != 1) return Wrong(*expression, "a cast takes one value: " + NameOf(type) + "(x)");
+    ExpressionPtr& operand = arguments[0];
+    const bool downwards = IsObject(operand->type) && IsObject(type) && Inherits(type.of, operand->type.of);
+    if (!downwards) {
+        Convert(operand, type, "what is cast");
+        if (operand->type == type || IsWrong(operand->type)) {
+            expression = std::move(operand);
+            return;
+        }
+    }
+    ExpressionPtr cast = MakeExpression(Node::Convert, type, expression->at);
+    cast->depth = expression->depth;
+    cast->operands.push_back(std::move(operand));
+    expression = std::move(cast);
+}
+
+void Checker::CheckMember(ExpressionPtr& expression, std::vector<ExpressionPtr> arguments, bool hasArguments,
+                          bool wantsValue) {
+    ExpressionPtr& object = expression->operands[0];
+    const std::string name = expression->text;
+    if (object->node == Node::Super) {
+        CheckArguments(arguments);
+        if (!context_.hasSelf || !context_.owner->base)
+            return Wrong(*expression, "Super exists in the methods of a class that inherits another");
+        ExpressionPtr receiver = std::move(object);
+        if (!ResolveObjectMember(expression, *context_.owner->base, receiver, arguments, hasArguments, wantsValue))
+            Wrong(*expression, UnknownMember(*context_.owner->base, name));
+        return;
+    }
+    if (object->node == Node::Name && !FindLocal(object->text) && !FindGlobal(object->text) &&
+        !(context_.owner && symbols_.FindField(*context_.owner, object->text))) {
+        const bool isFunction = !symbols_.Functions(object->text).empty();
+        const bool isRoutine = symbols_.routines.contains(host::LowerName(object->text));
+        ClassSymbol* symbol = isRoutine || isFunction ? nullptr : symbols_.FindClass(object->text);
+        const bool isProperty = symbol && context_.owner && symbols_.FindProperty(*context_.owner, object->text);
+        if (symbol && !isProperty) {
+            CheckArguments(arguments);
+            if (ResolveSharedMember(expression, *symbol, arguments, hasArguments, wantsValue)) return;
+            const bool needsObject = symbols_.FindField(*symbol, name) || symbols_.FindProperty(*symbol, name) ||
+                                     !MethodCandidates(*symbol, name, false).empty();
+            return Wrong(*expression,
+                         needsObject ? name + " belongs to an object of " + symbol->name + "; the class itself has none"
+                                     : UnknownMember(*symbol, name));
+        }
+    }
+    CheckValue(object);
+    CheckArguments(arguments);
+    if (IsWrong(object->type)) return Wrong(*expression, {});
+    ExpressionPtr receiver = std::move(object);
+    const Type type = receiver->type;
+    if (type.array) {
+        if (ResolveArrayMember(expression, receiver, arguments)) return;
+    } else if (IsObject(type)) {
+        const bool found = ResolveObjectMember(expression, *type.of, receiver, arguments, hasArguments, wantsValue);
+        if (!found) Wrong(*expression, UnknownMember(*type.of, name));
+        return;
+    } else if (ResolveValueMember(expression, receiver, arguments, wantsValue)) {
+        return;
+    }
+    if (expression->node != Node::Nothing) Wrong(*expression, NameOf(type) + " has no member " + name);
+}
+
+void Checker::CheckApply(ExpressionPtr& expression, bool wantsValue) {
+    ExpressionPtr callee = std::move(expression->operands[0]);
+    std::vector<ExpressionPtr> arguments;
+    for (std::size_t i = 1; i < expression->operands.size(); ++i)
+        arguments.push_back(std::move(expression->operands[i]));
+    const int depth = expression->depth;
+    const bool bracketedName = callee->bracketed && callee->node != Node::Apply;
+    if (callee->node == Node::Name && !bracketedName) {
+        CheckName(callee, std::move(arguments), true, wantsValue);
+    } else if (callee->node == Node::Member && !bracketedName) {
+        CheckMember(callee, std::move(arguments), true, wantsValue);
+    } else {
+        CheckValue(callee);
+        CheckArguments(arguments);
+        ApplyIndex(callee, std::move(arguments));
+    }
+    callee->depth = std::max(callee->depth, depth);
+    expression = std::move(callee);
+}
+
+}  // namespace script

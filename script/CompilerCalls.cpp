@@ -1,0 +1,219 @@
+#include <algorithm>
+
+#include "script/CompilerState.h"
+
+namespace script {
+
+// Whether some subclass has its own form of the method, so that the receiver's class decides.
+bool FunctionCompiler::IsOverridden(const RoutineSymbol& routine) const {
+    if (!routine.HasReceiver()) return false;
+    const std::string lower = host::LowerName(routine.signature.name);
+    return std::any_of(symbols_.scriptClasses.begin(), symbols_.scriptClasses.end(), [&](const ClassSymbol* symbol) {
+        if (symbol == routine.owner || !Inherits(symbol, routine.owner)) return false;
+        const auto found = symbol->routines.find(lower);
+        if (found == symbol->routines.end()) return false;
+        return std::any_of(found->second.begin(), found->second.end(), [&](const RoutineSymbol* other) {
+            return SameParameters(other->signature, routine.signature);
+        });
+    });
+}
+
+// The address of a variable. A field or an element is copied to a register for the time of the
+// call and written back after it.
+Operand FunctionCompiler::CompileByRef(Expression& argument, std::vector<WriteBack>& writeBacks) {
+    const Operand address = Temporary(kInt64Type);
+    if (argument.node == Node::Local && argument.variable->storage == Storage::ByRef) {
+        Emit(Op::MoveBits, address.index, argument.variable->index);
+    } else if (argument.node == Node::Local || (argument.node == Node::Global && isMain_)) {
+        Emit(Op::RefLocal, address.index, argument.variable->index);
+    } else if (argument.node == Node::Global) {
+        EmitNumber(Op::RefGlobal, address.index, argument.variable->index);
+    } else {
+        WriteBack& back = writeBacks.emplace_back();
+        back.target = &argument;
+        back.object = Temporary(argument.operands[0]->type);
+        CompileTo(*argument.operands[0], back.object.index);
+        const bool element = argument.node == Node::Element;
+        back.value = Temporary(argument.type);
+        const bool reference = HoldsReference(argument.type);
+        if (element) {
+            back.index = Temporary(kIntegerType);
+            CompileTo(*argument.operands[1], back.index.index);
+            Emit(reference ? Op::LoadElement : Op::LoadElementBits, back.value.index, back.object.index,
+                 back.index.index);
+        } else {
+            const auto offset = static_cast<std::size_t>(argument.owner->made->dataOffset()) / sizeof(host::Value);
+            Emit(reference ? Op::LoadField : Op::LoadFieldBits, back.value.index, back.object.index,
+                 static_cast<std::uint16_t>(offset + static_cast<std::size_t>(argument.fieldIndex)));
+        }
+        Emit(Op::RefLocal, address.index, back.value.index);
+    }
+    return address;
+}
+
+// Arguments in order. `first` is the operand of the signature's first parameter; those before it
+// are the receiver.
+void FunctionCompiler::CompileArguments(CallSite& site, Expression& expression, std::size_t first,
+                                        const Signature* signature, std::vector<Operand>& temporaries,
+                                        std::vector<WriteBack>& writeBacks) {
+    for (std::size_t i = 0; i < expression.operands.size(); ++i) {
+        const bool byRef = signature && i >= first && i - first < signature->parameters.size() &&
+                           signature->parameters[i - first].byRef;
+        const Operand operand = byRef ? CompileByRef(*expression.operands[i], writeBacks) : CompileKept(expression, i);
+        temporaries.push_back(operand);
+        site.arguments.push_back(operand.index);
+    }
+}
+
+void FunctionCompiler::EmitCall(CallSite site, Expression& expression, std::uint16_t target,
+                                std::vector<Operand>& temporaries, std::vector<WriteBack>& writeBacks) {
+    Op op = Op::CallNative;
+    if (site.routine) op = !expression.direct && IsOverridden(*site.routine) ? Op::CallVirtual : Op::Call;
+    if (expression.node == Node::CallSetter) op = Op::CallSetter;
+    function_.sites.push_back(std::move(site));
+    EmitNumber(op, target, function_.sites.size() - 1);
+    for (const WriteBack& back : writeBacks) {
+        StoreElementOrField(*back.target, back.object, back.index, back.value);
+        Free(back.value);
+        Free(back.index);
+        Free(back.object);
+    }
+    for (const Operand& temporary : temporaries) Free(temporary);
+}
+
+void FunctionCompiler::CompileCall(Expression& expression, std::uint16_t target) {
+    const Position at = at_;
+    CallSite site;
+    const Signature* signature = nullptr;
+    std::size_t first = 0;
+    if (expression.routine) {
+        site.routine = expression.routine;
+        signature = &expression.routine->signature;
+        site.hasReceiver = expression.routine->HasReceiver();
+    } else {
+        site.native = expression.native->method;
+        site.hasReceiver = expression.native->method->owner && !expression.native->method->shared;
+    }
+    first = site.hasReceiver ? 1 : 0;
+    std::vector<Operand> temporaries;
+    std::vector<WriteBack> writeBacks;
+    CompileArguments(site, expression, first, signature, temporaries, writeBacks);
+    at_ = at;
+    EmitCall(std::move(site), expression, target, temporaries, writeBacks);
+}
+
+// A new object gets the first values of its fields, class by class from the base, and then its
+// constructor runs. The variable that is to have it gets it last.
+void FunctionCompiler::CompileNew(Expression& expression, std::uint16_t target) {
+    const Position at = at_;
+    const Operand object = Temporary(expression.type);
+    EmitNumber(Op::NewObject, object.index, TypeIndex(expression.type));
+    std::vector<const ClassSymbol*> chain;
+    for (const ClassSymbol* type = expression.type.of; type; type = type->base) chain.push_back(type);
+    for (auto type = chain.rbegin(); type != chain.rend(); ++type) {
+        if (!(*type)->initializer) continue;
+        CallSite site;
+        site.seenCode = (*type)->initializer;
+        site.arguments.push_back(object.index);
+        function_.sites.push_back(std::move(site));
+        EmitNumber(Op::Call, kNoRegister, function_.sites.size() - 1);
+    }
+    if (expression.routine || expression.native) {
+        CallSite site;
+        site.hasReceiver = true;
+        site.arguments.push_back(object.index);
+        const Signature* signature = nullptr;
+        if (expression.routine) {
+            site.routine = expression.routine;
+            signature = &expression.routine->signature;
+        } else {
+            site.native = expression.native->method;
+        }
+        std::vector<Operand> temporaries;
+        std::vector<WriteBack> writeBacks;
+        CompileArguments(site, expression, 0, signature, temporaries, writeBacks);
+        at_ = at;
+        expression.direct = true;
+        EmitCall(std::move(site), expression, kNoRegister, temporaries, writeBacks);
+    }
+    Emit(Op::Move, target, object.index);
+    Free(object);
+}
+
+std::uint16_t FunctionCompiler::PropertyIndex(const host::Property* property) {
+    auto& known = function_.properties;
+    const auto found = std::find(known.begin(), known.end(), property);
+    if (found != known.end()) return static_cast<std::uint16_t>(found - known.begin());
+    if (known.size() >= kMostRegisters) throw FunctionTooLarge();
+    known.push_back(property);
+    return static_cast<std::uint16_t>(known.size() - 1);
+}
+
+void FunctionCompiler::CompileProperty(Expression& expression, std::uint16_t target) {
+    const Position at = at_;
+    const std::uint16_t property = PropertyIndex(expression.property);
+    const bool sets = expression.node == Node::SetProperty;
+    const bool hasObject = expression.operands.size() == (sets ? 2u : 1u);
+    Operand object{kNoRegister, false};
+    if (hasObject) object = CompileKept(expression, 0);
+    if (sets) {
+        const Operand value = Compile(*expression.operands.back());
+        at_ = at;
+        Emit(Op::SetProperty, object.index, value.index, property);
+        Free(value);
+    } else {
+        at_ = at;
+        Emit(Op::GetProperty, target, object.index, property);
+    }
+    if (hasObject) Free(object);
+}
+
+// --- Assignments
+
+void FunctionCompiler::StoreVariable(const Expression& target, Operand value) {
+    const Variable& variable = *target.variable;
+    const bool reference = HoldsReference(variable.type);
+    if (variable.storage == Storage::ByRef) {
+        Emit(Op::StoreRef, variable.index, value.index);
+    } else if (variable.storage == Storage::Local || isMain_) {
+        Emit(reference ? Op::Move : Op::MoveBits, variable.index, value.index);
+    } else {
+        EmitNumber(reference ? Op::StoreGlobal : Op::StoreGlobalBits, value.index, variable.index);
+    }
+}
+
+void FunctionCompiler::StoreElementOrField(const Expression& target, Operand object, Operand index, Operand value) {
+    const bool reference = HoldsReference(target.type);
+    if (target.node == Node::Element) {
+        Emit(reference ? Op::StoreElement : Op::StoreElementBits, object.index, index.index, value.index);
+        return;
+    }
+    const auto offset = static_cast<std::size_t>(target.owner->made->dataOffset()) / sizeof(host::Value);
+    Emit(reference ? Op::StoreField : Op::StoreFieldBits, object.index, value.index,
+         static_cast<std::uint16_t>(offset + static_cast<std::size_t>(target.fieldIndex)));
+}
+
+void FunctionCompiler::Assign(Expression& target, Expression& value) {
+    if (target.node == Node::Local || target.node == Node::Global) {
+        const Variable& variable = *target.variable;
+        const bool ownRegister = variable.storage == Storage::Local || (target.node == Node::Global && isMain_);
+        if (ownRegister) return CompileTo(value, variable.index);
+        const Operand operand = Compile(value);
+        StoreVariable(target, operand);
+        return Free(operand);
+    }
+    const Position at = at_;
+    const bool element = target.node == Node::Element;
+    const Operand object =
+        CompileBefore(*target.operands[0], element && MayRunScript(*target.operands[1]) ? *target.operands[1] : value);
+    Operand index;
+    if (element) index = CompileBefore(*target.operands[1], value);
+    const Operand operand = Compile(value);
+    at_ = at;
+    StoreElementOrField(target, object, index, operand);
+    Free(operand);
+    if (element) Free(index);
+    Free(object);
+}
+
+}  // namespace script

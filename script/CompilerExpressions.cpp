@@ -1,0 +1,536 @@
+#include <algorithm>
+
+#include "script/CompilerState.h"
+#include "script/Literal.h"
+
+namespace script {
+
+bool MayRunScript(const Expression& expression) {
+    switch (expression.node) {
+        case Node::CallRoutine:
+        case Node::CallNative:
+        case Node::CallSetter:
+        case Node::GetProperty:
+        case Node::NewObject:
+            return true;
+        default:
+            break;
+    }
+    return std::any_of(expression.operands.begin(), expression.operands.end(),
+                       [](const ExpressionPtr& operand) { return operand && MayRunScript(*operand); });
+}
+
+Operand FunctionCompiler::CompileLiteral(const Expression& expression) {
+    switch (expression.node) {
+        case Node::IntegerLiteral:
+        case Node::BooleanLiteral:
+        case Node::ColorLiteral:
+            // Kept with the kind of its type, for when it becomes an argument or a variant.
+            if (expression.type == kBooleanType) return Constant(kBooleanType, host::Value(expression.integer != 0));
+            if (expression.type == kColorType)
+                return Constant(kColorType, host::Value(static_cast<sdk::Color>(expression.integer)));
+            return Constant(expression.type,
+                            host::NumberAs(host::Value(LiteralInteger(expression)), ToHost(expression.type).kind));
+        case Node::RealLiteral:
+            return Constant(expression.type,
+                            host::NumberAs(host::Value(expression.real), ToHost(expression.type).kind));
+        default:
+            return Constant(expression.type,
+                            expression.type.array ? host::Value(host::Ref<host::Array>()) : host::Value(nullptr));
+    }
+}
+
+// A value in any register, its own if it has one.
+Operand FunctionCompiler::Compile(Expression& expression) {
+    at_ = expression.at.line ? expression.at : at_;
+    switch (expression.node) {
+        case Node::IntegerLiteral:
+        case Node::RealLiteral:
+        case Node::BooleanLiteral:
+        case Node::ColorLiteral:
+            return CompileLiteral(expression);
+        case Node::NilLiteral:
+            if (!IsString(expression.type)) return CompileLiteral(expression);
+            break;
+        case Node::Self:
+            return {self_, false};
+        case Node::Local:
+            if (expression.variable->storage == Storage::Local) return {expression.variable->index, false};
+            break;
+        case Node::Global:
+            if (isMain_) return {expression.variable->index, false};
+            break;
+        default:
+            break;
+    }
+    const Operand result = Temporary(expression.type);
+    CompileTo(expression, result.index);
+    return result;
+}
+
+// A value that stays what it is while a later one is worked out.
+Operand FunctionCompiler::CompileBefore(Expression& expression, const Expression& later) {
+    const Operand operand = Compile(expression);
+    const bool variable = expression.node == Node::Local || expression.node == Node::Global;
+    if (operand.temporary || !variable || !MayRunScript(later)) return operand;
+    const Operand copy = Temporary(expression.type);
+    Emit(HoldsReference(expression.type) ? Op::Move : Op::MoveBits, copy.index, operand.index);
+    return copy;
+}
+
+// The same among several operands: it stays while all the later ones are worked out.
+Operand FunctionCompiler::CompileKept(Expression& expression, std::size_t index) {
+    for (std::size_t later = index + 1; later < expression.operands.size(); ++later)
+        if (MayRunScript(*expression.operands[later]))
+            return CompileBefore(*expression.operands[index], *expression.operands[later]);
+    return Compile(*expression.operands[index]);
+}
+
+void FunctionCompiler::LoadVariable(const Expression& expression, std::uint16_t target) {
+    const Variable& variable = *expression.variable;
+    const bool reference = HoldsReference(variable.type);
+    if (variable.storage == Storage::ByRef) {
+        Emit(Op::LoadRef, target, variable.index);
+    } else if (variable.storage == Storage::Local || isMain_) {
+        if (target != variable.index) Emit(reference ? Op::Move : Op::MoveBits, target, variable.index);
+    } else {
+        EmitNumber(reference ? Op::LoadGlobal : Op::LoadGlobalBits, target, variable.index);
+    }
+}
+
+void FunctionCompiler::CompileTo(Expression& expression, std::uint16_t target) {
+    const Position outer = at_;
+    at_ = expression.at.line ? expression.at : at_;
+    switch (expression.node) {
+        case Node::IntegerLiteral:
+        case Node::RealLiteral:
+        case Node::BooleanLiteral:
+        case Node::ColorLiteral:
+        case Node::NilLiteral:
+            if (IsString(expression.type))
+                Emit(Op::Clear, target);
+            else
+                Emit(HoldsReference(expression.type) ? Op::Move : Op::MoveBits, target,
+                     CompileLiteral(expression).index);
+            break;
+        case Node::StringLiteral:
+            function_.texts.push_back(host::Value(expression.text));
+            EmitNumber(Op::LoadText, target, function_.texts.size() - 1);
+            break;
+        case Node::Nothing:
+            Emit(Op::Clear, target);
+            break;
+        case Node::Self:
+            CompileSelf(target);
+            break;
+        case Node::Local:
+        case Node::Global:
+            LoadVariable(expression, target);
+            break;
+        case Node::Field:
+            CompileField(expression, target);
+            break;
+        case Node::Element:
+            CompileElement(expression, target);
+            break;
+        case Node::Convert:
+            CompileConvert(expression, target);
+            break;
+        case Node::Arithmetic:
+            CompileArithmetic(expression, target);
+            break;
+        case Node::Comparison:
+            CompileComparison(expression, target);
+            break;
+        case Node::Logic:
+            CompileLogic(expression, target);
+            break;
+        case Node::Negate: {
+            const bool narrow = expression.type.base == Base::Integer;
+            const Op op = IsReal(expression.type) ? Op::NegateD : (narrow ? Op::NegateI : Op::NegateL);
+            CompileUnaryInto(op, *expression.operands[0], target);
+            break;
+        }
+        case Node::Complement: {
+            Op op = Op::NotSigned;
+            if (expression.type == kBooleanType) op = Op::NotBoolean;
+            if (expression.type.base == Base::UInt32) op = Op::NotU;
+            if (expression.type.base == Base::UInt8) op = Op::NotByte;
+            CompileUnaryInto(op, *expression.operands[0], target);
+            break;
+        }
+        case Node::IsA:
+            CompileUnaryInto(Op::IsA, *expression.operands[0], target, TypeIndex(expression.typeName.resolved));
+            break;
+        case Node::CallRoutine:
+        case Node::CallNative:
+        case Node::CallSetter:
+            CompileCall(expression, target);
+            break;
+        case Node::GetProperty:
+        case Node::SetProperty:
+            CompileProperty(expression, target);
+            break;
+        case Node::NewObject:
+            CompileNew(expression, target);
+            break;
+        case Node::MakeArray:
+            CompileMakeArray(expression, target);
+            break;
+        case Node::ArrayMethod:
+            CompileArrayMethod(expression, target);
+            break;
+        case Node::Intrinsic:
+            CompileIntrinsic(expression, target);
+            break;
+        default:
+            break;
+    }
+    at_ = outer;
+}
+
+void FunctionCompiler::CompileUnaryInto(Op op, Expression& operand, std::uint16_t target, std::uint16_t c) {
+    const Position at = at_;
+    const Operand value = Compile(operand);
+    at_ = at;
+    Emit(op, target, value.index, c);
+    Free(value);
+}
+
+void FunctionCompiler::CompileBinaryInto(Op op, Expression& expression, std::uint16_t target, bool swapped) {
+    const Position at = at_;
+    const Operand left = CompileBefore(*expression.operands[0], *expression.operands[1]);
+    const Operand right = Compile(*expression.operands[1]);
+    at_ = at;
+    Emit(op, target, swapped ? right.index : left.index, swapped ? left.index : right.index);
+    Free(right);
+    Free(left);
+}
+
+namespace {
+
+Op Pick(Base base, Op integer, Op wide, Op isUnsigned, Op real) {
+    switch (base) {
+        case Base::Int64:
+            return wide;
+        case Base::UInt32:
+            return isUnsigned;
+        case Base::Double:
+            return real;
+        default:
+            return integer;
+    }
+}
+
+Op ArithmeticOp(Operator op, Base base) {
+    switch (op) {
+        case Operator::Add:
+            return Pick(base, Op::AddI, Op::AddL, Op::AddU, Op::AddD);
+        case Operator::Subtract:
+            return Pick(base, Op::SubtractI, Op::SubtractL, Op::SubtractU, Op::SubtractD);
+        case Operator::Multiply:
+            return Pick(base, Op::MultiplyI, Op::MultiplyL, Op::MultiplyU, Op::MultiplyD);
+        case Operator::IntegerDivide:
+            return Pick(base, Op::DivideI, Op::DivideL, Op::DivideU, Op::DivideD);
+        case Operator::Modulo:
+            return Pick(base, Op::ModuloI, Op::ModuloL, Op::ModuloU, Op::ModuloI);
+        case Operator::Divide:
+            return Op::DivideD;
+        case Operator::Power:
+            return Op::PowerD;
+        case Operator::And:
+            return Op::And;
+        case Operator::Or:
+            return Op::Or;
+        default:
+            return Op::Xor;
+    }
+}
+
+struct ComparisonCode {
+    Op op;
+    bool swapped;
+};
+
+enum class CompareAs { Whole, Real, Text, Reference };
+
+CompareAs HowToCompare(Type type) {
+    if (IsString(type)) return CompareAs::Text;
+    if (TakesNil(type)) return CompareAs::Reference;
+    return IsReal(type) ? CompareAs::Real : CompareAs::Whole;
+}
+
+ComparisonCode CodeOf(Operator op, CompareAs as) {
+    constexpr Op table[4][4] = {{Op::EqualI, Op::NotEqualI, Op::LessI, Op::LessOrEqualI},
+                                {Op::EqualD, Op::NotEqualD, Op::LessD, Op::LessOrEqualD},
+                                {Op::EqualText, Op::NotEqualText, Op::LessText, Op::LessOrEqualText},
+                                {Op::Same, Op::NotSame, Op::Same, Op::Same}};
+    const Op* row = table[static_cast<int>(as)];
+    switch (op) {
+        case Operator::Equal:
+            return {row[0], false};
+        case Operator::NotEqual:
+            return {row[1], false};
+        case Operator::Less:
+            return {row[2], false};
+        case Operator::LessOrEqual:
+            return {row[3], false};
+        case Operator::Greater:
+            return {row[2], true};
+        default:
+            return {row[3], true};
+    }
+}
+
+}  // namespace
+
+void FunctionCompiler::CompileArithmetic(Expression& expression, std::uint16_t target) {
+    CompileBinaryInto(ArithmeticOp(expression.op, expression.type.base), expression, target, false);
+}
+
+void FunctionCompiler::CompileComparison(Expression& expression, std::uint16_t target) {
+    const ComparisonCode code = CodeOf(expression.op, HowToCompare(expression.operands[0]->type));
+    CompileBinaryInto(code.op, expression, target, code.swapped);
+}
+
+// Both operands only as far as needed. The target may be a variable that the second reads, so it
+// is written last.
+void FunctionCompiler::CompileLogic(Expression& expression, std::uint16_t target) {
+    JumpList isFalse, done;
+    JumpUnless(expression, isFalse);
+    Emit(Op::MoveBits, target, Constant(kBooleanType, host::Value(true)).index);
+    Jump(done);
+    Land(isFalse);
+    Emit(Op::MoveBits, target, Constant(kBooleanType, host::Value(false)).index);
+    Land(done);
+}
+
+void FunctionCompiler::CompileConvert(Expression& expression, std::uint16_t target) {
+    Expression& inner = *expression.operands[0];
+    const Type from = inner.type;
+    const Type to = expression.type;
+    if (IsVariant(to)) return CompileUnaryInto(Op::Move, inner, target);
+    if (IsNumeric(from) && IsNumeric(to)) {
+        Op op = Op::MoveBits;
+        const bool real = IsReal(from);
+        switch (to.base) {
+            case Base::UInt8:
+                op = real ? Op::DoubleToByte : Op::ToByte;
+                break;
+            case Base::Integer:
+                op = real ? Op::DoubleToInteger : Op::ToInteger;
+                break;
+            case Base::UInt32:
+                op = real ? Op::DoubleToUnsigned : Op::ToUnsigned;
+                break;
+            case Base::Int64:
+                op = real ? Op::DoubleToInt64 : Op::MoveBits;
+                break;
+            case Base::Single:
+                op = real ? Op::DoubleToSingle : Op::WholeToSingle;
+                break;
+            default:
+                op = real ? Op::MoveBits : Op::WholeToDouble;
+                break;
+        }
+        return CompileUnaryInto(op, inner, target);
+    }
+    const bool cast = IsObject(from) && IsObject(to) && Inherits(to.of, from.of);
+    CompileUnaryInto(cast ? Op::Cast : Op::ConvertValue, inner, target, TypeIndex(to));
+}
+
+void FunctionCompiler::CompileField(Expression& expression, std::uint16_t target) {
+    const auto offset = static_cast<std::size_t>(expression.owner->made->dataOffset()) / sizeof(host::Value);
+    CompileUnaryInto(HoldsReference(expression.type) ? Op::LoadField : Op::LoadFieldBits, *expression.operands[0],
+                     target, static_cast<std::uint16_t>(offset + static_cast<std::size_t>(expression.fieldIndex)));
+}
+
+void FunctionCompiler::CompileElement(Expression& expression, std::uint16_t target) {
+    CompileBinaryInto(HoldsReference(expression.type) ? Op::LoadElement : Op::LoadElementBits, expression, target,
+                      false);
+}
+
+void FunctionCompiler::CompileMakeArray(Expression& expression, std::uint16_t target) {
+    CallSite site;
+    std::vector<Operand> operands;
+    for (std::size_t i = 0; i < expression.operands.size(); ++i) {
+        operands.push_back(CompileKept(expression, i));
+        site.arguments.push_back(operands.back().index);
+    }
+    if (function_.sites.size() >= kMostRegisters) throw FunctionTooLarge();
+    function_.sites.push_back(std::move(site));
+    Emit(Op::MakeArray, target, static_cast<std::uint16_t>(function_.sites.size() - 1),
+         TypeIndex(ElementOf(expression.type)));
+    for (const Operand& operand : operands) Free(operand);
+}
+
+void FunctionCompiler::CompileArrayMethod(Expression& expression, std::uint16_t target) {
+    const Position at = at_;
+    std::vector<Operand> operands;
+    for (std::size_t i = 0; i < expression.operands.size(); ++i) operands.push_back(CompileKept(expression, i));
+    at_ = at;
+    const std::uint16_t array = operands[0].index;
+    const std::uint16_t first = operands.size() > 1 ? operands[1].index : 0;
+    switch (expression.arrayMethod) {
+        case ArrayMethodKind::Append:
+            Emit(Op::Append, array, first);
+            break;
+        case ArrayMethodKind::Insert:
+            Emit(Op::Insert, array, first, operands[2].index);
+            break;
+        case ArrayMethodKind::Remove:
+            Emit(Op::Remove, array, first);
+            break;
+        case ArrayMethodKind::ReDim:
+            Emit(Op::ReDim, array, first);
+            break;
+        case ArrayMethodKind::Sort:
+            Emit(Op::Sort, array);
+            break;
+        case ArrayMethodKind::Ubound:
+            Emit(Op::Ubound, target, array);
+            break;
+        case ArrayMethodKind::Pop:
+            Emit(Op::Pop, target, array);
+            break;
+        case ArrayMethodKind::IndexOf:
+            Emit(Op::IndexOf, target, array, first);
+            break;
+    }
+    for (const Operand& operand : operands) Free(operand);
+}
+
+void FunctionCompiler::CompileIntrinsic(Expression& expression, std::uint16_t target) {
+    switch (expression.intrinsic) {
+        case IntrinsicKind::Concatenate:
+            return CompileBinaryInto(Op::Concatenate, expression, target, false);
+        case IntrinsicKind::RedOf:
+            return CompileUnaryInto(Op::ColorPart, *expression.operands[0], target, 16);
+        case IntrinsicKind::GreenOf:
+            return CompileUnaryInto(Op::ColorPart, *expression.operands[0], target, 8);
+        case IntrinsicKind::BlueOf:
+            return CompileUnaryInto(Op::ColorPart, *expression.operands[0], target, 0);
+        case IntrinsicKind::VariantOperation:
+        case IntrinsicKind::VariantCompare: {
+            const bool compare = expression.intrinsic == IntrinsicKind::VariantCompare;
+            const Position at = at_;
+            const Operand left = CompileBefore(*expression.operands[0], *expression.operands[1]);
+            const Operand right = Compile(*expression.operands[1]);
+            at_ = at;
+            Emit(compare ? Op::VariantCompare : Op::VariantOperation, target, left.index, right.index);
+            Emit(Op::Jump, static_cast<std::uint16_t>(expression.op));
+            Free(right);
+            Free(left);
+            return;
+        }
+        case IntrinsicKind::Print: {
+            const Operand text = Temporary(kStringType);
+            if (!expression.operands.empty()) {
+                Expression& shown = *expression.operands[0];
+                if (IsString(shown.type))
+                    CompileTo(shown, text.index);
+                else
+                    CompileUnaryInto(Op::TextOf, shown, text.index);
+            }
+            Emit(Op::Print, text.index);
+            return Free(text);
+        }
+        case IntrinsicKind::Quit: {
+            const Operand code =
+                expression.operands.empty() ? Constant(kIntegerType, host::Value(0)) : Compile(*expression.operands[0]);
+            Emit(Op::Quit, code.index);
+            return Free(code);
+        }
+    }
+}
+
+// --- Conditions
+
+namespace {
+
+// The form of a comparison that skips the next instruction when it holds.
+bool TestOf(Op op, Op& test) {
+    switch (op) {
+        case Op::EqualI:
+            test = Op::TestEqualI;
+            return true;
+        case Op::NotEqualI:
+            test = Op::TestNotEqualI;
+            return true;
+        case Op::LessI:
+            test = Op::TestLessI;
+            return true;
+        case Op::LessOrEqualI:
+            test = Op::TestLessOrEqualI;
+            return true;
+        case Op::EqualD:
+            test = Op::TestEqualD;
+            return true;
+        case Op::NotEqualD:
+            test = Op::TestNotEqualD;
+            return true;
+        case Op::LessD:
+            test = Op::TestLessD;
+            return true;
+        case Op::LessOrEqualD:
+            test = Op::TestLessOrEqualD;
+            return true;
+        default:
+            return false;
+    }
+}
+
+}  // namespace
+
+// A comparison of numbers as a test: the instruction after it is skipped when it holds.
+bool FunctionCompiler::EmitTest(Expression& condition) {
+    if (condition.node != Node::Comparison) return false;
+    const ComparisonCode code = CodeOf(condition.op, HowToCompare(condition.operands[0]->type));
+    Op test = Op::TestEqualI;
+    if (!TestOf(code.op, test)) return false;
+    const Operand left = CompileBefore(*condition.operands[0], *condition.operands[1]);
+    const Operand right = Compile(*condition.operands[1]);
+    // Freed before the test: numbers need no clearing, so no instruction comes between.
+    Free(right);
+    Free(left);
+    Emit(test, code.swapped ? right.index : left.index, code.swapped ? left.index : right.index);
+    return true;
+}
+
+void FunctionCompiler::JumpUnless(Expression& condition, JumpList& list) {
+    if (condition.node == Node::BooleanLiteral && condition.integer) return;
+    if (condition.node == Node::Complement) return JumpWhen(*condition.operands[0], list);
+    if (condition.node == Node::Logic && condition.op == Operator::And) {
+        JumpUnless(*condition.operands[0], list);
+        return JumpUnless(*condition.operands[1], list);
+    }
+    if (condition.node == Node::Logic) {
+        JumpList holds;
+        JumpWhen(*condition.operands[0], holds);
+        JumpUnless(*condition.operands[1], list);
+        return Land(holds);
+    }
+    if (EmitTest(condition)) return Jump(list);
+    const Operand value = Compile(condition);
+    list.push_back(EmitNumber(Op::JumpUnless, value.index, 0));
+    Free(value);
+}
+
+void FunctionCompiler::JumpWhen(Expression& condition, JumpList& list) {
+    if (condition.node == Node::Complement) return JumpUnless(*condition.operands[0], list);
+    if (condition.node == Node::Logic && condition.op == Operator::Or) {
+        JumpWhen(*condition.operands[0], list);
+        return JumpWhen(*condition.operands[1], list);
+    }
+    if (condition.node == Node::Logic) {
+        JumpList fails;
+        JumpUnless(*condition.operands[0], fails);
+        JumpWhen(*condition.operands[1], list);
+        return Land(fails);
+    }
+    const Operand value = Compile(condition);
+    list.push_back(EmitNumber(Op::JumpIf, value.index, 0));
+    Free(value);
+}
+
+}  // namespace script

@@ -1,0 +1,159 @@
+// The compiler's insides: one instance compiles one function.
+#pragma once
+
+#include <map>
+#include <utility>
+#include <vector>
+
+#include "script/Ast.h"
+#include "script/Compiler.h"
+
+namespace script {
+
+// A register with a value in it. A temporary is given back with Free.
+struct Operand {
+    std::uint16_t index = 0;
+    bool temporary = false;
+};
+
+// Where a jump stands whose target is not known yet.
+using JumpList = std::vector<std::size_t>;
+
+struct FunctionTooLarge {};
+
+class FunctionCompiler {
+  public:
+    FunctionCompiler(Symbols& symbols, Function& function, bool isMain)
+        : symbols_(symbols), function_(function), isMain_(isMain) {}
+
+    void CompileMain(Program& program);
+    void CompileRoutine(RoutineSymbol& routine);
+    void CompileInitializer(ClassSymbol& symbol);
+
+  private:
+    // A Try whose Finally must run when it is left, with the stretches of code it protects.
+    struct OpenTry {
+        Block* finallyBlock = nullptr;
+        std::vector<std::pair<std::size_t, std::size_t>> stretches;
+        std::size_t from = 0;
+    };
+    struct OpenLoop {
+        LoopKind kind = LoopKind::For;
+        JumpList exits;
+        JumpList continues;
+        std::size_t tries = 0;   // open ones around the loop
+        std::size_t scopes = 0;  // likewise
+    };
+
+    // --- Registers and code (Compiler.cpp)
+    std::uint16_t Allocate(Type type);
+    void Release(std::uint16_t index);
+    void Free(Operand operand);
+    Operand Temporary(Type type) { return {Allocate(type), true}; }
+    Operand Constant(Type type, host::Value value);
+    std::size_t Emit(Op op, std::uint16_t a = 0, std::uint16_t b = 0, std::uint16_t c = 0);
+    std::size_t EmitNumber(Op op, std::uint16_t a, std::size_t number);
+    std::size_t Here() const { return function_.code.size(); }
+    void Jump(JumpList& list) { list.push_back(EmitNumber(Op::Jump, 0, 0)); }
+    void JumpTo(std::size_t target) { EmitNumber(Op::Loop, 0, target); }
+    void Land(const JumpList& list) { LandAt(list, Here()); }
+    void LandAt(const JumpList& list, std::size_t target);
+    std::uint16_t TypeIndex(Type type);
+    void OpenScope() { scopes_.emplace_back(); }
+    void CloseScope();
+    std::uint16_t DeclareVariable(Variable& variable);
+    void ClearScopes(std::size_t downTo);
+    bool IsReference(std::uint16_t index) const;
+    void EmitDefaultReturn();
+    void Finish();
+
+    // --- Expressions (CompilerExpressions.cpp)
+    Operand Compile(Expression& expression);
+    void CompileTo(Expression& expression, std::uint16_t target);
+    Operand CompileBefore(Expression& expression, const Expression& later);
+    Operand CompileKept(Expression& expression, std::size_t index);
+    Operand CompileLiteral(const Expression& expression);
+    void LoadVariable(const Expression& expression, std::uint16_t target);
+    void CompileArithmetic(Expression& expression, std::uint16_t target);
+    void CompileComparison(Expression& expression, std::uint16_t target);
+    void CompileBinaryInto(Op op, Expression& expression, std::uint16_t target, bool swapped);
+    void CompileUnaryInto(Op op, Expression& operand, std::uint16_t target, std::uint16_t c = 0);
+    void CompileLogic(Expression& expression, std::uint16_t target);
+    void CompileConvert(Expression& expression, std::uint16_t target);
+    void CompileField(Expression& expression, std::uint16_t target);
+    void CompileElement(Expression& expression, std::uint16_t target);
+    void CompileIntrinsic(Expression& expression, std::uint16_t target);
+    void CompileMakeArray(Expression& expression, std::uint16_t target);
+    void CompileArrayMethod(Expression& expression, std::uint16_t target);
+    void CompileSelf(std::uint16_t target) { Emit(Op::Move, target, self_); }
+    void JumpUnless(Expression& condition, JumpList& list);
+    void JumpWhen(Expression& condition, JumpList& list);
+    bool EmitTest(Expression& condition);
+
+    // --- Calls and assignments (CompilerCalls.cpp)
+    struct WriteBack {
+        Operand object;
+        Operand index;
+        Operand value;
+        const Expression* target = nullptr;
+    };
+    void CompileCall(Expression& expression, std::uint16_t target);
+    void CompileNew(Expression& expression, std::uint16_t target);
+    void CompileArguments(CallSite& site, Expression& expression, std::size_t first, const Signature* signature,
+                          std::vector<Operand>& temporaries, std::vector<WriteBack>& writeBacks);
+    Operand CompileByRef(Expression& argument, std::vector<WriteBack>& writeBacks);
+    void EmitCall(CallSite site, Expression& expression, std::uint16_t target, std::vector<Operand>& temporaries,
+                  std::vector<WriteBack>& writeBacks);
+    void CompileProperty(Expression& expression, std::uint16_t target);
+    bool IsOverridden(const RoutineSymbol& routine) const;
+    void Assign(Expression& target, Expression& value);
+    void StoreVariable(const Expression& target, Operand value);
+    void StoreElementOrField(const Expression& target, Operand object, Operand index, Operand value);
+    std::uint16_t PropertyIndex(const host::Property* property);
+
+    // --- Statements (CompilerStatements.cpp)
+    void CompileBlock(Block& block);
+    void CompileStatement(Statement& statement);
+    void CompileDim(Declarator& declarator);
+    void CompileFirstValue(Declarator& declarator, Type type, std::uint16_t target);
+    void CompileDiscarded(Expression& expression);
+    void CompileIf(Statement& statement);
+    void CompileSelect(Statement& statement);
+    void CompileFor(Statement& statement);
+    void CompileForTest(Statement& statement, Operand variable, Operand step, bool stepKnown, bool down,
+                        JumpList& exits);
+    void StoreLoopVariable(Expression& target, Operand value);
+    void CompileForEach(Statement& statement);
+    void CompileWhile(Statement& statement);
+    void CompileDo(Statement& statement);
+    void CompileJump(const Statement& statement);
+    void CompileReturn(Statement& statement);
+    void CompileTry(Statement& statement);
+    void CompileCatches(Statement& statement, std::uint16_t exception, JumpList& done);
+    void CompileFinally(Block* block);
+    void RunFinallies(std::size_t downTo);
+    void OpenProtection(Block* finallyBlock);
+    void CloseProtection(std::size_t target, std::uint16_t exception);
+    void ClearSince(std::size_t logSize);
+
+    Symbols& symbols_;
+    Function& function_;
+    bool isMain_;
+    std::uint16_t self_ = kNoRegister;
+    Position at_;
+    std::map<int, std::vector<std::uint16_t>> free_;  // by kind of register
+    std::vector<int> kinds_;                          // of each register
+    std::vector<std::uint16_t> log_;                  // every allocation of a register for references
+    std::map<std::pair<int, std::int64_t>, std::uint16_t> constants_;
+    std::vector<std::vector<std::uint16_t>> scopes_;
+    std::vector<OpenTry> tries_;
+    std::vector<OpenLoop> loops_;
+    int finallyDepth_ = 0;
+};
+
+// Whether evaluating it may run other code of the script, which may change variables.
+bool MayRunScript(const Expression& expression);
+
+bool HoldsReference(Type type);
+
+}  // namespace script

@@ -1,0 +1,453 @@
+#include <algorithm>
+#include <set>
+
+#include "script/CompilerState.h"
+#include "script/Literal.h"
+
+namespace script {
+
+void FunctionCompiler::CompileBlock(Block& block) {
+    OpenScope();
+    for (StatementPtr& statement : block) CompileStatement(*statement);
+    CloseScope();
+}
+
+void FunctionCompiler::CompileStatement(Statement& statement) {
+    at_ = statement.at;
+    switch (statement.action) {
+        case Action::Dim:
+            for (Declarator& declarator : statement.declarators) CompileDim(declarator);
+            return;
+        case Action::Const:
+            return;
+        case Action::Assign:
+            return Assign(*statement.expressions[0], *statement.expressions[1]);
+        case Action::Call:
+            return CompileDiscarded(*statement.expressions[0]);
+        case Action::If:
+            return CompileIf(statement);
+        case Action::Select:
+            return CompileSelect(statement);
+        case Action::For:
+            return CompileFor(statement);
+        case Action::ForEach:
+            return CompileForEach(statement);
+        case Action::While:
+            return CompileWhile(statement);
+        case Action::Do:
+            return CompileDo(statement);
+        case Action::Exit:
+        case Action::Continue:
+            return CompileJump(statement);
+        case Action::Return:
+            return CompileReturn(statement);
+        case Action::Try:
+            return CompileTry(statement);
+        case Action::Raise: {
+            const Operand exception = Compile(*statement.expressions[0]);
+            at_ = statement.at;
+            Emit(Op::Raise, exception.index);
+            return Free(exception);
+        }
+        case Action::ReDim: {
+            const Operand array = CompileBefore(*statement.expressions[0], *statement.expressions[1]);
+            const Operand size = Compile(*statement.expressions[1]);
+            at_ = statement.at;
+            Emit(Op::ReDim, array.index, size.index);
+            Free(size);
+            return Free(array);
+        }
+    }
+}
+
+void FunctionCompiler::CompileFirstValue(Declarator& declarator, Type type, std::uint16_t target) {
+    if (declarator.value) {
+        CompileTo(*declarator.value, target);
+    } else if (type.array) {
+        Operand size{kNoRegister, false};
+        if (declarator.size) size = Compile(*declarator.size);
+        at_ = declarator.at;
+        Emit(Op::NewArray, target, size.index, TypeIndex(ElementOf(type)));
+        if (declarator.size) Free(size);
+    } else {
+        Emit(Op::Clear, target);
+    }
+}
+
+void FunctionCompiler::CompileDim(Declarator& declarator) {
+    Variable& variable = *declarator.variable;
+    if (declarator.isStatic) {
+        // Given its value the first time only.
+        const Variable* done = variable.flag;
+        JumpList skip;
+        const Operand flag = Temporary(kBooleanType);
+        EmitNumber(Op::LoadGlobalBits, flag.index, done->index);
+        skip.push_back(EmitNumber(Op::JumpIf, flag.index, 0));
+        EmitNumber(Op::StoreGlobalBits, Constant(kBooleanType, host::Value(true)).index, done->index);
+        const Operand value = Temporary(variable.type);
+        CompileFirstValue(declarator, variable.type, value.index);
+        EmitNumber(HoldsReference(variable.type) ? Op::StoreGlobal : Op::StoreGlobalBits, value.index, variable.index);
+        Free(value);
+        Free(flag);
+        return Land(skip);
+    }
+    if (variable.storage == Storage::Global) return CompileFirstValue(declarator, variable.type, variable.index);
+    DeclareVariable(variable);
+    CompileFirstValue(declarator, variable.type, variable.index);
+}
+
+// A call whose value nobody wants.
+void FunctionCompiler::CompileDiscarded(Expression& expression) {
+    if (expression.type == kNoType) return CompileTo(expression, kNoRegister);
+    const Operand value = Temporary(expression.type);
+    CompileTo(expression, value.index);
+    Free(value);
+}
+
+void FunctionCompiler::CompileIf(Statement& statement) {
+    JumpList done;
+    for (std::size_t i = 0; i < statement.blocks.size(); ++i) {
+        JumpList next;
+        if (i < statement.expressions.size()) JumpUnless(*statement.expressions[i], next);
+        CompileBlock(statement.blocks[i]);
+        if (i + 1 < statement.blocks.size()) Jump(done);
+        Land(next);
+    }
+    Land(done);
+}
+
+void FunctionCompiler::CompileSelect(Statement& statement) {
+    OpenScope();
+    DeclareVariable(*statement.scratch);
+    CompileTo(*statement.expressions[0], statement.scratch->index);
+    loops_.push_back({LoopKind::Select, {}, {}, tries_.size(), scopes_.size()});
+    for (std::size_t i = 0; i < statement.blocks.size(); ++i) {
+        JumpList next, body;
+        if (i < statement.cases.size()) {
+            for (CaseTest& test : statement.cases[i]) JumpWhen(*test.low, body);
+            Jump(next);
+        }
+        Land(body);
+        CompileBlock(statement.blocks[i]);
+        Jump(loops_.back().exits);
+        Land(next);
+    }
+    Land(loops_.back().exits);
+    loops_.pop_back();
+    CloseScope();
+}
+
+// The test at a loop's head. The last value is worked out anew each time round, as the language
+// has it.
+void FunctionCompiler::CompileForTest(Statement& statement, Operand variable, Operand step, bool stepKnown, bool down,
+                                      JumpList& exits) {
+    const bool real = IsReal(statement.expressions[0]->type);
+    const Operand last = Compile(*statement.expressions[2]);
+    at_ = statement.at;
+    Free(last);
+    if (!stepKnown) {
+        Emit(real ? Op::TestForD : Op::TestForI, variable.index, last.index, step.index);
+    } else {
+        const Op test = real ? Op::TestLessOrEqualD : Op::TestLessOrEqualI;
+        Emit(test, down ? last.index : variable.index, down ? variable.index : last.index);
+    }
+    Jump(exits);
+}
+
+namespace {
+
+Op StepOf(Base base) {
+    switch (base) {
+        case Base::UInt8:
+            return Op::StepByte;
+        case Base::UInt32:
+            return Op::StepU;
+        case Base::Int64:
+            return Op::StepL;
+        case Base::Single:
+            return Op::StepSingle;
+        case Base::Double:
+            return Op::StepD;
+        default:
+            return Op::StepI;
+    }
+}
+
+// The step of a loop when the text gives it.
+bool KnownStep(const Statement& statement, double& step) {
+    const Expression* written = statement.expressions[3].get();
+    step = 1;
+    if (written && written->node == Node::IntegerLiteral)
+        step = static_cast<double>(LiteralInteger(*written));
+    else if (written && written->node == Node::RealLiteral)
+        step = written->real;
+    else if (written)
+        return false;
+    if (statement.down) step = -step;
+    return true;
+}
+
+}  // namespace
+
+void FunctionCompiler::CompileFor(Statement& statement) {
+    OpenScope();
+    Expression& target = *statement.expressions[0];
+    const Type type = target.type;
+    const bool real = IsReal(type);
+    const Type stepType = real ? kDoubleType : kInt64Type;
+    if (!statement.declarators.empty()) DeclareVariable(*statement.declarators[0].variable);
+    // The count is kept in the variable itself where that is a register.
+    const bool direct = target.node == Node::Local && target.variable->storage == Storage::Local;
+    const bool global = target.node == Node::Global && isMain_;
+    Operand variable = direct || global ? Operand{target.variable->index, false} : Temporary(type);
+    CompileTo(*statement.expressions[1], variable.index);
+    double known = 0;
+    const bool stepKnown = KnownStep(statement, known);
+    Operand step;
+    if (stepKnown) {
+        step = Constant(stepType, real ? host::Value(known) : host::Value(static_cast<std::int64_t>(known)));
+    } else {
+        step = Temporary(stepType);
+        CompileTo(*statement.expressions[3], step.index);
+        if (statement.down) Emit(real ? Op::NegateD : Op::NegateL, step.index, step.index);
+    }
+    if (variable.temporary) StoreLoopVariable(target, variable);
+    loops_.push_back({LoopKind::For, {}, {}, tries_.size(), scopes_.size()});
+    const std::size_t head = Here();
+    CompileForTest(statement, variable, step, stepKnown, known < 0, loops_.back().exits);
+    CompileBlock(statement.blocks[0]);
+    Land(loops_.back().continues);
+    at_ = statement.at;
+    if (variable.temporary) CompileTo(target, variable.index);
+    Emit(StepOf(type.base), variable.index, step.index);
+    Jump(loops_.back().exits);
+    if (variable.temporary) StoreLoopVariable(target, variable);
+    JumpTo(head);
+    Land(loops_.back().exits);
+    loops_.pop_back();
+    Free(variable);
+    Free(step);
+    CloseScope();
+}
+
+// A loop variable that is no register of this frame: a field, an element, a caller's variable.
+void FunctionCompiler::StoreLoopVariable(Expression& target, Operand value) {
+    if (target.node == Node::Local || target.node == Node::Global) return StoreVariable(target, value);
+    const Operand object = Compile(*target.operands[0]);
+    Operand index;
+    if (target.node == Node::Element) index = Compile(*target.operands[1]);
+    StoreElementOrField(target, object, index, value);
+    if (target.node == Node::Element) Free(index);
+    Free(object);
+}
+
+void FunctionCompiler::CompileForEach(Statement& statement) {
+    OpenScope();
+    Expression& target = *statement.expressions[0];
+    if (!statement.declarators.empty()) DeclareVariable(*statement.declarators[0].variable);
+    DeclareVariable(*statement.scratch);
+    CompileTo(*statement.expressions[1], statement.scratch->index);
+    const Operand index{DeclareVariable(*statement.counter), false};
+    const Operand last = Temporary(kIntegerType);
+    Emit(Op::MoveBits, index.index, Constant(kIntegerType, host::Value(0)).index);
+    loops_.push_back({LoopKind::For, {}, {}, tries_.size(), scopes_.size()});
+    const std::size_t head = Here();
+    Emit(Op::Ubound, last.index, statement.scratch->index);
+    Emit(Op::TestLessOrEqualI, index.index, last.index);
+    Jump(loops_.back().exits);
+    Assign(target, *statement.expressions[2]);
+    CompileBlock(statement.blocks[0]);
+    Land(loops_.back().continues);
+    at_ = statement.at;
+    Emit(Op::StepI, index.index, Constant(kInt64Type, host::Value(std::int64_t{1})).index);
+    Jump(loops_.back().exits);
+    JumpTo(head);
+    Land(loops_.back().exits);
+    loops_.pop_back();
+    Free(last);
+    CloseScope();
+}
+
+void FunctionCompiler::CompileWhile(Statement& statement) {
+    loops_.push_back({LoopKind::While, {}, {}, tries_.size(), scopes_.size()});
+    const std::size_t head = Here();
+    JumpUnless(*statement.expressions[0], loops_.back().exits);
+    CompileBlock(statement.blocks[0]);
+    at_ = statement.at;
+    LandAt(loops_.back().continues, Here());
+    JumpTo(head);
+    Land(loops_.back().exits);
+    loops_.pop_back();
+}
+
+void FunctionCompiler::CompileDo(Statement& statement) {
+    loops_.push_back({LoopKind::Do, {}, {}, tries_.size(), scopes_.size()});
+    const std::size_t head = Here();
+    Expression* before = statement.expressions[0].get();
+    Expression* after = statement.expressions[1].get();
+    if (before && statement.negated)
+        JumpWhen(*before, loops_.back().exits);
+    else if (before)
+        JumpUnless(*before, loops_.back().exits);
+    CompileBlock(statement.blocks[0]);
+    at_ = statement.at;
+    Land(loops_.back().continues);
+    if (after && statement.negatedAfter)
+        JumpWhen(*after, loops_.back().exits);
+    else if (after)
+        JumpUnless(*after, loops_.back().exits);
+    at_ = statement.at;
+    JumpTo(head);
+    Land(loops_.back().exits);
+    loops_.pop_back();
+}
+
+void FunctionCompiler::CompileJump(const Statement& statement) {
+    if (statement.loopKind == LoopKind::Routine) {
+        RunFinallies(0);
+        if (function_.routine && function_.routine->signature.result != kNoType) {
+            EmitDefaultReturn();
+        } else {
+            Emit(Op::ReturnNothing);
+        }
+        return;
+    }
+    auto loop = std::find_if(loops_.rbegin(), loops_.rend(), [&](const OpenLoop& open) {
+        return statement.loopKind == LoopKind::Innermost ? open.kind != LoopKind::Select
+                                                         : open.kind == statement.loopKind;
+    });
+    RunFinallies(loop->tries);
+    at_ = statement.at;
+    ClearScopes(loop->scopes);
+    Jump(statement.action == Action::Exit ? loop->exits : loop->continues);
+}
+
+void FunctionCompiler::CompileReturn(Statement& statement) {
+    if (statement.expressions.empty()) {
+        RunFinallies(0);
+        Emit(Op::ReturnNothing);
+        return;
+    }
+    Expression& value = *statement.expressions[0];
+    if (tries_.empty()) {
+        const Operand result = Compile(value);
+        at_ = statement.at;
+        Emit(Op::Return, result.index);
+        if (result.temporary) Release(result.index);  // the frame goes, and the temporary with it
+        return;
+    }
+    // A copy, so that Finally can't change what is returned.
+    const Operand result = Temporary(value.type);
+    CompileTo(value, result.index);
+    RunFinallies(0);
+    at_ = statement.at;
+    Emit(Op::Return, result.index);
+    Release(result.index);
+}
+
+// --- Try
+
+void FunctionCompiler::OpenProtection(Block* finallyBlock) { tries_.push_back({finallyBlock, {}, Here()}); }
+
+// Ends the protected stretch; exceptions raised in it go to `target`.
+void FunctionCompiler::CloseProtection(std::size_t target, std::uint16_t exception) {
+    OpenTry open = std::move(tries_.back());
+    tries_.pop_back();
+    open.stretches.emplace_back(open.from, Here());
+    for (const auto& [from, to] : open.stretches) {
+        if (from == to) continue;
+        function_.handlers.push_back({static_cast<std::uint32_t>(from), static_cast<std::uint32_t>(to),
+                                      static_cast<std::uint32_t>(target), exception});
+    }
+}
+
+// Before a jump out of some Trys: their Finallys from the inside out, each outside the protection
+// of its own Try and of those within.
+void FunctionCompiler::RunFinallies(std::size_t downTo) {
+    std::vector<OpenTry> left;
+    while (tries_.size() > downTo) {
+        OpenTry open = std::move(tries_.back());
+        tries_.pop_back();
+        open.stretches.emplace_back(open.from, Here());
+        Block* finallyBlock = open.finallyBlock;
+        left.push_back(std::move(open));
+        if (finallyBlock) CompileFinally(finallyBlock);
+    }
+    for (; !left.empty(); left.pop_back()) {
+        tries_.push_back(std::move(left.back()));
+        tries_.back().from = Here();
+    }
+}
+
+void FunctionCompiler::CompileFinally(Block* block) {
+    // Each copy of a Finally copies those within it.
+    constexpr int kDeepestFinally = 4;
+    if (finallyDepth_ >= kDeepestFinally) throw FunctionTooLarge();
+    ++finallyDepth_;
+    CompileBlock(*block);
+    --finallyDepth_;
+}
+
+// What was put into registers since and may be left there when an exception comes.
+void FunctionCompiler::ClearSince(std::size_t logSize) {
+    const std::set<std::uint16_t> used(log_.begin() + static_cast<std::ptrdiff_t>(logSize), log_.end());
+    for (const std::uint16_t index : used) Emit(Op::Clear, index);
+}
+
+void FunctionCompiler::CompileTry(Statement& statement) {
+    Block* finallyBlock = statement.hasFinally ? &statement.finallyBlock : nullptr;
+    const Operand exception = Temporary({Base::Object, false, symbols_.object});
+    JumpList done;
+    const std::size_t log = log_.size();
+    if (finallyBlock) OpenProtection(finallyBlock);
+    if (!statement.catches.empty()) {
+        OpenProtection(nullptr);
+        CompileBlock(statement.blocks[0]);
+        JumpList bodyDone;
+        Jump(bodyDone);
+        CloseProtection(Here(), exception.index);
+        ClearSince(log);
+        CompileCatches(statement, exception.index, bodyDone);
+        Land(bodyDone);
+    } else {
+        CompileBlock(statement.blocks[0]);
+    }
+    if (finallyBlock) {
+        Jump(done);
+        CloseProtection(Here(), exception.index);
+        ClearSince(log);
+        const Operand kept = Temporary({Base::Object, false, symbols_.object});
+        Emit(Op::Move, kept.index, exception.index);
+        CompileFinally(finallyBlock);
+        at_ = statement.at;
+        Emit(Op::Raise, kept.index);
+        Free(kept);
+        Land(done);
+        CompileFinally(finallyBlock);
+    }
+    Free(exception);
+}
+
+// The first Catch whose class fits takes the exception; if none does it is raised on.
+void FunctionCompiler::CompileCatches(Statement& statement, std::uint16_t exception, JumpList& done) {
+    for (Catch& handler : statement.catches) {
+        at_ = handler.at;
+        JumpList next;
+        const Operand fits = Temporary(kBooleanType);
+        Emit(Op::IsA, fits.index, exception, TypeIndex(handler.exception.type.resolved));
+        next.push_back(EmitNumber(Op::JumpUnless, fits.index, 0));
+        Free(fits);
+        OpenScope();
+        DeclareVariable(*handler.exception.variable);
+        Emit(Op::Move, handler.exception.variable->index, exception);
+        Emit(Op::Clear, exception);
+        CompileBlock(handler.body);
+        CloseScope();
+        Jump(done);
+        Land(next);
+    }
+    at_ = statement.at;
+    Emit(Op::Raise, exception);
+}
+
+}  // namespace script

@@ -1,0 +1,216 @@
+#include "script/Machine.h"
+
+#include <sys/resource.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "host/Call.h"
+
+namespace script {
+
+namespace {
+
+// Set from signal handlers and destructors; looked at where loops go back and routines are called.
+std::atomic<bool> attention{false};
+std::atomic<bool> interrupted{false};
+
+constexpr std::size_t kMostTraceLines = 24;
+constexpr int kInterruptedExitCode = 130;
+
+}  // namespace
+
+void Throw(std::string_view className, std::string_view message) {
+    throw host::Raised{host::Runtime::Get().MakeException(className, message)};
+}
+
+void Machine::Interrupt() {
+    interrupted.store(true, std::memory_order_relaxed);
+    attention.store(true, std::memory_order_relaxed);
+}
+
+bool AttentionWanted() { return attention.load(std::memory_order_relaxed); }
+void WantAttention() { attention.store(true, std::memory_order_relaxed); }
+
+Machine::Machine(Code& code, Symbols& symbols)
+    : code_(code),
+      symbols_(symbols),
+      memory_(new std::byte[(kMostStackValues + 1) * sizeof(host::Value)]),
+      stack_(reinterpret_cast<host::Value*>(memory_.get())) {
+    frames_.reserve(kMostFrames + 1);
+    rlimit limit{};
+    getrlimit(RLIMIT_STACK, &limit);
+    constexpr std::size_t kUsual = 8 << 20;
+    const std::size_t size = limit.rlim_cur == RLIM_INFINITY ? kUsual : std::min<std::size_t>(limit.rlim_cur, 64 << 20);
+    // A plug-in's own functions need room too: a quarter is theirs.
+    nativeLimit_ = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0)) - size / 4 * 3;
+}
+
+Machine::~Machine() = default;
+
+void Machine::CheckNativeStack() const {
+    if (reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0)) < nativeLimit_)
+        Throw("StackOverflowException", "Calls are nested too deeply");
+}
+
+Position Machine::Here() const {
+    if (frames_.empty()) return {};
+    const Frame& frame = frames_.back();
+    return frame.function->positions[static_cast<std::size_t>(frame.next - frame.function->code.data() - 1)];
+}
+
+// A fresh frame above the last one.
+host::Value* Machine::PushFrame(const Function& function, host::Value* result) {
+    host::Value* base = stack_;
+    if (!frames_.empty()) base = frames_.back().registers + frames_.back().function->prototype.size();
+    const std::size_t size = function.prototype.size();
+    if (frames_.size() >= kMostFrames || static_cast<std::size_t>(base - stack_) + size > kMostStackValues)
+        Throw("StackOverflowException", "Calls are nested too deeply");
+    // A prototype holds numbers and nil only, which may be copied as bytes.
+    std::memcpy(static_cast<void*>(base), function.prototype.data(), size * sizeof(host::Value));
+    frames_.push_back({&function, function.code.data(), base, result});
+    return base;
+}
+
+// References go one by one, and with each whatever they held last: its destructor may run script
+// code above this frame.
+void Machine::PopFrame() {
+    const Function& function = *frames_.back().function;
+    host::Value* registers = frames_.back().registers;
+    for (const std::uint16_t index : function.references) {
+        if (registers[index].bits() == 0 && registers[index].kind() != host::Kind::None) continue;
+        registers[index] = function.prototype[index];
+    }
+    frames_.pop_back();
+}
+
+void Machine::PopTo(std::size_t floor) {
+    while (frames_.size() > floor) PopFrame();
+}
+
+void Machine::CheckAttention() {
+    attention.store(false, std::memory_order_relaxed);
+    if (interrupted.exchange(false)) {
+        terminating_ = true;
+        exitCode_ = kInterruptedExitCode;
+    }
+    CheckRaised();
+}
+
+// After anything of the host ran: what it raised takes effect now.
+void Machine::CheckRaised() {
+    if (terminating_) throw Terminated{exitCode_};
+    host::Runtime::Get().ThrowIfRaised();
+}
+
+void Machine::CaptureTrace(host::Object* exception) {
+    const bool same = exception == traced_ && (raising_ || !caught_);
+    raising_ = false;
+    caught_ = false;
+    if (same) return;
+    traced_ = exception;
+    failure_.trace.clear();
+    failure_.omitted = 0;
+    for (std::size_t i = frames_.size(); i-- > 0;) {
+        const Frame& frame = frames_[i];
+        const auto at = static_cast<std::size_t>(frame.next - frame.function->code.data());
+        if (failure_.trace.size() + 1 >= kMostTraceLines && i > 0) {
+            ++failure_.omitted;
+            continue;
+        }
+        failure_.trace.push_back({frame.function, frame.function->positions[at == 0 ? 0 : at - 1]});
+    }
+}
+
+// Goes to the innermost handler above the floor; false, with the frames gone, when there is none.
+bool Machine::Unwind(std::size_t floor, host::Ref<host::Object> exception) {
+    CaptureTrace(exception.get());
+    while (frames_.size() > floor) {
+        Frame& frame = frames_.back();
+        const Function& function = *frame.function;
+        const auto next = static_cast<std::uint32_t>(frame.next - function.code.data());
+        const std::uint32_t at = next == 0 ? 0 : next - 1;
+        for (const Handler& handler : function.handlers) {
+            if (at < handler.from || at >= handler.to) continue;
+            frame.registers[handler.exception] = host::Value(std::move(exception));
+            frame.next = function.code.data() + handler.target;
+            caught_ = true;
+            return true;
+        }
+        PopFrame();
+    }
+    failure_.exception = exception;
+    return false;
+}
+
+void Machine::Execute(std::size_t floor) {
+    for (;;) {
+        host::Ref<host::Object> exception;
+        try {
+            return Loop(floor);
+        } catch (const host::Raised& raised) {
+            exception = raised.exception;
+        } catch (const std::bad_alloc&) {
+            exception = host::Runtime::Get().MakeException("RuntimeException", "There is not enough memory");
+        } catch (const std::length_error&) {
+            exception = host::Runtime::Get().MakeException("RuntimeException", "There is not enough memory");
+        } catch (const Terminated&) {
+            PopTo(floor);
+            throw;
+        }
+        if (!Unwind(floor, exception)) throw host::Raised{exception};
+    }
+}
+
+void Machine::Run() {
+    attention = interrupted = false;
+    globals_ = stack_;
+    PushFrame(*code_.main, nullptr);
+    Execute(0);
+    CheckAttention();
+}
+
+host::Value Machine::Invoke(const Function& function, host::Object* self, std::span<host::Value> arguments) {
+    if (terminating_) return {};
+    CheckNativeStack();
+    const std::size_t floor = frames_.size();
+    host::Value result;
+    host::Value* registers = PushFrame(function, &result);
+    std::size_t next = 0;
+    const bool receives = function.parameters.size() > arguments.size();
+    if (receives) registers[function.parameters[next++]] = host::Value(host::Ref<host::Object>::Share(self));
+    for (host::Value& argument : arguments) {
+        const std::uint16_t index = function.parameters[next];
+        const std::size_t parameter = next++ - (receives ? 1 : 0);
+        const bool byRef = function.routine && function.routine->signature.parameters[parameter].byRef;
+        if (byRef)
+            registers[index].bits() = reinterpret_cast<std::intptr_t>(&argument);
+        else
+            registers[index] = argument;
+    }
+    try {
+        Execute(floor);
+    } catch (const Terminated& end) {
+        terminating_ = true;
+        exitCode_ = end.exitCode;
+        WantAttention();
+        return {};
+    }
+    return result;
+}
+
+Function* Machine::FindOverride(const host::Class& type, const RoutineSymbol& declared) const {
+    const std::string lower = host::LowerName(declared.signature.name);
+    for (const host::Class* at = &type; at; at = at->superclass()) {
+        for (const ClassSymbol* symbol : symbols_.scriptClasses) {
+            if (symbol->made != at) continue;
+            const auto found = symbol->routines.find(lower);
+            if (found == symbol->routines.end()) continue;
+            for (RoutineSymbol* routine : found->second)
+                if (SameParameters(routine->signature, declared.signature)) return routine->code;
+        }
+    }
+    return declared.code;
+}
+
+}  // namespace script

@@ -1,0 +1,129 @@
+// Runs compiled scripts.
+//
+// All calls of the script share one stack of frames, also those that come from outside: an event
+// that a plug-in raises in the middle of one of its methods, a destructor, a timer. Such a call
+// runs in an Execute of its own above the frames that wait. Exceptions travel as C++ exceptions
+// (host::Raised) inside the host and never through a plug-in: there they are marked as raised and
+// taken up again when the plug-in's method returns.
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/Runtime.h"
+#include "script/Bytecode.h"
+#include "script/Compiler.h"
+
+namespace script {
+
+// Deeper recursion is a StackOverflowException.
+inline constexpr std::size_t kMostFrames = 50'000;
+inline constexpr std::size_t kMostStackValues = 1'500'000;
+
+// Thrown to end the script at once, without Catch or Finally.
+struct Terminated {
+    int exitCode;
+};
+
+// Where a routine stood when an exception was raised.
+struct TraceLine {
+    const Function* function;
+    Position at;
+};
+
+// What stands behind an exception that no Catch took.
+struct Failure {
+    host::Ref<host::Object> exception;
+    std::vector<TraceLine> trace;  // the innermost first; long ones are cut
+    std::size_t omitted = 0;       // lines cut
+};
+
+// Sees the calls that a script makes to the host and its plug-ins.
+struct CallObserver {
+    virtual ~CallObserver() = default;
+    virtual void BeforeCall(const host::Method&, host::Object*, std::span<const host::Value>, Position) {}
+    virtual void AfterCall(const host::Method&, host::Object*, std::span<const host::Value>, const host::Value&,
+                           Position) {}
+};
+
+class Machine {
+  public:
+    Machine(Code& code, Symbols& symbols);
+    ~Machine();
+    Machine(const Machine&) = delete;
+    Machine& operator=(const Machine&) = delete;
+
+    // Runs the program to its end. Throws Terminated, or host::Raised for an exception that
+    // nobody took: LastFailure then tells more.
+    void Run();
+    const Failure& LastFailure() const { return failure_; }
+    void ForgetFailure() { failure_ = {}; }
+
+    // Calls a routine from the host; what leaves it is host::Raised alone.
+    host::Value Invoke(const Function& function, host::Object* self, std::span<host::Value> arguments);
+
+    // The routine that an object's class has for a method.
+    Function* FindOverride(const host::Class& type, const RoutineSymbol& declared) const;
+
+    // Asks the running script to end. May be called from a signal handler.
+    static void Interrupt();
+
+    std::function<void(std::string_view)> print;  // takes each line of Print, without its end
+    CallObserver* observer = nullptr;
+
+  private:
+    struct Frame {
+        const Function* function;
+        const Instruction* next;  // the one after the call that is under way
+        host::Value* registers;
+        host::Value* result;  // where the caller wants it; null: nowhere
+    };
+
+    void Execute(std::size_t floor);
+    void Loop(std::size_t floor);
+    bool Unwind(std::size_t floor, host::Ref<host::Object> exception);
+    void CaptureTrace(host::Object* exception);
+    host::Value* PushFrame(const Function& function, host::Value* result);
+    void PopFrame();
+    void PopTo(std::size_t floor);
+    void CheckNativeStack() const;
+    void CheckAttention();
+    void CheckRaised();
+    Position Here() const;
+
+    // --- Operations that may raise (MachineOperations.cpp, MachineCalls.cpp)
+    void Perform(Instruction instruction, const Function& function, host::Value* r, const Instruction* next);
+    void PerformArray(Instruction instruction, const Function& function, host::Value* r);
+    void MakeArray(Instruction instruction, const Function& function, host::Value* r);
+    void EnterCall(Instruction instruction, const Function& caller, host::Value* r);
+    void CallNative(Instruction instruction, const Function& function, host::Value* r);
+    void CallSetter(Instruction instruction, const Function& function, host::Value* r);
+    void GetProperty(Instruction instruction, const Function& function, host::Value* r);
+    void SetProperty(Instruction instruction, const Function& function, host::Value* r);
+    void NewObject(Instruction instruction, const Function& function, host::Value* r);
+    [[noreturn]] void RaiseFrom(const host::Value& exception);
+
+    Code& code_;
+    Symbols& symbols_;
+    std::unique_ptr<std::byte[]> memory_;  // of all registers
+    host::Value* stack_;
+    std::vector<Frame> frames_;
+    host::Value* globals_ = nullptr;
+    std::uintptr_t nativeLimit_ = 0;  // lowest address that calls from outside may reach on the stack
+    bool terminating_ = false;
+    int exitCode_ = 0;
+    bool raising_ = false;  // by a Raise, which keeps the trace of an exception raised before
+    const host::Object* traced_ = nullptr;
+    bool caught_ = false;
+    Failure failure_;
+};
+
+// Throws an exception of a class, made by the runtime.
+[[noreturn]] void Throw(std::string_view className, std::string_view message);
+
+}  // namespace script

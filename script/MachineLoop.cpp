@@ -1,0 +1,208 @@
+// The instruction loop. Numbers, jumps and calls are worked on here; whatever may raise for other
+// reasons is done by Perform.
+#include <cmath>
+#include <limits>
+
+#include "script/Arithmetic.h"
+#include "script/Machine.h"
+#include "script/MachineState.h"
+
+namespace script {
+
+namespace {
+
+using host::Value;
+
+std::int32_t Narrow(const Value& value) { return static_cast<std::int32_t>(value.bits()); }
+std::uint32_t Unsigned(const Value& value) { return static_cast<std::uint32_t>(value.bits()); }
+
+[[noreturn]] void ThrowDivision() { Throw("RuntimeException", "Division by zero"); }
+
+std::int64_t NonZero(std::int64_t divisor) {
+    if (divisor == 0) ThrowDivision();
+    return divisor;
+}
+
+// One step of a loop's variable; false, with the variable as it was, when it would leave its type.
+bool Step(Value& variable, std::int64_t step, std::int64_t lowest, std::int64_t highest) {
+    std::int64_t next = 0;
+    if (__builtin_add_overflow(variable.bits(), step, &next) || next < lowest || next > highest) return false;
+    variable.bits() = next;
+    return true;
+}
+
+template <class T>
+bool StepIn(Value& variable, const Value& step) {
+    return Step(variable, step.bits(), std::numeric_limits<T>::min(), std::numeric_limits<T>::max());
+}
+
+// The element of an array, or an exception that says what is wrong.
+Value& ElementOf(const Value& array, const Value& index) {
+    host::Array* elements = array.array();
+    if (!elements) Throw("NilObjectException", "The array is Nil");
+    const std::int64_t at = index.bits();
+    if (at < 0 || at >= static_cast<std::int64_t>(elements->values.size())) ThrowOutOfBounds(at, *elements);
+    return elements->values[static_cast<std::size_t>(at)];
+}
+
+Value& FieldOf(const Value& holder, std::uint16_t offset) {
+    host::Object* object = holder.object();
+    if (!object) Throw("NilObjectException", "A property of Nil is asked for");
+    return reinterpret_cast<Value*>(object)[offset];
+}
+
+}  // namespace
+
+// Longer than anything else here: one line an instruction.
+// clang-format off
+void Machine::Loop(std::size_t floor) {
+    Frame* frame = &frames_.back();
+    const Instruction* pc = frame->next;
+    Value* r = frame->registers;
+    for (;;) {
+        const Instruction i = *pc++;
+        frame->next = pc;
+        switch (i.op) {
+            case Op::MoveBits: r[i.a].bits() = r[i.b].bits(); break;
+            case Op::Move: r[i.a] = r[i.b]; break;
+            case Op::LoadText: r[i.a] = frame->function->texts[i.Number()]; break;
+            case Op::Clear: r[i.a] = frame->function->prototype[i.a]; break;
+            case Op::LoadGlobalBits: r[i.a].bits() = globals_[i.Number()].bits(); break;
+            case Op::LoadGlobal: r[i.a] = globals_[i.Number()]; break;
+            case Op::StoreGlobalBits: globals_[i.Number()].bits() = r[i.a].bits(); break;
+            case Op::StoreGlobal: globals_[i.Number()] = r[i.a]; break;
+            case Op::LoadRef: r[i.a] = *reinterpret_cast<Value*>(r[i.b].bits()); break;
+            case Op::StoreRef: *reinterpret_cast<Value*>(r[i.a].bits()) = r[i.b]; break;
+            case Op::RefLocal: r[i.a].bits() = reinterpret_cast<std::intptr_t>(&r[i.b]); break;
+            case Op::RefGlobal: r[i.a].bits() = reinterpret_cast<std::intptr_t>(&globals_[i.Number()]); break;
+            case Op::LoadFieldBits: r[i.a].bits() = FieldOf(r[i.b], i.c).bits(); break;
+            case Op::LoadField: r[i.a] = Value(FieldOf(r[i.b], i.c)); break;
+            case Op::StoreFieldBits: FieldOf(r[i.a], i.c).bits() = r[i.b].bits(); break;
+            case Op::StoreField: { const Value old = std::exchange(FieldOf(r[i.a], i.c), r[i.b]); break; }
+            case Op::LoadElementBits: r[i.a].bits() = ElementOf(r[i.b], r[i.c]).bits(); break;
+            case Op::LoadElement: r[i.a] = Value(ElementOf(r[i.b], r[i.c])); break;
+            case Op::StoreElementBits: ElementOf(r[i.a], r[i.b]).bits() = r[i.c].bits(); break;
+            case Op::StoreElement: { const Value old = std::exchange(ElementOf(r[i.a], r[i.b]), r[i.c]); break; }
+
+            case Op::AddI: r[i.a].bits() = WrapAdd(Narrow(r[i.b]), Narrow(r[i.c])); break;
+            case Op::SubtractI: r[i.a].bits() = WrapSubtract(Narrow(r[i.b]), Narrow(r[i.c])); break;
+            case Op::MultiplyI: r[i.a].bits() = WrapMultiply(Narrow(r[i.b]), Narrow(r[i.c])); break;
+            case Op::DivideI:
+                r[i.a].bits() = WrapDivide(Narrow(r[i.b]), static_cast<std::int32_t>(NonZero(r[i.c].bits())));
+                break;
+            case Op::ModuloI:
+                r[i.a].bits() = WrapModulo(Narrow(r[i.b]), static_cast<std::int32_t>(NonZero(r[i.c].bits())));
+                break;
+            case Op::AddL: r[i.a].bits() = WrapAdd(r[i.b].bits(), r[i.c].bits()); break;
+            case Op::SubtractL: r[i.a].bits() = WrapSubtract(r[i.b].bits(), r[i.c].bits()); break;
+            case Op::MultiplyL: r[i.a].bits() = WrapMultiply(r[i.b].bits(), r[i.c].bits()); break;
+            case Op::DivideL: r[i.a].bits() = WrapDivide(r[i.b].bits(), NonZero(r[i.c].bits())); break;
+            case Op::ModuloL: r[i.a].bits() = WrapModulo(r[i.b].bits(), NonZero(r[i.c].bits())); break;
+            case Op::AddU: r[i.a].bits() = WrapAdd(Unsigned(r[i.b]), Unsigned(r[i.c])); break;
+            case Op::SubtractU: r[i.a].bits() = WrapSubtract(Unsigned(r[i.b]), Unsigned(r[i.c])); break;
+            case Op::MultiplyU: r[i.a].bits() = WrapMultiply(Unsigned(r[i.b]), Unsigned(r[i.c])); break;
+            case Op::DivideU: r[i.a].bits() = r[i.b].bits() / NonZero(r[i.c].bits()); break;
+            case Op::ModuloU: r[i.a].bits() = r[i.b].bits() % NonZero(r[i.c].bits()); break;
+            case Op::AddD: r[i.a].real() = r[i.b].real() + r[i.c].real(); break;
+            case Op::SubtractD: r[i.a].real() = r[i.b].real() - r[i.c].real(); break;
+            case Op::MultiplyD: r[i.a].real() = r[i.b].real() * r[i.c].real(); break;
+            case Op::DivideD: r[i.a].real() = Quotient(r[i.b].real(), r[i.c].real()); break;
+            case Op::PowerD: r[i.a].real() = std::pow(r[i.b].real(), r[i.c].real()); break;
+            case Op::And: r[i.a].bits() = r[i.b].bits() & r[i.c].bits(); break;
+            case Op::Or: r[i.a].bits() = r[i.b].bits() | r[i.c].bits(); break;
+            case Op::Xor: r[i.a].bits() = r[i.b].bits() ^ r[i.c].bits(); break;
+            case Op::NegateI: r[i.a].bits() = WrapNegate(Narrow(r[i.b])); break;
+            case Op::NegateL: r[i.a].bits() = WrapNegate(r[i.b].bits()); break;
+            case Op::NegateD: r[i.a].real() = -r[i.b].real(); break;
+            case Op::NotSigned: r[i.a].bits() = ~r[i.b].bits(); break;
+            case Op::NotU: r[i.a].bits() = static_cast<std::uint32_t>(~r[i.b].bits()); break;
+            case Op::NotByte: r[i.a].bits() = static_cast<std::uint8_t>(~r[i.b].bits()); break;
+            case Op::NotBoolean: r[i.a].bits() = r[i.b].bits() == 0; break;
+
+            case Op::EqualI: r[i.a].bits() = r[i.b].bits() == r[i.c].bits(); break;
+            case Op::NotEqualI: r[i.a].bits() = r[i.b].bits() != r[i.c].bits(); break;
+            case Op::LessI: r[i.a].bits() = r[i.b].bits() < r[i.c].bits(); break;
+            case Op::LessOrEqualI: r[i.a].bits() = r[i.b].bits() <= r[i.c].bits(); break;
+            case Op::EqualD: r[i.a].bits() = r[i.b].real() == r[i.c].real(); break;
+            case Op::NotEqualD: r[i.a].bits() = r[i.b].real() != r[i.c].real(); break;
+            case Op::LessD: r[i.a].bits() = r[i.b].real() < r[i.c].real(); break;
+            case Op::LessOrEqualD: r[i.a].bits() = r[i.b].real() <= r[i.c].real(); break;
+            case Op::EqualText: r[i.a].bits() = CompareTexts(r[i.b], r[i.c]) == 0; break;
+            case Op::NotEqualText: r[i.a].bits() = CompareTexts(r[i.b], r[i.c]) != 0; break;
+            case Op::LessText: r[i.a].bits() = CompareTexts(r[i.b], r[i.c]) < 0; break;
+            case Op::LessOrEqualText: r[i.a].bits() = CompareTexts(r[i.b], r[i.c]) <= 0; break;
+            case Op::Same: r[i.a].bits() = r[i.b].bits() == r[i.c].bits(); break;
+            case Op::NotSame: r[i.a].bits() = r[i.b].bits() != r[i.c].bits(); break;
+
+            case Op::ToByte: r[i.a].bits() = static_cast<std::uint8_t>(r[i.b].bits()); break;
+            case Op::ToInteger: r[i.a].bits() = Narrow(r[i.b]); break;
+            case Op::ToUnsigned: r[i.a].bits() = Unsigned(r[i.b]); break;
+            case Op::WholeToDouble: r[i.a].real() = static_cast<double>(r[i.b].bits()); break;
+            case Op::WholeToSingle: r[i.a].real() = static_cast<float>(r[i.b].bits()); break;
+            case Op::DoubleToInteger: r[i.a].bits() = host::TruncateToInt32(r[i.b].real()); break;
+            case Op::DoubleToInt64: r[i.a].bits() = host::TruncateToInt64(r[i.b].real()); break;
+            case Op::DoubleToUnsigned:
+                r[i.a].bits() = static_cast<std::uint32_t>(host::TruncateToInt64(r[i.b].real()));
+                break;
+            case Op::DoubleToByte:
+                r[i.a].bits() = static_cast<std::uint8_t>(host::TruncateToInt32(r[i.b].real()));
+                break;
+            case Op::DoubleToSingle: r[i.a].real() = static_cast<float>(r[i.b].real()); break;
+
+            case Op::Jump: pc = frame->function->code.data() + i.Number(); break;
+            case Op::Loop:
+                if (AttentionWanted()) CheckAttention();
+                pc = frame->function->code.data() + i.Number();
+                break;
+            case Op::JumpIf: if (r[i.a].bits()) pc = frame->function->code.data() + i.Number(); break;
+            case Op::JumpUnless: if (!r[i.a].bits()) pc = frame->function->code.data() + i.Number(); break;
+            case Op::TestEqualI: pc += r[i.a].bits() == r[i.b].bits(); break;
+            case Op::TestNotEqualI: pc += r[i.a].bits() != r[i.b].bits(); break;
+            case Op::TestLessI: pc += r[i.a].bits() < r[i.b].bits(); break;
+            case Op::TestLessOrEqualI: pc += r[i.a].bits() <= r[i.b].bits(); break;
+            case Op::TestEqualD: pc += r[i.a].real() == r[i.b].real(); break;
+            case Op::TestNotEqualD: pc += r[i.a].real() != r[i.b].real(); break;
+            case Op::TestLessD: pc += r[i.a].real() < r[i.b].real(); break;
+            case Op::TestLessOrEqualD: pc += r[i.a].real() <= r[i.b].real(); break;
+            case Op::TestForI:
+                pc += r[i.c].bits() < 0 ? r[i.a].bits() >= r[i.b].bits() : r[i.a].bits() <= r[i.b].bits();
+                break;
+            case Op::TestForD:
+                pc += r[i.c].real() < 0 ? r[i.a].real() >= r[i.b].real() : r[i.a].real() <= r[i.b].real();
+                break;
+            case Op::StepByte: pc += StepIn<std::uint8_t>(r[i.a], r[i.b]); break;
+            case Op::StepI: pc += StepIn<std::int32_t>(r[i.a], r[i.b]); break;
+            case Op::StepU: pc += StepIn<std::uint32_t>(r[i.a], r[i.b]); break;
+            case Op::StepL: pc += StepIn<std::int64_t>(r[i.a], r[i.b]); break;
+            case Op::StepSingle: r[i.a].real() = static_cast<float>(r[i.a].real() + r[i.b].real()); ++pc; break;
+            case Op::StepD: r[i.a].real() += r[i.b].real(); ++pc; break;
+
+            case Op::Call:
+            case Op::CallVirtual: {
+                if (AttentionWanted()) CheckAttention();
+                EnterCall(i, *frame->function, r);
+                frame = &frames_.back();
+                pc = frame->next;
+                r = frame->registers;
+                break;
+            }
+            case Op::Return:
+                if (frame->result) *frame->result = r[i.a];
+                [[fallthrough]];
+            case Op::ReturnNothing:
+                PopFrame();
+                if (frames_.size() == floor) return;
+                frame = &frames_.back();
+                pc = frame->next;
+                r = frame->registers;
+                break;
+            default:
+                Perform(i, *frame->function, r, pc);
+                pc += i.op == Op::VariantOperation || i.op == Op::VariantCompare;
+                break;
+        }
+    }
+}
+// clang-format on
+
+}  // namespace script

@@ -1,0 +1,194 @@
+#include <algorithm>
+
+#include "host/Call.h"
+#include "script/Machine.h"
+#include "script/MachineState.h"
+
+namespace script {
+
+using host::Value;
+
+namespace {
+
+// An array may grow to this many elements; a mistyped size is an exception, not a dead machine.
+constexpr std::int64_t kMostElements = 100'000'000;
+
+host::Array& ArrayIn(const Value& value) {
+    if (!value.array()) Throw("NilObjectException", "The array is Nil");
+    return *value.array();
+}
+
+std::size_t CountFor(std::int64_t highest) {
+    if (highest < -1) Throw("OutOfBoundsException", "An array's highest index can't be below -1");
+    if (highest >= kMostElements) Throw("OutOfBoundsException", "An array can't have so many elements");
+    return static_cast<std::size_t>(highest + 1);
+}
+
+std::size_t IndexIn(const host::Array& array, std::int64_t index, std::size_t end) {
+    if (index < 0 || index >= static_cast<std::int64_t>(end)) ThrowOutOfBounds(index, array);
+    return static_cast<std::size_t>(index);
+}
+
+void Sort(host::Array& array) {
+    const bool texts = array.element.kind == host::Kind::String;
+    const bool reals = array.element.kind == host::Kind::Double || array.element.kind == host::Kind::Single;
+    std::stable_sort(array.values.begin(), array.values.end(), [&](const Value& a, const Value& b) {
+        if (texts) return CompareTexts(a, b) < 0;
+        // Not-a-number comes last, so that there is an order at all.
+        if (reals) return a.real() < b.real() || (b.real() != b.real() && a.real() == a.real());
+        return a.bits() < b.bits();
+    });
+}
+
+bool SameElement(const Value& a, const Value& b) {
+    if (a.kind() == host::Kind::String && b.kind() == host::Kind::String) return CompareTexts(a, b) == 0;
+    if (a.kind() == host::Kind::Double || a.kind() == host::Kind::Single)
+        return b.IsNumber() && a.ToDouble() == b.ToDouble();
+    if (a.IsNumber() && b.IsNumber()) return a.ToDouble() == b.ToDouble();
+    return a.kind() == b.kind() && a.bits() == b.bits();
+}
+
+std::int64_t IndexOf(const host::Array& array, const Value& wanted) {
+    const auto found = std::find_if(array.values.begin(), array.values.end(),
+                                    [&](const Value& value) { return SameElement(value, wanted); });
+    return found == array.values.end() ? -1 : found - array.values.begin();
+}
+
+// Shrinks or grows. What is dropped goes after the array is whole again, since destructors may
+// look at it.
+void Resize(host::Array& array, std::size_t count) {
+    std::vector<Value> dropped;
+    if (count < array.values.size()) {
+        dropped.assign(std::make_move_iterator(array.values.begin() + static_cast<std::ptrdiff_t>(count)),
+                       std::make_move_iterator(array.values.end()));
+    }
+    array.values.resize(count, host::DefaultOf(array.element));
+}
+
+}  // namespace
+
+void ThrowOutOfBounds(std::int64_t index, const host::Array& array) {
+    const std::string which =
+        array.values.empty() ? "the array is empty" : "the highest is " + std::to_string(array.values.size() - 1);
+    Throw("OutOfBoundsException", "Index " + std::to_string(index) + " is out of bounds; " + which);
+}
+
+void Machine::MakeArray(Instruction instruction, const Function& function, Value* r) {
+    const CallSite& site = function.sites[instruction.b];
+    host::Ref<host::Array> array = host::MakeArray(function.types[instruction.c].host);
+    array->values.reserve(site.arguments.size());
+    for (const std::uint16_t index : site.arguments) array->values.push_back(r[index]);
+    r[instruction.a] = Value(std::move(array));
+}
+
+void Machine::PerformArray(Instruction instruction, const Function& function, Value* r) {
+    Value* a = &r[instruction.a];
+    switch (instruction.op) {
+        case Op::NewArray: {
+            const bool sized = instruction.b != kNoRegister;
+            const std::size_t count = sized ? CountFor(r[instruction.b].bits()) : 0;
+            *a = Value(host::MakeArray(function.types[instruction.c].host, count));
+            return;
+        }
+        case Op::Append:
+            ArrayIn(*a).values.push_back(r[instruction.b]);
+            return;
+        case Op::Insert: {
+            host::Array& array = ArrayIn(*a);
+            const std::size_t at = IndexIn(array, r[instruction.b].bits(), array.values.size() + 1);
+            array.values.insert(array.values.begin() + static_cast<std::ptrdiff_t>(at), r[instruction.c]);
+            return;
+        }
+        case Op::Remove: {
+            host::Array& array = ArrayIn(*a);
+            const std::size_t at = IndexIn(array, r[instruction.b].bits(), array.values.size());
+            const Value removed = std::move(array.values[at]);
+            array.values.erase(array.values.begin() + static_cast<std::ptrdiff_t>(at));
+            return;
+        }
+        case Op::ReDim:
+            Resize(ArrayIn(*a), CountFor(r[instruction.b].bits()));
+            return;
+        case Op::Sort:
+            Sort(ArrayIn(*a));
+            return;
+        case Op::Ubound:
+            a->bits() = host::UpperBound(&ArrayIn(r[instruction.b]));
+            return;
+        case Op::Pop: {
+            host::Array& array = ArrayIn(r[instruction.b]);
+            if (array.values.empty()) ThrowOutOfBounds(-1, array);
+            Value last = std::move(array.values.back());
+            array.values.pop_back();
+            *a = std::move(last);
+            return;
+        }
+        default:
+            a->bits() = IndexOf(ArrayIn(r[instruction.b]), r[instruction.c]);
+            return;
+    }
+}
+
+void Machine::RaiseFrom(const Value& exception) {
+    if (!exception.object()) Throw("NilObjectException", "Nil is raised");
+    raising_ = true;
+    throw host::Raised{host::Ref<host::Object>::Share(exception.object())};
+}
+
+void Machine::Perform(Instruction instruction, const Function& function, Value* r, const Instruction* next) {
+    Value* a = &r[instruction.a];
+    switch (instruction.op) {
+        case Op::ConvertValue: {
+            Value converted = ConvertValue(r[instruction.b], function.types[instruction.c]);
+            CheckRaised();
+            *a = std::move(converted);
+            return;
+        }
+        case Op::Cast:
+            *a = CastObject(r[instruction.b], function.types[instruction.c]);
+            return;
+        case Op::TextOf:
+            *a = Value(TextOfValue(r[instruction.b]));
+            return;
+        case Op::IsA:
+            a->bits() = IsInstance(r[instruction.b], function.types[instruction.c]);
+            return;
+        case Op::CallNative:
+            return CallNative(instruction, function, r);
+        case Op::CallSetter:
+            return CallSetter(instruction, function, r);
+        case Op::GetProperty:
+            return GetProperty(instruction, function, r);
+        case Op::SetProperty:
+            return SetProperty(instruction, function, r);
+        case Op::NewObject:
+            return NewObject(instruction, function, r);
+        case Op::MakeArray:
+            return MakeArray(instruction, function, r);
+        case Op::Concatenate:
+            *a = ConcatenateTexts(r[instruction.b], r[instruction.c]);
+            return;
+        case Op::ColorPart:
+            a->bits() = r[instruction.b].bits() >> instruction.c & 0xFF;
+            return;
+        case Op::VariantOperation:
+            *a = VariantArithmetic(static_cast<Operator>(next->a), r[instruction.b], r[instruction.c]);
+            return;
+        case Op::VariantCompare:
+            a->bits() = VariantComparison(static_cast<Operator>(next->a), r[instruction.b], r[instruction.c]);
+            return;
+        case Op::Print:
+            if (print) print(a->text());
+            return;
+        case Op::Quit:
+            terminating_ = true;
+            exitCode_ = static_cast<int>(a->bits());
+            throw Terminated{exitCode_};
+        case Op::Raise:
+            RaiseFrom(*a);
+        default:
+            return PerformArray(instruction, function, r);
+    }
+}
+
+}  // namespace script

@@ -1,0 +1,143 @@
+#include "script/Parser.h"
+
+#include <algorithm>
+
+#include "host/Type.h"
+#include "script/ParserState.h"
+
+namespace script {
+
+namespace {
+
+// Words that can't name a variable, a routine or a class. After a dot they may name a member.
+constexpr std::string_view kReserved[] = {
+    "and",   "as",       "byref",  "byval",  "call",     "case",   "catch",      "class",   "const",     "continue",
+    "dim",   "do",       "downto", "each",   "else",     "elseif", "end",        "exit",    "false",     "finally",
+    "for",   "function", "if",     "in",     "inherits", "is",     "isa",        "loop",    "me",        "mod",
+    "new",   "next",     "nil",    "not",    "optional", "or",     "paramarray", "private", "protected", "public",
+    "raise", "redim",    "return", "select", "self",     "shared", "static",     "step",    "sub",       "super",
+    "then",  "to",       "true",   "try",    "until",    "var",    "wend",       "while",   "xor"};
+
+std::string Quoted(std::string_view text) { return '"' + std::string(text) + '"'; }
+
+}  // namespace
+
+bool IsReserved(std::string_view word) {
+    return std::any_of(std::begin(kReserved), std::end(kReserved),
+                       [&](std::string_view reserved) { return host::SameName(reserved, word); });
+}
+
+Parser::Parser(const Source& source, Diagnostics& diagnostics) : diagnostics_(diagnostics) {
+    for (Token& token : host::Tokens(source.text)) {
+        if (token.kind == TokenKind::Error) {
+            diagnostics_.Add({token.line, token.column}, token.text);
+        } else {
+            tokens_.push_back(std::move(token));
+        }
+    }
+}
+
+const Token& Parser::Peek(std::size_t ahead) const { return tokens_[std::min(at_ + ahead, tokens_.size() - 1)]; }
+
+Position Parser::Here() const { return {Peek().line, Peek().column}; }
+
+bool Parser::AtWord(std::string_view word, std::size_t ahead) const {
+    const Token& token = Peek(ahead);
+    return token.kind == TokenKind::Identifier && host::SameName(token.text, word);
+}
+
+bool Parser::AtSymbol(std::string_view symbol, std::size_t ahead) const {
+    const Token& token = Peek(ahead);
+    return token.kind == TokenKind::Operator && token.text == symbol;
+}
+
+bool Parser::AtName(std::size_t ahead) const {
+    return Peek(ahead).kind == TokenKind::Identifier && !IsReserved(Peek(ahead).text);
+}
+
+bool Parser::AtLineEnd(std::size_t ahead) const {
+    return Peek(ahead).kind == TokenKind::NewLine || Peek(ahead).kind == TokenKind::End;
+}
+
+bool Parser::AtFileEnd() const { return Peek().kind == TokenKind::End; }
+
+bool Parser::TakeWord(std::string_view word) {
+    if (!AtWord(word)) return false;
+    Advance();
+    return true;
+}
+
+bool Parser::TakeSymbol(std::string_view symbol) {
+    if (!AtSymbol(symbol)) return false;
+    Advance();
+    return true;
+}
+
+std::string Parser::Found() const {
+    switch (Peek().kind) {
+        case TokenKind::NewLine:
+            return "the end of the line";
+        case TokenKind::End:
+            return "the end of the script";
+        case TokenKind::String:
+            return "a text";
+        case TokenKind::Identifier:
+            return Peek().text;
+        default:
+            return Quoted(Peek().text);
+    }
+}
+
+void Parser::Fail(std::string message) { FailAt(Here(), std::move(message)); }
+
+void Parser::FailAt(Position at, std::string message) {
+    diagnostics_.Add(at, std::move(message));
+    throw ParseFailure();
+}
+
+void Parser::ExpectWord(std::string_view word, std::string_view after) {
+    if (TakeWord(word)) return;
+    std::string shown(word);
+    shown[0] = static_cast<char>(shown[0] - 'a' + 'A');
+    Fail("expected " + shown + " after " + std::string(after) + ", found " + Found());
+}
+
+void Parser::ExpectSymbol(std::string_view symbol, std::string_view after) {
+    if (TakeSymbol(symbol)) return;
+    Fail("expected " + Quoted(symbol) + " after " + std::string(after) + ", found " + Found());
+}
+
+std::string Parser::ExpectName(std::string_view what) {
+    if (Peek().kind == TokenKind::Identifier && IsReserved(Peek().text))
+        Fail("expected " + std::string(what) + "; " + Peek().text + " is a word of the language");
+    if (Peek().kind != TokenKind::Identifier) Fail("expected " + std::string(what) + ", found " + Found());
+    std::string name = Peek().text;
+    Advance();
+    return name;
+}
+
+std::string Parser::ExpectMemberName() {
+    if (Peek().kind != TokenKind::Identifier) Fail("expected a member's name after the dot, found " + Found());
+    std::string name = Peek().text;
+    Advance();
+    return name;
+}
+
+void Parser::ExpectLineEnd(std::string_view after) {
+    if (AtFileEnd()) return;
+    if (!AtLineEnd()) Fail("expected the end of the line after " + std::string(after) + ", found " + Found());
+    Advance();
+}
+
+void Parser::SkipLine() {
+    while (!AtLineEnd()) Advance();
+    Advance();
+}
+
+std::unique_ptr<Program> Parse(const Source& source, Diagnostics& diagnostics) {
+    auto program = std::make_unique<Program>();
+    Parser(source, diagnostics).ParseProgram(*program);
+    return program;
+}
+
+}  // namespace script

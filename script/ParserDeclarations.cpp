@@ -1,0 +1,183 @@
+#include "script/ParserState.h"
+
+namespace script {
+
+namespace {
+
+std::string_view WordOf(RoutineKind kind) {
+    switch (kind) {
+        case RoutineKind::Sub:
+            return "Sub";
+        case RoutineKind::Function:
+            return "Function";
+        default:
+            return "Event";
+    }
+}
+
+}  // namespace
+
+bool Parser::AtDeclaration() const {
+    if (AtWord("private") || AtWord("public") || AtWord("protected"))
+        return AtWord("sub", 1) || AtWord("function", 1) || AtWord("class", 1);
+    return AtWord("sub") || AtWord("function") || AtWord("class") || (AtWord("event") && AtName(1));
+}
+
+void Parser::ParseDeclaration(Program& program) {
+    if (AtWord("private") || AtWord("public") || AtWord("protected")) Advance();
+    if (AtWord("class")) {
+        program.classes.push_back(ParseClass());
+    } else if (AtWord("event")) {
+        Fail("an Event is handled inside a Class");
+    } else {
+        program.routines.push_back(ParseRoutine());
+    }
+}
+
+Parameter Parser::ParseParameter() {
+    Parameter parameter;
+    for (;;) {
+        if (TakeWord("byref")) {
+            parameter.byRef = true;
+        } else if (TakeWord("optional")) {
+            parameter.optional = true;
+        } else if (TakeWord("paramarray")) {
+            parameter.paramArray = true;
+        } else if (!TakeWord("byval")) {
+            break;
+        }
+    }
+    parameter.at = Here();
+    parameter.name = ExpectName("a parameter's name");
+    const bool array = TakeSymbol("(");
+    if (array) ExpectSymbol(")", "an array parameter's name");
+    ExpectWord("as", "the parameter's name; a parameter needs a type (x As Integer)");
+    parameter.type = ParseTypeName();
+    parameter.type.array |= array;
+    if (TakeSymbol("=")) {
+        parameter.defaultValue = ParseExpression();
+        parameter.optional = true;
+    }
+    if (parameter.byRef && (parameter.optional || parameter.paramArray))
+        FailAt(parameter.at, "a ByRef parameter can't be optional: it needs a variable of the caller's");
+    return parameter;
+}
+
+void Parser::ParseParameters(RoutineDeclaration& routine) {
+    if (!TakeSymbol("(")) return;
+    if (TakeSymbol(")")) return;
+    do routine.parameters.push_back(ParseParameter());
+    while (TakeSymbol(","));
+    ExpectSymbol(")", "the parameters");
+}
+
+void Parser::ParseRoutineHead(RoutineDeclaration& routine) {
+    Advance();
+    routine.at = Here();
+    routine.name = ExpectName("the routine's name");
+    ParseParameters(routine);
+    if (TakeWord("as")) {
+        if (routine.kind == RoutineKind::Sub) Fail("a Sub gives no value; write Function for one that does");
+        routine.result = ParseTypeName();
+    } else if (routine.kind == RoutineKind::Function) {
+        Fail("expected As and the type of the Function's value, found " + Found());
+    }
+}
+
+// From "Sub", "Function" or "Event" to its End.
+RoutineDeclaration Parser::ParseRoutine() {
+    RoutineDeclaration routine;
+    const Position opened = Here();
+    routine.kind =
+        AtWord("function") ? RoutineKind::Function : (AtWord("event") ? RoutineKind::Event : RoutineKind::Sub);
+    ParseHead("the routine's head", [&] { ParseRoutineHead(routine); });
+    routine.body = ParseBlock();
+    ExpectEnd(WordOf(routine.kind), opened);
+    return routine;
+}
+
+void Parser::ParseFields(ClassDeclaration& declaration, bool shared, bool constant, bool isPrivate) {
+    std::vector<Declarator> declarators;
+    if (constant) {
+        declarators = std::move(ParseConst()->declarators);
+    } else {
+        if (AtWord("property") || AtWord("dim") || AtWord("var")) Advance();
+        declarators = ParseDeclarators();
+    }
+    for (Declarator& declarator : declarators)
+        declaration.fields.push_back({std::move(declarator), shared, constant, isPrivate});
+}
+
+void Parser::ParseClassMember(ClassDeclaration& declaration) {
+    bool isPrivate = false;
+    bool shared = false;
+    for (;;) {
+        if (AtWord("private") || AtWord("protected")) {
+            isPrivate = true;
+            Advance();
+        } else if (TakeWord("shared")) {
+            shared = true;
+        } else if (!TakeWord("public")) {
+            break;
+        }
+    }
+    if (AtWord("sub") || AtWord("function") || (AtWord("event") && AtName(1))) {
+        RoutineDeclaration routine = ParseRoutine();
+        routine.shared = shared;
+        routine.isPrivate = isPrivate;
+        declaration.routines.push_back(std::move(routine));
+    } else if (AtName() || AtWord("property") || AtWord("dim") || AtWord("var") || AtWord("const")) {
+        ParseFields(declaration, shared, AtWord("const"), isPrivate);
+    } else {
+        Fail("expected a property, Sub, Function, Event or End Class, found " + Found());
+    }
+    ExpectLineEnd("the member");
+}
+
+ClassDeclaration Parser::ParseClass() {
+    ClassDeclaration declaration;
+    const Position opened = Here();
+    Advance();
+    declaration.at = Here();
+    declaration.name = ExpectName("the class's name");
+    while (Peek().kind == TokenKind::NewLine) Advance();
+    if (TakeWord("inherits")) {
+        declaration.baseAt = Here();
+        declaration.base = ExpectName("the name of the class it inherits");
+        ExpectLineEnd("the class's head");
+    }
+    while (!(AtWord("end") && (AtWord("class", 1) || AtLineEnd(1))) && !AtFileEnd()) {
+        if (Peek().kind == TokenKind::NewLine) {
+            Advance();
+            continue;
+        }
+        try {
+            ParseClassMember(declaration);
+        } catch (const ParseFailure&) {
+            SkipLine();
+        }
+    }
+    ExpectEnd("Class", opened);
+    return declaration;
+}
+
+void Parser::ParseProgram(Program& program) {
+    while (!AtFileEnd()) {
+        try {
+            if (AtDeclaration()) {
+                ParseDeclaration(program);
+                ExpectLineEnd("the declaration");
+            } else if (AtBlockEnd()) {
+                Fail(Found() + " has no beginning here");
+            } else {
+                ParseLineOfStatements(program.body);
+            }
+        } catch (const ParseFailure&) {
+            blockDepth_ = 0;
+            expressionDepth_ = 0;
+            SkipLine();
+        }
+    }
+}
+
+}  // namespace script

@@ -1,0 +1,32 @@
+// A script from its text to its exit code.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "script/Diagnostics.h"
+
+namespace script {
+
+struct CallObserver;
+
+struct RunOptions {
+    std::function<void(std::string_view)> print;     // each line of Print, without its end
+    std::function<void(std::string_view)> complain;  // messages, whole lines with their ends
+    CallObserver* observer = nullptr;
+};
+
+// The text of a file; nothing, after a message to `complain`, when it can't be read.
+std::optional<Source> ReadSource(const std::string& path, const std::function<void(std::string_view)>& complain);
+
+// Checks and runs a script. Gives its exit code: 0, what it handed to Quit, 130 after Ctrl-C, or 1
+// with a message for errors in the script, an exception that nobody took, and objects that are
+// still alive at its end.
+int RunScript(const Source& source, const RunOptions& options);
+
+// Only parses and checks; gives the errors as text, empty for none.
+std::string CheckScript(const Source& source);
+
+}  // namespace script

@@ -1,0 +1,272 @@
+#include "script/Symbols.h"
+
+#include <algorithm>
+
+#include "host/Runtime.h"
+
+namespace script {
+
+namespace {
+
+struct BaseName {
+    Base base;
+    std::string_view name;
+    host::Kind kind;
+};
+
+constexpr BaseName kBaseNames[] = {
+    {Base::Boolean, "Boolean", host::Kind::Boolean}, {Base::Integer, "Integer", host::Kind::Integer},
+    {Base::Integer, "Int32", host::Kind::Integer},   {Base::Int64, "Int64", host::Kind::Int64},
+    {Base::UInt32, "UInt32", host::Kind::UInt32},    {Base::UInt8, "UInt8", host::Kind::UInt8},
+    {Base::UInt8, "Byte", host::Kind::UInt8},        {Base::Single, "Single", host::Kind::Single},
+    {Base::Double, "Double", host::Kind::Double},    {Base::Color, "Color", host::Kind::Color},
+    {Base::String, "String", host::Kind::String},
+};
+
+ExpressionPtr LiteralNode(Node node, Type type, Position at) {
+    auto literal = std::make_unique<Expression>();
+    literal->node = node;
+    literal->type = type;
+    literal->at = at;
+    return literal;
+}
+
+}  // namespace
+
+std::string NameOf(Type type) {
+    std::string name;
+    switch (type.base) {
+        case Base::None:
+            return "nothing";
+        case Base::Wrong:
+            return "?";
+        case Base::Nil:
+            return "Nil";
+        case Base::Variant:
+            name = "Variant";
+            break;
+        case Base::Object:
+            name = type.of->name;
+            break;
+        default:
+            for (const BaseName& row : kBaseNames) {
+                if (row.base != type.base) continue;
+                name = row.name;
+                break;
+            }
+    }
+    return type.array ? name + "()" : name;
+}
+
+// The simple type of a name; kNoType when it is none.
+Type SimpleTypeNamed(std::string_view name) {
+    if (host::SameName(name, "Variant")) return kVariantType;
+    for (const BaseName& row : kBaseNames)
+        if (host::SameName(row.name, name)) return {row.base};
+    return kNoType;
+}
+
+host::Type ToHost(Type type) {
+    host::Type element;
+    if (type.base == Base::Object || type.base == Base::Variant || type.base == Base::Nil) {
+        element.kind = host::Kind::Object;
+        element.className = type.base == Base::Object ? type.of->name : "Variant";
+    }
+    for (const BaseName& row : kBaseNames) {
+        if (row.base != type.base) continue;
+        element.kind = row.kind;
+        break;
+    }
+    return type.array ? host::ArrayOf(element) : element;
+}
+
+bool Inherits(const ClassSymbol* type, const ClassSymbol* base) { return Distance(type, base) >= 0; }
+
+int Distance(const ClassSymbol* type, const ClassSymbol* base) {
+    int steps = 0;
+    for (; type; type = type->base, ++steps)
+        if (type == base) return steps;
+    return -1;
+}
+
+bool SameParameters(const Signature& a, const Signature& b) {
+    return std::equal(a.parameters.begin(), a.parameters.end(), b.parameters.begin(), b.parameters.end(),
+                      [](const ParameterSymbol& x, const ParameterSymbol& y) { return x.type == y.type; });
+}
+
+std::string TextOf(const Signature& signature) {
+    std::string text = signature.name;
+    std::string_view separator = "(";
+    for (const ParameterSymbol& parameter : signature.parameters) {
+        text += separator;
+        if (parameter.byRef) text += "ByRef ";
+        if (parameter.paramArray) text += "ParamArray ";
+        text += parameter.name + " As " + NameOf(parameter.type);
+        if (parameter.optional) text += " = …";
+        separator = ", ";
+    }
+    if (!signature.parameters.empty()) text += ")";
+    if (signature.result != kNoType) text += " As " + NameOf(signature.result);
+    return text;
+}
+
+Symbols::Symbols() { object = AddClass("Object"); }
+
+ClassSymbol* Symbols::AddClass(std::string name) {
+    ClassSymbol& symbol = classes_.emplace_back();
+    symbol.name = name;
+    symbol.base = object;
+    classIndex_[std::move(name)] = &symbol;
+    return &symbol;
+}
+
+ClassSymbol* Symbols::FindClass(std::string_view name) {
+    const auto found = classIndex_.find(name);
+    if (found != classIndex_.end()) return found->second;
+    const host::Class* native = host::Runtime::Get().FindClass(name);
+    if (!native || host::SameName(name, "Variant")) return nullptr;
+    ClassSymbol* symbol = AddClass(native->name());
+    symbol->native = native;
+    if (native->superclass()) symbol->base = FindClass(native->superclass()->name());
+    return symbol;
+}
+
+Type Symbols::FromHost(const host::Type& type) {
+    if (type.kind == host::Kind::None) return kNoType;
+    const bool array = type.kind == host::Kind::Array;
+    const host::Kind kind = array ? type.element : type.kind;
+    if (kind == host::Kind::Object) {
+        if (host::SameName(type.className, "Variant")) return {Base::Variant, array};
+        ClassSymbol* symbol = FindClass(type.className);
+        return {Base::Object, array, symbol ? symbol : object};
+    }
+    for (const BaseName& row : kBaseNames)
+        if (row.kind == kind) return {row.base, array};
+    return kNoType;
+}
+
+ExpressionPtr Symbols::LiteralOf(const host::Value& value, Position at) {
+    ExpressionPtr literal;
+    switch (value.kind()) {
+        case host::Kind::Boolean:
+            literal = LiteralNode(Node::BooleanLiteral, kBooleanType, at);
+            break;
+        case host::Kind::Color:
+            literal = LiteralNode(Node::ColorLiteral, kColorType, at);
+            break;
+        case host::Kind::Double:
+        case host::Kind::Single:
+            literal = LiteralNode(Node::RealLiteral, kDoubleType, at);
+            literal->real = value.ToDouble();
+            return literal;
+        case host::Kind::String:
+            literal = LiteralNode(Node::StringLiteral, kStringType, at);
+            literal->text = value.text();
+            return literal;
+        case host::Kind::Integer:
+            literal = LiteralNode(Node::IntegerLiteral, kIntegerType, at);
+            break;
+        case host::Kind::Int64:
+        case host::Kind::UInt32:
+        case host::Kind::UInt8:
+            literal = LiteralNode(Node::IntegerLiteral, kInt64Type, at);
+            break;
+        default:
+            return LiteralNode(Node::NilLiteral, kNilType, at);
+    }
+    literal->integer = value.ToInt64();
+    return literal;
+}
+
+const NativeMethod* Symbols::Wrap(const host::Method& method) {
+    std::unique_ptr<NativeMethod>& wrapped = natives_[&method];
+    if (wrapped) return wrapped.get();
+    wrapped = std::make_unique<NativeMethod>();
+    wrapped->method = &method;
+    wrapped->signature.name = method.declaration.name;
+    wrapped->signature.result = FromHost(method.declaration.result);
+    for (const host::Parameter& parameter : method.declaration.parameters) {
+        ParameterSymbol& symbol = wrapped->signature.parameters.emplace_back();
+        symbol.name = parameter.name;
+        symbol.type = FromHost(parameter.type);
+        symbol.optional = parameter.optional;
+        symbol.paramArray = parameter.paramArray;
+        if (parameter.optional) symbol.defaultValue = LiteralOf(parameter.defaultValue, {});
+    }
+    return wrapped.get();
+}
+
+std::vector<const NativeMethod*> Symbols::WrapAll(const std::vector<const host::Method*>& methods) {
+    std::vector<const NativeMethod*> wrapped;
+    for (const host::Method* method : methods) wrapped.push_back(Wrap(*method));
+    return wrapped;
+}
+
+std::vector<const NativeMethod*> Symbols::Functions(std::string_view name) {
+    return WrapAll(host::Runtime::Get().FindFunctions(name));
+}
+
+namespace {
+
+// The nearest class of the host on the way up.
+const host::Class* NativeOf(const ClassSymbol& type) {
+    const ClassSymbol* at = &type;
+    while (at && at->declaration) at = at->base;
+    return at ? at->native : nullptr;
+}
+
+}  // namespace
+
+std::vector<const NativeMethod*> Symbols::Methods(const ClassSymbol& type, std::string_view name) {
+    const host::Class* native = NativeOf(type);
+    return native ? WrapAll(native->FindMethods(name)) : std::vector<const NativeMethod*>();
+}
+
+std::vector<const NativeMethod*> Symbols::SharedMethods(const ClassSymbol& type, std::string_view name) {
+    const host::Class* native = NativeOf(type);
+    return native ? WrapAll(native->FindSharedMethods(name)) : std::vector<const NativeMethod*>();
+}
+
+const host::Property* Symbols::FindProperty(const ClassSymbol& type, std::string_view name) {
+    const host::Class* native = NativeOf(type);
+    return native ? native->FindProperty(name) : nullptr;
+}
+
+Variable* Symbols::AddVariable(std::string name, Type type, Storage storage, Position at) {
+    Variable& variable = variables_.emplace_back();
+    variable.name = std::move(name);
+    variable.type = type;
+    variable.storage = storage;
+    variable.at = at;
+    if (storage == Storage::Global) globals.push_back(&variable);
+    return &variable;
+}
+
+FieldSymbol* Symbols::FindField(const ClassSymbol& type, std::string_view name) const {
+    const std::string lower = host::LowerName(name);
+    for (const ClassSymbol* at = &type; at; at = at->base) {
+        const auto found = at->fields.find(lower);
+        if (found != at->fields.end()) return found->second;
+    }
+    return nullptr;
+}
+
+std::vector<RoutineSymbol*> Symbols::FindRoutines(const ClassSymbol& type, std::string_view name) const {
+    const std::string lower = host::LowerName(name);
+    std::vector<RoutineSymbol*> found;
+    for (const ClassSymbol* at = &type; at; at = at->base) {
+        const auto own = at->routines.find(lower);
+        if (own == at->routines.end()) continue;
+        for (RoutineSymbol* routine : own->second) {
+            const bool overridden = std::any_of(found.begin(), found.end(), [&](const RoutineSymbol* nearer) {
+                return SameParameters(nearer->signature, routine->signature);
+            });
+            if (!overridden) found.push_back(routine);
+        }
+        // A class with constructors of its own does not inherit any.
+        if (lower == "constructor") break;
+    }
+    return found;
+}
+
+}  // namespace script

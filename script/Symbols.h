@@ -1,0 +1,154 @@
+// What names mean: variables, fields, routines, classes of the script, and the host's classes and
+// functions under the same kinds of records, so that one overload rule serves all.
+#pragma once
+
+#include <deque>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "host/Class.h"
+#include "script/Ast.h"
+#include "script/Types.h"
+
+namespace script {
+
+struct Function;
+
+enum class Storage : std::uint8_t {
+    Local,     // a register of its routine's frame
+    Global,    // a register of the program's frame, which lives as long as the script runs
+    ByRef,     // a register with the address of the caller's variable
+    Constant,  // no storage: `value` is a literal
+};
+
+struct Variable {
+    std::string name;
+    Type type;
+    Storage storage = Storage::Local;
+    Position at;
+    ExpressionPtr value;       // of a constant
+    Variable* flag = nullptr;  // of a Static one: whether it has its first value
+    std::uint16_t index = 0;   // its register, given by the compiler
+};
+
+struct ParameterSymbol {
+    std::string name;
+    Type type;
+    bool byRef = false;
+    bool optional = false;
+    bool paramArray = false;
+    ExpressionPtr defaultValue;  // a literal; null: the type's own default
+};
+
+// How something is called.
+struct Signature {
+    std::string name;
+    std::vector<ParameterSymbol> parameters;
+    Type result;  // kNoType: none
+};
+
+struct NativeMethod {
+    const host::Method* method = nullptr;
+    Signature signature;
+};
+
+struct RoutineSymbol {
+    Signature signature;
+    RoutineDeclaration* declaration = nullptr;
+    ClassSymbol* owner = nullptr;  // null: of the program
+    bool shared = false;
+    bool isPrivate = false;
+    const host::Event* event = nullptr;         // that it handles
+    std::vector<Variable*> parameterVariables;  // without the receiver
+    Function* code = nullptr;
+    host::Method* method = nullptr;  // as the host sees it
+
+    bool HasReceiver() const { return owner && !shared; }
+};
+
+struct FieldSymbol {
+    std::string name;
+    Type type;
+    ClassSymbol* owner = nullptr;
+    std::int32_t slot = 0;       // of the class's own
+    Variable* shared = nullptr;  // a shared property's or a constant's variable
+    bool isPrivate = false;
+    FieldDeclaration* declaration = nullptr;
+};
+
+// A class, of the host or of the script.
+struct ClassSymbol {
+    std::string name;
+    const ClassSymbol* base = nullptr;
+    host::Class* made = nullptr;          // of a script's class, once it is registered
+    const host::Class* native = nullptr;  // null for Object, the root of all
+    ClassDeclaration* declaration = nullptr;
+    std::map<std::string, FieldSymbol*, std::less<>> fields;                   // by lower-case name, own ones
+    std::map<std::string, std::vector<RoutineSymbol*>, std::less<>> routines;  // own ones
+    std::vector<FieldSymbol*> ownFields;                                       // in the order declared
+    Function* initializer = nullptr;  // gives the fields their first values; null: none needed
+};
+
+// Whether `type` is `base` or inherits it.
+bool Inherits(const ClassSymbol* type, const ClassSymbol* base);
+
+// How many steps up `base` is; -1 when it isn't.
+int Distance(const ClassSymbol* type, const ClassSymbol* base);
+
+// Everything that a program declares, and what it uses of the host's. Owns all symbols, which
+// stay where they are.
+class Symbols {
+  public:
+    Symbols();
+
+    // --- The host's
+    ClassSymbol* FindClass(std::string_view name);  // also the script's; null if unknown
+    std::vector<const NativeMethod*> Functions(std::string_view name);
+    std::vector<const NativeMethod*> Methods(const ClassSymbol& type, std::string_view name);
+    std::vector<const NativeMethod*> SharedMethods(const ClassSymbol& type, std::string_view name);
+    const host::Property* FindProperty(const ClassSymbol& type, std::string_view name);
+    Type FromHost(const host::Type& type);
+    ExpressionPtr LiteralOf(const host::Value& value, Position at);
+    const NativeMethod* Wrap(const host::Method& method);
+
+    // --- The script's
+    ClassSymbol* AddClass(std::string name);
+    Variable* AddVariable(std::string name, Type type, Storage storage, Position at);
+    RoutineSymbol* AddRoutine() { return &routines_.emplace_back(); }
+    FieldSymbol* AddField() { return &fields_.emplace_back(); }
+    FieldSymbol* FindField(const ClassSymbol& type, std::string_view name) const;
+    // All overloads, inherited ones too unless one with the same parameters is nearer.
+    std::vector<RoutineSymbol*> FindRoutines(const ClassSymbol& type, std::string_view name) const;
+
+    std::map<std::string, std::vector<RoutineSymbol*>, std::less<>> routines;  // of the program
+    std::vector<ClassSymbol*> scriptClasses;                                   // bases before subclasses
+    std::vector<Variable*> globals;                                            // Storage::Global ones, in the order met
+    ClassSymbol* object = nullptr;                                             // the root
+
+    std::deque<RoutineSymbol>& AllRoutines() { return routines_; }
+
+  private:
+    std::vector<const NativeMethod*> WrapAll(const std::vector<const host::Method*>& methods);
+
+    std::deque<ClassSymbol> classes_;
+    std::unordered_map<std::string, ClassSymbol*, host::NameHash, host::NameEqual> classIndex_;
+    std::deque<Variable> variables_;
+    std::deque<RoutineSymbol> routines_;
+    std::deque<FieldSymbol> fields_;
+    std::unordered_map<const host::Method*, std::unique_ptr<NativeMethod>> natives_;
+};
+
+// "Name(a As Integer, ByRef b As Double, c As Boolean = False) As String", as messages show it.
+std::string TextOf(const Signature& signature);
+
+// Whether the two take the same types.
+bool SameParameters(const Signature& a, const Signature& b);
+
+// The host's form of a type.
+host::Type ToHost(Type type);
+
+}  // namespace script

@@ -1,0 +1,320 @@
+// Texts, conversions and operators on values whose type is known only when they are met.
+#include <charconv>
+#include <cmath>
+#include <cstring>
+
+#include "host/Call.h"
+#include "script/Arithmetic.h"
+#include "script/Machine.h"
+#include "script/MachineState.h"
+
+namespace script {
+
+namespace {
+
+using host::Kind;
+using host::Value;
+
+bool IsText(sdk::Encoding encoding) { return encoding == sdk::Encoding::Utf8 || encoding == sdk::Encoding::Ascii; }
+
+// The next character of UTF-8 text; a byte that starts none stands for itself.
+char32_t NextCharacter(std::string_view& text) {
+    const auto lead = static_cast<unsigned char>(text.front());
+    const std::size_t length = lead < 0xC2 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF5 ? 4 : 1;
+    char32_t character = length == 1 ? lead : lead & (0x7Fu >> length);
+    for (std::size_t i = 1; i < length; ++i) {
+        const auto byte = i < text.size() ? static_cast<unsigned char>(text[i]) : 0;
+        if ((byte & 0xC0) != 0x80) {
+            text.remove_prefix(1);
+            return lead;
+        }
+        character = character << 6 | (byte & 0x3Fu);
+    }
+    text.remove_prefix(length);
+    return character;
+}
+
+// Small letters of the Latin, Greek and Cyrillic blocks for their capitals.
+char32_t Fold(char32_t c) {
+    if (c < 0x80) return c >= 'A' && c <= 'Z' ? c + 32 : c;
+    if (c >= 0xC0 && c <= 0xDE && c != 0xD7) return c + 32;
+    if ((c >= 0x100 && c <= 0x137) || (c >= 0x14A && c <= 0x177)) return c | 1;
+    if ((c >= 0x139 && c <= 0x148) || (c >= 0x179 && c <= 0x17E)) return c + (c & 1);
+    if (c >= 0x391 && c <= 0x3A9) return c + 32;
+    if (c >= 0x410 && c <= 0x42F) return c + 32;
+    if (c >= 0x400 && c <= 0x40F) return c + 80;
+    return c;
+}
+
+int CompareFolded(std::string_view a, std::string_view b) {
+    while (!a.empty() && !b.empty()) {
+        const char32_t x = Fold(NextCharacter(a));
+        const char32_t y = Fold(NextCharacter(b));
+        if (x != y) return x < y ? -1 : 1;
+    }
+    return static_cast<int>(!a.empty()) - static_cast<int>(!b.empty());
+}
+
+[[noreturn]] void Mismatch(const Value& value, const std::string& wanted) {
+    Throw("TypeMismatchException", "A value of type " + host::TypeTextOf(value) + " can't become " + wanted);
+}
+
+// The number that a text begins with; 0 if it begins with none.
+double NumberIn(std::string_view text) {
+    while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
+    if (text.starts_with('+')) text.remove_prefix(1);
+    double number = 0;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return number;
+}
+
+template <class Number>
+std::string NumberText(Number number) {
+    char text[40];
+    const auto end = std::to_chars(std::begin(text), std::end(text), number).ptr;
+    return {text, end};
+}
+
+// Whole numbers without a fraction, others as the shortest text that reads back the same.
+std::string RealText(double value, bool single) {
+    if (std::isnan(value)) return "nan";
+    if (value == 0) return std::signbit(value) ? "-0" : "0";
+    if (std::trunc(value) == value && std::fabs(value) < 1e15) return NumberText(static_cast<std::int64_t>(value));
+    return single ? NumberText(static_cast<float>(value)) : NumberText(value);
+}
+
+std::string ColorText(std::int64_t color) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    std::string text = "&c";
+    for (int shift = 20; shift >= 0; shift -= 4) text += digits[static_cast<std::size_t>(color >> shift & 15)];
+    return text;
+}
+
+std::string ObjectText(const Value& value) {
+    if (!value.object()) return "Nil";
+    const host::Conversion* conversion = host::Runtime::Get().FindConversion(value, host::TypeNamed("String"));
+    if (conversion) return std::string(conversion->convert(value).text());
+    return value.object()->type->name();
+}
+
+}  // namespace
+
+int CompareTexts(const Value& a, const Value& b) {
+    const bool texts = IsText(host::EncodingOf(a.string())) && IsText(host::EncodingOf(b.string()));
+    if (texts) return CompareFolded(a.text(), b.text());
+    const int order = a.text().compare(b.text());
+    return order < 0 ? -1 : order > 0;
+}
+
+Value ConcatenateTexts(const Value& a, const Value& b) {
+    const std::string_view left = a.text();
+    const std::string_view right = b.text();
+    if (left.empty()) return b;
+    if (right.empty()) return a;
+    const sdk::Encoding encoding = host::EncodingOf(a.string());
+    const bool same = encoding == host::EncodingOf(b.string());
+    std::string joined;
+    joined.reserve(left.size() + right.size());
+    joined.append(left).append(right);
+    const bool ascii = IsText(encoding) && IsText(host::EncodingOf(b.string()));
+    return Value(host::MakeString(joined, same ? encoding : (ascii ? sdk::Encoding::Utf8 : sdk::Encoding::None)));
+}
+
+std::string TextOfValue(const Value& value) {
+    switch (value.kind()) {
+        case Kind::Boolean:
+            return value.ToBoolean() ? "True" : "False";
+        case Kind::Color:
+            return ColorText(value.ToInt64());
+        case Kind::Double:
+        case Kind::Single:
+            return RealText(value.real(), value.kind() == Kind::Single);
+        case Kind::String:
+            return std::string(value.text());
+        case Kind::Object:
+            return ObjectText(value);
+        case Kind::Array: {
+            if (!value.array()) return "Nil";
+            std::string text;
+            for (const Value& element : value.array()->values) text += ", " + TextOfValue(element);
+            return "[" + (text.empty() ? text : text.substr(2)) + "]";
+        }
+        case Kind::None:
+            return "Nil";
+        default:
+            return NumberText(value.ToInt64());
+    }
+}
+
+namespace {
+
+// A variant's content as a number of a kind.
+Value NumberOf(const Value& value, Kind kind, const std::string& wanted) {
+    if (value.IsNumber()) return host::NumberAs(value, kind);
+    if (value.kind() == Kind::Boolean || value.kind() == Kind::Color)
+        return host::NumberAs(Value(value.ToInt64()), kind);
+    if (value.IsNil() || value.IsNothing()) return host::NumberAs(Value(0), kind);
+    if (value.kind() == Kind::String) return host::NumberAs(Value(NumberIn(value.text())), kind);
+    Mismatch(value, wanted);
+}
+
+Value BooleanOf(const Value& value) {
+    if (value.kind() == Kind::Boolean) return value;
+    if (value.IsNumber()) return Value(value.ToDouble() != 0);
+    if (value.IsNil() || value.IsNothing()) return Value(false);
+    if (value.kind() == Kind::String) return Value(host::SameName(value.text(), "True"));
+    Mismatch(value, "Boolean");
+}
+
+Value ColorOf(const Value& value) {
+    if (value.kind() == Kind::Color) return value;
+    if (value.IsWhole()) return Value(static_cast<sdk::Color>(value.ToInt64() & 0xFFFFFF));
+    if (value.IsNil() || value.IsNothing()) return Value(sdk::Color{});
+    Mismatch(value, "Color");
+}
+
+Value TextFrom(const Value& value) {
+    if (value.kind() == Kind::String) return value;
+    if (value.IsNil() || value.IsNothing()) return Value(host::Ref<host::String>());
+    const bool plain = value.IsNumber() || value.kind() == Kind::Boolean || value.kind() == Kind::Color;
+    if (plain) return Value(TextOfValue(value));
+    Mismatch(value, "String");
+}
+
+}  // namespace
+
+bool IsInstance(const Value& value, const TypeEntry& type) {
+    const host::Object* object = value.object();
+    if (!object) return false;
+    const ClassSymbol& symbol = *type.type.of;
+    const host::Class* wanted = symbol.declaration ? symbol.made : symbol.native;
+    return !wanted || host::IsA(object, *wanted);  // without one it is the root of all
+}
+
+Value CastObject(const Value& value, const TypeEntry& type) {
+    if (value.object() && !IsInstance(value, type)) {
+        Throw("IllegalCastException", "A " + value.object()->type->name() + " is no " + type.type.of->name);
+    }
+    return value;
+}
+
+Value ConvertValue(const Value& value, const TypeEntry& type) {
+    if (value.kind() == type.host.kind && value.kind() != Kind::Object && value.kind() != Kind::Array) return value;
+    if (IsObject(type.type) && (value.IsNil() || IsInstance(value, type))) return value;
+    if (const host::Conversion* conversion = host::Runtime::Get().FindConversion(value, type.host))
+        return conversion->convert(value);
+    if (type.type.array) {
+        if (value.IsNil()) return Value(host::Ref<host::Array>());
+        if (value.array() && value.array()->element == host::ElementOf(type.host)) return value;
+        Mismatch(value, NameOf(type.type));
+    }
+    switch (type.type.base) {
+        case Base::Boolean:
+            return BooleanOf(value);
+        case Base::Color:
+            return ColorOf(value);
+        case Base::String:
+            return TextFrom(value);
+        case Base::Object:
+            Mismatch(value, NameOf(type.type));
+        default:
+            return NumberOf(value, type.host.kind, NameOf(type.type));
+    }
+}
+
+namespace {
+
+std::int64_t WholeArithmetic(Operator op, std::int64_t a, std::int64_t b) {
+    const bool divides = op == Operator::IntegerDivide || op == Operator::Modulo;
+    if (divides && b == 0) Throw("RuntimeException", "Division by zero");
+    switch (op) {
+        case Operator::Add:
+            return WrapAdd(a, b);
+        case Operator::Subtract:
+            return WrapSubtract(a, b);
+        case Operator::Multiply:
+            return WrapMultiply(a, b);
+        case Operator::IntegerDivide:
+            return WrapDivide(a, b);
+        case Operator::Modulo:
+            return WrapModulo(a, b);
+        default:
+            return 0;
+    }
+}
+
+double RealArithmetic(Operator op, double a, double b) {
+    switch (op) {
+        case Operator::Add:
+            return a + b;
+        case Operator::Subtract:
+            return a - b;
+        case Operator::Multiply:
+            return a * b;
+        case Operator::Power:
+            return std::pow(a, b);
+        default:
+            return Quotient(a, b);
+    }
+}
+
+bool Holds(Operator op, int order) {
+    switch (op) {
+        case Operator::Equal:
+            return order == 0;
+        case Operator::NotEqual:
+            return order != 0;
+        case Operator::Less:
+            return order < 0;
+        case Operator::LessOrEqual:
+            return order <= 0;
+        case Operator::Greater:
+            return order > 0;
+        default:
+            return order >= 0;
+    }
+}
+
+}  // namespace
+
+Value VariantArithmetic(Operator op, const Value& a, const Value& b) {
+    const bool texts = a.kind() == Kind::String && b.kind() == Kind::String;
+    if (op == Operator::Add && texts) return ConcatenateTexts(a, b);
+    const bool wholeOnly = op == Operator::IntegerDivide || op == Operator::Modulo;
+    const bool realOnly = op == Operator::Divide || op == Operator::Power;
+    const bool wholes = a.IsWhole() && b.IsWhole();
+    if (wholeOnly || (wholes && !realOnly)) {
+        const std::int64_t x = NumberOf(a, Kind::Int64, "a number").ToInt64();
+        const std::int64_t y = NumberOf(b, Kind::Int64, "a number").ToInt64();
+        const std::int64_t result = WholeArithmetic(op, x, y);
+        const bool narrow = a.kind() != Kind::Int64 && b.kind() != Kind::Int64;
+        return narrow ? Value(static_cast<std::int32_t>(result)) : Value(result);
+    }
+    return Value(RealArithmetic(op, NumberOf(a, Kind::Double, "a number").ToDouble(),
+                                NumberOf(b, Kind::Double, "a number").ToDouble()));
+}
+
+bool VariantComparison(Operator op, const Value& a, const Value& b) {
+    const bool references =
+        a.kind() == Kind::Object || b.kind() == Kind::Object || a.kind() == Kind::Array || b.kind() == Kind::Array;
+    if (references) {
+        const bool same = a.kind() == b.kind() && a.bits() == b.bits();
+        if (op == Operator::Equal) return same;
+        if (op == Operator::NotEqual) return !same;
+        Throw("TypeMismatchException", "Objects have no order");
+    }
+    if (a.kind() == Kind::String && b.kind() == Kind::String) return Holds(op, CompareTexts(a, b));
+    if (a.kind() == Kind::String || b.kind() == Kind::String) {
+        const int order = CompareTexts(Value(TextOfValue(a)), Value(TextOfValue(b)));
+        return Holds(op, order);
+    }
+    const bool reals =
+        a.kind() == Kind::Double || b.kind() == Kind::Double || a.kind() == Kind::Single || b.kind() == Kind::Single;
+    if (!reals) return Holds(op, a.ToInt64() < b.ToInt64() ? -1 : a.ToInt64() > b.ToInt64());
+    const double x = a.ToDouble();
+    const double y = b.ToDouble();
+    if (std::isnan(x) || std::isnan(y)) return op == Operator::NotEqual;
+    return Holds(op, x < y ? -1 : x > y);
+}
+
+}  // namespace script
