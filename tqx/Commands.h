@@ -1,0 +1,29 @@
+// What the command's words do. Each gives the exit code.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace tqx {
+
+struct Settings {
+    std::string plugin;  // empty: the one that belongs to the command
+};
+
+struct RunSettings {
+    std::string script;
+    std::vector<std::string> arguments;
+};
+
+struct MembersSettings {
+    std::string wanted;  // "", "Class" or "Class.Member"
+    bool json = false;
+};
+
+int Run(const Settings& settings, const RunSettings& run);
+int Members(const Settings& settings, const MembersSettings& members);
+
+// Loads the plug-in that the settings mean; false after a message.
+bool LoadPlugin(const Settings& settings);
+
+}  // namespace tqx

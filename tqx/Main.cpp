@@ -1,0 +1,44 @@
+// The command: runs scripts, and prints what plug-ins offer.
+#include <CLI/CLI.hpp>
+#include <cstdio>
+
+#include "tqx/Commands.h"
+
+#ifndef TQX_VERSION
+#error "the build sets TQX_VERSION"
+#endif
+
+int main(int argc, char** argv) {
+    CLI::App app{
+        "Runs scripts that work on pictures through a plug-in.\n\n"
+        "  tqx run SCRIPT [ARG...]     run a script\n"
+        "  tqx members [CLASS]         what the plug-in offers to scripts"};
+    app.name("tqx");
+    app.set_version_flag("--version", "tqx " TQX_VERSION);
+    app.require_subcommand(1);
+
+    tqx::Settings settings;
+    app.add_option("--plugin", settings.plugin, "Use this plug-in instead of the one beside the command")
+        ->envname("TQX_PLUGIN")
+        ->type_name("PATH");
+
+    CLI::App* run = app.add_subcommand("run", "Run a script");
+    tqx::RunSettings runSettings;
+    run->add_option("SCRIPT", runSettings.script, "The script's file")->required()->type_name("");
+    run->add_option("ARG", runSettings.arguments, "Arguments that the script reads with App.Arguments")->type_name("");
+    run->positionals_at_end();
+    run->prefix_command();
+
+    CLI::App* members = app.add_subcommand("members", "Print the members of the plug-in's classes");
+    tqx::MembersSettings membersSettings;
+    members->add_option("CLASS", membersSettings.wanted, "Only this class, or one member of it: Class.Member")
+        ->type_name("");
+    members->add_flag("--json", membersSettings.json, "For programs: everything, as JSON");
+
+    CLI11_PARSE(app, argc, argv);
+    if (run->parsed()) {
+        for (const std::string& argument : run->remaining()) runSettings.arguments.push_back(argument);
+        return tqx::Run(settings, runSettings);
+    }
+    return tqx::Members(settings, membersSettings);
+}

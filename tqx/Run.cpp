@@ -1,0 +1,64 @@
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+
+#include "host/PluginLoader.h"
+#include "script/Machine.h"
+#include "script/Script.h"
+#include "tqx/Commands.h"
+
+namespace tqx {
+
+namespace {
+
+// The place of the plug-in in the build tree and in an installation, from the command's own.
+std::string OwnPlugin() {
+    std::error_code error;
+    const std::filesystem::path command = std::filesystem::read_symlink("/proc/self/exe", error);
+    if (error) return "lib/tqx/PictureTQX.so";
+    return (command.parent_path().parent_path() / "lib" / "tqx" / "PictureTQX.so").string();
+}
+
+// The first Ctrl-C ends the script in order; the second does not wait.
+void OnInterrupt(int) {
+    static volatile std::sig_atomic_t count = 0;
+    count = count + 1;
+    if (count > 1) std::_Exit(130);
+    script::Machine::Interrupt();
+}
+
+void Print(std::string_view line) {
+    std::fwrite(line.data(), 1, line.size(), stdout);
+    std::fputc('\n', stdout);
+}
+
+void Complain(std::string_view text) {
+    std::fflush(stdout);
+    std::fwrite(text.data(), 1, text.size(), stderr);
+}
+
+}  // namespace
+
+bool LoadPlugin(const Settings& settings) {
+    try {
+        host::LoadPlugin(settings.plugin.empty() ? OwnPlugin() : settings.plugin);
+        return true;
+    } catch (const host::LoadError& error) {
+        Complain(std::string("tqx: ") + error.what() + '\n');
+        return false;
+    }
+}
+
+int Run(const Settings& settings, const RunSettings& run) {
+    const auto source = script::ReadSource(run.script, Complain);
+    if (!source || !LoadPlugin(settings)) return 1;
+    std::signal(SIGINT, OnInterrupt);
+    script::RunOptions options;
+    options.print = Print;
+    options.complain = Complain;
+    const int exitCode = script::RunScript(*source, options);
+    std::fflush(stdout);
+    return exitCode;
+}
+
+}  // namespace tqx
