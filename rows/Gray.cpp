@@ -4,12 +4,7 @@
 
 #include "rows/CpuLevel.h"
 #include "rows/PixelSpan.h"
-
-#if defined(__x86_64__) && defined(__GNUC__)
-#define ROWS_X86 1
-#include <immintrin.h>
-#define TARGET_AVX512 __attribute__((target("avx512f,avx512bw,avx512vl,avx512dq,avx512vbmi")))
-#endif
+#include "rows/X86.h"
 
 namespace rows {
 
@@ -26,10 +21,6 @@ void GrayPlain(const PixelLayout& colour, const std::uint8_t* pixels, std::uint8
 #ifdef ROWS_X86
 
 constexpr std::int32_t kStep = 32;  // pixels; their bytes fill at most two registers
-
-std::uint64_t LowBits(std::int64_t count) {
-    return count >= 64 ? ~std::uint64_t{0} : count <= 0 ? 0 : (std::uint64_t{1} << count) - 1;
-}
 
 // Picks one channel of the pixels of a step as 16-bit numbers; the index of byte pairs' upper
 // halves is not used.

@@ -2,10 +2,6 @@
 
 #ifdef ROWS_X86
 
-#include <immintrin.h>
-
-#define TARGET_AVX2 __attribute__((target("avx2")))
-
 namespace rows {
 
 namespace {

@@ -2,17 +2,7 @@
 
 #ifdef ROWS_X86
 
-#include <immintrin.h>
-
-#define TARGET_AVX512 __attribute__((target("avx512f,avx512bw,avx512vl,avx512dq,avx512vbmi")))
-
 namespace rows {
-
-namespace {
-
-std::uint64_t LowBits(std::int64_t count) { return count >= 64 ? ~std::uint64_t{0} : (std::uint64_t{1} << count) - 1; }
-
-}  // namespace
 
 // Loads and stores under masks: nothing outside the moved bytes is touched, so the rest of a row
 // that doesn't fill a step is one more step with shorter masks.

@@ -1,0 +1,26 @@
+// What the forms for x86 instruction sets share. Where ROWS_X86 is not defined there are none.
+#pragma once
+
+#include <cstdint>
+
+#if defined(__x86_64__) && defined(__GNUC__)
+
+#define ROWS_X86 1
+
+#include <immintrin.h>
+
+// Marks a function for the instructions of a CpuLevel.
+#define TARGET_AVX2 __attribute__((target("avx2,bmi2")))
+#define TARGET_AVX512 __attribute__((target("avx512f,avx512bw,avx512dq,avx512vl,avx512vbmi")))
+
+namespace rows {
+
+// A mask of the lowest `count` of 64 lanes; all of them from 64 on, none below 1.
+constexpr std::uint64_t LowBits(std::int64_t count) {
+    if (count >= 64) return ~std::uint64_t{0};
+    return count < 1 ? 0 : (std::uint64_t{1} << count) - 1;
+}
+
+}  // namespace rows
+
+#endif
