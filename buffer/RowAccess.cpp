@@ -27,19 +27,6 @@ struct ByteView {
     std::int64_t size;
 };
 
-// Pixel memory of a call, freed at its end.
-class Scratch {
-  public:
-    explicit Scratch(std::int64_t size) : bytes_(platform::AllocatePixels(size)) {}
-    Scratch(const Scratch&) = delete;
-    Scratch& operator=(const Scratch&) = delete;
-    ~Scratch() { platform::FreePixels(bytes_); }
-    std::uint8_t* Bytes() const { return bytes_; }
-
-  private:
-    std::uint8_t* bytes_;
-};
-
 // Raises for an index outside 0 .. Height - 1. The second comparison is unsigned.
 bool CheckIndex(const PixelBuffer& buffer, std::int32_t index) {
     if (index >= 0 && static_cast<std::uint32_t>(index) < static_cast<std::uint32_t>(buffer.Height)) return true;
@@ -180,7 +167,7 @@ sdk::String* GetRowStringInFormat(sdk::Object* self, std::int32_t index, std::in
     if (!row) return nullptr;
     const auto work = PlanGet(buffer, format, false);
     if (!work || work->rowBytes < 1) return nullptr;
-    const Scratch scratch(work->rowBytes);
+    const platform::PixelBlock scratch(work->rowBytes);
     if (!scratch.Bytes()) return nullptr;
     rows::ConvertRow(work->conversion, row, scratch.Bytes(), buffer.Width);
     return BuildHostString(scratch.Bytes(), work->rowBytes, sdk::Encoding::None);
@@ -199,7 +186,7 @@ sdk::String* GetDataStringInFormat(sdk::Object* self, std::int32_t format) {
     if (!work || work->rowBytes < 1 || buffer.Height < 1) return nullptr;
     std::int64_t size;
     if (__builtin_mul_overflow(work->rowBytes, buffer.Height, &size)) return nullptr;
-    const Scratch scratch(size);
+    const platform::PixelBlock scratch(size);
     if (!scratch.Bytes()) return nullptr;
     for (std::int32_t y = 0; y < buffer.Height; ++y)
         if (const std::uint8_t* const row = RowAddress(buffer, y))

@@ -1,0 +1,80 @@
+#include "buffer/Sharing.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+
+#include "rows/PixelSpan.h"
+
+namespace tqx {
+
+namespace {
+
+rows::PixelSpan SpanOfChannels(const PixelBuffer& buffer, rows::ChannelSet set) {
+    const rows::PixelLayout layout = LayoutOf(buffer, set);
+    return rows::SpanOf(layout.pixelSize, layout.offset, rows::ChannelCount(set));
+}
+
+// The bytes from the first to the last that a picture in memory has in a set.
+struct ByteRange {
+    std::uintptr_t first;
+    std::uintptr_t end;
+
+    bool Meets(const ByteRange& other) const { return first < other.end && other.first < end; }
+};
+
+ByteRange BytesOf(const PixelBuffer& buffer, rows::ChannelSet set) {
+    const rows::PixelSpan span = SpanOfChannels(buffer, set);
+    const std::int64_t firstRow = std::max(buffer.RowOffset, 0);
+    const std::int64_t lastRow =
+        std::min(std::int64_t{buffer.RowOffset} + buffer.Height, std::int64_t{buffer.storageRows}) - 1;
+    if (firstRow > lastRow || buffer.Width < 1) return {0, 0};
+    const auto [least, most] = std::minmax({firstRow * buffer.RowSize, lastRow * buffer.RowSize});
+    const std::uintptr_t base =
+        reinterpret_cast<std::uintptr_t>(buffer.data) + static_cast<std::uintptr_t>(span.offset);
+    return {base + static_cast<std::uintptr_t>(least),
+            base + static_cast<std::uintptr_t>(most + span.Extent(buffer.Width))};
+}
+
+// The picture at the root of a view, whose storage it is.
+const PixelBuffer& OwnerOfStorage(const PixelBuffer& buffer) {
+    const PixelBuffer* owner = &buffer;
+    while (owner->Parent) owner = BufferOf(owner->Parent);
+    return *owner;
+}
+
+bool MayMeet(const PixelBuffer& from, const PixelBuffer& to, rows::ChannelSet set) {
+    if (from.IsMapping && to.IsMapping) return from.fileDescriptor == to.fileDescriptor;
+    if (from.IsMapping || to.IsMapping) return OwnerOfStorage(from.IsMapping ? to : from).MemoryTarget != nullptr;
+    return BytesOf(from, set).Meets(BytesOf(to, set));
+}
+
+bool HasSameRows(const PixelBuffer& from, const PixelBuffer& to) {
+    const bool sameStorage = from.IsMapping ? from.fileDescriptor == to.fileDescriptor : from.data == to.data;
+    return sameStorage && from.IsMapping == to.IsMapping && from.rowAddress == to.rowAddress &&
+           from.RowSize == to.RowSize && from.RowOffset == to.RowOffset && from.Height == to.Height &&
+           from.storageRows == to.storageRows;
+}
+
+bool AreDistinct(const rows::PixelLayout& layout, int count) {
+    for (int i = 0; i < count; ++i)
+        if (std::find(layout.offset, layout.offset + i, layout.offset[i]) != layout.offset + i) return false;
+    return true;
+}
+
+}  // namespace
+
+bool HasBytesOfItsOwn(const PixelBuffer& buffer, rows::ChannelSet set) {
+    const rows::PixelSpan span = SpanOfChannels(buffer, set);
+    const std::int64_t rowSize = std::abs(std::int64_t{buffer.RowSize});
+    return span.IsCompact() && AreDistinct(LayoutOf(buffer, set), rows::ChannelCount(set)) &&
+           (buffer.Height <= 1 || span.Extent(buffer.Width) <= rowSize);
+}
+
+Sharing SharingOf(const PixelBuffer& from, const PixelBuffer& to, rows::ChannelSet set) {
+    if (!MayMeet(from, to, set)) return Sharing::Apart;
+    const bool same = HasSameRows(from, to) && LayoutOf(from, set) == LayoutOf(to, set);
+    return same && HasBytesOfItsOwn(from, set) ? Sharing::SamePixels : Sharing::Overlapping;
+}
+
+}  // namespace tqx
