@@ -56,8 +56,5 @@ inline sdk::Object* Rotate(sdk::Object*, double, std::int32_t, std::int32_t, std
 }
 inline sdk::Object* Rotate90(sdk::Object*, sdk::Object*) { return {}; }
 inline sdk::Object* Rotate270(sdk::Object*, sdk::Object*) { return {}; }
-inline sdk::Object* ApplyMatrix(sdk::Object*, sdk::Object*, sdk::Array*) { return {}; }
-inline sdk::Object* ApplyMatrix(sdk::Object*, sdk::Object*, sdk::Array*, std::int32_t) { return {}; }
-inline sdk::Object* ApplyMatrix(sdk::Object*, sdk::Object*, sdk::Array*, std::int32_t, double) { return {}; }
 
 }  // namespace tqx

@@ -11,6 +11,7 @@
 #include "buffer/PixelBuffer.h"
 #include "buffer/RowAccess.h"
 #include "buffer/Views.h"
+#include "filters/Convolution.h"
 #include "filters/ToneCurves.h"
 #include "interop/CopyGWorld.h"
 #include "interop/CopyPicture.h"

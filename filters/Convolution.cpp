@@ -1,0 +1,111 @@
+#include "filters/Convolution.h"
+
+#include <algorithm>
+
+#include "buffer/Destination.h"
+#include "buffer/Sharing.h"
+#include "filters/PackedRows.h"
+#include "platform/PixelMemory.h"
+#include "plugin/HostServices.h"
+#include "rows/Convolve.h"
+
+namespace tqx {
+
+namespace {
+
+constexpr std::int32_t kWeights = 25;
+constexpr std::int32_t kReach = 2;  // rows and columns to either side of the pixel
+constexpr std::int32_t kRows = 2 * kReach + 1;
+constexpr std::int32_t kLargestWeight = 254;  // anything above makes a hole
+
+rows::Kernel ReadKernel(sdk::Array* matrix, std::int32_t delta, double scale) {
+    rows::Kernel kernel{{}, delta, scale};
+    for (std::int32_t k = 0; k < kWeights; ++k) {
+        const std::int32_t weight = host.RuntimeDirectReadIntArray(matrix, k);
+        kernel.weight[k] = weight > kLargestWeight ? 0 : weight;
+    }
+    return kernel;
+}
+
+// The five rows around row y, those outside the picture replaced by row y itself.
+rows::KernelRows RowsAround(RowRing& ring, const PackedRows& rows, std::int32_t y, const std::uint8_t* centre) {
+    rows::KernelRows around{{}, rows.Channels(), rows.Width()};
+    for (std::int32_t dy = -kReach; dy <= kReach; ++dy) {
+        const std::int64_t sampled = std::int64_t{y} + dy;
+        const bool inside = sampled >= 0 && sampled < rows.Height();
+        around.row[dy + kReach] = inside ? ring.Row(sampled) : centre;
+    }
+    return around;
+}
+
+// In place the copy of the row becomes the result, so that later rows see it.
+void ConvolveByRows(const Operation& operation, const rows::Kernel& kernel, bool inPlace) {
+    const PackedRows rows(operation);
+    RowRing ring(rows, kRows, 0, rows.Width());
+    const platform::PixelBlock result(rows.BytesOf(rows.Width()));
+    if (!ring || !result) return;
+    for (std::int32_t y = 0; y < operation.CommonHeight(); ++y) {
+        std::uint8_t* const centre = ring.Row(y);
+        if (!centre) continue;
+        const rows::KernelRows around = RowsAround(ring, rows, y, centre);
+        if (inPlace)
+            rows::ConvolveInOrder(kernel, around, 0, around.width, centre);
+        else
+            rows::ConvolveRow(kernel, around, result.Bytes());
+        rows.Write(y, 0, rows.Width(), inPlace ? centre : result.Bytes());
+    }
+}
+
+// Copies the neighbourhood of one pixel as it stands now and convolves that.
+void ConvolvePixel(const PackedRows& rows, const rows::Kernel& kernel, std::int32_t x, std::int32_t y) {
+    std::uint8_t patch[kRows][kRows * 4];
+    std::uint8_t result[kRows * 4];
+    const std::int32_t first = std::max(x - kReach, 0);
+    const std::int32_t count = std::min(x, rows.Width() - 1 - kReach) + kReach + 1 - first;
+    rows::KernelRows around{{}, rows.Channels(), count};
+    for (std::int32_t dy = -kReach; dy <= kReach; ++dy) {
+        const std::int64_t sampled = std::int64_t{y} + dy;
+        const bool inside = sampled >= 0 && sampled < rows.Height();
+        std::uint8_t* const row = patch[dy + kReach];
+        if (rows.Read(inside ? static_cast<std::int32_t>(sampled) : y, first, count, row))
+            around.row[dy + kReach] = row;
+    }
+    rows::ConvolveInOrder(kernel, around, x - first, x - first + 1, result);
+    rows.Write(y, x, 1, result + rows.BytesOf(x - first));
+}
+
+void ConvolveByPixels(const Operation& operation, const rows::Kernel& kernel) {
+    const PackedRows rows(operation);
+    for (std::int32_t y = 0; y < operation.CommonHeight(); ++y) {
+        if (!rows.Have(y)) continue;
+        for (std::int32_t x = 0; x < operation.CommonWidth(); ++x) ConvolvePixel(rows, kernel, x, y);
+    }
+}
+
+}  // namespace
+
+sdk::Object* ApplyMatrix(sdk::Object* self, sdk::Object* dest, sdk::Array* matrix) {
+    return ApplyMatrix(self, dest, matrix, 0, 1.0);
+}
+
+sdk::Object* ApplyMatrix(sdk::Object* self, sdk::Object* dest, sdk::Array* matrix, std::int32_t delta) {
+    return ApplyMatrix(self, dest, matrix, delta, 1.0);
+}
+
+sdk::Object* ApplyMatrix(sdk::Object* self, sdk::Object* dest, sdk::Array* matrix, std::int32_t delta,
+                         double scaleFactor) {
+    if (!matrix || host.RuntimeUBound(matrix) != kWeights - 1) return nullptr;
+    const rows::Kernel kernel = ReadKernel(matrix, delta, scaleFactor);
+    const PixelBuffer& source = *BufferOf(self);
+    // Width and height are exchanged: intended.
+    const Operation operation = BeginOperation(self, dest, source.Height, source.Width);
+    if (!operation) return operation.result;
+    const Sharing sharing = SharingOf(operation);
+    if (sharing == Sharing::Overlapping)
+        ConvolveByPixels(operation, kernel);
+    else
+        ConvolveByRows(operation, kernel, sharing == Sharing::SamePixels);
+    return operation.result;
+}
+
+}  // namespace tqx

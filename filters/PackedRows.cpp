@@ -1,0 +1,78 @@
+#include "filters/PackedRows.h"
+
+#include <algorithm>
+
+namespace tqx {
+
+namespace {
+
+// Whether the channels fill the pixels: some order of 0 .. count - 1, and nothing between.
+bool IsPacked(const rows::PixelLayout& layout, int count) {
+    unsigned found = 0;
+    for (int i = 0; i < count; ++i)
+        if (layout.offset[i] >= 0 && layout.offset[i] < count) found |= 1U << layout.offset[i];
+    return layout.pixelSize == count && found + 1 == 1U << count;
+}
+
+// The source's channels but for a clip's shift to the right.
+rows::PixelLayout WithoutShift(rows::PixelLayout layout, int count) {
+    const std::int32_t shift = *std::min_element(layout.offset, layout.offset + count);
+    for (int i = 0; i < count; ++i) layout.offset[i] -= shift;
+    return layout;
+}
+
+rows::PixelLayout PackedLayout(const rows::PixelLayout& from, int count, PackedOrder order) {
+    const rows::PixelLayout own = WithoutShift(from, count);
+    if (order == PackedOrder::AsItSuits && IsPacked(own, count)) return own;
+    return {count, {0, 1, 2, 3}};
+}
+
+constexpr std::int64_t RoundUp(std::int64_t bytes) { return (bytes + 63) / 64 * 64; }
+
+}  // namespace
+
+PackedRows::PackedRows(PixelBuffer& source, PixelBuffer& destination, rows::ChannelSet set, PackedOrder order)
+    : source_(source), destination_(destination), channels_(rows::ChannelCount(set)) {
+    const rows::PixelLayout from = LayoutOf(source, set);
+    const rows::PixelLayout packed = PackedLayout(from, channels_, order);
+    read_ = rows::PlanMoves(rows::MovesBetween(set, from, packed));
+    write_ = rows::PlanMoves(rows::MovesBetween(set, packed, LayoutOf(destination, set)));
+}
+
+bool PackedRows::Read(std::int32_t y, std::int32_t first, std::int32_t count, std::uint8_t* packed) const {
+    const std::uint8_t* const row = RowAddress(source_, y);
+    if (!row) return false;
+    rows::MoveRow(read_, row + std::int64_t{first} * source_.PixelSize, packed, count);
+    return true;
+}
+
+void PackedRows::Write(std::int32_t y, std::int32_t first, std::int32_t count, const std::uint8_t* packed) const {
+    if (y >= destination_.Height || first >= destination_.Width) return;
+    std::uint8_t* const row = RowAddress(destination_, y);
+    if (!row) return;
+    rows::MoveRow(write_, packed, row + std::int64_t{first} * destination_.PixelSize,
+                  std::min(count, destination_.Width - first));
+}
+
+bool PackedRows::Have(std::int32_t y) const {
+    return y < source_.Height && y < destination_.Height && RowAddress(source_, y) && RowAddress(destination_, y);
+}
+
+RowRing::RowRing(const PackedRows& rows, std::int64_t capacity, std::int32_t first, std::int32_t count)
+    : rows_(rows),
+      first_(first),
+      count_(count),
+      capacity_(std::clamp<std::int64_t>(capacity, 1, std::max(rows.Height(), 1))),
+      stride_(RoundUp(rows.BytesOf(count)) + kMargin),
+      bytes_(kMargin + capacity_ * stride_),
+      slots_(capacity_ * static_cast<std::int64_t>(sizeof(Slot))) {}
+
+std::uint8_t* RowRing::Row(std::int64_t y) {
+    if (y < 0 || y >= rows_.Height()) return nullptr;
+    Slot& slot = reinterpret_cast<Slot*>(slots_.Bytes())[y % capacity_];
+    std::uint8_t* const row = bytes_.Bytes() + kMargin + y % capacity_ * stride_;
+    if (slot.rowPlusOne != y + 1) slot = {y + 1, rows_.Read(static_cast<std::int32_t>(y), first_, count_, row)};
+    return slot.present ? row : nullptr;
+}
+
+}  // namespace tqx

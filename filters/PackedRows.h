@@ -1,0 +1,90 @@
+// Rows as a neighbourhood filter works on them: the channels of its set and nothing else, pixel by
+// pixel without gaps, copied out of the pictures.
+//
+// Copies stay where they are while the window of a mapped picture slides, and make every layout
+// and view look alike. Packed channels stand in the order of the set, or in the order of the
+// source's bytes where the source is packed already: then a copy is a plain copy. Filters that
+// treat all channels alike needn't know.
+#pragma once
+
+#include <cstdint>
+
+#include "buffer/Destination.h"
+#include "platform/PixelMemory.h"
+#include "rows/Move.h"
+#include "rows/PixelLayout.h"
+
+namespace tqx {
+
+// Which packed order.
+enum class PackedOrder {
+    OfTheSet,   // red, green, blue, alpha; or gray, alpha
+    AsItSuits,  // any, the same for all rows of the operation
+};
+
+// Reads packed rows from one picture and writes them to another.
+class PackedRows {
+  public:
+    PackedRows(PixelBuffer& source, PixelBuffer& destination, rows::ChannelSet set,
+               PackedOrder order = PackedOrder::AsItSuits);
+    explicit PackedRows(const Operation& operation, PackedOrder order = PackedOrder::AsItSuits)
+        : PackedRows(*operation.source, *operation.destination, operation.channels, order) {}
+
+    int Channels() const { return channels_; }
+    std::int32_t Height() const { return source_.Height; }
+    std::int32_t Width() const { return source_.Width; }
+
+    // Bytes of a packed row of so many pixels.
+    std::int64_t BytesOf(std::int64_t pixels) const { return pixels * channels_; }
+
+    // Copies `count` pixels of row y from column `first` on. False, and nothing copied, when the
+    // source has no such row.
+    bool Read(std::int32_t y, std::int32_t first, std::int32_t count, std::uint8_t* packed) const;
+
+    // Writes `count` pixels into row y from column `first` on, from left to right, each in the
+    // order of its channels. What falls outside the destination is skipped.
+    void Write(std::int32_t y, std::int32_t first, std::int32_t count, const std::uint8_t* packed) const;
+
+    // Whether both pictures have row y.
+    bool Have(std::int32_t y) const;
+
+  private:
+    PixelBuffer& source_;
+    PixelBuffer& destination_;
+    int channels_;
+    rows::MovePlan read_;
+    rows::MovePlan write_;
+};
+
+// The last few packed rows of the source, copied when first asked for. The ring holds row y in
+// slot y mod capacity: asking for a row gives up the copy of the row `capacity` above or below.
+class RowRing {
+  public:
+    // Row functions may look this many bytes past either end of a row.
+    static constexpr std::int64_t kMargin = 64;
+
+    // For columns `first` to `first + count - 1`. No more rows are kept than the source has.
+    RowRing(const PackedRows& rows, std::int64_t capacity, std::int32_t first, std::int32_t count);
+
+    // False when memory was short.
+    explicit operator bool() const { return bytes_ && slots_; }
+
+    // The copy of row y, 64 bytes aligned; null when the source has no such row. The copy may be
+    // written to: the ring, not the source, then has the change.
+    std::uint8_t* Row(std::int64_t y);
+
+  private:
+    struct Slot {
+        std::int64_t rowPlusOne;  // 0: empty
+        bool present;             // the source has it
+    };
+
+    const PackedRows& rows_;
+    std::int32_t first_, count_;
+    std::int64_t capacity_;
+    std::int64_t stride_;
+    platform::PixelBlock bytes_;
+    platform::PixelBlock slots_;
+};
+
+}  // namespace tqx
