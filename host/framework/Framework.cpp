@@ -3,7 +3,9 @@
 #include "host/framework/FolderItem.h"
 #include "host/framework/Graphics.h"
 #include "host/framework/MemoryBlock.h"
+#include "host/framework/NumberFunctions.h"
 #include "host/framework/Picture.h"
+#include "host/framework/TextFunctions.h"
 #include "host/framework/WorldClass.h"
 
 namespace host {
@@ -14,6 +16,9 @@ void RegisterFramework(Runtime& runtime) {
     RegisterPicture(runtime);
     RegisterGraphics(runtime);
     RegisterWorldClass(runtime);
+    RegisterTextFunctions(runtime);
+    RegisterTextSearchFunctions(runtime);
+    RegisterNumberFunctions(runtime);
 }
 
 }  // namespace host

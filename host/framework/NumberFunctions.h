@@ -1,0 +1,10 @@
+// The global functions on numbers, colours and time.
+#pragma once
+
+namespace host {
+
+class Runtime;
+
+void RegisterNumberFunctions(Runtime& runtime);
+
+}  // namespace host

@@ -1,0 +1,270 @@
+// Positions count characters from 1 (the functions ending in B count bytes); lengths below 0 count
+// as 0, positions below 1 as 1, and what lies past the end is empty. Parts of a string keep its
+// encoding.
+#include "host/framework/TextFunctions.h"
+
+#include <algorithm>
+#include <cctype>
+
+#include "host/framework/Characters.h"
+#include "host/framework/Md5.h"
+#include "host/framework/NumberText.h"
+#include "host/framework/Support.h"
+
+namespace host {
+
+namespace {
+
+sdk::Encoding EncodingOfText(sdk::String* text) { return EncodingOf(FromPlugin(text)); }
+
+// A part of a string; all of it is the string itself.
+sdk::String* Part(sdk::String* text, std::size_t from, std::size_t to) {
+    const std::string_view bytes = Bytes(text);
+    if (from == 0 && to == bytes.size()) return Ref<String>::Share(FromPlugin(text)).Detach();
+    return GiveString(bytes.substr(from, to - from), EncodingOfText(text));
+}
+
+// --- Length ---------------------------------------------------------------------------------
+
+// A count as the language's integer; no string is longer.
+std::int32_t Count(std::int64_t count) { return static_cast<std::int32_t>(std::min<std::int64_t>(count, INT32_MAX)); }
+
+std::int32_t Len(sdk::String* text) { return Count(CharacterCount(Bytes(text), EncodingOfText(text))); }
+std::int32_t LenB(sdk::String* text) { return Count(static_cast<std::int64_t>(Bytes(text).size())); }
+
+// --- Parts ----------------------------------------------------------------------------------
+
+sdk::String* PartOfCharacters(sdk::String* text, sdk::Encoding encoding, std::int64_t start, std::int64_t length) {
+    const std::string_view bytes = Bytes(text);
+    const std::size_t from = BytesOfCharacters(bytes, encoding, start - 1);
+    return Part(text, from, from + BytesOfCharacters(bytes.substr(from), encoding, length));
+}
+
+sdk::String* LastCharacters(sdk::String* text, sdk::Encoding encoding, std::int64_t length) {
+    const std::string_view bytes = Bytes(text);
+    const std::int64_t left = CharacterCount(bytes, encoding) - std::max<std::int64_t>(length, 0);
+    return Part(text, BytesOfCharacters(bytes, encoding, left), bytes.size());
+}
+
+sdk::String* Left(sdk::String* text, std::int32_t length) {
+    return PartOfCharacters(text, EncodingOfText(text), 1, length);
+}
+
+sdk::String* LeftB(sdk::String* text, std::int32_t length) {
+    return PartOfCharacters(text, sdk::Encoding::None, 1, length);
+}
+
+sdk::String* Right(sdk::String* text, std::int32_t length) {
+    return LastCharacters(text, EncodingOfText(text), length);
+}
+
+sdk::String* RightB(sdk::String* text, std::int32_t length) {
+    return LastCharacters(text, sdk::Encoding::None, length);
+}
+
+sdk::String* Mid(sdk::String* text, std::int32_t start, std::int32_t length) {
+    return PartOfCharacters(text, EncodingOfText(text), start, length);
+}
+
+sdk::String* MidB(sdk::String* text, std::int32_t start, std::int32_t length) {
+    return PartOfCharacters(text, sdk::Encoding::None, start, length);
+}
+
+sdk::String* MidToEnd(sdk::String* text, std::int32_t start) { return Mid(text, start, INT32_MAX); }
+sdk::String* MidToEndB(sdk::String* text, std::int32_t start) { return MidB(text, start, INT32_MAX); }
+
+// --- Blanks ---------------------------------------------------------------------------------
+
+bool IsBlank(char32_t c) { return c == ' ' || (c >= '\t' && c <= '\r') || c == 0x3000; }
+
+// Bytes of the blanks that a text begins with.
+std::size_t LeadingBlanks(std::string_view text, sdk::Encoding encoding) {
+    std::size_t at = 0;
+    while (at < text.size() && IsBlank(FirstCharacter(text.substr(at), encoding)))
+        at += CharacterLength(text.substr(at), encoding);
+    return at;
+}
+
+// Where the blanks at a text's end begin.
+std::size_t TrailingBlanks(std::string_view text, sdk::Encoding encoding) {
+    std::size_t end = 0;
+    for (std::size_t at = 0; at < text.size();) {
+        const bool blank = IsBlank(FirstCharacter(text.substr(at), encoding));
+        at += CharacterLength(text.substr(at), encoding);
+        if (!blank) end = at;
+    }
+    return end;
+}
+
+sdk::String* LTrim(sdk::String* text) {
+    return Part(text, LeadingBlanks(Bytes(text), EncodingOfText(text)), Bytes(text).size());
+}
+
+sdk::String* RTrim(sdk::String* text) { return Part(text, 0, TrailingBlanks(Bytes(text), EncodingOfText(text))); }
+
+sdk::String* Trim(sdk::String* text) {
+    const std::size_t end = TrailingBlanks(Bytes(text), EncodingOfText(text));
+    return Part(text, std::min(LeadingBlanks(Bytes(text), EncodingOfText(text)), end), end);
+}
+
+// --- Case -----------------------------------------------------------------------------------
+
+// A single byte changes only as ASCII does: others are no text, or no text that is sound.
+sdk::String* Mapped(sdk::String* text, char32_t (*map)(char32_t)) {
+    const sdk::Encoding encoding = EncodingOfText(text);
+    std::string result;
+    for (std::string_view rest = Bytes(text); !rest.empty();) {
+        const std::size_t length = CharacterLength(rest, encoding);
+        const char32_t before = FirstCharacter(rest, encoding), after = map(before);
+        if (before == after || (length == 1 && before > 127))
+            result += rest.substr(0, length);
+        else
+            result += CharacterText(after, encoding);
+        rest.remove_prefix(length);
+    }
+    return GiveString(result, encoding);
+}
+
+sdk::String* Uppercase(sdk::String* text) { return Mapped(text, &UpperCharacter); }
+sdk::String* Lowercase(sdk::String* text) { return Mapped(text, &LowerCharacter); }
+
+// --- Characters and their codes -------------------------------------------------------------
+
+sdk::String* Chr(std::int32_t code) {
+    if (code < 0 || code > 0x10ffff) FailBounds("There is no character " + std::to_string(code) + ".");
+    return GiveString(CharacterText(static_cast<char32_t>(code), sdk::Encoding::Utf8));
+}
+
+// The low byte counts.
+sdk::String* ChrB(std::int32_t code) {
+    return GiveString(std::string(1, static_cast<char>(code)), sdk::Encoding::None);
+}
+
+// 0 for an empty string.
+std::int32_t Asc(sdk::String* text) {
+    return text && !Bytes(text).empty() ? static_cast<std::int32_t>(FirstCharacter(Bytes(text), EncodingOfText(text)))
+                                        : 0;
+}
+
+std::int32_t AscB(sdk::String* text) { return Bytes(text).empty() ? 0 : static_cast<std::uint8_t>(Bytes(text)[0]); }
+
+// --- Bytes as digits --------------------------------------------------------------------------
+
+constexpr char kDigits[] = "0123456789ABCDEF";
+
+sdk::String* EncodeHex(sdk::String* text, bool spaces) {
+    std::string digits;
+    for (const char c : Bytes(text)) {
+        if (spaces && !digits.empty()) digits += ' ';
+        digits += kDigits[static_cast<std::uint8_t>(c) >> 4];
+        digits += kDigits[c & 15];
+    }
+    return GiveString(digits, sdk::Encoding::Ascii);
+}
+
+// Characters that are no digits are skipped; a last digit without its second counts for nothing.
+sdk::String* DecodeHex(sdk::String* text) {
+    std::string bytes;
+    int high = -1;
+    for (const char c : Bytes(text)) {
+        if (!std::isxdigit(static_cast<unsigned char>(c))) continue;
+        const int digit = c <= '9' ? c - '0' : (c | 0x20) - 'a' + 10;
+        if (high >= 0) bytes += static_cast<char>(high << 4 | digit);
+        high = high < 0 ? digit : -1;
+    }
+    return GiveString(bytes, sdk::Encoding::None);
+}
+
+sdk::String* DigestOf(sdk::String* text) {
+    const auto digest = Md5(Bytes(text));
+    return GiveString({reinterpret_cast<const char*>(digest.data()), digest.size()}, sdk::Encoding::None);
+}
+
+// --- Numbers --------------------------------------------------------------------------------
+
+sdk::String* StrOfDouble(double value) { return GiveString(NumberText(value)); }
+sdk::String* StrOfSingle(float value) { return GiveString(NumberText(value)); }
+sdk::String* StrOfInteger(std::int64_t value) { return GiveString(std::to_string(value)); }
+sdk::String* StrOfBoolean(bool value) { return GiveString(value ? "True" : "False"); }
+sdk::String* StrOfText(sdk::String* value) { return Part(value, 0, Bytes(value).size()); }
+
+sdk::String* StrOfColor(sdk::Color value) {
+    std::string text = "&c";
+    for (int shift = 20; shift >= 0; shift -= 4) text += kDigits[static_cast<std::uint32_t>(value) >> shift & 15];
+    return GiveString(text);
+}
+
+sdk::String* StrByFormat(double value, sdk::String* pattern) { return GiveString(FormatNumber(value, Bytes(pattern))); }
+
+double Val(sdk::String* text) {
+    const Ref<String> utf8 = ConvertEncoding(Ref<String>::Share(FromPlugin(text)), sdk::Encoding::Utf8);
+    return NumberIn(Bytes(utf8));
+}
+
+// The digits of a number's bits, 2^shift to a digit, without leading zeros.
+sdk::String* InBase(std::uint64_t value, int shift) {
+    std::string digits;
+    do digits.insert(digits.begin(), kDigits[value & ((1u << shift) - 1)]);
+    while (value >>= shift);
+    return GiveString(digits);
+}
+
+template <class Integer, int Shift>
+sdk::String* BitsOf(Integer value) {
+    return InBase(static_cast<std::make_unsigned_t<Integer>>(value), Shift);
+}
+
+}  // namespace
+
+void RegisterTextFunctions(Runtime& runtime) {
+    static const sdk::MethodRecord functions[] = {
+        sdk::SharedMethod<"Len(text as string) as integer", Guarded<&Len>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"LenB(text as string) as integer", Guarded<&LenB>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"Left(text as string, length as integer) as string", Guarded<&Left>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"LeftB(text as string, length as integer) as string", Guarded<&LeftB>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"Right(text as string, length as integer) as string", Guarded<&Right>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"RightB(text as string, length as integer) as string", Guarded<&RightB>>(
+            sdk::kMemberPortable),
+        sdk::SharedMethod<"Mid(text as string, start as integer) as string", Guarded<&MidToEnd>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"Mid(text as string, start as integer, length as integer) as string", Guarded<&Mid>>(
+            sdk::kMemberPortable),
+        sdk::SharedMethod<"MidB(text as string, start as integer) as string", Guarded<&MidToEndB>>(
+            sdk::kMemberPortable),
+        sdk::SharedMethod<"MidB(text as string, start as integer, length as integer) as string", Guarded<&MidB>>(
+            sdk::kMemberPortable),
+        sdk::SharedMethod<"Trim(text as string) as string", Guarded<&Trim>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"LTrim(text as string) as string", Guarded<&LTrim>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"RTrim(text as string) as string", Guarded<&RTrim>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"Uppercase(text as string) as string", Guarded<&Uppercase>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"Lowercase(text as string) as string", Guarded<&Lowercase>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"Chr(code as integer) as string", Guarded<&Chr>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"ChrB(code as integer) as string", Guarded<&ChrB>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"Asc(text as string) as integer", Guarded<&Asc>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"AscB(text as string) as integer", Guarded<&AscB>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"EncodeHex(bytes as string, spaces as boolean = False) as string", Guarded<&EncodeHex>>(
+            sdk::kMemberPortable),
+        sdk::SharedMethod<"DecodeHex(digits as string) as string", Guarded<&DecodeHex>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"MD5(bytes as string) as string", Guarded<&DigestOf>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"Str(value as int64) as string", Guarded<&StrOfInteger>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"Str(value as double) as string", Guarded<&StrOfDouble>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"Str(value as single) as string", Guarded<&StrOfSingle>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"Str(value as boolean) as string", Guarded<&StrOfBoolean>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"Str(value as color) as string", Guarded<&StrOfColor>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"Str(value as string) as string", Guarded<&StrOfText>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"Str(value as double, pattern as string) as string", Guarded<&StrByFormat>>(
+            sdk::kMemberPortable),
+        sdk::SharedMethod<"Format(value as double, pattern as string) as string", Guarded<&StrByFormat>>(
+            sdk::kMemberPortable),
+        sdk::SharedMethod<"Val(text as string) as double", Guarded<&Val>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"CDbl(text as string) as double", Guarded<&Val>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"Hex(value as integer) as string", Guarded<&BitsOf<std::int32_t, 4>>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"Hex(value as int64) as string", Guarded<&BitsOf<std::int64_t, 4>>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"Oct(value as integer) as string", Guarded<&BitsOf<std::int32_t, 3>>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"Oct(value as int64) as string", Guarded<&BitsOf<std::int64_t, 3>>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"Bin(value as integer) as string", Guarded<&BitsOf<std::int32_t, 1>>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"Bin(value as int64) as string", Guarded<&BitsOf<std::int64_t, 1>>>(sdk::kMemberPortable),
+    };
+    runtime.RegisterFunctions(functions);
+}
+
+}  // namespace host

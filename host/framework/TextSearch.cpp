@@ -1,0 +1,176 @@
+// Looking for texts in texts: without regard to case, but for the functions ending in B, which
+// compare and count bytes.
+#include <algorithm>
+#include <functional>
+
+#include "host/framework/Characters.h"
+#include "host/framework/Support.h"
+#include "host/framework/TextFunctions.h"
+
+namespace host {
+
+namespace {
+
+sdk::Encoding EncodingOfText(sdk::String* text) { return EncodingOf(FromPlugin(text)); }
+
+// Two texts, brought to where they can be compared: by characters or by bytes.
+class Search {
+  public:
+    Search(sdk::String* text, sdk::String* wanted, bool byBytes)
+        : bytes_(Bytes(text)),
+          encoding_(byBytes ? sdk::Encoding::None : EncodingOfText(text)),
+          text_(Fold(bytes_, encoding_)) {
+        const sdk::Encoding own = EncodingOfText(wanted);
+        // Text is looked for in the encoding of where it is looked for.
+        const bool convert =
+            !byBytes && own != encoding_ && own != sdk::Encoding::None && encoding_ != sdk::Encoding::None;
+        const Ref<String> converted =
+            convert ? ConvertEncoding(Ref<String>::Share(FromPlugin(wanted)), encoding_) : Ref<String>();
+        wanted_ = Fold(convert ? Bytes(converted) : Bytes(wanted), encoding_).characters;
+    }
+
+    static constexpr std::size_t kNone = std::u32string::npos;
+
+    // The index of the first character of the next match from one on; kNone when there is none.
+    std::size_t Find(std::size_t from) const { return text_.characters.find(wanted_, from); }
+
+    std::size_t WantedLength() const { return wanted_.size(); }
+    std::size_t Length() const { return text_.characters.size(); }
+
+    // The bytes between two characters.
+    std::string_view Between(std::size_t from, std::size_t to) const {
+        return bytes_.substr(text_.starts[from], text_.starts[to] - text_.starts[from]);
+    }
+
+  private:
+    std::string_view bytes_;
+    sdk::Encoding encoding_;
+    FoldedText text_;
+    std::u32string wanted_;
+};
+
+// --- InStr ----------------------------------------------------------------------------------
+
+// Counted from 1; 0 when it isn't there. An empty text is found where the search starts.
+std::int32_t PositionFrom(std::int32_t start, sdk::String* text, sdk::String* wanted, bool byBytes) {
+    const Search search(text, wanted, byBytes);
+    const auto from = static_cast<std::size_t>(std::max(start, 1) - 1);
+    const std::size_t found = from > search.Length() ? Search::kNone : search.Find(from);
+    return found == Search::kNone ? 0 : static_cast<std::int32_t>(found + 1);
+}
+
+std::int32_t InStrFrom(std::int32_t start, sdk::String* text, sdk::String* wanted) {
+    return PositionFrom(start, text, wanted, false);
+}
+std::int32_t InStrFromB(std::int32_t start, sdk::String* text, sdk::String* wanted) {
+    return PositionFrom(start, text, wanted, true);
+}
+std::int32_t InStr(sdk::String* text, sdk::String* wanted) { return PositionFrom(1, text, wanted, false); }
+std::int32_t InStrB(sdk::String* text, sdk::String* wanted) { return PositionFrom(1, text, wanted, true); }
+
+// --- Replace --------------------------------------------------------------------------------
+
+sdk::String* ReplaceUpTo(std::size_t most, sdk::String* text, sdk::String* wanted, sdk::String* by, bool byBytes) {
+    const Search search(text, wanted, byBytes);
+    std::string result;
+    std::size_t at = 0;
+    for (std::size_t count = 0; search.WantedLength() > 0 && count < most; ++count) {
+        const std::size_t found = search.Find(at);
+        if (found == Search::kNone) break;
+        result += search.Between(at, found);
+        result += Bytes(by);
+        at = found + search.WantedLength();
+    }
+    result += search.Between(at, search.Length());
+    return GiveString(result, EncodingOfText(text));
+}
+
+sdk::String* Replace(sdk::String* text, sdk::String* wanted, sdk::String* by) {
+    return ReplaceUpTo(1, text, wanted, by, false);
+}
+sdk::String* ReplaceB(sdk::String* text, sdk::String* wanted, sdk::String* by) {
+    return ReplaceUpTo(1, text, wanted, by, true);
+}
+sdk::String* ReplaceAll(sdk::String* text, sdk::String* wanted, sdk::String* by) {
+    return ReplaceUpTo(SIZE_MAX, text, wanted, by, false);
+}
+sdk::String* ReplaceAllB(sdk::String* text, sdk::String* wanted, sdk::String* by) {
+    return ReplaceUpTo(SIZE_MAX, text, wanted, by, true);
+}
+
+// --- Split and Join -------------------------------------------------------------------------
+
+// An empty text gives an empty array, an empty delimiter the single characters.
+sdk::Array* Split(sdk::String* text, sdk::String* delimiter) {
+    const Search search(text, delimiter, false);
+    Ref<Array> parts = MakeArray(TypeNamed("String"));
+    const auto add = [&](std::size_t from, std::size_t to) {
+        parts->values.push_back(Value(MakeString(search.Between(from, to), EncodingOfText(text))));
+    };
+    if (search.Length() == 0) return parts.Detach();
+    std::size_t at = 0;
+    if (search.WantedLength() == 0) {
+        for (; at < search.Length(); ++at) add(at, at + 1);
+        return parts.Detach();
+    }
+    for (std::size_t found; (found = search.Find(at)) != Search::kNone; at = found + search.WantedLength())
+        add(at, found);
+    add(at, search.Length());
+    return parts.Detach();
+}
+
+sdk::Array* SplitAtBlanks(sdk::String* text) {
+    const Ref<String> blank = MakeString(" ");
+    return Split(text, blank.get());
+}
+
+// Text when all parts are text, else bytes.
+sdk::String* Join(sdk::Array* parts, sdk::String* delimiter) {
+    const Array* array = FromPlugin(parts);
+    if (!array) Fail("NilObjectException", "There is no array to join.");
+    std::string result;
+    sdk::Encoding encoding = sdk::Encoding::Utf8;
+    for (std::size_t i = 0; i < array->values.size(); ++i) {
+        if (i > 0) result += Bytes(delimiter);
+        const Value& part = array->values[i];
+        if (!part.text().empty() && EncodingOf(part.string()) == sdk::Encoding::None) encoding = sdk::Encoding::None;
+        result += part.text();
+    }
+    return GiveString(result, encoding);
+}
+
+sdk::String* JoinWithBlanks(sdk::Array* parts) {
+    const Ref<String> blank = MakeString(" ");
+    return Join(parts, blank.get());
+}
+
+}  // namespace
+
+void RegisterTextSearchFunctions(Runtime& runtime) {
+    static const sdk::MethodRecord functions[] = {
+        sdk::SharedMethod<"InStr(text as string, wanted as string) as integer", Guarded<&InStr>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"InStr(start as integer, text as string, wanted as string) as integer", Guarded<&InStrFrom>>(
+            sdk::kMemberPortable),
+        sdk::SharedMethod<"InStrB(text as string, wanted as string) as integer", Guarded<&InStrB>>(
+            sdk::kMemberPortable),
+        sdk::SharedMethod<"InStrB(start as integer, text as string, wanted as string) as integer",
+                          Guarded<&InStrFromB>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"Replace(text as string, wanted as string, by as string) as string", Guarded<&Replace>>(
+            sdk::kMemberPortable),
+        sdk::SharedMethod<"ReplaceB(text as string, wanted as string, by as string) as string", Guarded<&ReplaceB>>(
+            sdk::kMemberPortable),
+        sdk::SharedMethod<"ReplaceAll(text as string, wanted as string, by as string) as string", Guarded<&ReplaceAll>>(
+            sdk::kMemberPortable),
+        sdk::SharedMethod<"ReplaceAllB(text as string, wanted as string, by as string) as string",
+                          Guarded<&ReplaceAllB>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"Split(text as string) as string()", Guarded<&SplitAtBlanks>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"Split(text as string, delimiter as string) as string()", Guarded<&Split>>(
+            sdk::kMemberPortable),
+        sdk::SharedMethod<"Join(parts() as string) as string", Guarded<&JoinWithBlanks>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"Join(parts() as string, delimiter as string) as string", Guarded<&Join>>(
+            sdk::kMemberPortable),
+    };
+    runtime.RegisterFunctions(functions);
+}
+
+}  // namespace host
