@@ -24,30 +24,9 @@ inline sdk::Object* EngraveFilter(sdk::Object*, sdk::Object*, std::int32_t) { re
 inline sdk::Object* NeonFilter(sdk::Object*, sdk::Object*) { return {}; }
 inline bool AutoLevel(sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t) { return {}; }
 inline bool AutoLevel(sdk::Object*) { return {}; }
-inline void ClearRect(sdk::Object*) {}
-inline void ClearRect(sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t) {}
-inline void FillRect(sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t, std::int32_t) {}
-inline void FillRect(sdk::Object*, std::int32_t) {}
-inline void FillRectRGB(sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t, std::int32_t,
-                        std::int32_t, std::int32_t) {}
-inline void FillRectRGB(sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t, sdk::Color) {}
-inline void FillRectRGB(sdk::Object*, std::int32_t, std::int32_t, std::int32_t) {}
-inline void FillRectRGB(sdk::Object*, sdk::Color) {}
-inline void FillRectRGB(sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t, std::int32_t,
-                        std::int32_t, std::int32_t, std::int32_t) {}
-inline void FillRectRGB(sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t, sdk::Color,
-                        std::int32_t) {}
-inline void FillRectRGB(sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t) {}
-inline void FillRectRGB(sdk::Object*, sdk::Color, std::int32_t) {}
-inline void Invert(sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t) {}
-inline void Invert(sdk::Object*) {}
 inline void HMirror(sdk::Object*) {}
 inline void VMirror(sdk::Object*) {}
 inline void Rotate180(sdk::Object*) {}
-inline void CopyPixels(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t, std::int32_t,
-                       std::int32_t) {}
-inline void CopyPixels(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t) {}
-inline void CopyPixels(sdk::Object*, sdk::Object*) {}
 inline sdk::Object* Rotate90slow(sdk::Object*, sdk::Object*) { return {}; }
 inline sdk::Object* Rotate180(sdk::Object*, sdk::Object*) { return {}; }
 inline sdk::Object* Rotate270slow(sdk::Object*, sdk::Object*) { return {}; }

@@ -1,0 +1,59 @@
+#include "ops/CopyPixels.h"
+
+#include "buffer/Destination.h"
+#include "buffer/FormatConversion.h"
+#include "buffer/PixelBuffer.h"
+#include "buffer/RowPairs.h"
+#include "ops/CopyRectangle.h"
+#include "rows/Convert.h"
+
+namespace tqx {
+
+namespace {
+
+void CopyRows(PixelBuffer& source, PixelBuffer& destination, const CopyRectangle& area,
+              const rows::ConversionPlan& conversion) {
+    const StorageWatch sourceWatch(source), destinationWatch(destination);
+    RowPairs pairs(source, destination);
+    const std::int64_t first = std::int64_t{area.sourceX} * source.PixelSize;
+    const std::int64_t destinationFirst = std::int64_t{area.destX} * destination.PixelSize;
+    for (std::int32_t i = 0; i < area.height; ++i) {
+        if (const RowPair pair = pairs.At(area.sourceY + i, area.destY + i))
+            rows::ConvertRow(conversion, pair.source + first, pair.destination + destinationFirst, area.width);
+        if (!YieldAndKeep(destination, destinationWatch) || !sourceWatch.Holds()) return;
+    }
+}
+
+// The destination's tests and yield come first.
+bool Begin(PixelBuffer& source, PixelBuffer& destination) {
+    if (!source.Valid || !BeginInPlace(destination)) return false;
+    const StorageWatch watch(destination);
+    return BeginInPlace(source) && watch.Holds();
+}
+
+}  // namespace
+
+void CopyPixels(sdk::Object* self, sdk::Object* sourceObject, std::int32_t destX, std::int32_t destY,
+                std::int32_t width, std::int32_t height, std::int32_t sourceX, std::int32_t sourceY) {
+    if (!sourceObject) return;
+    PixelBuffer& source = *BufferOf(sourceObject);
+    PixelBuffer& destination = *BufferOf(self);
+    if (!Begin(source, destination)) return;
+    const CopyRectangle area = ClipCopy({destX, destY, width, height, sourceX, sourceY}, destination.Width,
+                                        destination.Height, source.Width, source.Height);
+    const auto conversion = ChooseConversion(source, destination);
+    if (area.IsEmpty() || !conversion) return;
+    CopyRows(source, destination, area, rows::PlanConversion(*conversion));
+}
+
+void CopyPixels(sdk::Object* self, sdk::Object* source, std::int32_t destX, std::int32_t destY, std::int32_t width,
+                std::int32_t height) {
+    CopyPixels(self, source, destX, destY, width, height, 0, 0);
+}
+
+void CopyPixels(sdk::Object* self, sdk::Object* source) {
+    const PixelBuffer& buffer = *BufferOf(self);
+    CopyPixels(self, source, 0, 0, buffer.Width, buffer.Height);
+}
+
+}  // namespace tqx

@@ -1,0 +1,167 @@
+#include "ops/Fill.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+#include "buffer/Destination.h"
+#include "buffer/InPlaceRows.h"
+#include "buffer/PixelBuffer.h"
+#include "buffer/RowPairs.h"
+#include "ops/PatternRows.h"
+#include "ops/Rectangle.h"
+#include "rows/Fill.h"
+
+namespace tqx {
+
+namespace {
+
+using rows::ChannelSet;
+
+// What FillRect does to a layout.
+enum class ByteFill { Nothing, WholeRows, Gray, Colors };
+
+ByteFill ByteFillOf(const PixelBuffer& buffer) {
+    if (!buffer.IsGray && !buffer.IsRGB) return ByteFill::Nothing;
+    if (buffer.HasAlpha) return ByteFill::WholeRows;
+    if (buffer.IsGray) return buffer.PixelSize == 1 ? ByteFill::WholeRows : ByteFill::Gray;
+    return buffer.PixelSize == 3 ? ByteFill::WholeRows : ByteFill::Colors;
+}
+
+// Fills bytes first .. end - 1 of a storage row, given by its distance from row y.
+void FillStorageRow(PixelBuffer& buffer, std::int32_t y, std::int64_t distance, std::int64_t first, std::int64_t end,
+                    std::uint8_t value) {
+    const std::int64_t target = IsMirrored(buffer) ? y - distance : y + distance;
+    if (first >= end || target != static_cast<std::int32_t>(target)) return;
+    std::uint8_t* const row = RowAddress(buffer, static_cast<std::int32_t>(target));
+    if (row) std::memset(row + first, value, static_cast<std::size_t>(end - first));
+}
+
+// RowSize bytes from column x of row y on, wherever the row ends: intended. The rest falls into
+// the storage's next row, which there may not be.
+void FillPastRow(PixelBuffer& buffer, std::int32_t x, std::int32_t y, std::uint8_t value) {
+    const std::int64_t size = buffer.RowSize;
+    if (size <= 0) return;
+    const std::int64_t start = std::int64_t{x} * buffer.PixelSize;
+    const std::int64_t skipped = start / size;  // a block's rows may be shorter than their pixels
+    FillStorageRow(buffer, y, skipped, start % size, size, value);
+    FillStorageRow(buffer, y, skipped + 1, 0, start % size, value);
+}
+
+void FillWholeRows(PixelBuffer& buffer, const Rectangle& area, std::uint8_t value) {
+    if (area.IsEmpty() || !BeginInPlace(buffer)) return;
+    const StorageWatch watch(buffer);
+    for (std::int32_t i = 0; i < area.height; ++i) {
+        FillPastRow(buffer, area.x, area.y + i, value);
+        if (!YieldAndKeep(buffer, watch)) return;
+    }
+}
+
+void FillChannels(PixelBuffer& buffer, const Rectangle& area, ChannelSet set, const std::uint8_t (&values)[4]) {
+    ApplyInPlace(buffer, area, rows::FillPattern(LayoutOf(buffer, set), rows::ChannelCount(set), values));
+}
+
+bool HasColors(const PixelBuffer& buffer) { return buffer.HasRed && buffer.HasGreen && buffer.HasBlue; }
+
+constexpr std::uint8_t LowByte(std::int32_t value) { return static_cast<std::uint8_t>(value); }
+
+// Of a host colour, 0x00RRGGBB.
+constexpr std::int32_t Red(sdk::Color color) { return static_cast<std::uint32_t>(color) >> 16 & 255; }
+constexpr std::int32_t Green(sdk::Color color) { return static_cast<std::uint32_t>(color) >> 8 & 255; }
+constexpr std::int32_t Blue(sdk::Color color) { return static_cast<std::uint32_t>(color) & 255; }
+
+Rectangle Whole(const PixelBuffer& buffer) { return ClipTo(buffer, 0, 0, buffer.Width, buffer.Height); }
+
+void FillColors(PixelBuffer& buffer, const Rectangle& area, std::int32_t red, std::int32_t green, std::int32_t blue) {
+    if (HasColors(buffer))
+        FillChannels(buffer, area, ChannelSet::Rgb, {LowByte(red), LowByte(green), LowByte(blue), 0});
+}
+
+void FillColorsAndAlpha(PixelBuffer& buffer, const Rectangle& area, std::int32_t red, std::int32_t green,
+                        std::int32_t blue, std::int32_t alpha) {
+    if (!buffer.HasAlpha) return FillColors(buffer, area, red, green, blue);
+    if (HasColors(buffer))
+        FillChannels(buffer, area, ChannelSet::RgbAlpha, {LowByte(red), LowByte(green), LowByte(blue), LowByte(alpha)});
+}
+
+void FillBytes(PixelBuffer& buffer, const Rectangle& area, std::uint8_t value) {
+    switch (ByteFillOf(buffer)) {
+        case ByteFill::Nothing:
+            return;
+        case ByteFill::WholeRows:
+            return FillWholeRows(buffer, area, value);
+        case ByteFill::Gray:
+            return FillChannels(buffer, area, ChannelSet::Gray, {value});
+        case ByteFill::Colors:
+            return FillChannels(buffer, area, ChannelSet::Rgb, {value, value, value});
+    }
+}
+
+}  // namespace
+
+void ClearRect(sdk::Object* self) {
+    PixelBuffer& buffer = *BufferOf(self);
+    if (!BeginInPlace(buffer) || buffer.RowSize <= 0) return;
+    ForRowsInPlace(buffer, 0, buffer.Height,
+                   [size = static_cast<std::size_t>(buffer.RowSize)](std::uint8_t* row) { std::memset(row, 0, size); });
+}
+
+void ClearRect(sdk::Object* self, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height) {
+    PixelBuffer& buffer = *BufferOf(self);
+    const Rectangle area = ClipTo(buffer, x, y, width, height);
+    if (area.IsEmpty() || !BeginInPlace(buffer)) return;
+    const std::int64_t first = std::int64_t{area.x} * buffer.PixelSize;
+    const auto size = static_cast<std::size_t>(area.width) * static_cast<std::size_t>(buffer.PixelSize);
+    ForRowsInPlace(buffer, area.y, area.height, [=](std::uint8_t* row) { std::memset(row + first, 0, size); });
+}
+
+void FillRect(sdk::Object* self, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height,
+              std::int32_t value) {
+    PixelBuffer& buffer = *BufferOf(self);
+    FillBytes(buffer, ClipTo(buffer, x, y, width, height), LowByte(value));
+}
+
+void FillRect(sdk::Object* self, std::int32_t value) {
+    PixelBuffer& buffer = *BufferOf(self);
+    FillBytes(buffer, Whole(buffer), LowByte(value));
+}
+
+void FillRectRGB(sdk::Object* self, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height,
+                 std::int32_t red, std::int32_t green, std::int32_t blue) {
+    PixelBuffer& buffer = *BufferOf(self);
+    FillColors(buffer, ClipTo(buffer, x, y, width, height), red, green, blue);
+}
+
+void FillRectRGB(sdk::Object* self, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height,
+                 sdk::Color color) {
+    FillRectRGB(self, x, y, width, height, Red(color), Green(color), Blue(color));
+}
+
+void FillRectRGB(sdk::Object* self, std::int32_t red, std::int32_t green, std::int32_t blue) {
+    PixelBuffer& buffer = *BufferOf(self);
+    FillColors(buffer, Whole(buffer), red, green, blue);
+}
+
+void FillRectRGB(sdk::Object* self, sdk::Color color) { FillRectRGB(self, Red(color), Green(color), Blue(color)); }
+
+void FillRectRGB(sdk::Object* self, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height,
+                 std::int32_t red, std::int32_t green, std::int32_t blue, std::int32_t alpha) {
+    PixelBuffer& buffer = *BufferOf(self);
+    FillColorsAndAlpha(buffer, ClipTo(buffer, x, y, width, height), red, green, blue, alpha);
+}
+
+void FillRectRGB(sdk::Object* self, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height,
+                 sdk::Color color, std::int32_t alpha) {
+    FillRectRGB(self, x, y, width, height, Red(color), Green(color), Blue(color), alpha);
+}
+
+void FillRectRGB(sdk::Object* self, std::int32_t red, std::int32_t green, std::int32_t blue, std::int32_t alpha) {
+    PixelBuffer& buffer = *BufferOf(self);
+    FillColorsAndAlpha(buffer, Whole(buffer), red, green, blue, alpha);
+}
+
+void FillRectRGB(sdk::Object* self, sdk::Color color, std::int32_t alpha) {
+    FillRectRGB(self, Red(color), Green(color), Blue(color), alpha);
+}
+
+}  // namespace tqx
