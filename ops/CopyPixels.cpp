@@ -26,9 +26,11 @@ void CopyRows(PixelBuffer& source, PixelBuffer& destination, const CopyRectangle
 
 // The destination's tests and yield come first.
 bool Begin(PixelBuffer& source, PixelBuffer& destination) {
-    if (!source.Valid || !BeginInPlace(destination)) return false;
-    const StorageWatch watch(destination);
-    return BeginInPlace(source) && watch.Holds();
+    if (!source.Valid) return false;
+    const StorageWatch sourceWatch(source);
+    if (!BeginInPlace(destination) || !sourceWatch.Holds()) return false;
+    const StorageWatch destinationWatch(destination);
+    return BeginInPlace(source) && destinationWatch.Holds();
 }
 
 }  // namespace
