@@ -74,7 +74,7 @@ class Machine {
     static void Interrupt();
 
     std::function<void(std::string_view)> print;  // takes each line of Print, without its end
-    CallObserver* observer = nullptr;
+    std::vector<CallObserver*> observers;
 
   private:
     struct Frame {

@@ -59,9 +59,9 @@ void Machine::CallNative(Instruction instruction, const Function& function, Valu
     const host::Method& method = *site.native;
     host::Object* self = site.hasReceiver ? ReceiverOf(site, r, method.declaration.name) : nullptr;
     Arguments arguments(site, r);
-    if (observer) observer->BeforeCall(method, self, arguments.All(), Here());
+    for (CallObserver* observer : observers) observer->BeforeCall(method, self, arguments.All(), Here());
     Value result = host::Invoke(method, self, arguments.All());
-    if (observer) observer->AfterCall(method, self, arguments.All(), result, Here());
+    for (CallObserver* observer : observers) observer->AfterCall(method, self, arguments.All(), result, Here());
     CheckRaised();
     if (instruction.a != kNoRegister && !result.IsNothing()) r[instruction.a] = std::move(result);
 }
@@ -71,9 +71,9 @@ void Machine::CallSetter(Instruction instruction, const Function& function, Valu
     host::Object* self = site.hasReceiver ? ReceiverOf(site, r, site.native->declaration.name) : nullptr;
     Arguments arguments(site, r);
     const std::span<Value> all = arguments.All();
-    if (observer) observer->BeforeCall(*site.native, self, all, Here());
+    for (CallObserver* observer : observers) observer->BeforeCall(*site.native, self, all, Here());
     host::InvokeSetter(*site.native, self, all.first(all.size() - 1), all.back());
-    if (observer) observer->AfterCall(*site.native, self, all, Value(), Here());
+    for (CallObserver* observer : observers) observer->AfterCall(*site.native, self, all, Value(), Here());
     CheckRaised();
 }
 

@@ -114,7 +114,7 @@ std::string CheckScript(const Source& source) {
 int RunScript(const Source& source, const RunOptions& options) {
     auto script = std::make_unique<LoadedScript>(source);
     script->machine.print = options.print;
-    script->machine.observer = options.observer;
+    script->machine.observers = options.observers;
     if (Load(*script)) {
         RegisterClasses(script->symbols, script->machine);
         Compile(*script->program, script->symbols, script->code, script->diagnostics);

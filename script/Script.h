@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "script/Diagnostics.h"
 
@@ -15,7 +16,7 @@ struct CallObserver;
 struct RunOptions {
     std::function<void(std::string_view)> print;     // each line of Print, without its end
     std::function<void(std::string_view)> complain;  // messages, whole lines with their ends
-    CallObserver* observer = nullptr;
+    std::vector<CallObserver*> observers;            // borrowed
 };
 
 // The text of a file; nothing, after a message to `complain`, when it can't be read.

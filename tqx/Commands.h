@@ -13,6 +13,7 @@ struct Settings {
 struct RunSettings {
     std::string script;
     std::vector<std::string> arguments;
+    bool explain = false;  // tell why calls of the plug-in gave nothing
 };
 
 struct MembersSettings {

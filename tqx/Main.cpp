@@ -26,6 +26,7 @@ int main(int argc, char** argv) {
     tqx::RunSettings runSettings;
     run->add_option("SCRIPT", runSettings.script, "The script's file")->required()->type_name("");
     run->add_option("ARG", runSettings.arguments, "Arguments that the script reads with App.Arguments")->type_name("");
+    run->add_flag("--explain", runSettings.explain, "Tell why calls of the plug-in gave nothing");
     run->positionals_at_end();
     run->prefix_command();
 

@@ -1,11 +1,15 @@
+#include <unistd.h>
+
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
 
 #include "host/PluginLoader.h"
+#include "script/Explain.h"
 #include "script/Machine.h"
 #include "script/Script.h"
 #include "tqx/Commands.h"
+#include "tqx/StatusLine.h"
 
 namespace tqx {
 
@@ -49,13 +53,29 @@ bool LoadPlugin(const Settings& settings) {
     }
 }
 
+namespace {
+
+std::set<const host::Class*> ClassesOfPlugins() {
+    std::set<const host::Class*> classes;
+    for (const host::Plugin* plugin : host::LoadedPlugins())
+        classes.insert(plugin->classes.begin(), plugin->classes.end());
+    return classes;
+}
+
+}  // namespace
+
 int Run(const Settings& settings, const RunSettings& run) {
     const auto source = script::ReadSource(run.script, Complain);
     if (!source || !LoadPlugin(settings)) return 1;
     std::signal(SIGINT, OnInterrupt);
+    StatusLine status(isatty(STDERR_FILENO) != 0);
+    const auto complain = [&status](std::string_view text) { status.Around([text] { Complain(text); }); };
+    script::Explainer explainer(source->path, ClassesOfPlugins(), complain);
     script::RunOptions options;
-    options.print = Print;
-    options.complain = Complain;
+    options.print = [&status](std::string_view line) { status.Around([line] { Print(line); }); };
+    options.complain = complain;
+    options.observers.push_back(&status);
+    if (run.explain) options.observers.push_back(&explainer);
     const int exitCode = script::RunScript(*source, options);
     std::fflush(stdout);
     return exitCode;

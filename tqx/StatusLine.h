@@ -1,0 +1,56 @@
+// One line on the terminal that tells what a long script is doing.
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+#include "script/Machine.h"
+
+namespace tqx {
+
+// While a call into a plug-in takes longer than a second, standard error shows the member at work,
+// its picture's size and the time since the script started. Gone when the script ends. Does
+// nothing unless standard error is a terminal.
+class StatusLine : public script::CallObserver {
+  public:
+    explicit StatusLine(bool shown);
+    ~StatusLine() override;
+
+    void BeforeCall(const host::Method& method, host::Object* self, std::span<const host::Value> arguments,
+                    script::Position at) override;
+    void AfterCall(const host::Method& method, host::Object* self, std::span<const host::Value> arguments,
+                   const host::Value& result, script::Position at) override;
+
+    // Runs code that writes to the terminal, with the line out of its way.
+    template <class Code>
+    void Around(const Code& code) {
+        const std::lock_guard lock(mutex_);
+        Erase();
+        code();
+    }
+
+  private:
+    using Clock = std::chrono::steady_clock;
+
+    void Watch();
+    void Show();
+    void Erase();
+
+    std::mutex mutex_;
+    std::condition_variable ended_;
+    std::vector<std::string> calls_;  // under way, the innermost last
+    Clock::time_point start_ = Clock::now();
+    bool visible_ = false;
+    bool ending_ = false;
+    std::thread thread_;
+};
+
+// "PictureTQX.Scale, 5312 × 2988"
+std::string CallText(const host::Method& method, host::Object* self);
+
+}  // namespace tqx
