@@ -23,8 +23,10 @@ std::optional<std::int64_t> NumberProperty(host::Object* object, std::string_vie
 }
 
 // Why an object can't be worked on.
-std::string ReasonAgainstObject(host::Object* object, const std::string& what) {
-    if (NumberProperty(object, "Valid") == 0) return what + " is not valid: it was closed, or its constructor failed";
+std::string ReasonAgainstObject(host::Object* object, const std::string& what, const ClosedObjects& closed) {
+    if (const auto found = closed.find(object); found != closed.end())
+        return what + " was closed in line " + std::to_string(found->second.line);
+    if (NumberProperty(object, "Valid") == 0) return what + " is not valid: its constructor failed";
     for (const char* side : {"Width", "Height"})
         if (const auto size = NumberProperty(object, side); size && *size <= 0)
             return what + " has a " + side + " of " + std::to_string(*size);
@@ -92,15 +94,16 @@ std::string ResultText(const host::Method& method, host::Object* self, const Val
 
 }  // namespace
 
-std::string ReasonAgainst(const host::Method& method, host::Object* self, std::span<const Value> arguments) {
+std::string ReasonAgainst(const host::Method& method, host::Object* self, std::span<const Value> arguments,
+                          const ClosedObjects& closed) {
     std::string reason;
-    if (self && !IsConstructor(method)) reason = ReasonAgainstObject(self, "the " + self->type->name());
+    if (self && !IsConstructor(method)) reason = ReasonAgainstObject(self, "the " + self->type->name(), closed);
     const std::size_t count = std::min(arguments.size(), method.declaration.parameters.size());
     for (std::size_t i = 0; i < count && reason.empty(); ++i) {
         const host::Parameter& parameter = method.declaration.parameters[i];
         const Value& value = arguments[i];
         if (value.object())
-            reason = ReasonAgainstObject(value.object(), "the argument " + parameter.name);
+            reason = ReasonAgainstObject(value.object(), "the argument " + parameter.name, closed);
         else if (value.IsNil() && !MayBeNil(method, i))
             reason = "the argument " + parameter.name + " is Nil";
         else if (value.kind() == Kind::Integer)
@@ -113,7 +116,7 @@ std::string ReasonAgainst(const host::Method& method, host::Object* self, std::s
 
 void Explainer::BeforeCall(const host::Method& method, host::Object* self, std::span<const Value> arguments, Position) {
     const bool ours = method.owner && classes_.contains(method.owner);
-    reasons_.push_back(ours ? ReasonAgainst(method, self, arguments) : std::string());
+    reasons_.push_back(ours ? ReasonAgainst(method, self, arguments, closed_) : std::string());
 }
 
 void Explainer::AfterCall(const host::Method& method, host::Object* self, std::span<const Value>, const Value& result,
@@ -121,6 +124,12 @@ void Explainer::AfterCall(const host::Method& method, host::Object* self, std::s
     std::string reason = std::move(reasons_.back());
     reasons_.pop_back();
     if (!method.owner || !classes_.contains(method.owner)) return;
+    if (SameName(method.declaration.name, "Close")) {
+        closed_[self] = at;
+        return;
+    }
+    if (IsConstructor(method)) closed_.erase(self);
+    closed_.erase(result.object());
     const std::string outcome = ResultText(method, self, result);
     const bool gives = method.declaration.result.kind != Kind::None || IsConstructor(method);
     if (outcome.empty() || (!gives && reason.empty())) return;

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <set>
 #include <string>
 #include <string_view>
@@ -14,6 +15,10 @@
 #include "script/Machine.h"
 
 namespace script {
+
+// Objects whose Close was called, and where. An address counts until an object comes from there
+// again.
+using ClosedObjects = std::map<const host::Object*, Position>;
 
 class Explainer : public CallObserver {
   public:
@@ -31,9 +36,11 @@ class Explainer : public CallObserver {
     std::set<const host::Class*> classes_;
     std::function<void(std::string_view)> tell_;
     std::vector<std::string> reasons_;  // of the calls under way, seen before they began
+    ClosedObjects closed_;
 };
 
 // What is wrong with a call before it is made; empty when nothing can be seen.
-std::string ReasonAgainst(const host::Method& method, host::Object* self, std::span<const host::Value> arguments);
+std::string ReasonAgainst(const host::Method& method, host::Object* self, std::span<const host::Value> arguments,
+                          const ClosedObjects& closed);
 
 }  // namespace script

@@ -20,6 +20,7 @@ int main(int argc, char** argv) {
     tqx::Settings settings;
     app.add_option("--plugin", settings.plugin, "Use this plug-in instead of the one beside the command")
         ->envname("TQX_PLUGIN")
+        ->take_last()
         ->type_name("PATH");
 
     CLI::App* run = app.add_subcommand("run", "Run a script");

@@ -35,29 +35,17 @@ std::string Wrapped(const std::string& text) {
     return result + line + '\n';
 }
 
-// The type with a class's name as the class itself spells it.
-host::Type Spelled(host::Type type) {
-    if (const host::Class* known = host::Runtime::Get().FindClass(type.className)) type.className = known->name();
-    return type;
-}
-
-std::string TextOf(host::Declaration declaration) {
-    for (host::Parameter& parameter : declaration.parameters) parameter.type = Spelled(parameter.type);
-    declaration.result = Spelled(declaration.result);
-    return host::DeclarationText(declaration);
-}
-
 // Members that take or give pictures of the host are not portable to every one.
 std::string_view MarkOf(std::int32_t flags) { return flags & sdk::kMemberPortable ? "" : " *"; }
 
 std::string LineOf(const host::Method& method) {
-    std::string line = TextOf(method.declaration);
+    std::string line = SpelledDeclaration(method.declaration);
     if (method.assignable()) line += " (assignable)";
     return Wrapped(line.append(MarkOf(method.flags)));
 }
 
 std::string LineOf(const host::Property& property) {
-    std::string line = property.name + " As " + host::TypeText(Spelled(property.type));
+    std::string line = property.name + " As " + TypeName(property.type);
     if (!property.writable()) line += " (read-only)";
     return Wrapped(line.append(MarkOf(property.flags)));
 }
@@ -83,7 +71,7 @@ std::vector<Group> GroupsOf(const host::Class& type, std::string_view only) {
     for (const host::Constant& constant : type.constants())
         if (wanted(constant.name)) groups[4].lines += Wrapped(constant.name + " = " + host::Describe(constant.value));
     for (const host::Event& event : type.events())
-        if (wanted(event.declaration.name)) groups[5].lines += Wrapped(TextOf(event.declaration));
+        if (wanted(event.declaration.name)) groups[5].lines += Wrapped(SpelledDeclaration(event.declaration));
     std::erase_if(groups, [](const Group& group) { return group.lines.empty(); });
     return groups;
 }

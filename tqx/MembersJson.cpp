@@ -25,17 +25,17 @@ std::string ValueAsJson(const host::Value& value) {
 }
 
 std::string ParameterAsJson(const host::Parameter& parameter) {
-    std::string text = "{\"name\": " + JsonText(parameter.name) + ", \"type\": " + JsonText(TypeText(parameter.type));
+    std::string text = "{\"name\": " + JsonText(parameter.name) + ", \"type\": " + JsonText(TypeName(parameter.type));
     if (parameter.optional) text += ", \"default\": " + ValueAsJson(parameter.defaultValue);
     return text + '}';
 }
 
 std::string DeclarationAsJson(const host::Declaration& declaration) {
-    std::string text = "\"declaration\": " + JsonText(host::DeclarationText(declaration)) +
+    std::string text = "\"declaration\": " + JsonText(SpelledDeclaration(declaration)) +
                        ", \"name\": " + JsonText(declaration.name) + ", \"parameters\": [";
     for (std::size_t i = 0; i < declaration.parameters.size(); ++i)
         text += (i ? ", " : "") + ParameterAsJson(declaration.parameters[i]);
-    const std::string result = host::TypeText(declaration.result);
+    const std::string result = TypeName(declaration.result);
     return text + "], \"result\": " + (result.empty() ? "null" : JsonText(result));
 }
 
@@ -45,7 +45,7 @@ std::string MethodAsJson(const host::Method& method) {
 }
 
 std::string PropertyAsJson(const host::Property& property) {
-    return "{\"name\": " + JsonText(property.name) + ", \"type\": " + JsonText(host::TypeText(property.type)) +
+    return "{\"name\": " + JsonText(property.name) + ", \"type\": " + JsonText(TypeName(property.type)) +
            ", \"flags\": " + std::to_string(property.flags) + ", \"readable\": " + Flag(property.readable()) +
            ", \"writable\": " + Flag(property.writable()) + '}';
 }
@@ -81,7 +81,20 @@ std::string ClassAsJson(const host::Class& type, std::string_view only) {
            "\n    }";
 }
 
+host::Type Spelled(host::Type type) {
+    if (const host::Class* known = host::Runtime::Get().FindClass(type.className)) type.className = known->name();
+    return type;
+}
+
 }  // namespace
+
+std::string TypeName(const host::Type& type) { return host::TypeText(Spelled(type)); }
+
+std::string SpelledDeclaration(host::Declaration declaration) {
+    for (host::Parameter& parameter : declaration.parameters) parameter.type = Spelled(parameter.type);
+    declaration.result = Spelled(declaration.result);
+    return host::DeclarationText(declaration);
+}
 
 std::string JsonText(std::string_view text) {
     std::string result = "\"";

@@ -68,6 +68,7 @@ int Run(const Settings& settings, const RunSettings& run) {
     const auto source = script::ReadSource(run.script, Complain);
     if (!source || !LoadPlugin(settings)) return 1;
     std::signal(SIGINT, OnInterrupt);
+    std::setvbuf(stdout, nullptr, _IOLBF, 0);  // each line is seen when it is printed, in a pipe too
     StatusLine status(isatty(STDERR_FILENO) != 0);
     const auto complain = [&status](std::string_view text) { status.Around([text] { Complain(text); }); };
     script::Explainer explainer(source->path, ClassesOfPlugins(), complain);

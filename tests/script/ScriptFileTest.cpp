@@ -10,15 +10,13 @@
 // A script that leaves an object alive fails by its exit code; one that hangs is ended.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <poll.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+
+#include "tests/script/Command.h"
 
 namespace {
 
@@ -62,71 +60,6 @@ Expectation ReadExpectation(const fs::path& path) {
     return expectation;
 }
 
-struct Outcome {
-    std::string out, err;
-    int exitCode = -1;
-    bool ended = true;  // by itself, in time
-};
-
-// Reads both pipes until they close or the time is over.
-bool Drain(int out, int err, Outcome& outcome) {
-    using Clock = std::chrono::steady_clock;
-    const auto deadline = Clock::now() + std::chrono::seconds(60);
-    pollfd pipes[] = {{out, POLLIN, 0}, {err, POLLIN, 0}};
-    std::string* texts[] = {&outcome.out, &outcome.err};
-    int open = 2;
-    while (open > 0) {
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
-        if (left <= 0 || poll(pipes, 2, static_cast<int>(left)) <= 0) return false;
-        for (int i = 0; i < 2; ++i) {
-            if (pipes[i].fd < 0 || !pipes[i].revents) continue;
-            char buffer[4096];
-            const ssize_t count = read(pipes[i].fd, buffer, sizeof(buffer));
-            if (count > 0) {
-                texts[i]->append(buffer, static_cast<std::size_t>(count));
-            } else {
-                pipes[i].fd = -1;
-                --open;
-            }
-        }
-    }
-    return true;
-}
-
-Outcome RunCommand(const std::vector<std::string>& words) {
-    int out[2], err[2];
-    if (pipe(out) != 0 || pipe(err) != 0) return {};
-    std::vector<char*> argv;
-    for (const std::string& word : words) argv.push_back(const_cast<char*>(word.c_str()));
-    argv.push_back(nullptr);
-    const pid_t child = fork();
-    if (child == 0) {
-        dup2(out[1], STDOUT_FILENO);
-        dup2(err[1], STDERR_FILENO);
-        for (const int end : {out[0], out[1], err[0], err[1]}) close(end);
-        execv(argv[0], argv.data());
-        _exit(127);
-    }
-    close(out[1]);
-    close(err[1]);
-    Outcome outcome;
-    outcome.ended = Drain(out[0], err[0], outcome);
-    if (!outcome.ended) kill(child, SIGKILL);
-    int status = 0;
-    waitpid(child, &status, 0);
-    outcome.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
-    close(out[0]);
-    close(err[0]);
-    return outcome;
-}
-
-std::vector<std::string> LinesOf(const std::string& text) {
-    std::vector<std::string> lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);) lines.push_back(line);
-    return lines;
-}
-
 std::vector<fs::path> ScriptsBelow(const fs::path& folder) {
     std::vector<fs::path> scripts;
     for (const auto& entry : fs::recursive_directory_iterator(folder))
@@ -142,8 +75,7 @@ class ScriptFile : public testing::TestWithParam<fs::path> {};
 TEST_P(ScriptFile, PrintsWhatItExpects) {
     const fs::path path = GetParam();
     const Expectation expected = ReadExpectation(path);
-    std::vector<std::string> words = {std::string(TQX_BINARY_DIR) + "/bin/tqx", "--plugin", TQX_PLUGIN_PATH, "run",
-                                      path.string()};
+    std::vector<std::string> words = {"run", path.string()};
     words.insert(words.end(), expected.arguments.begin(), expected.arguments.end());
     const Outcome outcome = RunCommand(words);
     ASSERT_TRUE(outcome.ended) << "the script did not end in time; so far it printed\n" << outcome.out;

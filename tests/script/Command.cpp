@@ -1,0 +1,78 @@
+#include "tests/script/Command.h"
+
+#include <poll.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <sstream>
+
+namespace {
+
+// Reads both pipes until they close or the time is over.
+bool Drain(int out, int err, Outcome& outcome, const std::function<void()>& onOutput) {
+    using Clock = std::chrono::steady_clock;
+    const auto deadline = Clock::now() + std::chrono::seconds(60);
+    pollfd pipes[] = {{out, POLLIN, 0}, {err, POLLIN, 0}};
+    std::string* texts[] = {&outcome.out, &outcome.err};
+    int open = 2;
+    while (open > 0) {
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
+        if (left <= 0 || poll(pipes, 2, static_cast<int>(left)) <= 0) return false;
+        for (int i = 0; i < 2; ++i) {
+            if (pipes[i].fd < 0 || !pipes[i].revents) continue;
+            char buffer[4096];
+            const ssize_t count = read(pipes[i].fd, buffer, sizeof(buffer));
+            if (count > 0) {
+                texts[i]->append(buffer, static_cast<std::size_t>(count));
+                onOutput();
+            } else {
+                pipes[i].fd = -1;
+                --open;
+            }
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
+Outcome RunCommand(const std::vector<std::string>& arguments,
+                   const std::function<void(int process, const Outcome&)>& onOutput) {
+    std::vector<std::string> words = {std::string(TQX_BINARY_DIR) + "/bin/tqx", "--plugin", TQX_PLUGIN_PATH};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    int out[2], err[2];
+    if (pipe(out) != 0 || pipe(err) != 0) return {};
+    std::vector<char*> argv;
+    for (const std::string& word : words) argv.push_back(const_cast<char*>(word.c_str()));
+    argv.push_back(nullptr);
+    const pid_t child = fork();
+    if (child == 0) {
+        dup2(out[1], STDOUT_FILENO);
+        dup2(err[1], STDERR_FILENO);
+        for (const int end : {out[0], out[1], err[0], err[1]}) close(end);
+        execv(argv[0], argv.data());
+        _exit(127);
+    }
+    close(out[1]);
+    close(err[1]);
+    Outcome outcome;
+    outcome.ended = Drain(out[0], err[0], outcome, [&] {
+        if (onOutput) onOutput(child, outcome);
+    });
+    if (!outcome.ended) kill(child, SIGKILL);
+    int status = 0;
+    waitpid(child, &status, 0);
+    outcome.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+    close(out[0]);
+    close(err[0]);
+    return outcome;
+}
+
+std::vector<std::string> LinesOf(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) lines.push_back(line);
+    return lines;
+}

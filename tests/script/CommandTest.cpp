@@ -1,0 +1,126 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+
+#include "tests/script/Command.h"
+
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+// A script in a file that lives as long as the test.
+class ScriptOf {
+  public:
+    explicit ScriptOf(const std::string& text) {
+        path_ = std::filesystem::temp_directory_path() / ("tqx-command-test-" + std::to_string(getpid()) + ".rbs");
+        std::ofstream(path_) << text;
+    }
+    ~ScriptOf() { std::filesystem::remove(path_); }
+    std::string path() const { return path_.string(); }
+
+  private:
+    std::filesystem::path path_;
+};
+
+TEST(Command, HelpNamesEveryCommand) {
+    const Outcome outcome = RunCommand({"--help"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    for (const char* word : {"run", "members", "--plugin", "--version"}) EXPECT_THAT(outcome.out, HasSubstr(word));
+    EXPECT_THAT(RunCommand({"run", "--help"}).out, HasSubstr("--explain"));
+    EXPECT_THAT(RunCommand({"members", "--help"}).out, HasSubstr("--json"));
+}
+
+TEST(Command, RefusesWhatItDoesNotKnow) {
+    EXPECT_NE(RunCommand({"bogus"}).exitCode, 0);
+    EXPECT_NE(RunCommand({}).exitCode, 0);
+    EXPECT_NE(RunCommand({"run"}).exitCode, 0);
+}
+
+TEST(Command, NamesTheScriptThatCannotBeRead) {
+    const Outcome outcome = RunCommand({"run", "/nowhere/at-all.rbs"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.err, HasSubstr("/nowhere/at-all.rbs"));
+}
+
+TEST(Command, NamesThePluginThatCannotBeLoaded) {
+    const ScriptOf script("Print 1\n");
+    const Outcome outcome = RunCommand({"--plugin", "/nowhere/plugin.so", "run", script.path()});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.err, HasSubstr("/nowhere/plugin.so"));
+    EXPECT_EQ(outcome.out, "");
+}
+
+TEST(Command, MembersListsEverythingWithin80Columns) {
+    const Outcome outcome = RunCommand({"members"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_THAT(outcome.out, HasSubstr("GammaFilter(dest As PictureTQX, gamma As Double) As PictureTQX\n"));
+    EXPECT_THAT(outcome.out, HasSubstr("  Row(index As Integer) As MemoryBlock (assignable)\n"));
+    EXPECT_THAT(outcome.out, HasSubstr("  Width As Integer (read-only)\n"));
+    EXPECT_THAT(outcome.out, HasSubstr("  ImageFormatG = 11\n"));
+    EXPECT_THAT(outcome.out, HasSubstr("NewPictureTQX("));
+    for (const std::string& line : LinesOf(outcome.out)) EXPECT_LE(line.size(), 80u) << line;
+}
+
+TEST(Command, MembersShowsTheOverloadsOfOneMember) {
+    const Outcome outcome = RunCommand({"members", "picturetqx.clearrect"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_THAT(outcome.out, HasSubstr("  ClearRect\n"));
+    EXPECT_THAT(outcome.out, HasSubstr("  ClearRect(x As Integer"));
+    EXPECT_THAT(outcome.out, Not(HasSubstr("FillRect")));
+    EXPECT_EQ(RunCommand({"members", "PictureTQX.Nothing"}).exitCode, 1);
+    EXPECT_EQ(RunCommand({"members", "Nothing"}).exitCode, 1);
+}
+
+TEST(Command, MembersAsJsonHasEveryField) {
+    const Outcome outcome = RunCommand({"members", "PictureTQX.DrawMaskedPictureRGB", "--json"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_THAT(outcome.out, HasSubstr(R"("name": "pic", "type": "Picture")"));
+    EXPECT_THAT(outcome.out, HasSubstr(R"("default": false)"));
+    EXPECT_THAT(outcome.out, HasSubstr(R"("flags": 0, "assignable": false)"));
+}
+
+TEST(Command, ArgumentsThatLookLikeOptionsReachTheScript) {
+    const ScriptOf script("Print 1\n");
+    const Outcome outcome = RunCommand({"run", script.path(), "--json", "-x", "plain"});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_EQ(outcome.out, "1\n");
+}
+
+TEST(Command, InterruptEndsAnEndlessLoopInOrder) {
+    const ScriptOf script(
+        "Class Tracked\n  Sub Destructor()\n    Print \"released\"\n  End Sub\nEnd Class\n"
+        "Dim t As New Tracked\nPrint \"started\"\nTry\n  While True\n  Wend\nFinally\n  Print \"no\"\nEnd Try\n");
+    bool sent = false;
+    const Outcome outcome = RunCommand({"run", script.path()}, [&](int process, const Outcome& so_far) {
+        if (!sent && so_far.out.find("started") != std::string::npos) kill(process, SIGINT);
+        sent = true;
+    });
+    EXPECT_TRUE(outcome.ended);
+    EXPECT_EQ(outcome.exitCode, 130) << outcome.err;
+    EXPECT_EQ(outcome.out, "started\nreleased\n");
+}
+
+TEST(Command, ExplainsCallsThatGaveNothing) {
+    const ScriptOf script(
+        "Dim p As New PictureTQX(4, 4, 99)\n"
+        "Dim a As New PictureTQX(4, 4, PictureTQX.ImageFormatRGB)\n"
+        "Dim ok As Boolean = a.ScaleFast(Nil, 3, 3)\n"
+        "Dim c As PictureTQX = a.Clone\n"
+        "a.Close\n"
+        "c = a.Clone\n");
+    const Outcome outcome = RunCommand({"run", "--explain", script.path()});
+    const std::string name = script.path();
+    EXPECT_EQ(outcome.err, name +
+                               ":1:14: Constructor made a picture that is not valid: ImageFormat is 99, which is none "
+                               "of the constants of that name\n" +
+                               name + ":3:23: ScaleFast gave False: the argument source is Nil\n" + name +
+                               ":6:7: Clone gave Nil: the PictureTQX was closed in line 5\n");
+    EXPECT_EQ(RunCommand({"run", script.path()}).err, "");
+}
+
+}  // namespace
