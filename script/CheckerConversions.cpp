@@ -38,6 +38,31 @@ int RankOf(Base base) {
     }
 }
 
+// Among overloads a variant prefers the type that loses least of what it may hold.
+int FromVariantStep(Type to) {
+    if (to.array) return 0;
+    switch (to.base) {
+        case Base::Double:
+            return 1;
+        case Base::Int64:
+            return 2;
+        case Base::Integer:
+            return 3;
+        case Base::Single:
+            return 4;
+        case Base::UInt32:
+            return 5;
+        case Base::UInt8:
+            return 6;
+        case Base::Color:
+            return 7;
+        case Base::Boolean:
+            return 8;
+        default:
+            return 0;
+    }
+}
+
 bool FitsIn(std::int64_t value, Base base) {
     switch (base) {
         case Base::UInt8:
@@ -151,7 +176,7 @@ int Checker::ConversionCost(const Expression& from, Type to) const {
     if (type == kNilType) return TakesNil(to) ? kNilCost : -1;
     if (type == kNoType) return -1;
     if (IsVariant(to)) return kToVariantCost;
-    if (IsVariant(type)) return kFromVariantCost;
+    if (IsVariant(type)) return kFromVariantCost + FromVariantStep(to);
     if (IsNumeric(type) && IsNumeric(to)) return NumericCost(from, to);
     if (IsObject(type) && IsObject(to)) {
         const int steps = Distance(type.of, to.of);

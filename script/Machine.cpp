@@ -99,7 +99,10 @@ void Machine::CheckAttention() {
 
 // After anything of the host ran: what it raised takes effect now.
 void Machine::CheckRaised() {
-    if (terminating_) throw Terminated{exitCode_};
+    if (terminating_) {
+        terminating_ = false;  // destructors run as ever while the frames go
+        throw Terminated{exitCode_};
+    }
     host::Runtime::Get().ThrowIfRaised();
 }
 
@@ -166,8 +169,14 @@ void Machine::Run() {
     attention = interrupted = false;
     globals_ = stack_;
     PushFrame(*code_.main, nullptr);
-    Execute(0);
-    CheckAttention();
+    try {
+        Execute(0);
+        CheckAttention();
+    } catch (const host::Raised& raised) {
+        // Out of the last destructors it comes without a trace of this run.
+        if (!(failure_.exception == raised.exception)) failure_ = {raised.exception, {}, 0};
+        throw;
+    }
 }
 
 host::Value Machine::Invoke(const Function& function, host::Object* self, std::span<host::Value> arguments) {

@@ -181,9 +181,7 @@ void Machine::Perform(Instruction instruction, const Function& function, Value* 
             if (print) print(a->text());
             return;
         case Op::Quit:
-            terminating_ = true;
-            exitCode_ = static_cast<int>(a->bits());
-            throw Terminated{exitCode_};
+            throw Terminated{static_cast<int>(a->bits())};
         case Op::Raise:
             RaiseFrom(*a);
         default:
