@@ -19,11 +19,8 @@ inline sdk::Object* StampFilter(sdk::Object*, sdk::Object*, double, double, doub
 inline bool UnsharpFilter(sdk::Object*, sdk::Object*, double, std::int32_t) { return {}; }
 inline sdk::Object* DitherFilter(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t) { return {}; }
 inline sdk::Object* OilFilter(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t) { return {}; }
-inline sdk::Object* DiffuseFilter(sdk::Object*, sdk::Object*, std::int32_t) { return {}; }
 inline sdk::Object* EngraveFilter(sdk::Object*, sdk::Object*, std::int32_t) { return {}; }
 inline sdk::Object* NeonFilter(sdk::Object*, sdk::Object*) { return {}; }
-inline bool AutoLevel(sdk::Object*, std::int32_t, std::int32_t, std::int32_t, std::int32_t) { return {}; }
-inline bool AutoLevel(sdk::Object*) { return {}; }
 inline void HMirror(sdk::Object*) {}
 inline void VMirror(sdk::Object*) {}
 inline void Rotate180(sdk::Object*) {}

@@ -1,0 +1,113 @@
+#include "filters/AutoLevel.h"
+
+#include <cstring>
+
+#include "buffer/Destination.h"
+#include "buffer/PixelBuffer.h"
+#include "buffer/Saturate.h"
+#include "ops/Rectangle.h"
+#include "rows/LookUp.h"
+#include "rows/Luminance.h"
+
+namespace tqx {
+
+namespace {
+
+// What a rectangle's pixels are stretched by.
+struct Levels {
+    std::int32_t low;
+    std::int32_t high;
+};
+
+// Unlike fills, automatic levels refuse a rectangle that ends before the picture begins.
+bool EndsBeforePicture(std::int32_t start, std::int32_t size) {
+    return std::max(std::int64_t{start}, std::int64_t{start} + size) <= 0;
+}
+
+Rectangle ClipArea(const PixelBuffer& buffer, std::int32_t x, std::int32_t y, std::int32_t w, std::int32_t h) {
+    if (EndsBeforePicture(x, w) || EndsBeforePicture(y, h)) return {0, 0, 0, 0};
+    return ClipRectangle(x, y, w, h, buffer.Width, buffer.Height);
+}
+
+// The first byte of a row that the rectangle's columns begin at; null when there is no such row.
+std::uint8_t* AreaRow(PixelBuffer& buffer, const Rectangle& area, std::int32_t line) {
+    std::uint8_t* const row = RowAddress(buffer, area.y + line);
+    return row ? row + std::int64_t{area.x} * buffer.PixelSize : nullptr;
+}
+
+// False when script code took the picture's storage in a yield.
+bool CountArea(PixelBuffer& buffer, const StorageWatch& watch, const Rectangle& area, rows::Histogram* histogram) {
+    const rows::PixelLayout layout = LayoutOf(buffer, rows::ChannelSet::Rgb);
+    for (std::int32_t line = 0; line < area.height; ++line) {
+        if (const std::uint8_t* const row = AreaRow(buffer, area, line))
+            rows::CountLuminance(layout, row, area.width, histogram);
+        Yield(buffer);
+        if (!watch.Holds()) return false;
+    }
+    return true;
+}
+
+// The largest level up to which no more than `limit` pixels lie; 0 if there is none.
+std::int32_t LastLevelWithin(const std::int32_t (&cumulative)[256], std::int32_t limit) {
+    for (std::int32_t level = 255; level >= 0; --level)
+        if (cumulative[level] <= limit) return level;
+    return 0;
+}
+
+// A share of the pixels, in single precision throughout.
+std::int32_t ShareOf(std::int32_t total, float share) { return Truncate(static_cast<float>(total) * share); }
+
+Levels FindLevels(const rows::Histogram& histogram) {
+    std::int32_t cumulative[256];
+    std::uint32_t sum = 0;
+    for (int level = 0; level < 256; ++level) {
+        sum += histogram.count[level];
+        cumulative[level] = static_cast<std::int32_t>(sum);
+    }
+    const std::int32_t total = cumulative[255];
+    return {LastLevelWithin(cumulative, ShareOf(total, 0.005f)), LastLevelWithin(cumulative, ShareOf(total, 0.995f))};
+}
+
+rows::Table StretchTable(const Levels& levels) {
+    rows::Table table;
+    // Infinite where the levels coincide; times 0 that is not a number and stores 0.
+    const double scale = 255.0 / (levels.high - levels.low);
+    for (std::int32_t value = 0; value < 256; ++value) {
+        if (value < levels.low)
+            table.entry[value] = 0;
+        else if (value > levels.high)
+            table.entry[value] = 255;
+        else
+            table.entry[value] = TruncateToByte(scale * (value - levels.low));
+    }
+    return table;
+}
+
+void StretchArea(PixelBuffer& buffer, const Rectangle& area, const rows::Table& table) {
+    const rows::PixelLayout layout = LayoutOf(buffer, rows::ChannelSet::Rgb);
+    const rows::Tables tables{{&table, &table, &table}};
+    for (std::int32_t line = 0; line < area.height; ++line)
+        if (std::uint8_t* const row = AreaRow(buffer, area, line))
+            rows::LookUpRow(rows::ChannelSet::Rgb, tables, layout, row, layout, row, area.width);
+}
+
+}  // namespace
+
+bool AutoLevel(sdk::Object* self, std::int32_t x, std::int32_t y, std::int32_t w, std::int32_t h) {
+    PixelBuffer& buffer = *BufferOf(self);
+    if (!buffer.IsRGB || !buffer.Valid) return false;
+    const Rectangle area = ClipArea(buffer, x, y, w, h);
+    if (area.IsEmpty() || !BeginInPlace(buffer)) return false;
+    const StorageWatch watch(buffer);
+    rows::Histogram histogram{};
+    if (!CountArea(buffer, watch, area, &histogram)) return false;
+    StretchArea(buffer, area, StretchTable(FindLevels(histogram)));
+    return true;
+}
+
+bool AutoLevel(sdk::Object* self) {
+    const PixelBuffer& buffer = *BufferOf(self);
+    return AutoLevel(self, 0, 0, buffer.Width, buffer.Height);
+}
+
+}  // namespace tqx

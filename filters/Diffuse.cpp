@@ -1,0 +1,113 @@
+#include "filters/Diffuse.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+#include "buffer/Destination.h"
+#include "buffer/Sharing.h"
+#include "filters/PackedRows.h"
+
+namespace tqx {
+
+namespace {
+
+// Up to so many rows around a pixel are kept as copies; beyond, pixels are fetched one at a time.
+constexpr std::int64_t kMostRowsKept = 65;
+
+// Draws places around pixels. Every pixel of the source draws twice, written or not, so that the
+// generator's sequence does not depend on the destination.
+class Scatter {
+  public:
+    Scatter(const PixelBuffer& source, std::int32_t level)
+        : level_(level), range_(2 * std::int64_t{level} + 1), lastX_(source.Width - 1), lastY_(source.Height - 1) {}
+
+    struct Place {
+        std::int32_t x, y;
+    };
+
+    Place Near(std::int32_t x, std::int32_t y) const {
+        const std::int64_t column = x + std::rand() % range_ - level_;
+        const std::int64_t row = y + std::rand() % range_ - level_;
+        return {static_cast<std::int32_t>(std::clamp<std::int64_t>(column, 0, lastX_)),
+                static_cast<std::int32_t>(std::clamp<std::int64_t>(row, 0, lastY_))};
+    }
+
+    std::int64_t Range() const { return range_; }
+    std::int64_t FirstRow(std::int32_t y) const { return std::clamp<std::int64_t>(y - level_, 0, lastY_); }
+    std::int64_t LastRow(std::int32_t y) const { return std::clamp<std::int64_t>(y + level_, 0, lastY_); }
+
+  private:
+    std::int64_t level_;
+    std::int64_t range_;  // never 0; the remainder by -1 is 0
+    std::int64_t lastX_, lastY_;
+};
+
+// The definition: each pixel fetched when its turn comes and written before the next.
+void DiffuseRowByPixels(const Operation& operation, const PackedRows& rows, const Scatter& scatter, std::int32_t y) {
+    const bool writes = y < operation.CommonHeight() && rows.Have(y);
+    for (std::int32_t x = 0; x < rows.Width(); ++x) {
+        const Scatter::Place place = scatter.Near(x, y);
+        std::uint8_t pixel[4];
+        if (writes && x < operation.CommonWidth() && rows.Read(place.y, place.x, 1, pixel)) rows.Write(y, x, 1, pixel);
+    }
+}
+
+// The packed rows that pixels of row y may come from, by number; false when one is missing.
+bool CollectRows(RowRing& ring, const Scatter& scatter, std::int32_t y, const std::uint8_t** byOffset) {
+    const std::int64_t first = scatter.FirstRow(y);
+    for (std::int64_t row = first; row <= scatter.LastRow(y); ++row) {
+        byOffset[row - first] = ring.Row(row);
+        if (!byOffset[row - first]) return false;
+    }
+    return true;
+}
+
+template <int Channels>
+void DiffuseRow(const Scatter& scatter, const std::uint8_t* const* byOffset, std::int32_t y, std::int32_t width,
+                std::uint8_t* packed) {
+    const auto first = static_cast<std::int32_t>(scatter.FirstRow(y));
+    for (std::int32_t x = 0; x < width; ++x) {
+        const Scatter::Place place = scatter.Near(x, y);
+        std::memcpy(packed + std::int64_t{x} * Channels, byOffset[place.y - first] + std::int64_t{place.x} * Channels,
+                    Channels);
+    }
+}
+
+void DiffuseByRows(const Operation& operation, const Scatter& scatter) {
+    const PackedRows rows(operation);
+    RowRing ring(rows, scatter.Range(), 0, rows.Width());
+    const platform::PixelBlock result(rows.BytesOf(rows.Width()));
+    const std::uint8_t* byOffset[kMostRowsKept];
+    for (std::int32_t y = 0; y < rows.Height(); ++y) {
+        if (!ring || !result || !rows.Have(y) || !CollectRows(ring, scatter, y, byOffset)) {
+            DiffuseRowByPixels(operation, rows, scatter, y);
+            continue;
+        }
+        rows::ForChannelSet(operation.channels, [&]<rows::ChannelSet Set>() {
+            DiffuseRow<rows::ChannelCount(Set)>(scatter, byOffset, y, rows.Width(), result.Bytes());
+        });
+        rows.Write(y, 0, rows.Width(), result.Bytes());
+    }
+}
+
+void DiffuseByPixels(const Operation& operation, const Scatter& scatter) {
+    const PackedRows rows(operation);
+    for (std::int32_t y = 0; y < rows.Height(); ++y) DiffuseRowByPixels(operation, rows, scatter, y);
+}
+
+}  // namespace
+
+sdk::Object* DiffuseFilter(sdk::Object* self, sdk::Object* dest, std::int32_t level) {
+    const Operation operation = BeginOperation(self, dest);
+    if (!operation) return operation.result;
+    const Scatter scatter(*operation.source, level);
+    const bool fewRows = level >= 0 && scatter.Range() <= kMostRowsKept;
+    if (fewRows && SharingOf(operation) == Sharing::Apart)
+        DiffuseByRows(operation, scatter);
+    else
+        DiffuseByPixels(operation, scatter);
+    return operation.result;
+}
+
+}  // namespace tqx
