@@ -6,7 +6,7 @@
 #include <cstring>
 
 #include "buffer/MappedStorage.h"
-#include "buffer/PixelStorage.h"
+#include "platform/PixelMemory.h"
 
 namespace tqx {
 
@@ -60,7 +60,7 @@ RowPairs::RowPairs(PixelBuffer& source, PixelBuffer& destination)
       destination_(destination),
       sameFile_(source.IsMapping && destination.IsMapping && SharesStorage(source, destination)) {}
 
-RowPairs::~RowPairs() { FreePixels(copy_); }
+RowPairs::~RowPairs() { platform::FreePixels(copy_); }
 
 RowPair RowPairs::At(std::int32_t sourceY, std::int32_t destinationY) {
     if (!sameFile_) return {RowAddress(source_, sourceY), RowAddress(destination_, destinationY)};
@@ -77,7 +77,7 @@ RowPair RowPairs::At(std::int32_t sourceY, std::int32_t destinationY) {
 const std::uint8_t* RowPairs::CopyOfSourceRow(std::int32_t y) {
     const std::uint8_t* const row = RowAddress(source_, y);
     if (!row) return nullptr;
-    if (!copy_) copy_ = AllocatePixels(source_.RowSize);
+    if (!copy_) copy_ = platform::AllocatePixels(source_.RowSize);
     if (copy_) std::memcpy(copy_, row, static_cast<std::size_t>(source_.RowSize));
     return copy_;
 }
