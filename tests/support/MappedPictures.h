@@ -16,7 +16,7 @@ inline constexpr int kLeastWindow = kPage * kPage;
 
 // Pixels of one byte that make five rows exceed the least window, so that a window holds exactly
 // five rows.
-inline constexpr int kFiveRowWidth = kLeastWindow / 5 + 1;
+inline constexpr int kFiveRowWidth = kLeastWindow / 5 + kPage;
 
 Ref<Object> FolderItemOf(const std::string& path);
 
