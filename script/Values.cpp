@@ -1,9 +1,10 @@
 // Texts, conversions and operators on values whose type is known only when they are met.
-#include <charconv>
 #include <cmath>
 #include <cstring>
 
 #include "host/Call.h"
+#include "host/framework/Characters.h"
+#include "host/framework/NumberText.h"
 #include "script/Arithmetic.h"
 #include "script/Machine.h"
 #include "script/MachineState.h"
@@ -17,39 +18,22 @@ using host::Value;
 
 bool IsText(sdk::Encoding encoding) { return encoding == sdk::Encoding::Utf8 || encoding == sdk::Encoding::Ascii; }
 
-// The next character of UTF-8 text; a byte that starts none stands for itself.
-char32_t NextCharacter(std::string_view& text) {
+// The first character without its case, taken off the text.
+char32_t TakeFolded(std::string_view& text) {
     const auto lead = static_cast<unsigned char>(text.front());
-    const std::size_t length = lead < 0xC2 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF5 ? 4 : 1;
-    char32_t character = length == 1 ? lead : lead & (0x7Fu >> length);
-    for (std::size_t i = 1; i < length; ++i) {
-        const auto byte = i < text.size() ? static_cast<unsigned char>(text[i]) : 0;
-        if ((byte & 0xC0) != 0x80) {
-            text.remove_prefix(1);
-            return lead;
-        }
-        character = character << 6 | (byte & 0x3Fu);
+    if (lead < 0x80) {
+        text.remove_prefix(1);
+        return lead >= 'A' && lead <= 'Z' ? lead + 32 : lead;
     }
-    text.remove_prefix(length);
-    return character;
-}
-
-// Small letters of the Latin, Greek and Cyrillic blocks for their capitals.
-char32_t Fold(char32_t c) {
-    if (c < 0x80) return c >= 'A' && c <= 'Z' ? c + 32 : c;
-    if (c >= 0xC0 && c <= 0xDE && c != 0xD7) return c + 32;
-    if ((c >= 0x100 && c <= 0x137) || (c >= 0x14A && c <= 0x177)) return c | 1;
-    if ((c >= 0x139 && c <= 0x148) || (c >= 0x179 && c <= 0x17E)) return c + (c & 1);
-    if (c >= 0x391 && c <= 0x3A9) return c + 32;
-    if (c >= 0x410 && c <= 0x42F) return c + 32;
-    if (c >= 0x400 && c <= 0x40F) return c + 80;
-    return c;
+    const char32_t character = host::FirstCharacter(text, sdk::Encoding::Utf8);
+    text.remove_prefix(host::CharacterLength(text, sdk::Encoding::Utf8));
+    return host::LowerCharacter(character);
 }
 
 int CompareFolded(std::string_view a, std::string_view b) {
     while (!a.empty() && !b.empty()) {
-        const char32_t x = Fold(NextCharacter(a));
-        const char32_t y = Fold(NextCharacter(b));
+        const char32_t x = TakeFolded(a);
+        const char32_t y = TakeFolded(b);
         if (x != y) return x < y ? -1 : 1;
     }
     return static_cast<int>(!a.empty()) - static_cast<int>(!b.empty());
@@ -57,30 +41,6 @@ int CompareFolded(std::string_view a, std::string_view b) {
 
 [[noreturn]] void Mismatch(const Value& value, const std::string& wanted) {
     Throw("TypeMismatchException", "A value of type " + host::TypeTextOf(value) + " can't become " + wanted);
-}
-
-// The number that a text begins with; 0 if it begins with none.
-double NumberIn(std::string_view text) {
-    while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
-    if (text.starts_with('+')) text.remove_prefix(1);
-    double number = 0;
-    std::from_chars(text.data(), text.data() + text.size(), number);
-    return number;
-}
-
-template <class Number>
-std::string NumberText(Number number) {
-    char text[40];
-    const auto end = std::to_chars(std::begin(text), std::end(text), number).ptr;
-    return {text, end};
-}
-
-// Whole numbers without a fraction, others as the shortest text that reads back the same.
-std::string RealText(double value, bool single) {
-    if (std::isnan(value)) return "nan";
-    if (value == 0) return std::signbit(value) ? "-0" : "0";
-    if (std::trunc(value) == value && std::fabs(value) < 1e15) return NumberText(static_cast<std::int64_t>(value));
-    return single ? NumberText(static_cast<float>(value)) : NumberText(value);
 }
 
 std::string ColorText(std::int64_t color) {
@@ -127,8 +87,9 @@ std::string TextOfValue(const Value& value) {
         case Kind::Color:
             return ColorText(value.ToInt64());
         case Kind::Double:
+            return host::NumberText(value.real());
         case Kind::Single:
-            return RealText(value.real(), value.kind() == Kind::Single);
+            return host::NumberText(static_cast<float>(value.real()));
         case Kind::String:
             return std::string(value.text());
         case Kind::Object:
@@ -142,7 +103,7 @@ std::string TextOfValue(const Value& value) {
         case Kind::None:
             return "Nil";
         default:
-            return NumberText(value.ToInt64());
+            return std::to_string(value.ToInt64());
     }
 }
 
@@ -154,7 +115,7 @@ Value NumberOf(const Value& value, Kind kind, const std::string& wanted) {
     if (value.kind() == Kind::Boolean || value.kind() == Kind::Color)
         return host::NumberAs(Value(value.ToInt64()), kind);
     if (value.IsNil() || value.IsNothing()) return host::NumberAs(Value(0), kind);
-    if (value.kind() == Kind::String) return host::NumberAs(Value(NumberIn(value.text())), kind);
+    if (value.kind() == Kind::String) return host::NumberAs(Value(host::NumberIn(value.text())), kind);
     Mismatch(value, wanted);
 }
 
