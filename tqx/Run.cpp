@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "host/PluginLoader.h"
+#include "host/framework/Application.h"
 #include "script/Explain.h"
 #include "script/Machine.h"
 #include "script/Script.h"
@@ -67,6 +68,7 @@ std::set<const host::Class*> ClassesOfPlugins() {
 int Run(const Settings& settings, const RunSettings& run) {
     const auto source = script::ReadSource(run.script, Complain);
     if (!source || !LoadPlugin(settings)) return 1;
+    host::SetApplicationArguments(run.arguments);
     std::signal(SIGINT, OnInterrupt);
     std::setvbuf(stdout, nullptr, _IOLBF, 0);  // each line is seen when it is printed, in a pipe too
     StatusLine status(isatty(STDERR_FILENO) != 0);

@@ -1,11 +1,14 @@
 #include "host/framework/Framework.h"
 
+#include "host/framework/Application.h"
 #include "host/framework/FolderItem.h"
 #include "host/framework/Graphics.h"
 #include "host/framework/MemoryBlock.h"
 #include "host/framework/NumberFunctions.h"
 #include "host/framework/Picture.h"
+#include "host/framework/Streams.h"
 #include "host/framework/TextFunctions.h"
+#include "host/framework/Timer.h"
 #include "host/framework/WorldClass.h"
 
 namespace host {
@@ -19,6 +22,10 @@ void RegisterFramework(Runtime& runtime) {
     RegisterTextFunctions(runtime);
     RegisterTextSearchFunctions(runtime);
     RegisterNumberFunctions(runtime);
+    RegisterTextStreams(runtime);
+    RegisterBinaryStream(runtime);
+    RegisterApplication(runtime);
+    RegisterTimer(runtime);
 }
 
 }  // namespace host
