@@ -41,7 +41,7 @@ rows::KernelRows RowsAround(RowRing& ring, const PackedRows& rows, std::int32_t 
 // In place the copy of the row becomes the result, so that later rows see it.
 void ConvolveByRows(const Operation& operation, const rows::Kernel& kernel, bool inPlace) {
     const PackedRows rows(operation);
-    RowRing ring(rows, kRows, 0, rows.Width());
+    RowRing ring(rows, kRows, rows.Width());
     const platform::PixelBlock result(rows.BytesOf(rows.Width()));
     if (!ring || !result) return;
     for (std::int32_t y = 0; y < operation.CommonHeight(); ++y) {

@@ -76,7 +76,7 @@ void DiffuseRow(const Scatter& scatter, const std::uint8_t* const* byOffset, std
 
 void DiffuseByRows(const Operation& operation, const Scatter& scatter) {
     const PackedRows rows(operation);
-    RowRing ring(rows, scatter.Range(), 0, rows.Width());
+    RowRing ring(rows, scatter.Range(), rows.Width());
     const platform::PixelBlock result(rows.BytesOf(rows.Width()));
     const std::uint8_t* byOffset[kMostRowsKept];
     for (std::int32_t y = 0; y < rows.Height(); ++y) {

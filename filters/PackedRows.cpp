@@ -46,6 +46,14 @@ bool PackedRows::Read(std::int32_t y, std::int32_t first, std::int32_t count, st
     return true;
 }
 
+void PackedRows::Pack(const std::uint8_t* row, std::int64_t count, std::uint8_t* packed) const {
+    rows::MoveRow(read_, row, packed, static_cast<std::int32_t>(count));
+}
+
+std::int64_t PackedRows::EndOf(std::int64_t count) const {
+    return read_.from.offset + (count - 1) * read_.from.pixelSize + read_.from.size;
+}
+
 void PackedRows::Write(std::int32_t y, std::int32_t first, std::int32_t count, const std::uint8_t* packed) const {
     if (y >= destination_.Height || first >= destination_.Width) return;
     std::uint8_t* const row = RowAddress(destination_, y);
@@ -58,14 +66,19 @@ bool PackedRows::Have(std::int32_t y) const {
     return y < source_.Height && y < destination_.Height && RowAddress(source_, y) && RowAddress(destination_, y);
 }
 
-RowRing::RowRing(const PackedRows& rows, std::int64_t capacity, std::int32_t first, std::int32_t count)
+RowRing::RowRing(const PackedRows& rows, std::int64_t capacity, std::int32_t width)
     : rows_(rows),
-      first_(first),
-      count_(count),
+      count_(width),
       capacity_(std::clamp<std::int64_t>(capacity, 1, std::max(rows.Height(), 1))),
-      stride_(RoundUp(rows.BytesOf(count)) + kMargin),
+      stride_(RoundUp(rows.BytesOf(width)) + kMargin),
       bytes_(kMargin + capacity_ * stride_),
       slots_(capacity_ * static_cast<std::int64_t>(sizeof(Slot))) {}
+
+void RowRing::Restart(std::int32_t first, std::int32_t count) {
+    first_ = first;
+    count_ = count;
+    std::fill_n(reinterpret_cast<Slot*>(slots_.Bytes()), capacity_, Slot{});
+}
 
 std::uint8_t* RowRing::Row(std::int64_t y) {
     if (y < 0 || y >= rows_.Height()) return nullptr;

@@ -10,6 +10,7 @@
 #include <cstdint>
 
 #include "buffer/Destination.h"
+#include "buffer/Sharing.h"
 #include "platform/PixelMemory.h"
 #include "rows/Move.h"
 #include "rows/PixelLayout.h"
@@ -41,6 +42,11 @@ class PackedRows {
     // source has no such row.
     bool Read(std::int32_t y, std::int32_t first, std::int32_t count, std::uint8_t* packed) const;
 
+    // Packs pixels of a row of the source's layout that lies elsewhere; and how many bytes of it
+    // that takes.
+    void Pack(const std::uint8_t* row, std::int64_t count, std::uint8_t* packed) const;
+    std::int64_t EndOf(std::int64_t count) const;
+
     // Writes `count` pixels into row y from column `first` on, from left to right, each in the
     // order of its channels. What falls outside the destination is skipped.
     void Write(std::int32_t y, std::int32_t first, std::int32_t count, const std::uint8_t* packed) const;
@@ -56,6 +62,23 @@ class PackedRows {
     rows::MovePlan write_;
 };
 
+// Runs change(y, first, count, pixels) over packed copies of the source's pixels, which it may
+// change, and stores them in the destination: row by row where that gives what the plain pixel
+// order gives, else pixel by pixel. Does nothing when memory is short.
+template <class Change>
+void ChangeEachPixel(const Operation& operation, const PackedRows& rows, const Change& change) {
+    const std::int32_t width = operation.CommonWidth();
+    const std::int32_t step = SharingOf(operation) == Sharing::Overlapping ? 1 : width;
+    const platform::PixelBlock pixels(rows.BytesOf(step));
+    if (!pixels) return;
+    for (std::int32_t y = 0; y < operation.CommonHeight(); ++y)
+        for (std::int32_t first = 0; first < width; first += step) {
+            if (!rows.Read(y, first, step, pixels.Bytes())) break;
+            change(y, first, step, pixels.Bytes());
+            rows.Write(y, first, step, pixels.Bytes());
+        }
+}
+
 // The last few packed rows of the source, copied when first asked for. The ring holds row y in
 // slot y mod capacity: asking for a row gives up the copy of the row `capacity` above or below.
 class RowRing {
@@ -63,11 +86,15 @@ class RowRing {
     // Row functions may look this many bytes past either end of a row.
     static constexpr std::int64_t kMargin = 64;
 
-    // For columns `first` to `first + count - 1`. No more rows are kept than the source has.
-    RowRing(const PackedRows& rows, std::int64_t capacity, std::int32_t first, std::int32_t count);
+    // For `width` columns at most, all of them until told otherwise. No more rows are kept than the
+    // source has.
+    RowRing(const PackedRows& rows, std::int64_t capacity, std::int32_t width);
 
     // False when memory was short.
     explicit operator bool() const { return bytes_ && slots_; }
+
+    // Forgets all rows and goes on with columns `first` to `first + count - 1`.
+    void Restart(std::int32_t first, std::int32_t count);
 
     // The copy of row y, 64 bytes aligned; null when the source has no such row. The copy may be
     // written to: the ring, not the source, then has the change.
@@ -80,7 +107,8 @@ class RowRing {
     };
 
     const PackedRows& rows_;
-    std::int32_t first_, count_;
+    std::int32_t first_ = 0;
+    std::int32_t count_;
     std::int64_t capacity_;
     std::int64_t stride_;
     platform::PixelBlock bytes_;

@@ -1,0 +1,256 @@
+#include "filters/Blur.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "buffer/Destination.h"
+#include "buffer/Saturate.h"
+#include "buffer/Sharing.h"
+#include "filters/PackedRows.h"
+#include "platform/PixelMemory.h"
+#include "plugin/HostServices.h"
+#include "rows/BoxBlur.h"
+#include "rows/FractionalBlur.h"
+
+namespace tqx {
+
+namespace {
+
+// 255 × (2 radius + 1) must fit into 32 bits.
+constexpr std::int32_t kLargestRadius = (2147483647 / 255 - 1) / 2;
+
+// Rows of a picture blurred in place are kept until they have left every sum. For large radii
+// that is the whole picture, so the columns are then worked on in strips of about this many bytes.
+constexpr std::int64_t kKeptBytes = 16 << 20;
+
+// What both directions of a blur work on: the size that both pictures have.
+struct BlurWork {
+    const Operation& operation;
+    std::int32_t width;
+    std::int32_t height;
+    Sharing sharing;
+
+    explicit BlurWork(const Operation& begun)
+        : operation(begun), width(begun.CommonWidth()), height(begun.CommonHeight()), sharing(SharingOf(begun)) {}
+
+    bool IsEmpty() const { return width < 1 || height < 1; }
+
+    // Whether a row may go along the row before it is stored: what is stored would be read back.
+    bool CanFuse() const { return HasBytesOfItsOwn(*operation.destination, operation.channels); }
+};
+
+// Rows as the picture had them before the blur began, whatever was written meanwhile.
+class OriginalRows {
+  public:
+    // `kept`: how many rows above the current one are asked for again, when the pictures share
+    // their pixels. For `width` columns at most.
+    OriginalRows(const BlurWork& work, const PackedRows& rows, std::int64_t kept, std::int32_t width)
+        : work_(work),
+          rows_(rows),
+          live_(work.sharing == Sharing::Apart),
+          everyRowKept_(work.sharing == Sharing::Overlapping),
+          ring_(rows,
+                live_           ? 1
+                : everyRowKept_ ? work.height
+                                : kept + 1,
+                width),
+          scratch_(2 * rows.BytesOf(width)) {}
+
+    explicit operator bool() const { return ring_ && scratch_; }
+
+    // Begins with columns `first` to `first + count - 1`.
+    void Start(std::int32_t first, std::int32_t count) {
+        first_ = first;
+        count_ = count;
+        ring_.Restart(first, count);
+        for (std::int32_t y = 0; everyRowKept_ && y < work_.height; ++y) ring_.Row(y);
+    }
+
+    // A row at or below the one that is about to be written. Good until the next call.
+    const std::uint8_t* Coming(std::int32_t y) {
+        if (everyRowKept_) return ring_.Row(y);
+        return rows_.Read(y, first_, count_, scratch_.Bytes()) ? scratch_.Bytes() : nullptr;
+    }
+
+    // A row at or above the one that was written last. Good until the next call.
+    const std::uint8_t* Past(std::int32_t y) {
+        if (!live_) return ring_.Row(y);
+        std::uint8_t* const second = scratch_.Bytes() + rows_.BytesOf(count_);
+        return rows_.Read(y, first_, count_, second) ? second : nullptr;
+    }
+
+    // Keeps row y, about to be written. False when the picture has no such row.
+    bool Keep(std::int32_t y) { return live_ ? rows_.Have(y) : ring_.Row(y) != nullptr; }
+
+  private:
+    const BlurWork& work_;
+    const PackedRows& rows_;
+    bool live_;
+    bool everyRowKept_;
+    std::int32_t first_ = 0;
+    std::int32_t count_ = 0;
+    RowRing ring_;
+    platform::PixelBlock scratch_;
+};
+
+// The running sums of a box blur's columns.
+class ColumnSums {
+  public:
+    // For rows of `bytes` bytes at most.
+    ColumnSums(OriginalRows& rows, std::int32_t radius, std::int32_t height, std::int64_t bytes)
+        : rows_(rows),
+          radius_(radius),
+          height_(height),
+          block_(bytes * static_cast<std::int64_t>(sizeof(std::int32_t))) {}
+
+    explicit operator bool() const { return static_cast<bool>(block_); }
+
+    // Sums rows -radius to radius: the first row for those above it, the last for those below.
+    void Prime(std::int64_t bytes) {
+        const std::int32_t inside = std::min(radius_, height_ - 1);
+        count_ = static_cast<std::int32_t>(bytes);
+        std::fill_n(Sums(), count_, 0);
+        Add(0, radius_ + 1);
+        for (std::int32_t y = 1; y <= inside; ++y) Add(y, 1);
+        Add(height_ - 1, radius_ - inside);
+    }
+
+    // Stores row y's means and moves on to the next row.
+    void Slide(std::int32_t y, std::uint8_t* result) {
+        const bool last = y == height_ - 1;
+        const auto next = static_cast<std::int32_t>(std::min(std::int64_t{y} + radius_ + 1, std::int64_t{height_} - 1));
+        const std::uint8_t* const leaving = last ? nullptr : rows_.Past(std::max(y - radius_, 0));
+        const std::uint8_t* const entering = last ? nullptr : rows_.Coming(next);
+        rows::SlideRow(Sums(), 2 * radius_ + 1, leaving, entering, count_, result);
+    }
+
+  private:
+    std::int32_t* Sums() { return reinterpret_cast<std::int32_t*>(block_.Bytes()); }
+
+    void Add(std::int32_t y, std::int32_t times) {
+        if (times < 1) return;
+        if (const std::uint8_t* const row = rows_.Coming(y)) rows::AddRow(row, times, count_, Sums());
+    }
+
+    OriginalRows& rows_;
+    std::int32_t radius_;
+    std::int32_t height_;
+    std::int32_t count_ = 0;  // bytes of a row
+    platform::PixelBlock block_;
+};
+
+// Two packed rows of the work's width.
+struct RowPair {
+    platform::PixelBlock row;
+    platform::PixelBlock result;
+
+    explicit RowPair(std::int64_t bytes) : row(bytes), result(bytes) {}
+    explicit operator bool() const { return row && result; }
+};
+
+// Blurs along the rows of the destination, which it reads by its own layout. Rows that `source`
+// lacks were not written and stay.
+template <class AlongRow>
+void BlurDestinationRows(const BlurWork& work, const PackedRows& source, RowPair& pair, const AlongRow& alongRow) {
+    const PackedRows rows(*work.operation.destination, *work.operation.destination, work.operation.channels);
+    for (std::int32_t y = 0; y < work.height; ++y) {
+        if (!source.Have(y) || !rows.Read(y, 0, work.width, pair.row.Bytes())) continue;
+        alongRow(pair.row.Bytes(), pair.result.Bytes());
+        rows.Write(y, 0, work.width, pair.result.Bytes());
+    }
+}
+
+// How many columns to work on at once.
+std::int32_t StripWidth(const BlurWork& work, const PackedRows& rows, std::int32_t radius) {
+    if (work.sharing != Sharing::SamePixels) return work.width;
+    const std::int64_t kept = std::min<std::int64_t>(std::int64_t{radius} + 1, work.height);
+    const std::int64_t columns = kKeptBytes / (kept * rows.Channels());
+    return static_cast<std::int32_t>(std::clamp<std::int64_t>(columns, 1, work.width));
+}
+
+void BoxBlur(const BlurWork& work, std::int32_t radius) {
+    const PackedRows rows(work.operation);
+    const std::int32_t strip = StripWidth(work, rows, radius);
+    OriginalRows originals(work, rows, radius, strip);
+    ColumnSums sums(originals, radius, work.height, rows.BytesOf(strip));
+    RowPair pair(rows.BytesOf(work.width));
+    if (!originals || !sums || !pair) return;
+    const auto alongRow = [&](const std::uint8_t* row, std::uint8_t* result) {
+        rows::BlurRow(row, rows.Channels(), work.width, radius, result);
+    };
+    const bool fused = strip == work.width && work.CanFuse();
+    for (std::int32_t first = 0; first < work.width; first += strip) {
+        const std::int32_t count = std::min(strip, work.width - first);
+        originals.Start(first, count);
+        sums.Prime(rows.BytesOf(count));
+        for (std::int32_t y = 0; y < work.height; ++y) {
+            const bool present = originals.Keep(y);
+            sums.Slide(y, pair.row.Bytes());
+            if (!present) continue;
+            if (fused) alongRow(pair.row.Bytes(), pair.result.Bytes());
+            rows.Write(y, first, count, fused ? pair.result.Bytes() : pair.row.Bytes());
+        }
+    }
+    if (!fused) BlurDestinationRows(work, rows, pair, alongRow);
+}
+
+// Mixes rows y - 1, y and y + 1.
+void MixColumns(const rows::ThreeTaps& taps, RowRing& ring, std::int32_t y, std::int32_t height, std::int32_t bytes,
+                std::uint8_t* result) {
+    const std::uint8_t* const row = ring.Row(y);
+    const bool first = y == 0, last = y == height - 1;
+    const std::uint8_t* const above = first ? row : ring.Row(y - 1);
+    const std::uint8_t* const below = first || last ? row : ring.Row(y + 1);
+    rows::MixRows(taps, above, row, below, bytes, result);
+}
+
+void FractionalBlur(const BlurWork& work, const rows::ThreeTaps& taps) {
+    const PackedRows rows(work.operation);
+    const auto bytes = static_cast<std::int32_t>(rows.BytesOf(work.width));
+    const bool overlapping = work.sharing == Sharing::Overlapping;
+    RowRing ring(rows, overlapping ? work.height : 3, work.width);
+    RowPair pair(bytes);
+    if (!ring || !pair) return;
+    for (std::int32_t y = 0; overlapping && y < work.height; ++y) ring.Row(y);
+    const auto alongRow = [&](const std::uint8_t* row, std::uint8_t* result) {
+        rows::MixAlongRow(taps, row, rows.Channels(), work.width, result);
+    };
+    const bool fused = work.CanFuse();
+    for (std::int32_t y = 0; y < work.height; ++y) {
+        if (y + 1 < work.height) ring.Row(y + 1);  // while it is what it was
+        if (!ring.Row(y)) continue;
+        MixColumns(taps, ring, y, work.height, bytes, pair.row.Bytes());
+        if (fused) alongRow(pair.row.Bytes(), pair.result.Bytes());
+        rows.Write(y, 0, work.width, fused ? pair.result.Bytes() : pair.row.Bytes());
+    }
+    if (!fused) BlurDestinationRows(work, rows, pair, alongRow);
+}
+
+}  // namespace
+
+sdk::Object* BoxBlurFilter(sdk::Object* self, sdk::Object* dest, double radius) {
+    const Operation operation = BeginOperation(self, dest);
+    if (!operation) return operation.result;
+    const BlurWork work(operation);
+    const std::int32_t whole = std::max(Truncate(radius), 0);
+    if (!work.IsEmpty() && whole <= kLargestRadius) BoxBlur(work, whole);
+    return operation.result;
+}
+
+sdk::Object* BoxBlurFilter(sdk::Object* self, sdk::Object* dest, double radius, std::int32_t iterations) {
+    OwnedObject picture = OwnedObject::Retain(self);
+    for (std::int32_t i = 0; i < iterations && picture; ++i)
+        picture = OwnedObject(BoxBlurFilter(picture.Get(), i == 0 ? dest : nullptr, radius));
+    return picture.Give();
+}
+
+sdk::Object* BoxBlurFractionalFilter(sdk::Object* self, sdk::Object* dest, double radius) {
+    const Operation operation = BeginOperation(self, dest);
+    if (!operation) return operation.result;
+    const BlurWork work(operation);
+    const double fraction = radius - std::floor(radius);
+    if (!work.IsEmpty()) FractionalBlur(work, {fraction, 1 / (2 * fraction + 1)});
+    return operation.result;
+}
+
+}  // namespace tqx
