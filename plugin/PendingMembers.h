@@ -10,17 +10,11 @@ namespace tqx {
 
 inline bool Scale(sdk::Object*, sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t) { return {}; }
 inline bool ScaleFast(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t) { return {}; }
-inline sdk::Object* BoxBlurFilter(sdk::Object*, sdk::Object*, double) { return {}; }
-inline sdk::Object* BoxBlurFilter(sdk::Object*, sdk::Object*, double, std::int32_t) { return {}; }
-inline sdk::Object* BoxBlurFractionalFilter(sdk::Object*, sdk::Object*, double) { return {}; }
 inline sdk::Object* StampFilter(sdk::Object*, sdk::Object*, double, double, double, sdk::Color, sdk::Color) {
     return {};
 }
 inline bool UnsharpFilter(sdk::Object*, sdk::Object*, double, std::int32_t) { return {}; }
-inline sdk::Object* DitherFilter(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t) { return {}; }
 inline sdk::Object* OilFilter(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t) { return {}; }
-inline sdk::Object* EngraveFilter(sdk::Object*, sdk::Object*, std::int32_t) { return {}; }
-inline sdk::Object* NeonFilter(sdk::Object*, sdk::Object*) { return {}; }
 inline void HMirror(sdk::Object*) {}
 inline void VMirror(sdk::Object*) {}
 inline void Rotate180(sdk::Object*) {}

@@ -1,0 +1,42 @@
+#include "filters/Dither.h"
+
+#include "filters/DitherMatrices.h"
+#include "filters/PackedRows.h"
+#include "rows/Dither.h"
+
+namespace tqx {
+
+namespace {
+
+std::uint8_t LevelValue(std::int32_t level, std::int32_t levels) {
+    return static_cast<std::uint8_t>(level * 255 / (levels - 1));
+}
+
+rows::DitherTables BuildTables(const DitherMatrix& matrix, std::int32_t levels) {
+    rows::DitherTables tables;
+    for (std::int32_t value = 0; value < 256; ++value) {
+        const std::int32_t base = value * (levels - 1) >> 8;
+        tables.limit[value] = static_cast<std::uint8_t>(value * (matrix.size * matrix.size + 1) >> 8);
+        tables.lower[value] = LevelValue(base, levels);
+        tables.upper[value] = LevelValue(base + 1, levels);
+    }
+    return tables;
+}
+
+}  // namespace
+
+sdk::Object* DitherFilter(sdk::Object* self, sdk::Object* dest, std::int32_t matrix, std::int32_t levels) {
+    if (levels < 2 || levels > 256) return nullptr;
+    const Operation operation = BeginOperation(self, dest);
+    const DitherMatrix* const cells = FindDitherMatrix(matrix);
+    if (!operation || !cells) return operation.result;
+    const rows::DitherTables tables = BuildTables(*cells, levels);
+    const PackedRows rows(operation);
+    ChangeEachPixel(operation, rows, [&](std::int32_t y, std::int32_t first, std::int32_t count, std::uint8_t* pixels) {
+        const rows::DitherCells row{cells->threshold[y % cells->size], cells->size};
+        rows::DitherRow(tables, row, first, rows.Channels(), count, pixels);
+    });
+    return operation.result;
+}
+
+}  // namespace tqx

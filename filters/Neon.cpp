@@ -1,0 +1,74 @@
+#include "filters/Neon.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+#include "buffer/Destination.h"
+#include "filters/PackedRows.h"
+#include "platform/PixelMemory.h"
+#include "rows/Neon.h"
+
+namespace tqx {
+
+namespace {
+
+// Packed copies of rows with one pixel more than the picture has: the bytes that follow in the
+// row, and 0 for bytes that the row does not have.
+class RowsAndNext {
+  public:
+    RowsAndNext(PixelBuffer& source, const PackedRows& rows)
+        : source_(source),
+          rows_(rows),
+          pixels_(std::int64_t{source.Width} + 1),
+          wanted_(rows.EndOf(pixels_)),
+          raw_(wanted_) {}
+
+    explicit operator bool() const { return static_cast<bool>(raw_); }
+
+    // All 0 and false for a row that the picture lacks.
+    bool Read(std::int32_t y, std::uint8_t* packed) const {
+        const std::uint8_t* const row = y < source_.Height ? RowAddress(source_, y) : nullptr;
+        const std::int64_t present = row ? std::clamp<std::int64_t>(source_.RowSize, 0, wanted_) : 0;
+        if (present > 0) std::memcpy(raw_.Bytes(), row, static_cast<std::size_t>(present));
+        std::fill(raw_.Bytes() + present, raw_.Bytes() + wanted_, std::uint8_t{0});
+        rows_.Pack(raw_.Bytes(), pixels_, packed);
+        return row != nullptr;
+    }
+
+  private:
+    PixelBuffer& source_;
+    const PackedRows& rows_;
+    std::int64_t pixels_;
+    std::int64_t wanted_;  // bytes of a row, up to the last channel of the pixel past the end
+    platform::PixelBlock raw_;
+};
+
+}  // namespace
+
+sdk::Object* NeonFilter(sdk::Object* self, sdk::Object* dest) {
+    const Operation operation = BeginOperation(self, dest);
+    if (!operation) return operation.result;
+    const PackedRows rows(operation);
+    const RowsAndNext source(*operation.source, rows);
+    const std::int64_t bytes = rows.BytesOf(std::int64_t{rows.Width()} + 1);
+    const platform::PixelBlock first(bytes), second(bytes), result(bytes);
+    if (!source || !first || !second || !result) return operation.result;
+    // Both rows are copied before the upper one is written, and the lower copy becomes the next
+    // upper one: what a destination that shares memory makes of it meanwhile doesn't count.
+    std::uint8_t* row = first.Bytes();
+    std::uint8_t* below = second.Bytes();
+    bool present = source.Read(0, row);
+    for (std::int32_t y = 0; y < operation.CommonHeight(); ++y) {
+        const bool belowPresent = source.Read(y + 1, below);
+        if (present) {
+            rows::NeonRow(row, below, rows.Channels(), rows.BytesOf(rows.Width()), result.Bytes());
+            rows.Write(y, 0, rows.Width(), result.Bytes());
+        }
+        std::swap(row, below);
+        present = belowPresent;
+    }
+    return operation.result;
+}
+
+}  // namespace tqx
