@@ -115,9 +115,9 @@ void DrawMasked(sdk::Object* self, sdk::Object* picture, bool invert, const Copy
     PixelBuffer& buffer = *BufferOf(self);
     if (!HasColors(buffer)) return;
     const OwnedObject mask = MaskOf(picture);
-    const rows::PixelLayout layout = LayoutOf(buffer, rows::ChannelSet::RgbAlpha);
+    const rows::MaskedPlan plan = rows::PlanMaskedDraw(LayoutOf(buffer, rows::ChannelSet::RgbAlpha), invert);
     Draw(buffer, picture, mask.Get(), wanted, [&](const HostPixels& from, std::uint8_t* row, std::int32_t width) {
-        rows::DrawMaskedRow(from.picture, from.mask, invert, layout, row, width);
+        rows::DrawMaskedRow(plan, from.picture, from.mask, row, width);
     });
 }
 
@@ -126,9 +126,9 @@ void DrawBlended(sdk::Object* self, sdk::Object* picture, bool invert, const Cop
     if (!HasColors(buffer)) return;
     const OwnedObject mask = MaskOf(picture);
     if (!mask) return;
-    const rows::PixelLayout layout = LayoutOf(buffer, rows::ChannelSet::Rgb);
+    const rows::MaskedPlan plan = rows::PlanMaskedBlend(LayoutOf(buffer, rows::ChannelSet::Rgb), invert);
     Draw(buffer, picture, mask.Get(), wanted, [&](const HostPixels& from, std::uint8_t* row, std::int32_t width) {
-        rows::BlendMaskedRow(from.picture, from.mask, invert, layout, row, width);
+        rows::BlendMaskedRow(plan, from.picture, from.mask, row, width);
     });
 }
 

@@ -1,22 +1,27 @@
 #include "rows/HostPixels.h"
 
+#include "rows/CpuLevel.h"
+#include "rows/HostPixelsForms.h"
+
 namespace rows {
 
 namespace {
 
 constexpr int kHostPixel = 4;
 constexpr int kColors = 3;
+constexpr int kStep = 16;  // pixels
 
 constexpr std::uint8_t Blend(int keep, int destination, int picture) {
     return static_cast<std::uint8_t>((keep * destination + (255 - keep) * picture) / 255);
 }
 
 // The definition: one pixel after the other.
-void DrawMaskedPlain(const std::uint8_t* picture, const std::uint8_t* mask, std::uint8_t flip, const PixelLayout& to,
+void DrawMaskedPlain(const MaskedPlan& plan, const std::uint8_t* picture, const std::uint8_t* mask,
                      std::uint8_t* destination, std::int32_t width) {
+    const PixelLayout& to = plan.layout;
     for (std::int32_t x = 0; x < width; ++x) {
         const std::uint8_t colors[kColors] = {picture[1], picture[2], picture[3]};
-        destination[to.offset[3]] = (mask ? mask[1] : std::uint8_t{255}) ^ flip;
+        destination[to.offset[3]] = (mask ? mask[1] : std::uint8_t{255}) ^ plan.flip;
         for (int c = 0; c < kColors; ++c) destination[to.offset[c]] = colors[c];
         picture += kHostPixel;
         if (mask) mask += kHostPixel;
@@ -24,12 +29,14 @@ void DrawMaskedPlain(const std::uint8_t* picture, const std::uint8_t* mask, std:
     }
 }
 
-void BlendMaskedPlain(const std::uint8_t* picture, const std::uint8_t* mask, std::uint8_t flip, const PixelLayout& to,
+// The definition, likewise.
+void BlendMaskedPlain(const MaskedPlan& plan, const std::uint8_t* picture, const std::uint8_t* mask,
                       std::uint8_t* destination, std::int32_t width) {
+    const PixelLayout& to = plan.layout;
     for (std::int32_t x = 0; x < width; ++x) {
         std::uint8_t blended[kColors];
         for (int c = 0; c < kColors; ++c)
-            blended[c] = Blend(mask[c + 1] ^ flip, destination[to.offset[c]], picture[c + 1]);
+            blended[c] = Blend(mask[c + 1] ^ plan.flip, destination[to.offset[c]], picture[c + 1]);
         for (int c = 0; c < kColors; ++c) destination[to.offset[c]] = blended[c];
         picture += kHostPixel;
         mask += kHostPixel;
@@ -37,18 +44,106 @@ void BlendMaskedPlain(const std::uint8_t* picture, const std::uint8_t* mask, std
     }
 }
 
-constexpr std::uint8_t FlipOf(bool invert) { return invert ? 255 : 0; }
+// Byte `host` of every host pixel goes to a channel of its destination pixel; what was planned for
+// the same place before gives way.
+void PlanByte(MaskedPlan& plan, int host, std::int32_t offset, std::uint8_t origin, std::uint8_t flip) {
+    for (std::int32_t pixel = 0; pixel < kStep; ++pixel) {
+        const std::int32_t at = pixel * plan.layout.pixelSize + offset - plan.span.offset;
+        const std::int32_t from = pixel * kHostPixel + host;
+        plan.index[at] = static_cast<std::uint8_t>(from) | origin;
+        plan.inverse[from] = static_cast<std::uint8_t>(at);
+        plan.maskFlip[at] = flip;
+        plan.written |= std::uint64_t{1} << at;
+    }
+}
+
+MaskedPlan BeginPlan(const PixelLayout& to, int channels, bool invert) {
+    MaskedPlan plan{};
+    plan.layout = to;
+    plan.flip = invert ? 255 : 0;
+    plan.host = {kHostPixel, 1, kColors};
+    plan.span = SpanOf(to.pixelSize, to.offset, channels);
+    plan.compact = plan.span.IsCompact() && (to.pixelSize == 3 || to.pixelSize == 4);
+    return plan;
+}
+
+void PlanColors(MaskedPlan& plan) {
+    for (int c = 0; c < kColors; ++c) PlanByte(plan, c + 1, plan.layout.offset[c], 0, 0);
+}
+
+// Whether several pixels may be read before the first of them is written.
+bool MayWiden(const MaskedPlan& plan, const std::uint8_t* picture, const std::uint8_t* mask,
+              const std::uint8_t* destination, std::int32_t width) {
+    return plan.compact && MayReadAhead(plan.host, picture, plan.span, destination, width) &&
+           (!mask || MayReadAhead(plan.host, mask, plan.span, destination, width));
+}
+
+using WideForm = std::int32_t (*)(const MaskedPlan&, const std::uint8_t* picture, const std::uint8_t* mask,
+                                  std::uint8_t* destination, std::int32_t width);
+using PlainForm = void (*)(const MaskedPlan&, const std::uint8_t* picture, const std::uint8_t* mask,
+                           std::uint8_t* destination, std::int32_t width);
+
+struct Forms {
+    PlainForm plain;
+    WideForm avx2, avx512;
+};
+
+#ifdef ROWS_X86
+constexpr Forms kDraw = {&DrawMaskedPlain, &DrawMaskedAvx2, &DrawMaskedAvx512};
+constexpr Forms kBlend = {&BlendMaskedPlain, &BlendMaskedAvx2, &BlendMaskedAvx512};
+#else
+constexpr Forms kDraw = {&DrawMaskedPlain, nullptr, nullptr};
+constexpr Forms kBlend = {&BlendMaskedPlain, nullptr, nullptr};
+#endif
+
+WideForm ChooseWide(const Forms& forms) {
+    switch (ActiveCpuLevel()) {
+        case CpuLevel::Avx512:
+            return forms.avx512;
+        case CpuLevel::Avx2:
+            return forms.avx2;
+        case CpuLevel::Plain:
+            break;
+    }
+    return nullptr;
+}
+
+// Wider form first, what is left plain.
+void RunMasked(const Forms& forms, const MaskedPlan& plan, const std::uint8_t* picture, const std::uint8_t* mask,
+               std::uint8_t* destination, std::int32_t width) {
+    if (width <= 0) return;
+    std::int64_t done = 0;
+    const WideForm wide = ChooseWide(forms);
+    if (wide && MayWiden(plan, picture, mask, destination, width))
+        done = wide(plan, picture, mask, destination + plan.span.offset, width);
+    forms.plain(plan, picture + done * kHostPixel, mask ? mask + done * kHostPixel : nullptr,
+                destination + done * plan.layout.pixelSize, static_cast<std::int32_t>(width - done));
+}
 
 }  // namespace
 
-void DrawMaskedRow(const std::uint8_t* picture, const std::uint8_t* mask, bool invert, const PixelLayout& to,
-                   std::uint8_t* destination, std::int32_t width) {
-    DrawMaskedPlain(picture, mask, FlipOf(invert), to, destination, width);
+MaskedPlan PlanMaskedDraw(const PixelLayout& to, bool invert) {
+    MaskedPlan plan = BeginPlan(to, kColors + 1, invert);
+    if (!plan.compact) return plan;
+    PlanByte(plan, 1, to.offset[3], kFromMask, plan.flip);  // the mask's red
+    PlanColors(plan);
+    return plan;
 }
 
-void BlendMaskedRow(const std::uint8_t* picture, const std::uint8_t* mask, bool invert, const PixelLayout& to,
+MaskedPlan PlanMaskedBlend(const PixelLayout& to, bool invert) {
+    MaskedPlan plan = BeginPlan(to, kColors, invert);
+    if (plan.compact) PlanColors(plan);
+    return plan;
+}
+
+void DrawMaskedRow(const MaskedPlan& plan, const std::uint8_t* picture, const std::uint8_t* mask,
+                   std::uint8_t* destination, std::int32_t width) {
+    RunMasked(kDraw, plan, picture, mask, destination, width);
+}
+
+void BlendMaskedRow(const MaskedPlan& plan, const std::uint8_t* picture, const std::uint8_t* mask,
                     std::uint8_t* destination, std::int32_t width) {
-    BlendMaskedPlain(picture, mask, FlipOf(invert), to, destination, width);
+    RunMasked(kBlend, plan, picture, mask, destination, width);
 }
 
 }  // namespace rows
