@@ -30,20 +30,26 @@ WorldPlan PlanWorld(const PixelBuffer& buffer) {
 }
 
 // Rows with room for four bytes a pixel get them, the first one 255.
-void WidenPixels(WorldPlan& plan, const LockedWorld& world) {
-    if (plan.depth != 24 || world.rowBytes < std::int64_t{4} * world.width) return;
-    plan.layout = kHostColors;
-    for (std::int32_t y = 0; y < world.height; ++y)
-        std::memset(HostRow(world, y), 255, static_cast<std::size_t>(world.width) * 4);
+bool IsWide(const WorldPlan& plan, const LockedWorld& world) {
+    return plan.depth == 24 && world.rowBytes >= std::int64_t{4} * world.width;
+}
+
+// Every byte of the row is written: a new world holds any.
+void BeginRow(const LockedWorld& world, std::int32_t y, bool wide) {
+    ClearHostRow(world, y);
+    if (wide) std::memset(HostRow(world, y), 255, static_cast<std::size_t>(world.width) * 4);
 }
 
 void WriteWorld(PixelBuffer& buffer, const WorldPlan& plan, const LockedWorld& world) {
     const auto alpha = rows::SetHasAlpha(plan.set) ? rows::AlphaRule::Copy : rows::AlphaRule::Leave;
+    const bool wide = IsWide(plan, world);
     const rows::ConversionPlan conversion =
-        rows::PlanConversion({plan.set, plan.set, LayoutOf(buffer, plan.set), plan.layout, alpha});
-    for (std::int32_t y = 0; y < world.height; ++y)
+        rows::PlanConversion({plan.set, plan.set, LayoutOf(buffer, plan.set), wide ? kHostColors : plan.layout, alpha});
+    for (std::int32_t y = 0; y < world.height; ++y) {
+        BeginRow(world, y, wide);
         if (const std::uint8_t* const row = RowAddress(buffer, y))
             rows::ConvertRow(conversion, row, HostRow(world, y), world.width);
+    }
 }
 
 sdk::GWorldTQXData& WorldOf(sdk::Object* instance) {
@@ -69,12 +75,11 @@ sdk::Object* CopyGWorld(sdk::Object* self) {
     PixelBuffer& buffer = *BufferOf(self);
     if (!IsUsable(buffer)) return nullptr;
     const StorageWatch watch(buffer);
-    WorldPlan plan = PlanWorld(buffer);
+    const WorldPlan plan = PlanWorld(buffer);
     if (!YieldAndKeep(buffer, watch) || plan.depth == 0) return nullptr;
     LockedWorld world;
     OwnedObject instance = MakeInstance(buffer, plan.depth, &world);
     if (!instance) return nullptr;
-    WidenPixels(plan, world);
     WriteWorld(buffer, plan, world);
     return instance.Give();
 }

@@ -21,15 +21,18 @@ Rectangle ClipTo(const PixelBuffer& buffer, std::int32_t x, std::int32_t y, std:
     return ClipRectangle(x, y, width, height, buffer.Width, buffer.Height);
 }
 
-// The unused byte of each host pixel stays 0, as the new world has it.
+// Every byte of the world is written: a new one holds any. Rows that can't be had stay 0.
 void WriteRows(PixelBuffer& buffer, const StorageWatch& watch, const Rectangle& area, const Exported& exported,
                const LockedWorld& world) {
     const rows::ConversionPlan conversion = rows::PlanConversion(
         {exported.set, rows::ChannelSet::Rgb, exported.layout, kHostColors, rows::AlphaRule::Leave});
+    bool stands = YieldAndKeep(buffer, watch);
     for (std::int32_t y = 0; y < area.height; ++y) {
+        ClearHostRow(world, y);
+        if (!stands) continue;
         if (const std::uint8_t* const row = RowAddress(buffer, area.y + y))
             rows::ConvertRow(conversion, row + std::int64_t{area.x} * buffer.PixelSize, HostRow(world, y), area.width);
-        if (!YieldAndKeep(buffer, watch)) return;
+        stands = YieldAndKeep(buffer, watch);
     }
 }
 
@@ -47,7 +50,7 @@ sdk::Object* Export(PixelBuffer& buffer, const Rectangle& area, const Exported& 
     LockedWorld world;
     if (!YieldAndKeep(buffer, watch)) return nullptr;
     if (!LockWorld(platform::NewGWorld(32, area.width, area.height), &world)) return nullptr;
-    if (YieldAndKeep(buffer, watch)) WriteRows(buffer, watch, area, exported, world);
+    WriteRows(buffer, watch, area, exported, world);
     return HandOver(world);
 }
 

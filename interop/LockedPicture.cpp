@@ -1,5 +1,7 @@
 #include "interop/LockedPicture.h"
 
+#include <cstring>
+
 #include "plugin/HostServices.h"
 
 namespace tqx {
@@ -101,6 +103,10 @@ bool LockWorld(sdk::GWorld* world, LockedWorld* locked) {
     }
     platform::DisposeGWorld(world);
     return false;
+}
+
+void ClearHostRow(const LockedWorld& locked, std::int32_t y) {
+    std::memset(HostRow(locked, y), 0, static_cast<std::size_t>(locked.rowBytes));
 }
 
 }  // namespace tqx

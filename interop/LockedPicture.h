@@ -41,7 +41,7 @@ std::int32_t ReadIntegerProperty(sdk::Object* object, const char* name);
 // corner. False when the host can't.
 bool DrawOntoPicture(sdk::Object* target, sdk::Object* picture, std::int32_t width, std::int32_t height);
 
-// A new world of zero bytes, its pixels locked for writing.
+// A new world, its pixels of any bytes and locked for writing.
 struct LockedWorld {
     std::int32_t rowBytes;
     std::uint8_t* baseAddress;
@@ -63,5 +63,8 @@ inline std::uint8_t* HostRow(const LockedPicture& locked, std::int32_t y) {
 inline std::uint8_t* HostRow(const LockedWorld& locked, std::int32_t y) {
     return locked.baseAddress + std::int64_t{y} * locked.rowBytes;
 }
+
+// Sets a row of a world to 0, padding included.
+void ClearHostRow(const LockedWorld& locked, std::int32_t y);
 
 }  // namespace tqx

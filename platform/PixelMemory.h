@@ -1,4 +1,9 @@
 // Blocks of pixel memory, for pictures and off-screen worlds alike.
+//
+// Fresh memory is dear: for a block of 48 MB the system takes longer to hand out zeroed pages
+// than a copy of the block takes, even with large pages. So the large block that was freed last
+// is kept as a spare for the next one of about its size. The system may take the spare's pages
+// back whenever it wants memory.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +14,11 @@ namespace platform {
 // size is below 0. Large blocks ask for large pages.
 std::uint8_t* AllocatePixels(std::int64_t size);
 
-// Frees a block from AllocatePixels; null is ignored.
+// The same with any bytes in it, for a caller who writes them all.
+std::uint8_t* AllocatePixelsToFill(std::int64_t size);
+
+// Frees a block from either; null is ignored. What one module (the host, a plug-in) allocated, the
+// same module frees.
 void FreePixels(std::uint8_t* pixels);
 
 // A block of zero bytes for the time of a call.

@@ -19,6 +19,11 @@ constexpr ColorTable MakeGrayRamp() {
 
 constexpr ColorTable kGrayRamp = MakeGrayRamp();
 
+void FreeWorld(sdk::GWorld* world) {
+    FreePixels(world->pixMap.baseAddress);
+    std::free(world);
+}
+
 }  // namespace
 
 sdk::GWorld* NewGWorld(std::int32_t depth, std::int32_t width, std::int32_t height, const ColorTable* colors) {
@@ -27,7 +32,7 @@ sdk::GWorld* NewGWorld(std::int32_t depth, std::int32_t width, std::int32_t heig
     const std::int64_t rowBytes = (used + kRowAlignment - 1) / kRowAlignment * kRowAlignment;
     if (rowBytes > INT32_MAX) return nullptr;
     auto* world = static_cast<sdk::GWorld*>(std::calloc(1, sizeof(sdk::GWorld)));
-    std::uint8_t* const pixels = AllocatePixels(rowBytes * height);
+    std::uint8_t* const pixels = AllocatePixelsToFill(rowBytes * height);
     if (!world || !pixels) {
         std::free(world);
         FreePixels(pixels);
@@ -36,13 +41,12 @@ sdk::GWorld* NewGWorld(std::int32_t depth, std::int32_t width, std::int32_t heig
     world->pixMap = {pixels, static_cast<std::int32_t>(rowBytes), depth, 0, colors};
     world->width = width;
     world->height = height;
+    world->dispose = &FreeWorld;
     return world;
 }
 
 void DisposeGWorld(sdk::GWorld* world) {
-    if (!world) return;
-    FreePixels(world->pixMap.baseAddress);
-    std::free(world);
+    if (world && world->dispose) world->dispose(world);
 }
 
 PixMap* GetGWorldPixMap(sdk::GWorld* world) { return world ? &world->pixMap : nullptr; }

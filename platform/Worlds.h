@@ -32,11 +32,11 @@ struct PixMap {
     bool purged = false;        // the pixels are lost: LockPixels refuses
 };
 
-// A new world of zero bytes. Null when the depth is not 32, 24 or 8, a side is below 1, a row
+// A new world, its pixels of any bytes. Null when the depth is not 32, 24 or 8, a side is below 1, a row
 // reaches 2^31 bytes or memory is short. `colors` (may be null) is not owned.
 sdk::GWorld* NewGWorld(std::int32_t depth, std::int32_t width, std::int32_t height, const ColorTable* colors = nullptr);
 
-// Frees a world and its pixels. Null is ignored.
+// Frees a world from NewGWorld and its pixels, whoever made it. Null is ignored.
 void DisposeGWorld(sdk::GWorld* world);
 
 // The pixel map of a world; null for null. The world keeps it. The two differ in how the world
@@ -63,8 +63,9 @@ namespace sdk {
 
 struct GWorld {
     platform::PixMap pixMap;
-    std::int32_t width;   // pixels
-    std::int32_t height;  // pixels
+    std::int32_t width;        // pixels
+    std::int32_t height;       // pixels
+    void (*dispose)(GWorld*);  // frees it, in the module that made it; null: not to be disposed of
 };
 
 }  // namespace sdk

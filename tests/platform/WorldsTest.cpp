@@ -69,13 +69,20 @@ TEST(Worlds, PadRowsToSixteenBytes) {
     EXPECT_EQ(RowBytes(8, 17), 32);
 }
 
-TEST(Worlds, BeginWithZeroBytesOnACacheLine) {
+TEST(Worlds, BeginOnACacheLine) {
     const World world = Make(32, 7, 5);
-    const PixMap* pixMap = GetGWorldPixMap(world.get());
-    const std::uint8_t* base = GetPixBaseAddr(pixMap);
+    const std::uint8_t* const base = GetPixBaseAddr(GetGWorldPixMap(world.get()));
     ASSERT_NE(base, nullptr);
     EXPECT_EQ(reinterpret_cast<std::uintptr_t>(base) % 64, 0U);
-    EXPECT_TRUE(std::all_of(base, base + GetPixRowBytes(pixMap) * 5, [](std::uint8_t byte) { return byte == 0; }));
+}
+
+TEST(Worlds, AreFreedByTheModuleThatMadeThem) {
+    static int disposed = 0;
+    sdk::GWorld foreign{{}, 1, 1, [](sdk::GWorld*) { ++disposed; }};
+    DisposeGWorld(&foreign);
+    EXPECT_EQ(disposed, 1);
+    sdk::GWorld borrowed{};
+    DisposeGWorld(&borrowed);  // nobody's to free
 }
 
 TEST(Worlds, CountLocks) {
@@ -134,6 +141,30 @@ TEST(PixelMemory, BeginsWithZeroBytesOnACacheLine) {
         EXPECT_TRUE(std::all_of(pixels, pixels + size, [](std::uint8_t byte) { return byte == 0; }));
         FreePixels(pixels);
     }
+}
+
+TEST(PixelMemory, BeginsWithZeroBytesWhenALargeBlockIsUsedAgain) {
+    constexpr std::int64_t kSize = 9 << 20;
+    std::uint8_t* const first = AllocatePixels(kSize);
+    ASSERT_NE(first, nullptr);
+    std::fill_n(first, kSize, std::uint8_t{170});
+    FreePixels(first);
+    std::uint8_t* const second = AllocatePixels(kSize - 5);
+    EXPECT_EQ(second, first) << "the spare was not used";
+    EXPECT_TRUE(std::all_of(second, second + kSize - 5, [](std::uint8_t byte) { return byte == 0; }));
+    std::uint8_t* const third = AllocatePixels(kSize);
+    EXPECT_NE(third, second);
+    FreePixels(third);
+    FreePixels(second);
+}
+
+TEST(PixelMemory, KeepsNoSpareForAMuchSmallerBlock) {
+    std::uint8_t* const large = AllocatePixels(40 << 20);
+    ASSERT_NE(large, nullptr);
+    FreePixels(large);
+    std::uint8_t* const small = AllocatePixelsToFill(9 << 20);
+    EXPECT_NE(small, large);
+    FreePixels(small);
 }
 
 TEST(PixelMemory, OfNoBytesIsABlock) {
