@@ -69,6 +69,7 @@ int Run(const Settings& settings, const RunSettings& run) {
     const auto source = script::ReadSource(run.script, Complain);
     if (!source || !LoadPlugin(settings)) return 1;
     host::SetApplicationArguments(run.arguments);
+    host::SetApplicationArguments(run.arguments);
     std::signal(SIGINT, OnInterrupt);
     std::setvbuf(stdout, nullptr, _IOLBF, 0);  // each line is seen when it is printed, in a pipe too
     StatusLine status(isatty(STDERR_FILENO) != 0);
