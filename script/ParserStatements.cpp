@@ -151,8 +151,11 @@ StatementPtr Parser::ParseConst() {
 
 // Statements up to the end of the line or Else, for the one-line If.
 Block Parser::ParseRestOfLine() {
+    if (blockDepth_ >= kDeepestBlock) Fail("blocks are nested too deeply; move the inner ones to a Sub");
+    ++blockDepth_;
     Block block;
     block.push_back(ParseStatement());
+    --blockDepth_;
     return block;
 }
 

@@ -1,0 +1,10 @@
+// Any bytes as a script: read and checked, never run. Nothing may crash or take for ever.
+#include <cstdint>
+#include <string>
+
+#include "script/Script.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    script::CheckScript({"fuzz.rbs", std::string(reinterpret_cast<const char*>(data), size)});
+    return 0;
+}
