@@ -1,5 +1,6 @@
 #include "buffer/Picture.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -29,6 +30,15 @@ void ReleaseReferences(PixelBuffer& buffer) {
     DropObject(buffer.mappingFile);
     DropObject(buffer.Target);
     DropObject(buffer.Factory);
+}
+
+// How far the pixels of the last row reach past RowSize bytes: the rows of a memory block may be
+// closer together than they are long.
+std::int64_t RowOverhang(const PixelBuffer& buffer) {
+    const std::int64_t lastPixel = std::int64_t{buffer.Width - 1} * buffer.PixelSize;
+    const std::int32_t lastOffset = std::max({buffer.RedOffset, buffer.GreenOffset, buffer.BlueOffset,
+                                              buffer.GrayOffset, buffer.AlphaOffset, buffer.PixelSize - 1});
+    return std::max<std::int64_t>(lastPixel + lastOffset + 1 - buffer.RowSize, 0);
 }
 
 void CopyDescription(const PixelBuffer& from, PixelBuffer& to) {
@@ -118,7 +128,8 @@ sdk::Object* Clone(sdk::Object* self) {
     OwnedObject clone(NewPictureInstance());
     if (!clone) return nullptr;
     const std::int64_t size = std::int64_t{source.RowSize} * source.Height;
-    std::uint8_t* const copy = platform::AllocatePixels(size);
+    if (size < 0) return nullptr;
+    std::uint8_t* const copy = platform::AllocatePixels(size + RowOverhang(source));
     if (!copy) return nullptr;
     // From the storage's base, also for a clip, whose rows may then lie past the copy: intended.
     std::memcpy(copy, source.data, static_cast<std::size_t>(size));

@@ -229,6 +229,25 @@ TEST_F(Picture, CloneOfAClipCopiesFromTheStoragesBase) {
     for (int y = 0; y < 3; ++y) EXPECT_FALSE(CallObject(beyond, "RawRow", y)) << y;
 }
 
+// The block is long enough for the last row's pixels, so the clone's storage has to be as well.
+TEST_F(Picture, CloneOfOverlappingRowsHoldsTheLastRowsPixels) {
+    const auto block = MakeBlock(Random(7).NextBytes(400));
+    const auto picture = New("PictureTQX", block, 100, 2, 11, 5);
+    const auto clone = CallObject(picture, "Clone");
+    ASSERT_TRUE(clone);
+    EXPECT_EQ(GetInt(clone, "TotalSize"), 10);
+    Bytes expected(100, 0);
+    const Bytes copied = BlockBytes(block);
+    std::copy_n(copied.begin() + 5, 5, expected.begin());
+    EXPECT_EQ(TextBytes(Call(clone, "RowStringInFormat", 1, 11)), expected) << "what was not copied is zero";
+    const Bytes row = Random(8).NextBytes(100);
+    Assign(clone, "RowStringInFormat", {Value(1), Value(11)}, ToValue(row));
+    EXPECT_EQ(ReadRow(clone, 1), row);
+    const auto clip = CallObject(CallObject(picture, "ClipImage", 60, 0, 40, 2), "Clone");
+    Assign(clip, "RowStringInFormat", {Value(1), Value(11)}, ToValue(Bytes(40, 9)));
+    EXPECT_EQ(TextBytes(Call(clip, "RowStringInFormat", 1, 11)), Bytes(40, 9));
+}
+
 TEST_F(Picture, CloneIsNilWhenItCannotBeMade) {
     const auto picture = New("PictureTQX", 64, 1000, 11);
     {
