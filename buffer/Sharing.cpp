@@ -52,8 +52,8 @@ bool MayMeet(const PixelBuffer& from, const PixelBuffer& to, rows::ChannelSet se
 bool HasSameRows(const PixelBuffer& from, const PixelBuffer& to) {
     const bool sameStorage = from.IsMapping ? from.fileDescriptor == to.fileDescriptor : from.data == to.data;
     return sameStorage && from.IsMapping == to.IsMapping && from.rowAddress == to.rowAddress &&
-           from.RowSize == to.RowSize && from.RowOffset == to.RowOffset && from.Height == to.Height &&
-           from.storageRows == to.storageRows;
+           from.RowSize == to.RowSize && from.RowOffset == to.RowOffset && from.Width == to.Width &&
+           from.Height == to.Height && from.storageRows == to.storageRows;
 }
 
 bool AreDistinct(const rows::PixelLayout& layout, int count) {

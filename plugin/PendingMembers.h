@@ -14,7 +14,6 @@ inline sdk::Object* StampFilter(sdk::Object*, sdk::Object*, double, double, doub
     return {};
 }
 inline bool UnsharpFilter(sdk::Object*, sdk::Object*, double, std::int32_t) { return {}; }
-inline sdk::Object* OilFilter(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t) { return {}; }
 inline void HMirror(sdk::Object*) {}
 inline void VMirror(sdk::Object*) {}
 inline void Rotate180(sdk::Object*) {}

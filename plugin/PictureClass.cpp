@@ -18,6 +18,7 @@
 #include "filters/Dither.h"
 #include "filters/Engrave.h"
 #include "filters/Neon.h"
+#include "filters/Oil.h"
 #include "filters/ToneCurves.h"
 #include "interop/CopyGWorld.h"
 #include "interop/CopyPicture.h"

@@ -53,6 +53,13 @@ Ref<Object> FormatBlock(const Ref<Object>& picture, int format) { return MakeBlo
 // --- Shapes of calls -------------------------------------------------------------------------
 
 // A method that takes a destination first.
+// The pictures with self's channels but alpha, which the oil filter gathers over all calls.
+Pictures WithoutAlpha(Pictures pictures) {
+    if (GetBool(pictures.self, "HasAlpha"))
+        pictures.self = CallObject(pictures.self, GetBool(pictures.self, "IsRGB") ? "RGBChannels" : "GrayChannel");
+    return pictures;
+}
+
 template <class... Arguments>
 void Filter(const Pictures& p, Outcome& outcome, const char* method, const Arguments&... arguments) {
     outcome.AddPicture(CallObject(p.self, method, p.destination, arguments...));
@@ -181,7 +188,7 @@ constexpr PictureOperation kOperations[] = {
     {"StampFilter/6", [](auto& p, auto& o) { Filter(p, o, "StampFilter", 2.0, 0.4, 0.3, sdk::Color{0x102030}, sdk::Color{0xF0E0D0}); }},
     {"UnsharpFilter/3", [](auto& p, auto& o) { o.Add(CallBool(p.self, "UnsharpFilter", p.other, 1.5, 4)); }},
     {"DitherFilter/3", [](auto& p, auto& o) { for (int matrix = 1; matrix <= 10; ++matrix) { Filter(p, o, "DitherFilter", matrix, 4); o.AddPicture(p.destination ? CallObject(p.destination, "ClipImage") : p.destination); } }},
-    {"OilFilter/3", [](auto& p, auto& o) { Filter(p, o, "OilFilter", 16, 2); }},
+    {"OilFilter/3", [](auto& p, auto& o) { Filter(WithoutAlpha(p), o, "OilFilter", 16, 2); }},
     {"DiffuseFilter/2", [](auto& p, auto& o) { std::srand(9); Filter(p, o, "DiffuseFilter", 4); }},
     {"EngraveFilter/2", [](auto& p, auto& o) { Filter(p, o, "EngraveFilter", 2); }},
     {"NeonFilter/1", [](auto& p, auto& o) { Filter(p, o, "NeonFilter"); }},

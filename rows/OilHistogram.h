@@ -1,0 +1,40 @@
+// Histograms for the oil filter: how many samples fall in each intensity bin, and their sum.
+#pragma once
+
+#include <cstdint>
+
+namespace rows {
+
+// Counts and sums by bin; both wrap at 32 bits and are read as signed numbers.
+struct OilHistogram {
+    std::uint32_t count[256];
+    std::uint32_t sum[256];
+};
+
+// Adds or takes away one sample. Bins are levels × value / 256, truncated; levels is 1 to 256.
+inline void AddSample(OilHistogram& histogram, std::int32_t levels, std::uint8_t value) {
+    const int bin = levels * value >> 8;
+    ++histogram.count[bin];
+    histogram.sum[bin] += value;
+}
+
+inline void RemoveSample(OilHistogram& histogram, std::int32_t levels, std::uint8_t value) {
+    const int bin = levels * value >> 8;
+    --histogram.count[bin];
+    histogram.sum[bin] -= value;
+}
+
+// Adds the first `levels` bins of one histogram to those of another.
+void AddHistogram(OilHistogram& to, const OilHistogram& from, std::int32_t levels);
+
+// The bin with the highest count among the first `levels`; of equals the lowest.
+std::int32_t FullestBin(const OilHistogram& histogram, std::int32_t levels);
+
+// The same search through `histogram`, but each count is compared with `against`'s count of the
+// best bin so far.
+std::int32_t FullestBinAgainst(const OilHistogram& histogram, const OilHistogram& against, std::int32_t levels);
+
+// The bin's sum divided by its count, truncated, as its low byte; 0 for an empty bin.
+std::uint8_t MeanOfBin(const OilHistogram& histogram, std::int32_t bin);
+
+}  // namespace rows
