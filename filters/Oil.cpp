@@ -113,7 +113,7 @@ void PaintRow(Painter<Set>& painter, const std::vector<std::uint8_t*>& around, s
 template <rows::ChannelSet Set>
 bool PaintByRows(const Operation& operation, std::int32_t levels, std::int64_t range, bool inPlace) {
     const PackedRows rows(operation, PackedOrder::OfTheSet);
-    RowRing ring(rows, range < 0 ? 1 : 2 * range + 1, 0, rows.Width());
+    RowRing ring(rows, range < 0 ? 1 : 2 * range + 1, rows.Width());
     const platform::PixelBlock result(rows.BytesOf(rows.Width()));
     if (!ring || !result) return false;
     Painter<Set> painter(levels);

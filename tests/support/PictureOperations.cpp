@@ -52,7 +52,6 @@ Ref<Object> FormatBlock(const Ref<Object>& picture, int format) { return MakeBlo
 
 // --- Shapes of calls -------------------------------------------------------------------------
 
-// A method that takes a destination first.
 // The pictures with self's channels but alpha, which the oil filter gathers over all calls.
 Pictures WithoutAlpha(Pictures pictures) {
     if (GetBool(pictures.self, "HasAlpha"))
@@ -60,6 +59,7 @@ Pictures WithoutAlpha(Pictures pictures) {
     return pictures;
 }
 
+// A method that takes a destination first.
 template <class... Arguments>
 void Filter(const Pictures& p, Outcome& outcome, const char* method, const Arguments&... arguments) {
     outcome.AddPicture(CallObject(p.self, method, p.destination, arguments...));
