@@ -1,8 +1,11 @@
 // What the command's words do. Each gives the exit code.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
+
+#include "host/images/Image.h"
 
 namespace tqx {
 
@@ -13,7 +16,9 @@ struct Settings {
 struct RunSettings {
     std::string script;
     std::vector<std::string> arguments;
-    bool explain = false;  // tell why calls of the plug-in gave nothing
+    bool explain = false;                                           // tell why calls of the plug-in gave nothing
+    bool noOrientation = false;                                     // leave pictures as they lie in their files
+    std::int64_t maxPixels = host::ImageReadSettings().pixelLimit;  // largest picture read; 0: any
 };
 
 struct MembersSettings {

@@ -28,6 +28,11 @@ int main(int argc, char** argv) {
     run->add_option("SCRIPT", runSettings.script, "The script's file")->required()->type_name("");
     run->add_option("ARG", runSettings.arguments, "Arguments that the script reads with App.Arguments")->type_name("");
     run->add_flag("--explain", runSettings.explain, "Tell why calls of the plug-in gave nothing");
+    run->add_option("--max-pixels", runSettings.maxPixels, "Refuse picture files of more pixels; 0 reads any")
+        ->type_name("COUNT")
+        ->capture_default_str()
+        ->check(CLI::NonNegativeNumber);
+    run->add_flag("--no-orientation", runSettings.noOrientation, "Don't turn pictures upright");
     run->positionals_at_end();
     run->prefix_command();
 

@@ -69,7 +69,9 @@ int Run(const Settings& settings, const RunSettings& run) {
     const auto source = script::ReadSource(run.script, Complain);
     if (!source || !LoadPlugin(settings)) return 1;
     host::SetApplicationArguments(run.arguments);
+    host::DefaultImageReadSettings() = {run.maxPixels, !run.noOrientation};
     host::SetApplicationArguments(run.arguments);
+    host::DefaultImageReadSettings() = {run.maxPixels, !run.noOrientation};
     std::signal(SIGINT, OnInterrupt);
     std::setvbuf(stdout, nullptr, _IOLBF, 0);  // each line is seen when it is printed, in a pipe too
     StatusLine status(isatty(STDERR_FILENO) != 0);

@@ -91,6 +91,35 @@ TEST(Command, ArgumentsThatLookLikeOptionsReachTheScript) {
     EXPECT_EQ(outcome.out, "1\n");
 }
 
+TEST(Command, RefusesPicturesOfTooManyPixels) {
+    const std::string file = (std::filesystem::temp_directory_path() / ("tqx-" + std::to_string(getpid()))).string();
+    const ScriptOf script("Dim f As FolderItem = GetFolderItem(\"" + file +
+                          ".png\")\nf.SaveAsPicture(New Picture(20, 10, 32))\nDim p As Picture = f.OpenAsPicture\n"
+                          "Print p.Width\n");
+    EXPECT_EQ(RunCommand({"run", "--max-pixels", "200", script.path()}).out, "20\n");
+    const Outcome outcome = RunCommand({"run", "--max-pixels", "199", script.path()});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.err, HasSubstr("--max-pixels"));
+    EXPECT_EQ(RunCommand({"run", "--max-pixels", "0", "--no-orientation", script.path()}).out, "20\n");
+    EXPECT_NE(RunCommand({"run", "--max-pixels", "-1", script.path()}).exitCode, 0);
+    std::filesystem::remove(file + ".png");
+}
+
+// The first Ctrl-C is enough, also for a picture's scratch file.
+TEST(Command, InterruptTakesScratchFilesAway) {
+    const auto scratch = std::filesystem::temp_directory_path() / ("tqx-scratch-" + std::to_string(getpid()));
+    const ScriptOf script("Dim p As New PictureTQX(64, 64, 1, 4096, GetFolderItem(\"" + scratch.string() +
+                          "\"))\nPrint p.IsMapping\nWhile True\nWend\n");
+    bool there = false;
+    const Outcome outcome = RunCommand({"run", script.path()}, [&](int process, const Outcome&) {
+        there |= std::filesystem::exists(scratch);
+        kill(process, SIGINT);
+    });
+    EXPECT_EQ(outcome.out, "True\n") << outcome.err;
+    EXPECT_TRUE(there);
+    EXPECT_FALSE(std::filesystem::exists(scratch));
+}
+
 TEST(Command, InterruptEndsAnEndlessLoopInOrder) {
     const ScriptOf script(
         "Class Tracked\n  Sub Destructor()\n    Print \"released\"\n  End Sub\nEnd Class\n"
