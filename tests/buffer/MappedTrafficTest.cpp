@@ -1,0 +1,99 @@
+// How often operations map windows: each walk over a picture maps each of its windows once.
+#include <algorithm>
+
+#include "tests/buffer/MappedStage.h"
+#include "tests/support/Formats.h"
+
+namespace {
+
+using namespace support;
+using namespace mapped;
+
+constexpr int kHeight = 79;
+
+// Sixteen rows a window, of which two are above the row that was asked for.
+constexpr int kBytesPerRow = kLeastWindow / 16;
+constexpr int kNewRowsAWindow = 14;
+
+// Windows that a walk from top to bottom maps at most, of the largest picture.
+constexpr int kWalk = (kHeight * 5 / 4) / kNewRowsAWindow + 2;
+
+// From bottom to top a window serves but three rows: it begins two rows above the requested one.
+constexpr int kUpwardWalk = (kHeight * 5 / 4) / 3 + 2;
+
+constexpr Setting kSettings[] = {
+    {"Given", 1, 37, kHeight, kAll, Destination::Given, View::Clip, kBytesPerRow},
+    {"Factory", 7, 37, kHeight, kAll, Destination::Factory, View::Clip, kBytesPerRow},
+    {"GrayWithAlpha", 12, 37, kHeight, kAll, Destination::Given, View::Clip, kBytesPerRow},
+    {"InPlace", 1, 37, kHeight, kAll, Destination::Self, View::Clip, kBytesPerRow},
+    {"Mirrored", 1, 37, kHeight, kAll, Destination::Given, View::MirroredClip, kBytesPerRow},
+};
+
+// Walks of the source, of the destination, and the test's own to read the result.
+constexpr int kUsualWalks = 3;
+
+// The stage fills what its factory makes, and the test reads it.
+constexpr int kWalksOfAFactory = 2;
+
+// The members that walk over pictures more often.
+constexpr struct {
+    const char* member;
+    int walks;
+} kWalks[] = {
+    {"CopyPixels/7", 4},               // two copies
+    {"CopyPixels/5", 4},               // two copies
+    {"ScaleFast/3", 6},                // two calls, one result read
+    {"Scale/5", 84},                   // fourteen calls of two passes, each result read
+    {"Rotate/6", 40},                  // four angles of up to four pictures, each result read
+    {"DitherFilter/3", 40},            // ten matrices, each result read
+    {"BoxBlurFilter/2", 4},            // rows enter and leave the sums a third of a window apart
+    {"BoxBlurFilter/3", 12},           // three times
+    {"BoxBlurFractionalFilter/2", 4},  // rows around
+    {"DiffuseFilter/2", 10},           // places up to half a window apart
+};
+
+int WalksOf(const Setting& setting, const PictureOperation& operation) {
+    const int more = setting.destination == Destination::Factory ? kWalksOfAFactory : 0;
+    for (const auto& [member, walks] : kWalks)
+        if (std::string_view(member) == operation.member) return walks + more;
+    return kUsualWalks + more;
+}
+
+// Turns work by blocks, and in place pixel by pixel.
+bool IsQuarterTurn(const PictureOperation& operation) {
+    const std::string_view member = operation.member;
+    return member.starts_with("Rotate90") || member.starts_with("Rotate270");
+}
+
+std::int64_t MappingsMade(const Setting& setting, const PictureOperation& operation, const std::string& folder) {
+    Stage stage(setting, false, folder);
+    Outcome outcome(stage.pictures);
+    ResetFileMappings();
+    operation.run(stage.pictures, outcome);
+    return CountedFileMappings().made;
+}
+
+using Case = std::tuple<Setting, PictureOperation>;
+
+std::string CaseName(const ::testing::TestParamInfo<Case>& info) {
+    return std::string(std::get<0>(info.param).name) + "_" + OperationName(std::get<1>(info.param));
+}
+
+class MappedTraffic : public PluginTest, public ::testing::WithParamInterface<Case> {};
+
+TEST_P(MappedTraffic, IsAFewWalksOverThePictures) {
+    const auto& [setting, operation] = GetParam();
+    if (IsQuarterTurn(operation)) return;
+    const ScratchFolder folder;
+    const bool upward = setting.view == View::MirroredClip || std::string_view(operation.member) == "MirroredView/0";
+    EXPECT_LE(MappingsMade(setting, operation, folder.path()),
+              WalksOf(setting, operation) * (upward ? kUpwardWalk : kWalk));
+}
+
+INSTANTIATE_TEST_SUITE_P(Every, MappedTraffic,
+                         ::testing::Combine(::testing::ValuesIn(kSettings),
+                                            ::testing::ValuesIn(PictureOperations().begin(),
+                                                                PictureOperations().end())),
+                         CaseName);
+
+}  // namespace
