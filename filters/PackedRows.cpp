@@ -62,8 +62,10 @@ void PackedRows::Write(std::int32_t y, std::int32_t first, std::int32_t count, c
                   std::min(count, destination_.Width - first));
 }
 
+bool PackedRows::HasSource(std::int32_t y) const { return y < source_.Height && RowAddress(source_, y); }
+
 bool PackedRows::Have(std::int32_t y) const {
-    return y < source_.Height && y < destination_.Height && RowAddress(source_, y) && RowAddress(destination_, y);
+    return HasSource(y) && y < destination_.Height && RowAddress(destination_, y);
 }
 
 RowRing::RowRing(const PackedRows& rows, std::int64_t capacity, std::int32_t width)

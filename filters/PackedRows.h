@@ -51,7 +51,8 @@ class PackedRows {
     // order of its channels. What falls outside the destination is skipped.
     void Write(std::int32_t y, std::int32_t first, std::int32_t count, const std::uint8_t* packed) const;
 
-    // Whether both pictures have row y.
+    // Whether the source, or both pictures, have row y.
+    bool HasSource(std::int32_t y) const;
     bool Have(std::int32_t y) const;
 
   private:
@@ -95,6 +96,9 @@ class RowRing {
 
     // Forgets all rows and goes on with columns `first` to `first + count - 1`.
     void Restart(std::int32_t first, std::int32_t count);
+
+    // How many rows are kept.
+    std::int64_t Capacity() const { return capacity_; }
 
     // The copy of row y, 64 bytes aligned; null when the source has no such row. The copy may be
     // written to: the ring, not the source, then has the change.

@@ -5,8 +5,8 @@
 
 #include "buffer/Destination.h"
 #include "buffer/Saturate.h"
+#include "filters/LookUp.h"
 #include "plugin/HostServices.h"
-#include "rows/LookUp.h"
 
 namespace tqx {
 
@@ -34,43 +34,11 @@ constexpr rows::Table kSolarizeTable = {{
 }};
 // clang-format on
 
-// Tables by what they are for; null: the channel keeps the destination's bytes.
-struct Curves {
-    const rows::Table* red;
-    const rows::Table* green;
-    const rows::Table* blue;
-    const rows::Table* gray;
-    const rows::Table* alpha;
-};
-
 // One table for gray and every colour.
 Curves SameCurve(const rows::Table& table, const rows::Table* alpha) { return {&table, &table, &table, &table, alpha}; }
 
-rows::Tables TablesOf(const Curves& curves, rows::ChannelSet set) {
-    switch (set) {
-        case rows::ChannelSet::Gray:
-            return {{curves.gray}};
-        case rows::ChannelSet::GrayAlpha:
-            return {{curves.gray, curves.alpha}};
-        case rows::ChannelSet::Rgb:
-            return {{curves.red, curves.green, curves.blue}};
-        case rows::ChannelSet::RgbAlpha:
-            break;
-    }
-    return {{curves.red, curves.green, curves.blue, curves.alpha}};
-}
-
 sdk::Object* ApplyCurves(const Operation& operation, const Curves& curves) {
-    const rows::Tables tables = TablesOf(curves, operation.channels);
-    const rows::PixelLayout from = operation.From();
-    const rows::PixelLayout to = operation.To();
-    const std::int32_t width = operation.CommonWidth();
-    const std::int32_t height = operation.CommonHeight();
-    for (std::int32_t y = 0; y < height; ++y) {
-        const std::uint8_t* const source = RowAddress(*operation.source, y);
-        std::uint8_t* const destination = RowAddress(*operation.destination, y);
-        if (source && destination) rows::LookUpRow(operation.channels, tables, from, source, to, destination, width);
-    }
+    LookUpPicture(operation, curves);
     return operation.result;
 }
 

@@ -10,10 +10,6 @@ namespace tqx {
 
 inline bool Scale(sdk::Object*, sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t) { return {}; }
 inline bool ScaleFast(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t) { return {}; }
-inline sdk::Object* StampFilter(sdk::Object*, sdk::Object*, double, double, double, sdk::Color, sdk::Color) {
-    return {};
-}
-inline bool UnsharpFilter(sdk::Object*, sdk::Object*, double, std::int32_t) { return {}; }
 inline void HMirror(sdk::Object*) {}
 inline void VMirror(sdk::Object*) {}
 inline void Rotate180(sdk::Object*) {}

@@ -1,0 +1,38 @@
+#include "filters/LookUp.h"
+
+#include <cstdint>
+
+namespace tqx {
+
+namespace {
+
+rows::Tables TablesOf(const Curves& curves, rows::ChannelSet set) {
+    switch (set) {
+        case rows::ChannelSet::Gray:
+            return {{curves.gray}};
+        case rows::ChannelSet::GrayAlpha:
+            return {{curves.gray, curves.alpha}};
+        case rows::ChannelSet::Rgb:
+            return {{curves.red, curves.green, curves.blue}};
+        case rows::ChannelSet::RgbAlpha:
+            break;
+    }
+    return {{curves.red, curves.green, curves.blue, curves.alpha}};
+}
+
+}  // namespace
+
+void LookUpPicture(const Operation& operation, const Curves& curves) {
+    const rows::Tables tables = TablesOf(curves, operation.channels);
+    const rows::PixelLayout from = operation.From();
+    const rows::PixelLayout to = operation.To();
+    const std::int32_t width = operation.CommonWidth();
+    const std::int32_t height = operation.CommonHeight();
+    for (std::int32_t y = 0; y < height; ++y) {
+        const std::uint8_t* const source = RowAddress(*operation.source, y);
+        std::uint8_t* const destination = RowAddress(*operation.destination, y);
+        if (source && destination) rows::LookUpRow(operation.channels, tables, from, source, to, destination, width);
+    }
+}
+
+}  // namespace tqx

@@ -1,0 +1,21 @@
+// A picture's bytes mapped through tables, one a channel.
+#pragma once
+
+#include "buffer/Destination.h"
+#include "rows/LookUp.h"
+
+namespace tqx {
+
+// Tables by what they are for; null: the channel keeps the destination's bytes.
+struct Curves {
+    const rows::Table* red;
+    const rows::Table* green;
+    const rows::Table* blue;
+    const rows::Table* gray;
+    const rows::Table* alpha;
+};
+
+// Maps every channel of the operation's source into its destination.
+void LookUpPicture(const Operation& operation, const Curves& curves);
+
+}  // namespace tqx
