@@ -1,0 +1,46 @@
+// Cases that run in child processes.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace host::check {
+
+// What a case found wrong: one of the caller's kinds and a sentence; no sentence: nothing.
+struct Complaint {
+    std::int32_t kind = 0;
+    std::string text;
+    bool counts = false;  // adds one to ChildrenReport::counted
+};
+
+struct Failure {
+    std::size_t index = 0;  // of the case
+    bool crashed = false;   // the child ended without a complaint
+    Complaint complaint;    // of a crash: the signal's name
+};
+
+struct ChildrenReport {
+    std::vector<Failure> failures;  // in the order of the cases
+    std::vector<std::size_t> slow;  // cases that were ended
+    std::int64_t run = 0;           // cases that ran
+    std::int64_t counted = 0;       // cases that ask to be counted
+};
+
+struct ChildrenJob {
+    std::size_t count = 0;
+    std::function<Complaint(std::size_t)> run;   // in the child
+    std::function<bool(std::size_t)> skip;       // in the child, which knows of all slow cases so far; or empty
+    std::function<void(std::size_t)> noteSlow;   // in the parent, before the next child starts; or empty
+    std::function<bool(std::size_t)> endsChild;  // cases that leave something behind in the process; or empty
+    double secondsPerCase = 1;
+    std::size_t mostFailures = 12;  // after which the rest is not run
+};
+
+// Runs all cases in order, many in one child; after a failure the next child goes on behind it.
+// What children print is dropped. They may not write files of more than 64 MiB.
+ChildrenReport RunInChildren(const ChildrenJob& job);
+
+}  // namespace host::check

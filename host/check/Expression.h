@@ -1,0 +1,69 @@
+// Arguments for the calls of a check: each as a text of the script language and as the value
+// that the text stands for.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/Class.h"
+#include "host/Value.h"
+
+namespace host::check {
+
+struct Expression {
+    std::string text;
+    std::string before;  // lines that come before the statement; each with its end
+    std::function<Value()> make;
+};
+
+// A way to come by an object.
+struct Instance {
+    std::string label;  // "constructed", "after Close", …
+    const Class* type = nullptr;
+    std::function<std::string(const std::string&)> script;  // lines that make it as a variable of a name
+    std::function<Ref<Object>()> make;                      // nil when it can't be had
+    const Method* constructor = nullptr;                    // that made it; or null
+    std::vector<Expression> arguments;                      // of the constructor
+    bool constructed = false;                               // and nothing done to it since
+    bool first = false;                                     // the first of its constructor
+    bool broad = false;                                     // tried with every argument, not only the usual ones
+};
+
+using InstancePtr = std::shared_ptr<const Instance>;
+
+// What arguments are made from.
+struct Supply {
+    std::vector<const Class*> classes;  // of the plug-in
+    std::vector<InstancePtr> instances;
+    std::string scratchFolder;
+
+    std::vector<InstancePtr> InstancesOf(const Class& type) const;
+};
+
+Expression Literal(const Value& value);
+
+// Values for a parameter: the usual ones first, of which the very first is the one that promises
+// most; all others are extremes. Empty when the host has nothing of the type.
+struct Choices {
+    std::vector<Expression> usual;
+    std::vector<Expression> extreme;
+};
+
+// `owner` is the class whose constants may belong to the parameter; `position` its place among
+// the parameters, from 0.
+Choices ChoicesFor(const Parameter& parameter, std::size_t position, const Class& owner, const Supply& supply);
+
+// Lists of arguments for a method: the usual ones with each parameter in turn varied over its
+// usual values, then (when `extremes`) over its extremes, then all integers alike.
+std::vector<std::vector<Expression>> ArgumentLists(const Declaration& declaration, const Class& owner,
+                                                   const Supply& supply, bool extremes);
+
+// "New Picture(5, 3, 32)": a new object by a constructor of a class known to the host.
+Expression NewExpression(std::string_view className, const std::vector<Expression>& arguments);
+
+std::string ListText(const std::vector<Expression>& arguments);    // "(1, nil)", "" for none
+std::string BeforeText(const std::vector<Expression>& arguments);  // the lines before
+
+}  // namespace host::check
