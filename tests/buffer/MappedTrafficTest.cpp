@@ -49,7 +49,7 @@ constexpr struct {
     {"BoxBlurFilter/2", 4},            // rows enter and leave the sums a third of a window apart
     {"BoxBlurFilter/3", 12},           // three times
     {"BoxBlurFractionalFilter/2", 4},  // rows around
-    {"DiffuseFilter/2", 10},           // places up to half a window apart
+    {"DiffuseFilter/2", 16},           // in place by pixels: places up to half a window apart
 };
 
 int WalksOf(const Setting& setting, const PictureOperation& operation) {
