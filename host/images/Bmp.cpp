@@ -106,8 +106,12 @@ Head ReadHead(const Input& input) {
     Head head;
     head.pixelsAt = Little(bytes + 10, 4);
     const bool isShort = length == kShortHead;
-    head.width = isShort ? Little(description + 4, 2) : static_cast<std::int32_t>(Little(description + 4, 4));
-    head.height = isShort ? Little(description + 6, 2) : static_cast<std::int32_t>(Little(description + 8, 4));
+    const auto side = [&](std::size_t at) {
+        return isShort ? std::int64_t{Little(description + 4 + at / 2, 2)}
+                       : std::int64_t{static_cast<std::int32_t>(Little(description + 4 + at, 4))};
+    };
+    head.width = side(0);
+    head.height = side(4);
     head.bits = Little(description + (isShort ? 10 : 14), 2);
     if (!isShort) head.compression = Little(description + 16, 4);
     if (!IsKnown(head)) FailFormat("is a BMP file of an unknown kind");

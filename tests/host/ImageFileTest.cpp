@@ -132,7 +132,7 @@ TEST(ImageFiles, FullDiskIsAFileErrorThatLeavesNothing) {
     rlimit before{};
     getrlimit(RLIMIT_FSIZE, &before);
     rlimit small = before;
-    small.rlim_cur = 20000;
+    small.rlim_cur = 500;
     const auto handler = std::signal(SIGXFSZ, SIG_IGN);
     setrlimit(RLIMIT_FSIZE, &small);
     for (const char* name : {"a.png", "a.jpg", "a.bmp", "a.pam", "a.tif", "a.webp"}) {

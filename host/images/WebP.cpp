@@ -1,0 +1,159 @@
+// WebP files; of animated ones the first picture. The library wants the whole file and gives the
+// whole image, so both are held.
+#include <webp/decode.h>
+#include <webp/demux.h>
+#include <webp/encode.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "host/images/Codec.h"
+#include "host/images/Orientation.h"
+
+namespace host::codec {
+
+namespace {
+
+// No WebP file comes near this; one that does is not read into memory.
+constexpr std::int64_t kMostFileBytes = std::int64_t{1} << 30;
+
+// How hard the library tries without loss, 0 (fast) to 9: beyond 1 it takes many times as long
+// for a few percent.
+constexpr int kLosslessLevel = 1;
+
+struct DeleteDemuxer {
+    void operator()(WebPDemuxer* demuxer) const { WebPDemuxDelete(demuxer); }
+};
+
+struct DeleteAnimation {
+    void operator()(WebPAnimDecoder* animation) const { WebPAnimDecoderDelete(animation); }
+};
+
+using Bytes = std::vector<std::uint8_t>;
+
+std::int32_t OrientationIn(const Bytes& file) {
+    const WebPData data{file.data(), file.size()};
+    const std::unique_ptr<WebPDemuxer, DeleteDemuxer> demuxer(WebPDemux(&data));
+    WebPChunkIterator chunk{};
+    if (!demuxer || !WebPDemuxGetChunk(demuxer.get(), "EXIF", 1, &chunk)) return 1;
+    const std::int32_t orientation = ExifOrientation(chunk.chunk.bytes, chunk.chunk.size);
+    WebPDemuxReleaseChunkIterator(&chunk);
+    return orientation;
+}
+
+void FailStatus(VP8StatusCode status) {
+    if (status == VP8_STATUS_OUT_OF_MEMORY) throw std::bad_alloc();
+    if (status == VP8_STATUS_NOT_ENOUGH_DATA || status == VP8_STATUS_SUSPENDED) FailFormat("is cut short");
+    if (status != VP8_STATUS_OK) FailFormat("is a damaged WebP file");
+}
+
+void Decode(const Bytes& file, HeldImage& image) {
+    WebPDecoderConfig config;
+    if (!WebPInitDecoderConfig(&config)) FailFormat("can't be read: the WebP library is of another version");
+    config.output.colorspace = image.Alpha() ? MODE_RGBA : MODE_RGB;
+    config.output.is_external_memory = 1;
+    config.output.u.RGBA = {image.Row(0), static_cast<int>(image.RowBytes()),
+                            image.RowBytes() * static_cast<std::size_t>(image.info.height)};
+    const VP8StatusCode status = WebPDecode(file.data(), file.size(), &config);
+    WebPFreeDecBuffer(&config.output);
+    FailStatus(status);
+}
+
+void DecodeFirstFrame(const Bytes& file, HeldImage& image) {
+    const WebPData data{file.data(), file.size()};
+    const std::unique_ptr<WebPAnimDecoder, DeleteAnimation> animation(WebPAnimDecoderNew(&data, nullptr));
+    std::uint8_t* canvas = nullptr;
+    int time = 0;
+    if (!animation || !WebPAnimDecoderGetNext(animation.get(), &canvas, &time)) FailFormat("is cut short or damaged");
+    std::memcpy(image.Row(0), canvas, image.RowBytes() * static_cast<std::size_t>(image.info.height));
+}
+
+// --- Writing --------------------------------------------------------------------------------
+
+// A picture of the library's, freed with its scope.
+struct OwnedPicture : WebPPicture {
+    OwnedPicture() : WebPPicture{} {
+        if (!WebPPictureInit(this)) FailFile("can't be written: the WebP library is of another version");
+    }
+    ~OwnedPicture() { WebPPictureFree(this); }
+    OwnedPicture(const OwnedPicture&) = delete;
+    OwnedPicture& operator=(const OwnedPicture&) = delete;
+};
+
+struct OwnedWriter : WebPMemoryWriter {
+    OwnedWriter() { WebPMemoryWriterInit(this); }
+    ~OwnedWriter() { WebPMemoryWriterClear(this); }
+    OwnedWriter(const OwnedWriter&) = delete;
+    OwnedWriter& operator=(const OwnedWriter&) = delete;
+};
+
+class WebPEncoder final : public Encoder {
+  public:
+    explicit WebPEncoder(const Output& output) : output_(output) {
+        layout = LayoutOf(false, HasAlpha(output.layout));
+        if (output.width > WEBP_MAX_DIMENSION || output.height > WEBP_MAX_DIMENSION)
+            FailFormat("can't be written: a side of a WebP image has at most " + std::to_string(WEBP_MAX_DIMENSION) +
+                       " pixels");
+        rowBytes_ = static_cast<std::size_t>(output.width) * BytesPerPixel(layout);
+        pixels_.reserve(rowBytes_ * static_cast<std::size_t>(output.height));
+    }
+
+    void WriteRow(const std::uint8_t* pixels) override { pixels_.insert(pixels_.end(), pixels, pixels + rowBytes_); }
+
+    void Finish() override {
+        WebPConfig config;
+        OwnedPicture picture;
+        OwnedWriter writer;
+        if (!Configure(config)) FailFile("can't be written: the WebP library is of another version");
+        picture.use_argb = config.lossless;
+        picture.width = output_.width;
+        picture.height = output_.height;
+        picture.writer = WebPMemoryWrite;
+        picture.custom_ptr = static_cast<WebPMemoryWriter*>(&writer);
+        const auto import = HasAlpha(layout) ? WebPPictureImportRGBA : WebPPictureImportRGB;
+        if (!import(&picture, pixels_.data(), static_cast<int>(rowBytes_))) throw std::bad_alloc();
+        if (!WebPEncode(&config, &picture)) {
+            if (picture.error_code == VP8_ENC_ERROR_OUT_OF_MEMORY) throw std::bad_alloc();
+            FailFile("can't be written (WebP error " + std::to_string(picture.error_code) + ")");
+        }
+        WriteExactly(output_.stream, writer.mem, writer.size);
+    }
+
+  private:
+    bool Configure(WebPConfig& config) const {
+        if (!WebPConfigInit(&config)) return false;
+        if (!output_.quality) {
+            config.exact = 1;  // colours under clear pixels too
+            return WebPConfigLosslessPreset(&config, kLosslessLevel) != 0;
+        }
+        config.quality = static_cast<float>(std::clamp(*output_.quality, 0, 100));
+        return true;
+    }
+
+    Output output_;
+    std::size_t rowBytes_;
+    Bytes pixels_;
+};
+
+}  // namespace
+
+DecoderPointer OpenWebP(Input input) {
+    if (input.size > kMostFileBytes) FailFormat("is too large for a WebP file");
+    Bytes file(static_cast<std::size_t>(input.size));
+    ReadExactly(input.stream.get(), file.data(), file.size());
+    WebPBitstreamFeatures features{};
+    FailStatus(WebPGetFeatures(file.data(), file.size(), &features));
+    input.CheckSize(features.width, features.height);
+    const bool alpha = features.has_alpha || features.has_animation;
+    auto image = std::make_unique<HeldImage>(
+        ImageInfo{ImageFileFormat::WebP, features.width, features.height, LayoutOf(false, alpha), OrientationIn(file)});
+    if (features.has_animation)
+        DecodeFirstFrame(file, *image);
+    else
+        Decode(file, *image);
+    return image;
+}
+
+EncoderPointer CreateWebP(const Output& output) { return std::make_unique<WebPEncoder>(output); }
+
+}  // namespace host::codec

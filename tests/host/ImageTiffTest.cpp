@@ -1,0 +1,203 @@
+#include <tiffio.h>
+
+#include <cstdlib>
+
+#include "tests/host/ImageTestFiles.h"
+
+namespace host {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+struct TiffKind {
+    int bits = 8, samples = 1, photometric = PHOTOMETRIC_MINISBLACK, planar = PLANARCONFIG_CONTIG;
+    int compression = COMPRESSION_NONE, orientation = 1, extra = -1;
+    int tile = 0;  // side of the tiles; 0: strips of two rows
+    const std::uint16_t* palette = nullptr;
+};
+
+// A TIFF file by the library itself. `planes` holds the packed rows of each plane, one after the
+// other.
+void WriteTiff(const std::string& path, int width, int height, const TiffKind& kind, std::vector<Bytes> planes) {
+    TIFF* tiff = TIFFOpen(path.c_str(), "w");
+    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, width);
+    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, height);
+    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, kind.bits);
+    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, kind.samples);
+    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, kind.photometric);
+    TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, kind.planar);
+    TIFFSetField(tiff, TIFFTAG_COMPRESSION, kind.compression);
+    TIFFSetField(tiff, TIFFTAG_ORIENTATION, kind.orientation);
+    const std::uint16_t extra[] = {static_cast<std::uint16_t>(kind.extra)};
+    if (kind.extra >= 0) TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, extra);
+    if (kind.palette) {
+        const std::size_t count = std::size_t{1} << kind.bits;
+        TIFFSetField(tiff, TIFFTAG_COLORMAP, kind.palette, kind.palette + count, kind.palette + 2 * count);
+    }
+    if (kind.tile > 0) {
+        TIFFSetField(tiff, TIFFTAG_TILEWIDTH, kind.tile);
+        TIFFSetField(tiff, TIFFTAG_TILELENGTH, kind.tile);
+    } else {
+        TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, 2);
+    }
+    for (std::size_t plane = 0; plane < planes.size(); ++plane) {
+        const std::size_t rowBytes = planes[plane].size() / static_cast<std::size_t>(height);
+        if (kind.tile == 0) {
+            for (int y = 0; y < height; ++y)
+                TIFFWriteScanline(tiff, planes[plane].data() + std::size_t(y) * rowBytes, static_cast<std::uint32_t>(y),
+                                  static_cast<std::uint16_t>(plane));
+            continue;
+        }
+        const std::size_t pixel = rowBytes / static_cast<std::size_t>(width);
+        for (int top = 0; top < height; top += kind.tile)
+            for (int left = 0; left < width; left += kind.tile) {
+                Bytes tile(static_cast<std::size_t>(TIFFTileSize(tiff)));
+                for (int y = top; y < std::min(height, top + kind.tile); ++y)
+                    std::copy_n(planes[plane].data() + std::size_t(y) * rowBytes + std::size_t(left) * pixel,
+                                std::size_t(std::min(kind.tile, width - left)) * pixel,
+                                tile.data() + std::size_t(y - top) * std::size_t(kind.tile) * pixel);
+                TIFFWriteTile(tiff, tile.data(), static_cast<std::uint32_t>(left), static_cast<std::uint32_t>(top), 0,
+                              static_cast<std::uint16_t>(plane));
+            }
+    }
+    TIFFClose(tiff);
+}
+
+// The planes of an image, one channel each.
+std::vector<Bytes> PlanesOf(const TestImage& image) {
+    std::vector<Bytes> planes(static_cast<std::size_t>(BytesPerPixel(image.layout)));
+    for (std::size_t i = 0; i < image.pixels.size(); ++i) planes[i % planes.size()].push_back(image.pixels[i]);
+    return planes;
+}
+
+TEST(TiffFiles, KeepEveryByteInEveryLayout) {
+    TemporaryDirectory directory;
+    for (PixelLayout layout : {PixelLayout::Gray, PixelLayout::GrayAlpha, PixelLayout::Rgb, PixelLayout::Rgba}) {
+        const TestImage image = MakeTestImage(37, 21, layout);
+        WriteImage(directory.Path("a.tif"), image);
+        EXPECT_EQ(ReadImage(directory.Path("a.tif")), image) << BytesPerPixel(layout) << " channels";
+    }
+}
+
+TEST(TiffFiles, StripsTilesAndPlanesReadAlike) {
+    TemporaryDirectory directory;
+    const TestImage image = MakeTestImage(37, 41, PixelLayout::Rgb);
+    for (int tile : {0, 16, 64})
+        for (int planar : {PLANARCONFIG_CONTIG, PLANARCONFIG_SEPARATE})
+            for (int compression :
+                 {COMPRESSION_NONE, COMPRESSION_LZW, COMPRESSION_ADOBE_DEFLATE, COMPRESSION_PACKBITS}) {
+                TiffKind kind{8, 3, PHOTOMETRIC_RGB, planar, compression, 1, -1, tile, nullptr};
+                WriteTiff(directory.Path("a.tif"), 37, 41, kind,
+                          planar == PLANARCONFIG_CONTIG ? std::vector<Bytes>{image.pixels} : PlanesOf(image));
+                EXPECT_EQ(ReadImage(directory.Path("a.tif")), image) << tile << " " << planar << " " << compression;
+            }
+}
+
+TEST(TiffFiles, SamplesOfAnyDepthBecomeBytes) {
+    TemporaryDirectory directory;
+    const auto read = [&](int width, const TiffKind& kind, Bytes row) {
+        WriteTiff(directory.Path("a.tif"), width, 1, kind, {std::move(row)});
+        return ReadImage(directory.Path("a.tif")).pixels;
+    };
+    EXPECT_EQ(read(4, {.bits = 1}, {0b01100000}), (Bytes{0, 255, 255, 0}));
+    EXPECT_EQ(read(4, {.bits = 2}, {0b00011011}), (Bytes{0, 85, 170, 255}));
+    EXPECT_EQ(read(2, {.bits = 4}, {0x3f}), (Bytes{51, 255}));
+    EXPECT_EQ(read(2, {.bits = 1, .photometric = PHOTOMETRIC_MINISWHITE}, {0b01000000}), (Bytes{255, 0}));
+    const std::uint16_t wide[] = {0, 255, 32767, 65535};
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(wide);
+    EXPECT_EQ(read(4, {.bits = 16}, Bytes(bytes, bytes + 8)), (Bytes{0, 1, 127, 255}));
+}
+
+TEST(TiffFiles, PalettesBecomeColours) {
+    TemporaryDirectory directory;
+    const std::uint16_t palette[] = {0, 0xffff, 0x1234, 5, 0, 0, 0x8000, 6, 0xffff, 0, 0x5678, 7};
+    WriteTiff(directory.Path("a.tif"), 3, 1, {.bits = 2, .photometric = PHOTOMETRIC_PALETTE, .palette = palette},
+              {{0b00011000}});
+    const TestImage image = ReadImage(directory.Path("a.tif"));
+    EXPECT_EQ(image.layout, PixelLayout::Rgb);
+    EXPECT_EQ(image.pixels, (Bytes{0, 0, 255, 255, 0, 0, 0x12, 0x80, 0x56}));
+}
+
+TEST(TiffFiles, AlphaIsStraightWhateverTheFileHas) {
+    TemporaryDirectory directory;
+    TiffKind kind{8, 4, PHOTOMETRIC_RGB, PLANARCONFIG_CONTIG, COMPRESSION_NONE, 1, EXTRASAMPLE_UNASSALPHA, 0, nullptr};
+    const Bytes pixels{100, 50, 0, 128, 1, 2, 3, 0};
+    WriteTiff(directory.Path("a.tif"), 2, 1, kind, {pixels});
+    EXPECT_EQ(ReadImage(directory.Path("a.tif")).pixels, pixels);
+    kind.extra = EXTRASAMPLE_ASSOCALPHA;
+    WriteTiff(directory.Path("a.tif"), 2, 1, kind, {pixels});
+    EXPECT_EQ(ReadImage(directory.Path("a.tif")).pixels, (Bytes{199, 100, 0, 128, 0, 0, 0, 0}));
+    kind.extra = EXTRASAMPLE_UNSPECIFIED;
+    WriteTiff(directory.Path("a.tif"), 2, 1, kind, {pixels});
+    EXPECT_EQ(ReadImage(directory.Path("a.tif")).pixels, (Bytes{100, 50, 0, 1, 2, 3}));
+}
+
+TEST(TiffFiles, OtherKindsAreConverted) {
+    TemporaryDirectory directory;
+    const TiffKind inks{8, 4, PHOTOMETRIC_SEPARATED, PLANARCONFIG_CONTIG, COMPRESSION_NONE, 1, -1, 0, nullptr};
+    WriteTiff(directory.Path("a.tif"), 2, 1, inks, {{255, 0, 0, 0, 0, 0, 0, 255}});
+    const TestImage image = ReadImage(directory.Path("a.tif"));
+    EXPECT_EQ(image.layout, PixelLayout::Rgb);
+    EXPECT_EQ(image.pixels, (Bytes{0, 255, 255, 0, 0, 0}));
+}
+
+TEST(TiffFiles, OrientationIsApplied) {
+    TemporaryDirectory directory;
+    WriteTiff(directory.Path("a.tif"), 2, 1, {.orientation = 6}, {{10, 20}});
+    const TestImage image = ReadImage(directory.Path("a.tif"));
+    EXPECT_EQ(image.width, 1);
+    EXPECT_EQ(image.height, 2);
+    EXPECT_EQ(image.pixels, (Bytes{10, 20}));
+    ImageReadSettings settings;
+    settings.applyOrientation = false;
+    EXPECT_EQ(ReadImage(directory.Path("a.tif"), settings).width, 2);
+}
+
+TEST(TiffFiles, CutShortIsAnErrorThatNamesTheFile) {
+    TemporaryDirectory directory;
+    WriteImage(directory.Path("whole.tif"), MakeTestImage(40, 40, PixelLayout::Rgb));
+    const std::string whole = ReadBytes(directory.Path("whole.tif"));
+    const std::string path = directory.Path("cut.tif");
+    for (std::size_t length = 1; length + 1 < whole.size(); length += 23) {
+        WriteBytes(path, whole.substr(0, length));
+        EXPECT_EQ(ReadFailure(path).find(path), 0u) << length;
+    }
+}
+
+TEST(TiffFiles, RandomDamageNeverCrashes) {
+    TemporaryDirectory directory;
+    const TestImage image = MakeTestImage(32, 32, PixelLayout::Rgba);
+    std::srand(2);
+    for (int tile : {0, 16}) {
+        WriteTiff(
+            directory.Path("whole.tif"), 32, 32,
+            {8, 4, PHOTOMETRIC_RGB, PLANARCONFIG_CONTIG, COMPRESSION_LZW, 1, EXTRASAMPLE_UNASSALPHA, tile, nullptr},
+            {image.pixels});
+        const std::string whole = ReadBytes(directory.Path("whole.tif"));
+        for (int round = 0; round < 600; ++round) {
+            std::string damaged = whole;
+            // The directory lies at the end.
+            const std::size_t from = round % 2 ? 0 : damaged.size() - 300;
+            for (int i = 0; i < 2; ++i)
+                damaged[from + static_cast<std::size_t>(std::rand()) % (damaged.size() - from)] =
+                    static_cast<char>(std::rand());
+            ImageReadSettings settings;
+            settings.pixelLimit = 100000;
+            try {
+                ImageReader reader(damaged.data(), damaged.size(), "damaged.tif", settings);
+                ReadAll(reader, PixelLayout::Rgba);
+            } catch (const ImageError& error) {
+                EXPECT_EQ(std::string(error.what()).find("damaged.tif: "), 0u);
+            }
+        }
+    }
+}
+
+TEST(TiffFiles, TooManyPixelsAreRefused) {
+    TemporaryDirectory directory;
+    WriteImage(directory.Path("a.tif"), MakeTestImage(20, 20, PixelLayout::Gray));
+    EXPECT_NE(ReadFailure(directory.Path("a.tif"), {399, true}).find("--max-pixels"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace host
