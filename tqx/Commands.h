@@ -26,8 +26,14 @@ struct MembersSettings {
     bool json = false;
 };
 
+struct CheckSettings {
+    bool json = false;
+};
+
 int Run(const Settings& settings, const RunSettings& run);
 int Members(const Settings& settings, const MembersSettings& members);
+
+int Check(const Settings& settings, const CheckSettings& check);
 
 // Loads the plug-in that the settings mean; false after a message.
 bool LoadPlugin(const Settings& settings);

@@ -1,4 +1,4 @@
-// The command: runs scripts, and prints what plug-ins offer.
+// The command: runs scripts, prints what plug-ins offer, and tests them.
 #include <CLI/CLI.hpp>
 #include <cstdio>
 
@@ -12,7 +12,8 @@ int main(int argc, char** argv) {
     CLI::App app{
         "Runs scripts that work on pictures through a plug-in.\n\n"
         "  tqx run SCRIPT [ARG...]     run a script\n"
-        "  tqx members [CLASS]         what the plug-in offers to scripts"};
+        "  tqx members [CLASS]         what the plug-in offers to scripts\n"
+        "  tqx check                   test the plug-in as a stranger would"};
     app.name("tqx");
     app.set_version_flag("--version", "tqx " TQX_VERSION);
     app.require_subcommand(1);
@@ -42,10 +43,15 @@ int main(int argc, char** argv) {
         ->type_name("");
     members->add_flag("--json", membersSettings.json, "For programs: everything, as JSON");
 
+    CLI::App* check = app.add_subcommand("check", "Test the plug-in: everything that it registers is called");
+    tqx::CheckSettings checkSettings;
+    check->add_flag("--json", checkSettings.json, "For programs: all results, as JSON");
+
     CLI11_PARSE(app, argc, argv);
     if (run->parsed()) {
         for (const std::string& argument : run->remaining()) runSettings.arguments.push_back(argument);
         return tqx::Run(settings, runSettings);
     }
+    if (check->parsed()) return tqx::Check(settings, checkSettings);
     return tqx::Members(settings, membersSettings);
 }

@@ -14,7 +14,8 @@ namespace host::check {
 std::vector<CheckResult> CheckCalls(const Supply& supply, double secondsPerCall);
 
 // Every usual call twice on instances of the same bytes: all that can be seen afterwards is the
-// same. The C library's random numbers start anew before each.
+// same. The C library's random numbers start anew before each. Members whose results depend on
+// earlier calls are named; they must give the same after the same calls.
 CheckResult CheckRepetition(const Supply& supply, double secondsPerCall);
 
 // Each host function in turn gives zero: always, or at its first, second or third call only.

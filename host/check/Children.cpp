@@ -26,6 +26,8 @@ struct Shared {
     std::size_t index;  // the case at work
     std::int64_t run;
     std::int64_t counted;
+    std::size_t last;     // the last case that ended well
+    std::uint64_t value;  // and what it gave
     std::int32_t kind;
     char text[2000];
 };
@@ -77,6 +79,8 @@ void PrepareChild() {
         SetAlarm(0);
         ++shared.run;
         if (complaint.counts) ++shared.counted;
+        shared.last = i;
+        shared.value = complaint.value;
         if (!complaint.text.empty()) {
             shared.kind = complaint.kind;
             std::snprintf(shared.text, sizeof(shared.text), "%s", complaint.text.c_str());
@@ -116,6 +120,7 @@ ChildrenReport RunInChildren(const ChildrenJob& job) {
         }
         report.run += shared->run;
         report.counted += shared->counted;
+        if (shared->run > 0) report.values[shared->last] = shared->value;
         next = shared->index;
         if (WIFEXITED(status) && WEXITSTATUS(status) == kDone) continue;
         ++next;

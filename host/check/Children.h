@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -13,7 +14,8 @@ namespace host::check {
 struct Complaint {
     std::int32_t kind = 0;
     std::string text;
-    bool counts = false;  // adds one to ChildrenReport::counted
+    bool counts = false;      // adds one to ChildrenReport::counted
+    std::uint64_t value = 0;  // kept in ChildrenReport::values if the case is the last of its child
 };
 
 struct Failure {
@@ -23,10 +25,11 @@ struct Failure {
 };
 
 struct ChildrenReport {
-    std::vector<Failure> failures;  // in the order of the cases
-    std::vector<std::size_t> slow;  // cases that were ended
-    std::int64_t run = 0;           // cases that ran
-    std::int64_t counted = 0;       // cases that ask to be counted
+    std::vector<Failure> failures;                // in the order of the cases
+    std::vector<std::size_t> slow;                // cases that were ended
+    std::int64_t run = 0;                         // cases that ran
+    std::int64_t counted = 0;                     // cases that ask to be counted
+    std::map<std::size_t, std::uint64_t> values;  // by case
 };
 
 struct ChildrenJob {

@@ -84,6 +84,11 @@ TEST(Check, FindsResultsThatDiffer) {
     EXPECT_THAT(LinesOf(5), AllOf(HasSubstr("FAILED  repetition"), HasSubstr("Dim result As Integer = p.Count(5)\n")));
 }
 
+TEST(Check, NamesWhatDependsOnEarlierCalls) {
+    EXPECT_EQ(LinesOf(14), "") << "depending on earlier calls is no fault";
+    EXPECT_THAT(LinesOf(14, false), HasSubstr("give the same bytes twice, Count after the same calls only\n"));
+}
+
 TEST(Check, FindsYieldsThatNobodyAskedFor) {
     EXPECT_THAT(LinesOf(6), AllOf(HasSubstr("FAILED  unasked yields"), HasSubstr("p.Work\n"),
                                   HasSubstr("FAILED  asked yields    it yields at an interval of 0")));

@@ -30,7 +30,8 @@ class ScriptOf {
 TEST(Command, HelpNamesEveryCommand) {
     const Outcome outcome = RunCommand({"--help"});
     EXPECT_EQ(outcome.exitCode, 0);
-    for (const char* word : {"run", "members", "--plugin", "--version"}) EXPECT_THAT(outcome.out, HasSubstr(word));
+    for (const char* word : {"run", "members", "check", "--plugin", "--version"})
+        EXPECT_THAT(outcome.out, HasSubstr(word));
     EXPECT_THAT(RunCommand({"run", "--help"}).out, HasSubstr("--explain"));
     EXPECT_THAT(RunCommand({"members", "--help"}).out, HasSubstr("--json"));
 }
@@ -53,6 +54,24 @@ TEST(Command, NamesThePluginThatCannotBeLoaded) {
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_THAT(outcome.err, HasSubstr("/nowhere/plugin.so"));
     EXPECT_EQ(outcome.out, "");
+}
+
+TEST(Command, CheckPraisesASoundPlugin) {
+    const Outcome outcome = RunCommand({"--plugin", TQX_TEST_PLUGIN_FOLDER "/Faulty0.so", "check"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_THAT(outcome.out, testing::StartsWith("ok      declarations"));
+    EXPECT_THAT(outcome.out, Not(HasSubstr("FAILED")));
+}
+
+TEST(Command, CheckFailsWithTheScriptThatShowsAFault) {
+    const Outcome outcome = RunCommand({"--plugin", TQX_TEST_PLUGIN_FOLDER "/Faulty1.so", "check"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.out, HasSubstr("FAILED  calls"));
+    EXPECT_THAT(outcome.out, HasSubstr("          Dim result As Faulty = p.Link(nil)\n"));
+    const Outcome json = RunCommand({"--plugin", TQX_TEST_PLUGIN_FOLDER "/Faulty1.so", "check", "--json"});
+    EXPECT_EQ(json.exitCode, 1);
+    EXPECT_THAT(json.out, testing::StartsWith("{\n  \"plugin\": "));
+    EXPECT_THAT(json.out, HasSubstr("\"ok\": false"));
 }
 
 TEST(Command, MembersListsEverythingWithin80Columns) {

@@ -1,5 +1,6 @@
 // A plug-in that is sound but for one fault, chosen when it is built. FAULT 0 is none.
 #include <cstring>
+#include <ctime>
 
 #include "sdk/Declare.h"
 #include "tests/support/plugins/Host.h"
@@ -23,7 +24,8 @@ enum Fault {
     kTrustAfterYield,
     kEndlessLoop,
     kWrongClass,
-    kMinusOneCrash
+    kMinusOneCrash,
+    kRememberCalls
 };
 
 constexpr int kFault = FAULT;
@@ -74,9 +76,16 @@ void Clear(Object*, Object* block) {
     if (kFault == kWritePastBlock) *end = 1;
 }
 
+std::int32_t Nanoseconds() {
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<std::int32_t>(now.tv_nsec);
+}
+
 std::int32_t Count(Object* self, std::int32_t step) {
     static std::int32_t calls = 0;
-    if (kFault == kForgetfulResult) return ++calls;
+    if (kFault == kRememberCalls) return ++calls;
+    if (kFault == kForgetfulResult) return Nanoseconds();
     if (kFault == kMinusOneCrash && step == -1) Crash();
     volatile bool forever = kFault == kEndlessLoop && step > 100'000;
     while (forever) {
