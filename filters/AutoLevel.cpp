@@ -85,10 +85,9 @@ rows::Table StretchTable(const Levels& levels) {
 
 void StretchArea(PixelBuffer& buffer, const Rectangle& area, const rows::Table& table) {
     const rows::PixelLayout layout = LayoutOf(buffer, rows::ChannelSet::Rgb);
-    const rows::Tables tables{{&table, &table, &table}};
+    const rows::LookUpPlan plan = rows::PlanLookUp(rows::ChannelSet::Rgb, {{&table, &table, &table}}, layout, layout);
     for (std::int32_t line = 0; line < area.height; ++line)
-        if (std::uint8_t* const row = AreaRow(buffer, area, line))
-            rows::LookUpRow(rows::ChannelSet::Rgb, tables, layout, row, layout, row, area.width);
+        if (std::uint8_t* const row = AreaRow(buffer, area, line)) rows::LookUpRow(plan, row, row, area.width);
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+#include "buffer/Sharing.h"
+
 namespace tqx {
 
 namespace {
@@ -23,15 +25,15 @@ rows::Tables TablesOf(const Curves& curves, rows::ChannelSet set) {
 }  // namespace
 
 void LookUpPicture(const Operation& operation, const Curves& curves) {
-    const rows::Tables tables = TablesOf(curves, operation.channels);
-    const rows::PixelLayout from = operation.From();
-    const rows::PixelLayout to = operation.To();
+    const rows::LookUpPlan plan =
+        rows::PlanLookUp(operation.channels, TablesOf(curves, operation.channels), operation.From(), operation.To());
+    const auto lookUp = SharingOf(operation) == Sharing::Overlapping ? &rows::LookUpInOrder : &rows::LookUpRow;
     const std::int32_t width = operation.CommonWidth();
     const std::int32_t height = operation.CommonHeight();
     for (std::int32_t y = 0; y < height; ++y) {
         const std::uint8_t* const source = RowAddress(*operation.source, y);
         std::uint8_t* const destination = RowAddress(*operation.destination, y);
-        if (source && destination) rows::LookUpRow(operation.channels, tables, from, source, to, destination, width);
+        if (source && destination) lookUp(plan, source, destination, width);
     }
 }
 

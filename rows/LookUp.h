@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "rows/PixelLayout.h"
+#include "rows/PixelSpan.h"
 
 namespace rows {
 
@@ -17,10 +18,36 @@ struct Tables {
     const Table* channel[4];
 };
 
+// Tables by their bytes in three registers' worth of pixels, after which every pixel size from 1
+// to 4 begins anew.
+struct LookUpLanes {
+    static constexpr int kRegisters = 3;
+    int tables;  // different ones
+    const Table* table[4];
+    std::uint64_t lanes[4][kRegisters];  // bit b: byte b of a register goes through the table
+    std::uint64_t written[kRegisters];   // through any
+};
+
+// A mapping, prepared once an operation. The tables must live as long.
+struct LookUpPlan {
+    ChannelSet set;
+    Tables tables;
+    PixelLayout from;
+    PixelLayout to;
+    PixelSpan span;  // of all channels, in both layouts; only where `inPlace`
+    bool inPlace;    // every channel keeps its place in the pixel: wider forms can run
+    LookUpLanes lanes;
+};
+
+LookUpPlan PlanLookUp(ChannelSet set, const Tables& tables, const PixelLayout& from, const PixelLayout& to);
+
 // For each of `width` pixels from left to right: reads the channels of the set from the source
 // pixel, then writes their table entries to the destination's channels in the set's order. The
 // rows may overlap with that meaning. A width of 0 or below does nothing.
-void LookUpRow(ChannelSet set, const Tables& tables, const PixelLayout& from, const std::uint8_t* source,
-               const PixelLayout& to, std::uint8_t* destination, std::int32_t width);
+void LookUpRow(const LookUpPlan& plan, const std::uint8_t* source, std::uint8_t* destination, std::int32_t width);
+
+// The same, pixel by pixel even where the addresses don't tell that the rows overlap, as those of
+// two mappings of one file.
+void LookUpInOrder(const LookUpPlan& plan, const std::uint8_t* source, std::uint8_t* destination, std::int32_t width);
 
 }  // namespace rows
