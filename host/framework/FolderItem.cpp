@@ -11,6 +11,7 @@
 
 #include "host/framework/Paths.h"
 #include "host/framework/PictureFiles.h"
+#include "host/framework/RowTransfer.h"
 #include "host/framework/Support.h"
 
 namespace host {
@@ -121,6 +122,16 @@ void SaveAsPictureWithQuality(sdk::Object* item, sdk::Object* picture, std::int3
     WritePicture(picture, PathOf(item), {std::nullopt, quality});
 }
 
+// --- Rows: any object that has them, whatever its size -----------------------------------------
+
+void OpenInto(sdk::Object* item, sdk::Object* picture) { ReadFileInto(PathOf(item), FromPlugin(picture)); }
+
+void SaveFrom(sdk::Object* item, sdk::Object* picture) { WriteFileFrom(PathOf(item), FromPlugin(picture), {}); }
+
+void SaveFromWithQuality(sdk::Object* item, sdk::Object* picture, std::int32_t quality) {
+    WriteFileFrom(PathOf(item), FromPlugin(picture), {std::nullopt, quality});
+}
+
 // --- Functions ------------------------------------------------------------------------------
 
 sdk::Object* GetFolderItem(sdk::String* path) { return NewFolderItem(Bytes(path)).Detach(); }
@@ -161,6 +172,10 @@ void RegisterFolderItem(Runtime& runtime) {
         sdk::Method<"OpenAsPicture as Picture", Guarded<&OpenAsPicture>>(0),
         sdk::Method<"SaveAsPicture(pic as Picture)", Guarded<&SaveAsPicture>>(0),
         sdk::Method<"SaveAsPicture(pic as Picture, quality as integer)", Guarded<&SaveAsPictureWithQuality>>(0),
+        sdk::Method<"OpenInto(picture as Variant)", Guarded<&OpenInto>>(sdk::kMemberPortable),
+        sdk::Method<"SaveFrom(picture as Variant)", Guarded<&SaveFrom>>(sdk::kMemberPortable),
+        sdk::Method<"SaveFrom(picture as Variant, quality as integer)", Guarded<&SaveFromWithQuality>>(
+            sdk::kMemberPortable),
     };
     static const sdk::PropertyRecord properties[] = {
         ReadOnly<"String", &Name>("Name"),      ReadOnly<"String", &NativePath>("NativePath"),
