@@ -74,7 +74,7 @@ TEST_F(Examples, EachBeginsWithWhatItShowsAndExplainsItself) {
         EXPECT_EQ(outcome.exitCode, 1) << entry.path();
         EXPECT_THAT(outcome.out, HasSubstr("Usage: tqx run " + entry.path().filename().string()));
     }
-    EXPECT_GE(count, 10u);
+    EXPECT_GE(count, 11u);
 }
 
 TEST_F(Examples, Gamma) { EXPECT_THAT(Run("gamma.rbs"), HasSubstr("48 x 32 pixels in ")); }
@@ -82,6 +82,8 @@ TEST_F(Examples, Gamma) { EXPECT_THAT(Run("gamma.rbs"), HasSubstr("48 x 32 pixel
 TEST_F(Examples, ToneCurve) { EXPECT_EQ(Run("tone_curve.rbs", {"1"}), "128 became 128, 64 became 40\n"); }
 
 TEST_F(Examples, Watermark) { EXPECT_EQ(Run("watermark.rbs"), "A ring of 8 pixels\n"); }
+
+TEST_F(Examples, Unsharp) { EXPECT_EQ(Run("unsharp.rbs"), "Sharpened 48 x 32\n"); }
 
 TEST_F(Examples, Dither) { EXPECT_THAT(Run("dither.rbs"), HasSubstr("% white\n")); }
 
