@@ -17,38 +17,31 @@ std::int32_t Neighbour(std::int32_t at, std::int32_t level, std::int32_t extent)
     return static_cast<std::int32_t>(std::clamp<std::int64_t>(std::int64_t{at} + level, 0, extent - 1));
 }
 
-// Copies to `shifted` what the pixels of a packed row are compared with: the row moved by `level`
-// pixels, its ends repeated.
-void ShiftRow(const std::uint8_t* row, int channels, std::int32_t width, std::int32_t level, std::uint8_t* shifted) {
-    for (std::int32_t x = 0; x < width; ++x)
-        std::copy_n(row + std::int64_t{Neighbour(x, level, width)} * channels, channels,
-                    shifted + std::int64_t{x} * channels);
+// The row as its own neighbour above, in place: pixels see changed ones to their left.
+void EngraveRowByItself(std::uint8_t* row, int channels, std::int32_t width, std::int32_t level) {
+    for (std::int32_t x = 0; x < width; ++x) {
+        std::uint8_t* const pixel = row + std::int64_t{x} * channels;
+        const std::uint8_t* const left = row + std::int64_t{Neighbour(x, level, width)} * channels;
+        rows::EngraveRow(pixel, left, channels, pixel);
+    }
 }
 
-// In place the rows above have changed already, and are read so. Only the first row, taken for
-// its own neighbour above, has pixels that see changed ones to their left.
+// In place the rows above have changed already, and are read so.
 void EngraveByRows(const Operation& operation, std::int32_t level, bool inPlace) {
     const PackedRows rows(operation);
     const int channels = rows.Channels();
     const std::int32_t width = rows.Width();
     const std::int64_t bytes = rows.BytesOf(width);
-    const platform::PixelBlock row(bytes), other(bytes), shifted(bytes);
-    if (!row || !other || !shifted) return;
+    const platform::PixelBlock row(bytes), other(bytes);
+    if (!row || !other) return;
     for (std::int32_t y = 0; y < operation.CommonHeight(); ++y) {
-        const std::int32_t below = Neighbour(y, level, rows.Height());
-        const bool otherPresent = rows.Read(below, 0, width, other.Bytes());
+        const std::int32_t otherRow = Neighbour(y, level, rows.Height());
+        if (!rows.Read(otherRow, 0, width, other.Bytes())) std::fill_n(other.Bytes(), bytes, std::uint8_t{0});
         if (!rows.Read(y, 0, width, row.Bytes())) continue;
-        if (!otherPresent) std::fill_n(other.Bytes(), bytes, std::uint8_t{0});
-        if (inPlace && below == y && level < 0) {
-            for (std::int32_t x = 0; x < width; ++x) {
-                std::uint8_t* const pixel = row.Bytes() + std::int64_t{x} * channels;
-                const std::uint8_t* const left = row.Bytes() + std::int64_t{Neighbour(x, level, width)} * channels;
-                rows::EngraveRow(pixel, left, channels, pixel);
-            }
-        } else {
-            ShiftRow(other.Bytes(), channels, width, level, shifted.Bytes());
-            rows::EngraveRow(row.Bytes(), shifted.Bytes(), bytes, row.Bytes());
-        }
+        if (inPlace && otherRow == y && level < 0)
+            EngraveRowByItself(row.Bytes(), channels, width, level);
+        else
+            rows::EngraveShiftedRow(row.Bytes(), other.Bytes(), channels, width, level, row.Bytes());
         rows.Write(y, 0, width, row.Bytes());
     }
 }

@@ -5,8 +5,13 @@
 
 namespace rows {
 
-// result = pixel - other + 128, clamped to 0..255, for each of `count` bytes in turn. The result
-// may be either row.
+// result = pixel - other + 128, clamped to 0..255, for each of `count` bytes. The result may be the
+// row of pixels, and may not otherwise overlap either.
 void EngraveRow(const std::uint8_t* pixels, const std::uint8_t* others, std::int64_t count, std::uint8_t* result);
+
+// The same for all `width` pixels of a row with those of another row that lie `level` columns to
+// the right (or left, below 0); the row's end pixels stand for those beyond.
+void EngraveShiftedRow(const std::uint8_t* pixels, const std::uint8_t* others, int channels, std::int32_t width,
+                       std::int32_t level, std::uint8_t* result);
 
 }  // namespace rows

@@ -1,33 +1,44 @@
 #include "rows/FractionalBlur.h"
 
-#include <cmath>
+#include <algorithm>
+
+#include "rows/LoopForms.h"
 
 namespace rows {
 
 namespace {
 
-std::uint8_t Mixed(const ThreeTaps& taps, int neighbours, int sample) {
-    const double value = taps.norm * std::fma(taps.share, static_cast<double>(neighbours), static_cast<double>(sample));
-    return value > 0 ? static_cast<std::uint8_t>(value) : 0;  // at most 255; not-a-number is 0
+ROWS_INLINE std::uint8_t Mixed(const ThreeTaps& taps, std::int32_t neighbours, std::int32_t sample) {
+    const double value =
+        taps.norm * __builtin_fma(taps.share, static_cast<double>(neighbours), static_cast<double>(sample));
+    // At most 255; what isn't a number fails the comparison.
+    return static_cast<std::uint8_t>(static_cast<std::int32_t>(value > 0 ? value : 0));
 }
+
+struct Mixing {
+    ROWS_INLINE static void Run(const ThreeTaps& given, const std::uint8_t* first, const std::uint8_t* row,
+                                const std::uint8_t* second, std::int64_t count, std::uint8_t* __restrict result) {
+        const ThreeTaps taps = given;
+        for (std::int64_t i = 0; i < count; ++i) result[i] = Mixed(taps, first[i] + second[i], row[i]);
+    }
+};
 
 }  // namespace
 
 void MixRows(const ThreeTaps& taps, const std::uint8_t* above, const std::uint8_t* row, const std::uint8_t* below,
              std::int32_t count, std::uint8_t* result) {
+    if (above && below) return LoopOf<Mixing>()(taps, above, row, below, count, result);
     for (std::int32_t i = 0; i < count; ++i)
         result[i] = Mixed(taps, (above ? above[i] : 0) + (below ? below[i] : 0), row[i]);
 }
 
 void MixAlongRow(const ThreeTaps& taps, const std::uint8_t* row, int channels, std::int32_t width,
                  std::uint8_t* result) {
-    const std::int64_t count = std::int64_t{width} * channels;
-    const std::int64_t last = count - channels;
-    for (std::int64_t i = 0; i < count; ++i) {
-        int neighbours = 2 * row[i];
-        if (i < last) neighbours = row[i < channels ? i : i - channels] + row[i + channels];
-        result[i] = Mixed(taps, neighbours, row[i]);
-    }
+    const std::int64_t last = (std::int64_t{width} - 1) * channels;
+    for (int i = 0; i < channels && width > 1; ++i) result[i] = Mixed(taps, row[i] + row[i + channels], row[i]);
+    if (last > channels)
+        LoopOf<Mixing>()(taps, row, row + channels, row + 2 * channels, last - channels, result + channels);
+    for (std::int64_t i = last; i < last + channels; ++i) result[i] = Mixed(taps, 2 * row[i], row[i]);
 }
 
 }  // namespace rows

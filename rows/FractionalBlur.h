@@ -12,7 +12,8 @@ struct ThreeTaps {
     double norm;
 };
 
-// Mixes each of `count` bytes with those above and below. A null row is all zero.
+// Mixes each of `count` bytes with those above and below. A null row is all zero. The result is
+// none of the rows.
 void MixRows(const ThreeTaps& taps, const std::uint8_t* above, const std::uint8_t* row, const std::uint8_t* below,
              std::int32_t count, std::uint8_t* result);
 

@@ -1,23 +1,34 @@
 #include "rows/Unsharp.h"
 
-#include <cstdlib>
+#include <algorithm>
+
+#include "rows/LoopForms.h"
 
 namespace rows {
 
 namespace {
 
-std::uint8_t Sharpened(const UnsharpRule& rule, int sample, int reference) {
-    const int difference = sample - reference;
-    if (std::abs(difference) < rule.threshold) return static_cast<std::uint8_t>(sample);
-    const double value = reference + rule.gain * difference;
-    if (value >= 255) return 255;
-    return value > 0 ? static_cast<std::uint8_t>(value) : 0;
-}
+struct Sharpening {
+    ROWS_INLINE static void Run(const UnsharpRule& rule, const std::uint8_t* __restrict reference, std::int64_t count,
+                                std::uint8_t* __restrict samples) {
+        const double gain = rule.gain;
+        const std::int32_t threshold = rule.threshold;
+        for (std::int64_t i = 0; i < count; ++i) {
+            const std::int32_t difference = samples[i] - reference[i];
+            const double value = reference[i] + gain * difference;
+            // A value that isn't a number fails the first comparison.
+            const double clamped = value > 0 ? std::min(value, 255.0) : 0;
+            const std::int32_t distance = difference < 0 ? -difference : difference;
+            samples[i] =
+                static_cast<std::uint8_t>(distance < threshold ? samples[i] : static_cast<std::int32_t>(clamped));
+        }
+    }
+};
 
 }  // namespace
 
 void UnsharpRow(const UnsharpRule& rule, const std::uint8_t* reference, std::int64_t count, std::uint8_t* samples) {
-    for (std::int64_t i = 0; i < count; ++i) samples[i] = Sharpened(rule, samples[i], reference[i]);
+    LoopOf<Sharpening>()(rule, reference, count, samples);
 }
 
 }  // namespace rows

@@ -12,7 +12,7 @@ struct UnsharpRule {
     std::int32_t threshold;
 };
 
-// Sharpens `count` samples in place.
+// Sharpens `count` samples in place. The rows don't overlap.
 void UnsharpRow(const UnsharpRule& rule, const std::uint8_t* reference, std::int64_t count, std::uint8_t* samples);
 
 }  // namespace rows

@@ -13,6 +13,11 @@
 #define TARGET_AVX2 __attribute__((target("avx2,bmi2")))
 #define TARGET_AVX512 __attribute__((target("avx512f,avx512bw,avx512dq,avx512vl,avx512vbmi")))
 
+// The same for plain loops that the compiler is to vectorise with the widest registers.
+#define TARGET_AVX2_LOOP TARGET_AVX2
+#define TARGET_AVX512_LOOP \
+    __attribute__((target("avx512f,avx512bw,avx512dq,avx512vl,avx512vbmi,prefer-vector-width=512")))
+
 namespace rows {
 
 // A mask of the lowest `count` of 64 lanes; all of them from 64 on, none below 1.
