@@ -99,19 +99,17 @@ std::string ReasonAgainst(const host::Method& method, host::Object* self, std::s
     std::string reason;
     if (self && !IsConstructor(method)) reason = ReasonAgainstObject(self, "the " + self->type->name(), closed);
     const std::size_t count = std::min(arguments.size(), method.declaration.parameters.size());
+    std::string nil;  // the weakest reason: some methods take it for an argument left out
     for (std::size_t i = 0; i < count && reason.empty(); ++i) {
         const host::Parameter& parameter = method.declaration.parameters[i];
         const Value& value = arguments[i];
-        if (value.object())
-            reason = ReasonAgainstObject(value.object(), "the argument " + parameter.name, closed);
-        else if (value.IsNil() && !MayBeNil(method, i))
-            reason = "the argument " + parameter.name + " is Nil";
-        else if (value.kind() == Kind::Integer)
-            reason = ReasonAgainstNumber(method, self, parameter, value.ToInt64());
-        else if (value.kind() == Kind::Array && host::UpperBound(value.array()) < 0)
+        if (value.object()) reason = ReasonAgainstObject(value.object(), "the argument " + parameter.name, closed);
+        if (value.kind() == Kind::Integer) reason = ReasonAgainstNumber(method, self, parameter, value.ToInt64());
+        if (value.kind() == Kind::Array && host::UpperBound(value.array()) < 0)
             reason = "the array " + parameter.name + " is empty";
+        if (value.IsNil() && !MayBeNil(method, i) && nil.empty()) nil = "the argument " + parameter.name + " is Nil";
     }
-    return reason;
+    return reason.empty() ? nil : reason;
 }
 
 void Explainer::BeforeCall(const host::Method& method, host::Object* self, std::span<const Value> arguments, Position) {

@@ -58,6 +58,12 @@ class Examples : public testing::Test {
         return outcome.out;
     }
 
+    // What a script of one line prints.
+    std::string Printed(const std::string& expression) const {
+        std::ofstream(folder_ / "line.rbs") << "Print " << expression << '\n';
+        return RunCommand({"run", Path("line.rbs")}).out;
+    }
+
     fs::path folder_;
 };
 
@@ -74,7 +80,7 @@ TEST_F(Examples, EachBeginsWithWhatItShowsAndExplainsItself) {
         EXPECT_EQ(outcome.exitCode, 1) << entry.path();
         EXPECT_THAT(outcome.out, HasSubstr("Usage: tqx run " + entry.path().filename().string()));
     }
-    EXPECT_GE(count, 11u);
+    EXPECT_GE(count, 13u);
 }
 
 TEST_F(Examples, Gamma) { EXPECT_THAT(Run("gamma.rbs"), HasSubstr("48 x 32 pixels in ")); }
@@ -86,6 +92,23 @@ TEST_F(Examples, Watermark) { EXPECT_EQ(Run("watermark.rbs"), "A ring of 8 pixel
 TEST_F(Examples, Unsharp) { EXPECT_EQ(Run("unsharp.rbs"), "Sharpened 48 x 32\n"); }
 
 TEST_F(Examples, Dither) { EXPECT_THAT(Run("dither.rbs"), HasSubstr("% white\n")); }
+
+TEST_F(Examples, Rotate) {
+    if (Printed("New PictureTQX(2, 2, 1).Rotate(45, 0, 0, 0, 0, 0) Is Nil") != "False\n")
+        GTEST_SKIP() << "this plug-in does not rotate";
+    EXPECT_EQ(Run("rotate.rbs", {"30"}).substr(0, 15), "48 x 32 became ");
+}
+
+TEST_F(Examples, ResizeFolder) {
+    if (Printed("New PictureTQX(2, 2, 1).Scale(New PictureTQX(4, 4, 1), Nil, 1, 2, 2)") != "True\n")
+        GTEST_SKIP() << "this plug-in does not scale";
+    const Outcome outcome =
+        RunCommand({"run", (kExamples / "resize_folder.rbs").string(), Path("pictures"), Path("small"), "24"});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_THAT(LinesOf(outcome.out), testing::UnorderedElementsAre("dot.png: 24 x 16", "slope.png: 24 x 16",
+                                                                    "notes.txt is no picture", "2 pictures"));
+    EXPECT_TRUE(fs::exists(folder_ / "small" / "slope.png"));
+}
 
 // The first pixel was blue and is red now.
 TEST_F(Examples, ChannelSwap) { EXPECT_EQ(Run("channel_swap.rbs"), "&cFF0000\n"); }
