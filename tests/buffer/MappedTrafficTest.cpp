@@ -43,6 +43,9 @@ constexpr struct {
     {"CopyPixels/7", 4},               // two copies
     {"CopyPixels/5", 4},               // two copies
     {"ScaleFast/3", 6},                // two calls, one result read
+    {"VMirror/0", 8},                  // rows from both ends by turns: a window each
+    {"Rotate180/0", 8},                // the same
+    {"Rotate180/1", 16},               // the destination from the bottom; in place every row by turns
     {"Scale/5", 84},                   // fourteen calls of two passes, each result read
     {"Rotate/6", 40},                  // four angles of up to four pictures, each result read
     {"DitherFilter/3", 40},            // ten matrices, each result read
