@@ -6,6 +6,10 @@ namespace host::codec {
 
 namespace {
 
+// On a photograph of 10.7 megapixels level 4 takes 0.63 s for 6.3 MB, the library's default of 6
+// takes 1.5 s for 5.8 MB.
+constexpr int kCompressionLevel = 4;
+
 class PngEncoder final : public Encoder {
   public:
     explicit PngEncoder(const Output& output) : output_(output) {
@@ -24,6 +28,8 @@ class PngEncoder final : public Encoder {
         Guarded([this] {
             png_set_write_fn(png_, this, OnWrite, OnFlush);
             png_set_user_limits(png_, 0x7fffffff, 0x7fffffff);
+            png_set_compression_level(png_, kCompressionLevel);
+            png_set_filter(png_, PNG_FILTER_TYPE_BASE, PNG_ALL_FILTERS);
             png_set_IHDR(png_, details_, static_cast<png_uint_32>(output_.width),
                          static_cast<png_uint_32>(output_.height), 8, ColorType(), PNG_INTERLACE_NONE,
                          PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
