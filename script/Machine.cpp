@@ -32,12 +32,7 @@ void Machine::Interrupt() {
 bool AttentionWanted() { return attention.load(std::memory_order_relaxed); }
 void WantAttention() { attention.store(true, std::memory_order_relaxed); }
 
-Machine::Machine(Code& code, Symbols& symbols)
-    : code_(code),
-      symbols_(symbols),
-      memory_(new std::byte[(kMostStackValues + 1) * sizeof(host::Value)]),
-      stack_(reinterpret_cast<host::Value*>(memory_.get())) {
-    frames_.reserve(kMostFrames + 1);
+Machine::Machine(Code& code, Symbols& symbols) : code_(code), symbols_(symbols) {
     rlimit limit{};
     getrlimit(RLIMIT_STACK, &limit);
     constexpr std::size_t kUsual = 8 << 20;
@@ -167,6 +162,9 @@ void Machine::Execute(std::size_t floor) {
 
 void Machine::Run() {
     attention = interrupted = false;
+    memory_.reset(new std::byte[(kMostStackValues + 1) * sizeof(host::Value)]);  // untouched until it is used
+    stack_ = reinterpret_cast<host::Value*>(memory_.get());
+    frames_.reserve(kMostFrames + 1);
     globals_ = stack_;
     PushFrame(*code_.main, nullptr);
     try {

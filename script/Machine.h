@@ -110,8 +110,8 @@ class Machine {
 
     Code& code_;
     Symbols& symbols_;
-    std::unique_ptr<std::byte[]> memory_;  // of all registers
-    host::Value* stack_;
+    std::unique_ptr<std::byte[]> memory_;  // of all registers, once the program runs
+    host::Value* stack_ = nullptr;
     std::vector<Frame> frames_;
     host::Value* globals_ = nullptr;
     std::uintptr_t nativeLimit_ = 0;  // lowest address that calls from outside may reach on the stack
