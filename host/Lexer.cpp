@@ -51,7 +51,7 @@ bool IsIdentifier(std::string_view text) {
 }
 
 Lexer::Lexer(std::string_view source) : source_(source) {
-    if (source_.starts_with("\xEF\xBB\xBF")) source_.remove_prefix(3);  // a byte-order mark is no text
+    while (source_.starts_with("\xEF\xBB\xBF")) source_.remove_prefix(3);  // byte-order marks are no text
 }
 
 char Lexer::Peek(std::size_t ahead) const { return at_ + ahead < source_.size() ? source_[at_ + ahead] : '\0'; }
