@@ -2,42 +2,106 @@
 
 #include <algorithm>
 
+#include "rows/BoxBlurForms.h"
+#include "rows/LoopForms.h"
+#include "rows/Mean.h"
+
 namespace rows {
 
 namespace {
 
-// One channel; `row` and `result` are its bytes of the first pixel.
-void BlurChannel(const std::uint8_t* row, int channels, std::int32_t width, std::int32_t radius, std::uint8_t* result) {
-    const auto at = [&](std::int64_t x) -> std::int32_t {
-        return row[std::clamp<std::int64_t>(x, 0, width - 1) * channels];
-    };
-    const std::int32_t divisor = 2 * radius + 1;
-    const std::int32_t inside = std::min(radius, width - 1);  // pixels right of the first that the window meets
-    std::int32_t sum = at(0) * (radius + 1) + at(width - 1) * (radius - inside);
-    for (std::int32_t x = 1; x <= inside; ++x) sum += at(x);
-    for (std::int64_t x = 0; x < width; ++x) {
-        result[x * channels] = static_cast<std::uint8_t>(sum / divisor);
-        sum += at(x + radius + 1) - at(x - radius);
+struct Adding {
+    ROWS_INLINE static void Run(const std::uint8_t* row, std::int32_t times, std::int32_t count,
+                                std::int32_t* __restrict sums) {
+        for (std::int32_t i = 0; i < count; ++i) sums[i] += times * row[i];
     }
+};
+
+template <class Real>
+struct Sliding {
+    ROWS_INLINE static void Run(std::int32_t* __restrict sums, std::int32_t size, const std::uint8_t* leaving,
+                                const std::uint8_t* entering, std::int32_t count, std::uint8_t* __restrict result) {
+        const Mean<Real> mean(size);
+        for (std::int32_t i = 0; i < count; ++i) {
+            result[i] = mean(sums[i]);
+            sums[i] += entering[i] - leaving[i];
+        }
+    }
+};
+
+// The definition of a stretch: a pixel after the other.
+void BlurStretchPlain(const WindowStretch& stretch, int channels, std::int32_t size, std::int32_t* sums) {
+    const Mean<double> mean(size);
+    for (std::int64_t i = 0; i < stretch.count; i += channels)
+        for (int channel = 0; channel < channels; ++channel) {
+            stretch.result[i + channel] = mean(sums[channel]);
+            sums[channel] += stretch.entering[i + channel] - stretch.leaving[i + channel];
+        }
 }
+
+void BlurStretch(const WindowStretch& stretch, int channels, std::int32_t size, std::int32_t* sums) {
+#ifdef ROWS_X86
+    if (size <= kLargestSingleMean && ActiveCpuLevel() == CpuLevel::Avx512)
+        return BlurStretchAvx512(stretch, channels, size, sums);
+#endif
+    BlurStretchPlain(stretch, channels, size, sums);
+}
+
+// One pixel, many times over, to stand for those beyond an end.
+struct RepeatedPixel {
+    static constexpr std::int32_t kPixels = 256;
+    std::uint8_t bytes[kPixels * 4];
+
+    RepeatedPixel(const std::uint8_t* pixel, int channels) {
+        for (std::int32_t i = 0; i < kPixels * channels; ++i) bytes[i] = pixel[i % channels];
+    }
+};
 
 }  // namespace
 
 void AddRow(const std::uint8_t* row, std::int32_t times, std::int32_t count, std::int32_t* sums) {
-    for (std::int32_t i = 0; i < count; ++i) sums[i] += times * row[i];
+    LoopOf<Adding>()(row, times, count, sums);
 }
 
-void SlideRow(std::int32_t* sums, std::int32_t divisor, const std::uint8_t* leaving, const std::uint8_t* entering,
+void SlideRow(std::int32_t* sums, std::int32_t size, const std::uint8_t* leaving, const std::uint8_t* entering,
               std::int32_t count, std::uint8_t* result) {
+    if (leaving && entering) {
+        if (size <= kLargestSingleMean)
+            LoopOf<Sliding<float>>()(sums, size, leaving, entering, count, result);
+        else
+            LoopOf<Sliding<double>>()(sums, size, leaving, entering, count, result);
+        return;
+    }
+    const Mean<double> mean(size);
     for (std::int32_t i = 0; i < count; ++i) {
-        result[i] = static_cast<std::uint8_t>(sums[i] / divisor);
+        result[i] = mean(sums[i]);
         sums[i] += (entering ? entering[i] : 0) - (leaving ? leaving[i] : 0);
     }
 }
 
 void BlurRow(const std::uint8_t* row, int channels, std::int32_t width, std::int32_t radius, std::uint8_t* result) {
-    for (int channel = 0; channel < channels; ++channel)
-        BlurChannel(row + channel, channels, width, radius, result + channel);
+    const std::uint8_t* const last = row + (std::int64_t{width} - 1) * channels;
+    const std::int32_t inside = std::min(radius, width - 1);  // pixels right of the first that its window meets
+    std::int32_t sums[4] = {};
+    AddRow(row, radius + 1, channels, sums);
+    for (std::int64_t x = 1; x <= inside; ++x) AddRow(row + x * channels, 1, channels, sums);
+    AddRow(last, radius - inside, channels, sums);
+
+    // Stretches in which each side is either within the row or beyond its end throughout.
+    const RepeatedPixel left(row, channels), right(last, channels);
+    const std::int64_t leavingBegins = std::int64_t{radius} + 1;         // before, the first pixel leaves
+    const std::int64_t enteringEnds = std::int64_t{width} - 1 - radius;  // from here on the last one enters
+    for (std::int64_t x = 0; x < width;) {
+        const bool leaves = x >= leavingBegins, enters = x < enteringEnds;
+        std::int64_t end = leaves ? width : std::min<std::int64_t>(leavingBegins, x + RepeatedPixel::kPixels);
+        end = std::min(end, enters ? enteringEnds : x + RepeatedPixel::kPixels);
+        end = std::min<std::int64_t>(end, width);
+        BlurStretch(
+            {leaves ? row + (x - radius) * channels : left.bytes,
+             enters ? row + (x + radius + 1) * channels : right.bytes, (end - x) * channels, result + x * channels},
+            channels, 2 * radius + 1, sums);
+        x = end;
+    }
 }
 
 }  // namespace rows

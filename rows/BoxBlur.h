@@ -10,9 +10,9 @@ namespace rows {
 // sums[i] += times × row[i].
 void AddRow(const std::uint8_t* row, std::int32_t times, std::int32_t count, std::int32_t* sums);
 
-// For each column: result = sum / divisor, truncated; then the sum loses `leaving` and gains
-// `entering`. A null row is all zero.
-void SlideRow(std::int32_t* sums, std::int32_t divisor, const std::uint8_t* leaving, const std::uint8_t* entering,
+// For each column: result = sum / size, truncated (sums are at most 255 × size; size is odd); then
+// the sum loses `leaving` and gains `entering`. A null row is all zero. The result is neither row.
+void SlideRow(std::int32_t* sums, std::int32_t size, const std::uint8_t* leaving, const std::uint8_t* entering,
               std::int32_t count, std::uint8_t* result);
 
 // Averages each channel of `width` packed pixels over the window of 2 radius + 1 pixels around
