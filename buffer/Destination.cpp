@@ -45,6 +45,8 @@ sdk::Object* MakeDestination(sdk::Object* owner, std::int32_t width, std::int32_
     return picture;
 }
 
+bool HasFactory(sdk::Object* owner) { return globalFactory || (owner && BufferOf(owner)->Factory); }
+
 void SetFactory(sdk::Object* factory) {
     const OwnedObject kept = OwnedObject::Retain(factory);  // it may be the one about to be released
     DropObject(globalFactory);

@@ -18,6 +18,9 @@ extern sdk::ClassDefinition factoryClass;
 // with what was asked. Nil when there is none to be had. Script code may run.
 sdk::Object* MakeDestination(sdk::Object* owner, std::int32_t width, std::int32_t height, std::int32_t format);
 
+// Whether MakeDestination would ask a factory. Without one, nobody but its caller knows the picture.
+bool HasFactory(sdk::Object* owner);
+
 // The shared method SetFactory: keeps the global factory until the next call; nil removes it.
 void SetFactory(sdk::Object* factory);
 
