@@ -1,0 +1,58 @@
+#include "rows/ScaleDown.h"
+
+#include <cstring>
+
+#include "rows/CpuLevel.h"
+#include "rows/ScaleForms.h"
+
+namespace rows {
+
+namespace {
+
+std::uint8_t ByteOf(double quotient) {
+    if (!(quotient > 0)) return 0;
+    return quotient > 255 ? 255 : static_cast<std::uint8_t>(quotient);
+}
+
+void SumPiecePlain(const DownRow& output, std::int64_t at) {
+    double sums[kPiece] = {};
+    if (!output.begins) std::memcpy(sums, output.carried + at, sizeof(sums));
+    for (int k = 0; k < output.count; ++k) {
+        const double* const values = output.rows[k] + at;
+        for (int i = 0; i < kPiece; ++i) sums[i] += output.weights[k] * values[i];
+    }
+    if (output.ends)
+        BytesOfSums(sums, output.total, kPiece, output.bytes + at);
+    else
+        std::memcpy(output.carried + at, sums, sizeof(sums));
+}
+
+// Piece by piece, so that the rows that several outputs share come from the nearest cache.
+void SumDownPlain(const DownRow* outputs, int count, std::int64_t values) {
+    for (std::int64_t at = 0; at < values; at += kPiece)
+        for (int i = 0; i < count; ++i) SumPiecePlain(outputs[i], at);
+}
+
+}  // namespace
+
+void SumDown(const DownRow* outputs, int count, std::int64_t values) {
+#ifdef ROWS_X86
+    if (ActiveCpuLevel() == CpuLevel::Avx512) return SumDownAvx512(outputs, count, values);
+    if (ActiveCpuLevel() == CpuLevel::Avx2) return SumDownAvx2(outputs, count, values);
+#endif
+    SumDownPlain(outputs, count, values);
+}
+
+void AddWeighted(double weight, const std::uint8_t* floats, std::int64_t count, double* sums) {
+    for (std::int64_t i = 0; i < count; ++i) {
+        float value;
+        std::memcpy(&value, floats + i * 4, sizeof(value));
+        sums[i] += weight * static_cast<double>(value);
+    }
+}
+
+void BytesOfSums(const double* sums, double total, std::int64_t count, std::uint8_t* bytes) {
+    for (std::int64_t i = 0; i < count; ++i) bytes[i] = ByteOf(sums[i] / total);
+}
+
+}  // namespace rows
