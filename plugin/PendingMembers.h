@@ -8,7 +8,6 @@
 
 namespace tqx {
 
-inline bool Scale(sdk::Object*, sdk::Object*, sdk::Object*, std::int32_t, std::int32_t, std::int32_t) { return {}; }
 inline bool ScaleFast(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t) { return {}; }
 inline void HMirror(sdk::Object*) {}
 inline void VMirror(sdk::Object*) {}

@@ -22,6 +22,7 @@
 #include "filters/Stamp.h"
 #include "filters/ToneCurves.h"
 #include "filters/Unsharp.h"
+#include "geometry/Scale.h"
 #include "interop/CopyGWorld.h"
 #include "interop/CopyPicture.h"
 #include "interop/DrawPicture.h"

@@ -1,0 +1,74 @@
+#include "geometry/Scale.h"
+
+#include <algorithm>
+
+#include "buffer/Destination.h"
+#include "buffer/ImageFormat.h"
+#include "geometry/ScaleJob.h"
+#include "geometry/SharedMemory.h"
+#include "plugin/HostServices.h"
+
+namespace tqx {
+
+namespace {
+
+bool IsIntermediate(const PixelBuffer& buffer) { return buffer.Valid && buffer.ImageFormat == ImageFormatScaling; }
+
+// Each picture must be usable, and then has its yield.
+bool Begin(const ScaleJob& job) {
+    const ScalePictures pictures(job);
+    for (PixelBuffer* picture : {job.source, job.self, job.intermediate})
+        if (!IsUsable(*picture) || !pictures.Yield(*picture)) return false;
+    return true;
+}
+
+bool Yields(const ScaleJob& job) {
+    return job.source->YieldTicks > 0 || job.self->YieldTicks > 0 || job.intermediate->YieldTicks > 0;
+}
+
+void CutToPictures(ScaleJob& job) {
+    job.columns = std::clamp(job.self->Width, 0, job.width);
+    job.rows = std::clamp(job.self->Height, 0, job.height);
+    job.keptColumns = std::clamp(job.intermediate->Width, 0, job.width);
+    job.keptRows = std::clamp(job.intermediate->Height, 0, job.source->Height);
+}
+
+bool RunInOrder(const ScaleJob& job) { return ScaleAcrossInOrder(job) && ScaleDownInOrder(job); }
+
+bool RunPasses(const ScaleJob& job) {
+    if (Yields(job) || MayShareMemory(*job.intermediate, *job.source) || MayShareMemory(*job.intermediate, *job.self))
+        return RunInOrder(job);
+    if (job.intermediateIsOurs && !MayShareMemory(*job.source, *job.self) && ScaleThroughBands(job)) return true;
+    const Across across = ScaleAcrossInBands(job);
+    if (across == Across::NotDone) return RunInOrder(job);
+    return (across == Across::Complete && ScaleDownInBands(job)) || ScaleDownInOrder(job);
+}
+
+bool Run(ScaleJob& job) {
+    if (!job.intermediate->Valid || !job.self->Valid || !job.source->Valid || !IsIntermediate(*job.intermediate))
+        return false;
+    if (!ChooseScalePath(*job.source, *job.self, &job.path) || !Begin(job)) return false;
+    if (job.source->Width <= 0 || job.source->Height <= 0) return true;
+    CutToPictures(job);
+    return RunPasses(job);
+}
+
+}  // namespace
+
+bool Scale(sdk::Object* self, sdk::Object* source, sdk::Object* temp, std::int32_t mode, std::int32_t width,
+           std::int32_t height) {
+    if (!source || width <= 0 || height <= 0) return false;
+    OwnedObject made;
+    bool ours = false;
+    if (!temp) {
+        ours = !HasFactory(self);
+        made = OwnedObject(MakeDestination(self, width, BufferOf(source)->Height, ImageFormatScaling));
+        if (!made || !IsIntermediate(*BufferOf(made.Get()))) return false;
+    }
+    const ScaleKernel* const kernel = KernelOfMode(mode);
+    if (!kernel) return false;
+    ScaleJob job{BufferOf(source), BufferOf(self), BufferOf(temp ? temp : made.Get()), ours, kernel, width, height};
+    return Run(job);
+}
+
+}  // namespace tqx

@@ -1,0 +1,81 @@
+// What the passes of a filtered scaling work on, and the two ways to run them.
+#pragma once
+
+#include <cstdint>
+
+#include "buffer/PixelBuffer.h"
+#include "geometry/Contributions.h"
+#include "geometry/ScalePath.h"
+
+namespace tqx {
+
+struct ScaleJob {
+    PixelBuffer* source;
+    PixelBuffer* self;
+    PixelBuffer* intermediate;
+    bool intermediateIsOurs;  // nobody but this call can see it
+    const ScaleKernel* kernel;
+    std::int32_t width;  // the size to scale to
+    std::int32_t height;
+    ScalePath path;
+
+    // The part of the result that self has, and the part of the intermediate's pixels that the
+    // intermediate has: nothing else is computed.
+    std::int32_t columns;
+    std::int32_t rows;
+    std::int32_t keptColumns;
+    std::int32_t keptRows;
+
+    AxisScale AcrossScale(std::int32_t built) const { return {Axis::Across, source->Width, width, built}; }
+    AxisScale DownScale() const { return {Axis::Down, source->Height, height, rows}; }
+};
+
+// The pictures of a job, and whether script code that ran in yields left them alone.
+class ScalePictures {
+  public:
+    explicit ScalePictures(const ScaleJob& job)
+        : picture_{job.source, job.self, job.intermediate},
+          watch_{StorageWatch(*job.source), StorageWatch(*job.self), StorageWatch(*job.intermediate)} {}
+
+    bool Hold() const { return watch_[0].Holds() && watch_[1].Holds() && watch_[2].Holds(); }
+
+    // Yields for one, or for each, that asks for it; false when any lost its storage meanwhile.
+    bool Yield(PixelBuffer& picture) const {
+        tqx::Yield(picture);
+        return Hold();
+    }
+    bool Yield() const { return Yield(*picture_[0]) && Yield(*picture_[1]) && Yield(*picture_[2]); }
+
+  private:
+    PixelBuffer* picture_[3];
+    StorageWatch watch_[3];
+};
+
+// --- In order ----------------------------------------------------------------------------------
+
+// The passes one row after the other, pixel by pixel where pictures share memory, with yields after
+// each list and each row: right in every case. False when script code took a picture's storage,
+// or when there is no memory for the lists.
+bool ScaleAcrossInOrder(const ScaleJob& job);
+bool ScaleDownInOrder(const ScaleJob& job);
+
+// --- In bands ----------------------------------------------------------------------------------
+
+// The passes several rows at a time, for pictures that don't yield and an intermediate that shares
+// no memory with the others. They give the same values and bytes. None may suit, in size or for
+// want of memory; then nothing has been written.
+
+enum class Across {
+    Complete,  // the intermediate's rows are written
+    Gaps,      // but for some that the source does not have
+    NotDone,
+};
+Across ScaleAcrossInBands(const ScaleJob& job);
+
+// Wants an intermediate without gaps.
+bool ScaleDownInBands(const ScaleJob& job);
+
+// Both at once, without the intermediate. The source may not share memory with self.
+bool ScaleThroughBands(const ScaleJob& job);
+
+}  // namespace tqx

@@ -1,0 +1,26 @@
+// Which channels a scaling reads, how they lie in the intermediate picture, and where they go.
+#pragma once
+
+#include "buffer/PixelBuffer.h"
+#include "rows/Move.h"
+#include "rows/ScaleAcross.h"
+#include "rows/ScaleSlots.h"
+
+namespace tqx {
+
+struct ScalePath {
+    rows::Samples samples;      // in the source's pixels
+    rows::SlotLayout slots;     // in the intermediate's pixels
+    rows::MovePlan pack;        // source pixels → the sampled bytes side by side
+    rows::MovePlan fromPacked;  // bytes of a pixel's values side by side → self
+    rows::MovePlan fromSlots;   // bytes of all four slots → self
+
+    int Values() const { return slots.values; }
+};
+
+// False when either picture is neither gray nor RGB. Alpha is scaled only between two pictures of
+// a kind that both have it, and from RGB to gray; gray with alpha into RGB leaves self's alpha alone:
+// intended.
+bool ChooseScalePath(const PixelBuffer& source, const PixelBuffer& self, ScalePath* path);
+
+}  // namespace tqx
