@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 
 #include "buffer/MappedStorage.h"
@@ -22,7 +23,7 @@ struct StorageRange {
 std::int64_t RowExtent(const PixelBuffer& buffer) {
     const std::int64_t furthest = std::max({buffer.RedOffset, buffer.GreenOffset, buffer.BlueOffset, buffer.GrayOffset,
                                             buffer.AlphaOffset, std::int32_t{0}});
-    return std::max<std::int64_t>((std::int64_t{buffer.Width} - 1) * buffer.PixelSize + furthest + 1, buffer.RowSize);
+    return (std::int64_t{buffer.Width} - 1) * buffer.PixelSize + furthest + 1;
 }
 
 // Rows may run backwards through the memory: a block's row size may be negative.
@@ -30,7 +31,8 @@ StorageRange RangeOf(const PixelBuffer& buffer) {
     const std::int64_t last = (std::int64_t{buffer.storageRows} - 1) * buffer.RowSize;
     const auto base = reinterpret_cast<std::uintptr_t>(buffer.data);
     return {base + static_cast<std::uintptr_t>(std::min<std::int64_t>(last, 0)),
-            base + static_cast<std::uintptr_t>(std::max<std::int64_t>(last, 0) + RowExtent(buffer))};
+            base + static_cast<std::uintptr_t>(std::max<std::int64_t>(last, 0) +
+                                               std::max<std::int64_t>(RowExtent(buffer), buffer.RowSize))};
 }
 
 bool SameFile(int a, int b) {
@@ -53,6 +55,11 @@ bool SharesStorage(const PixelBuffer& a, const PixelBuffer& b) {
     if (a.IsMapping || b.IsMapping) return a.IsMapping && b.IsMapping && SameFile(a.fileDescriptor, b.fileDescriptor);
     const StorageRange first = RangeOf(a), second = RangeOf(b);
     return first.begin < second.end && second.begin < first.end;
+}
+
+bool RowsMeet(const PixelBuffer& source, const PixelBuffer& destination) {
+    const bool apart = std::abs(std::int64_t{destination.RowSize}) >= RowExtent(destination);
+    return !apart || SharesStorage(source, destination);
 }
 
 RowPairs::RowPairs(PixelBuffer& source, PixelBuffer& destination)

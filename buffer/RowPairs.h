@@ -22,6 +22,10 @@ bool IsMirrored(const PixelBuffer& buffer);
 // file. A picture shares with itself.
 bool SharesStorage(const PixelBuffer& a, const PixelBuffer& b);
 
+// Whether the order in which rows are written shows: the pictures share storage, or rows of the
+// destination lie over each other, as a block's rows may.
+bool RowsMeet(const PixelBuffer& source, const PixelBuffer& destination);
+
 struct RowPair {
     const std::uint8_t* source;
     std::uint8_t* destination;

@@ -9,16 +9,8 @@
 namespace tqx {
 
 inline bool ScaleFast(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t) { return {}; }
-inline void HMirror(sdk::Object*) {}
-inline void VMirror(sdk::Object*) {}
-inline void Rotate180(sdk::Object*) {}
-inline sdk::Object* Rotate90slow(sdk::Object*, sdk::Object*) { return {}; }
-inline sdk::Object* Rotate180(sdk::Object*, sdk::Object*) { return {}; }
-inline sdk::Object* Rotate270slow(sdk::Object*, sdk::Object*) { return {}; }
 inline sdk::Object* Rotate(sdk::Object*, double, std::int32_t, std::int32_t, std::int32_t, std::int32_t, std::int32_t) {
     return {};
 }
-inline sdk::Object* Rotate90(sdk::Object*, sdk::Object*) { return {}; }
-inline sdk::Object* Rotate270(sdk::Object*, sdk::Object*) { return {}; }
 
 }  // namespace tqx

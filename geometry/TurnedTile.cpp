@@ -1,0 +1,62 @@
+#include "geometry/TurnedTile.h"
+
+#include "rows/Transpose.h"
+
+namespace tqx {
+
+namespace {
+
+// Channels side by side, in pixels of a size that can be turned.
+rows::PixelLayout Packed(rows::ChannelSet set) {
+    const int count = rows::ChannelCount(set);
+    return {count == 3 ? 4 : count, {0, 1, 2, 3}};
+}
+
+}  // namespace
+
+TurnedTile::TurnedTile(rows::ChannelSet set, const rows::PixelLayout& from, const rows::PixelLayout& to,
+                       Quarter quarter)
+    : quarter_(quarter),
+      pixelSize_(Packed(set).pixelSize),
+      pack_(rows::PlanMoves(rows::MovesBetween(set, from, Packed(set)))),
+      unpack_(rows::PlanMoves(rows::MovesBetween(set, Packed(set), to))),
+      read_{},
+      turned_{} {}
+
+void TurnedTile::Read(PixelBuffer& source, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height) {
+    width_ = width;
+    height_ = height;
+    whole_ = true;
+    for (std::int32_t i = 0; i < height; ++i) {
+        // The row that comes first becomes the first column of a left turn, the last of a right one.
+        const std::int32_t column = quarter_ == Quarter::Left ? i : height - 1 - i;
+        const std::uint8_t* const row = RowAddress(source, y + i);
+        there_[column] = row != nullptr;
+        whole_ = whole_ && row;
+        if (row)
+            rows::MoveRow(pack_, row + std::int64_t{x} * source.PixelSize,
+                          read_ + std::int64_t{column} * kSide * pixelSize_, width);
+    }
+    const std::int64_t stride = std::int64_t{kSide} * pixelSize_;
+    rows::TransposePixels(pixelSize_, read_, stride, turned_, stride, width, height);
+}
+
+void TurnedTile::Write(PixelBuffer& destination, std::int32_t column, std::int32_t row) {
+    for (std::int32_t i = 0; i < width_; ++i) {
+        std::uint8_t* const to = RowAddress(destination, row + i);
+        const std::int32_t line = quarter_ == Quarter::Left ? width_ - 1 - i : i;
+        if (to)
+            WriteRow(to + std::int64_t{column} * destination.PixelSize,
+                     turned_ + std::int64_t{line} * kSide * pixelSize_);
+    }
+}
+
+void TurnedTile::WriteRow(std::uint8_t* row, const std::uint8_t* pixels) const {
+    if (whole_) return rows::MoveRow(unpack_, pixels, row, height_);
+    for (std::int32_t i = 0; i < height_; ++i)
+        if (there_[i])
+            rows::MoveRow(unpack_, pixels + std::int64_t{i} * pixelSize_, row + std::int64_t{i} * unpack_.to.pixelSize,
+                          1);
+}
+
+}  // namespace tqx

@@ -1,0 +1,178 @@
+#include "geometry/Turns.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "buffer/Destination.h"
+#include "buffer/PixelBuffer.h"
+#include "buffer/RowPairs.h"
+#include "geometry/TurnedTile.h"
+#include "rows/Move.h"
+
+namespace tqx {
+
+namespace {
+
+enum class Walk { Rows, Blocks };
+
+// The pixels of a turn's source that have a place in the destination.
+struct Reach {
+    std::int32_t left, right;  // columns left .. right - 1
+    std::int32_t top, bottom;
+};
+
+// One quarter turn of a picture into another.
+struct QuarterTurn {
+    PixelBuffer& source;
+    PixelBuffer& destination;
+    Quarter quarter;
+    std::int32_t width, height;  // of the source
+
+    std::int32_t RowOf(std::int32_t x) const { return quarter == Quarter::Left ? width - 1 - x : x; }
+    std::int32_t ColumnOf(std::int32_t y) const { return quarter == Quarter::Left ? y : height - 1 - y; }
+
+    Reach Reached() const {
+        const std::int32_t across = std::min(width, destination.Height), down = std::min(height, destination.Width);
+        if (across <= 0 || down <= 0) return {};
+        if (quarter == Quarter::Left) return {width - across, width, 0, down};
+        return {0, across, height - down, height};
+    }
+};
+
+constexpr std::int32_t kNoLimit = std::numeric_limits<std::int32_t>::max();
+
+// How many neighbouring rows a window holds, whichever of them is asked for first: it begins up to
+// two rows above that one.
+std::int32_t RowsInWindow(const PixelBuffer& buffer) {
+    return static_cast<std::int32_t>(std::max<std::int64_t>(std::int64_t{buffer.windowRows} - 2, 1));
+}
+
+// Puts a mapped picture's window over rows first .. last.
+void PlaceWindow(PixelBuffer& buffer, std::int32_t first, std::int32_t last) {
+    RowAddress(buffer, IsMirrored(buffer) ? last : first);
+}
+
+// --- Pictures that share pixels -------------------------------------------------------------------
+
+// One pixel, read before the destination's row is asked for.
+void TurnPixel(const QuarterTurn& turn, const rows::PixelMoves& moves, std::int32_t x, std::int32_t y) {
+    const std::uint8_t* const source = RowAddress(turn.source, y);
+    if (!source) return;
+    const std::uint8_t* const from = source + std::int64_t{x} * moves.fromPixelSize;
+    std::uint8_t value[4];
+    for (std::int32_t i = 0; i < moves.count; ++i) value[i] = from[moves.from[i]];
+    std::uint8_t* const row = RowAddress(turn.destination, turn.RowOf(x));
+    if (!row) return;
+    std::uint8_t* const to = row + std::int64_t{turn.ColumnOf(y)} * moves.toPixelSize;
+    for (std::int32_t i = 0; i < moves.count; ++i) to[moves.to[i]] = value[i];
+}
+
+// The definition: blocks by rows, and the pixels of a block by rows.
+void TurnInOrder(const QuarterTurn& turn, const rows::PixelMoves& moves, std::int32_t block) {
+    const Reach reach = turn.Reached();
+    for (std::int64_t y0 = 0; y0 < turn.height; y0 += block)
+        for (std::int64_t x0 = 0; x0 < turn.width; x0 += block) {
+            const std::int64_t right = std::min<std::int64_t>(x0 + block, reach.right);
+            const std::int64_t bottom = std::min<std::int64_t>(y0 + block, reach.bottom);
+            for (std::int64_t y = std::max<std::int64_t>(y0, reach.top); y < bottom; ++y)
+                for (std::int64_t x = std::max<std::int64_t>(x0, reach.left); x < right; ++x)
+                    TurnPixel(turn, moves, static_cast<std::int32_t>(x), static_cast<std::int32_t>(y));
+        }
+}
+
+// --- Pictures that don't ----------------------------------------------------------------------------
+
+// A block by tiles; in the destination from the top, so that its window only slides down.
+void TurnBlock(const QuarterTurn& turn, TurnedTile& tile, const Reach& block) {
+    const std::int32_t columns = block.right - block.left;
+    const std::int32_t lowest = std::min(turn.RowOf(block.left), turn.RowOf(block.right - 1));
+    PlaceWindow(turn.source, block.top, block.bottom - 1);
+    PlaceWindow(turn.destination, lowest, lowest + columns - 1);
+    for (std::int32_t done = 0; done < columns; done += TurnedTile::kSide) {
+        const std::int32_t across = std::min(TurnedTile::kSide, columns - done);
+        const std::int32_t x = turn.quarter == Quarter::Left ? block.right - done - across : block.left + done;
+        for (std::int32_t y = block.top; y < block.bottom; y += TurnedTile::kSide) {
+            const std::int32_t down = std::min(TurnedTile::kSide, block.bottom - y);
+            const std::int32_t column = std::min(turn.ColumnOf(y), turn.ColumnOf(y + down - 1));
+            tile.Read(turn.source, x, y, across, down);
+            tile.Write(turn.destination, column, lowest + done);
+        }
+    }
+}
+
+// In any order: blocks only where there are windows to keep.
+void TurnByTiles(const QuarterTurn& turn, const rows::PixelLayout& from, const rows::PixelLayout& to,
+                 rows::ChannelSet set) {
+    TurnedTile tile(set, from, to, turn.quarter);
+    const Reach reach = turn.Reached();
+    const std::int32_t down = turn.source.IsMapping ? RowsInWindow(turn.source) : kNoLimit;
+    const std::int32_t across = turn.destination.IsMapping ? RowsInWindow(turn.destination) : kNoLimit;
+    for (std::int32_t top = reach.top; top < reach.bottom;) {
+        const std::int32_t bottom = top + std::min(down, reach.bottom - top);
+        for (std::int32_t left = reach.left; left < reach.right;) {
+            const std::int32_t right = left + std::min(across, reach.right - left);
+            TurnBlock(turn, tile, {left, right, top, bottom});
+            left = right;
+        }
+        top = bottom;
+    }
+}
+
+// Whether the order in which pixels are written shows in the result.
+bool OrderShows(const QuarterTurn& turn, const Operation& operation) {
+    const rows::PixelLayout to = operation.To();
+    const int count = rows::ChannelCount(operation.channels);
+    return RowsMeet(turn.source, turn.destination) || !rows::SpanOf(to.pixelSize, to.offset, count).IsCompact();
+}
+
+sdk::Object* TurnQuarter(sdk::Object* self, sdk::Object* dest, Quarter quarter, Walk walk) {
+    const PixelBuffer& picture = *BufferOf(self);
+    const Operation operation = BeginOperation(self, dest, picture.Height, picture.Width);
+    if (!operation) return operation.result;
+    const QuarterTurn turn{*operation.source, *operation.destination, quarter, picture.Width, picture.Height};
+    if (OrderShows(turn, operation)) {
+        const std::int32_t window = std::min(RowsInWindow(turn.source), RowsInWindow(turn.destination));
+        const std::int32_t block = walk == Walk::Blocks ? window : kNoLimit;
+        TurnInOrder(turn, rows::MovesBetween(operation.channels, operation.From(), operation.To()), block);
+    } else {
+        TurnByTiles(turn, operation.From(), operation.To(), operation.channels);
+    }
+    return operation.result;
+}
+
+}  // namespace
+
+sdk::Object* Rotate180(sdk::Object* self, sdk::Object* dest) {
+    const Operation operation = BeginOperation(self, dest);
+    if (!operation) return operation.result;
+    PixelBuffer& source = *operation.source;
+    PixelBuffer& destination = *operation.destination;
+    const rows::MovePlan plan =
+        rows::PlanMoves(rows::MovesBetween(operation.channels, operation.From(), operation.To()));
+    // Columns from the destination's left, so of a narrow one the source's last pixels.
+    const std::int32_t width = operation.CommonWidth();
+    const std::int64_t first = (std::int64_t{source.Width} - width) * source.PixelSize;
+    RowPairs pairs(source, destination);
+    for (std::int32_t y = source.Height - operation.CommonHeight(); y < source.Height; ++y)
+        if (const RowPair pair = pairs.At(y, source.Height - 1 - y))
+            rows::MoveRowReversed(plan, pair.source + first, pair.destination, width);
+    return operation.result;
+}
+
+sdk::Object* Rotate90(sdk::Object* self, sdk::Object* dest) {
+    return TurnQuarter(self, dest, Quarter::Left, Walk::Blocks);
+}
+
+sdk::Object* Rotate90slow(sdk::Object* self, sdk::Object* dest) {
+    return TurnQuarter(self, dest, Quarter::Left, Walk::Rows);
+}
+
+sdk::Object* Rotate270(sdk::Object* self, sdk::Object* dest) {
+    return TurnQuarter(self, dest, Quarter::Right, Walk::Blocks);
+}
+
+sdk::Object* Rotate270slow(sdk::Object* self, sdk::Object* dest) {
+    return TurnQuarter(self, dest, Quarter::Right, Walk::Rows);
+}
+
+}  // namespace tqx
