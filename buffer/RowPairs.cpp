@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 
 #include "buffer/MappedStorage.h"
 #include "platform/PixelMemory.h"
@@ -49,6 +50,15 @@ bool IsMirrored(const PixelBuffer& buffer) {
 
 std::int64_t StorageRowOf(const PixelBuffer& buffer, std::int32_t y) {
     return IsMirrored(buffer) ? MirroredStorageRow(buffer, y) : StorageRow(buffer, y);
+}
+
+std::int32_t RowsInWindow(const PixelBuffer& buffer) {
+    if (!buffer.IsMapping) return std::numeric_limits<std::int32_t>::max();
+    return static_cast<std::int32_t>(std::max<std::int64_t>(std::int64_t{buffer.windowRows} - 2, 1));
+}
+
+void PlaceWindow(PixelBuffer& buffer, std::int32_t first, std::int32_t last) {
+    if (buffer.IsMapping) RowAddress(buffer, IsMirrored(buffer) ? last : first);
 }
 
 bool SharesStorage(const PixelBuffer& a, const PixelBuffer& b) {

@@ -18,6 +18,14 @@ std::int64_t StorageRowOf(const PixelBuffer& buffer, std::int32_t y);
 // Whether row 0 is the picture's lowest storage row.
 bool IsMirrored(const PixelBuffer& buffer);
 
+// How many neighbouring rows a mapped picture's window holds, whichever of them is asked for first:
+// it begins up to two rows above that one. At least 1; of a picture in memory, no limit.
+std::int32_t RowsInWindow(const PixelBuffer& buffer);
+
+// Puts a mapped picture's window over rows first .. last, RowsInWindow at most, so that it does
+// not slide among them.
+void PlaceWindow(PixelBuffer& buffer, std::int32_t first, std::int32_t last);
+
 // Whether some byte may be reached through both pictures: they use the same memory or the same
 // file. A picture shares with itself.
 bool SharesStorage(const PixelBuffer& a, const PixelBuffer& b);

@@ -6,6 +6,7 @@
 #include "buffer/Destination.h"
 #include "buffer/InPlaceRows.h"
 #include "buffer/PixelBuffer.h"
+#include "buffer/RowPairs.h"
 #include "platform/PixelMemory.h"
 #include "rows/Move.h"
 
@@ -18,58 +19,87 @@ rows::MovePlan PlanInPlace(const PixelBuffer& buffer, rows::ChannelSet set) {
     return rows::PlanMoves(rows::MovesBetween(set, layout, layout));
 }
 
-using MoveRowFunction = void (*)(const rows::MovePlan&, const std::uint8_t*, std::uint8_t*, std::int32_t);
-
-// Trades rows through copies of RowSize bytes each.
+// Trades rows through copies of RowSize bytes each. Of a mapped picture several pairs go together,
+// so that its window doesn't slide to and fro for each: it is put over the upper rows, over the
+// lower ones, and over the upper ones again.
 class RowTrader {
   public:
     RowTrader(PixelBuffer& buffer, const rows::MovePlan& plan, bool reverses)
-        : buffer_(buffer), plan_(plan), reverses_(reverses), top_(buffer.RowSize), bottom_(buffer.RowSize) {
+        : buffer_(buffer),
+          plan_(plan),
+          reverses_(reverses),
+          pairs_(buffer.IsMapping && buffer.YieldTicks <= 0 ? kMappedPairs : 1),
+          upper_(std::int64_t{buffer.RowSize} * pairs_),
+          lower_(std::int64_t{buffer.RowSize} * pairs_) {
         // A block's rows may be shorter than their pixels; those past the copies' end don't move.
         const std::int64_t last = buffer.RowSize - (std::int64_t{plan.from.offset} + plan.from.size);
-        pixels_ = last < 0
-                      ? 0
-                      : static_cast<std::int32_t>(std::min<std::int64_t>(last / plan.from.pixelSize + 1, buffer.Width));
-        bytes_ = pixels_ > 0 ? static_cast<std::size_t>(plan.from.offset + plan.from.Extent(pixels_)) : 0;
+        if (last < 0) return;
+        pixels_ = static_cast<std::int32_t>(std::min<std::int64_t>(last / buffer.PixelSize + 1, buffer.Width));
+        bytes_ = static_cast<std::size_t>(plan.from.offset + plan.from.Extent(pixels_));
     }
 
-    bool HasMemory() const { return top_ && bottom_; }
+    bool HasMemory() const { return upper_ && lower_; }
 
-    void Trade(std::int32_t upper, std::int32_t lower) {
-        if (!Copy(upper, top_) || !Copy(lower, bottom_)) return;
-        if (buffer_.IsMapping) {  // rows of a file never overlap; the window is at the lower one
-            Write(lower, top_);
-            Write(upper, bottom_);
+    // How many pairs are traded at once.
+    std::int32_t Pairs() const { return pairs_; }
+
+    // Trades rows y .. y + count - 1 with the rows that lie as far from the bottom.
+    void Trade(std::int32_t y, std::int32_t count) {
+        const std::int32_t below = buffer_.Height - y - count;
+        PlaceWindow(buffer_, y, y + count - 1);
+        for (std::int32_t i = 0; i < count; ++i) there_[i] = Copy(y + i, upper_, i);
+        PlaceWindow(buffer_, below, below + count - 1);
+        for (std::int32_t i = 0; i < count; ++i) there_[i] = Copy(Opposite(y + i), lower_, i) && there_[i];
+        if (buffer_.IsMapping) {  // rows of a file never overlap; the window is over the lower ones
+            Write(y, count, upper_, true);
+            Write(y, count, lower_, false);
         } else {
-            Write(upper, bottom_);
-            Write(lower, top_);
+            Write(y, count, lower_, false);
+            Write(y, count, upper_, true);
         }
     }
 
   private:
-    bool Copy(std::int32_t y, const platform::PixelBlock& to) {
+    static constexpr std::int32_t kMappedPairs = 8;
+
+    std::int32_t Opposite(std::int32_t y) const { return buffer_.Height - 1 - y; }
+
+    std::uint8_t* At(const platform::PixelBlock& copies, std::int32_t i) const {
+        return copies.Bytes() + std::int64_t{i} * buffer_.RowSize;
+    }
+
+    bool Copy(std::int32_t y, const platform::PixelBlock& to, std::int32_t i) {
         const std::uint8_t* const row = RowAddress(buffer_, y);
-        if (row) std::memcpy(to.Bytes(), row, bytes_);
+        if (row) std::memcpy(At(to, i), row, bytes_);
         return row != nullptr;
     }
 
-    void Write(std::int32_t y, const platform::PixelBlock& from) {
+    // Copies to the rows y .. y + count - 1 or to those opposite; a pair of which one row was not
+    // there is left out.
+    void Write(std::int32_t y, std::int32_t count, const platform::PixelBlock& copies, bool opposite) {
+        PlaceWindow(buffer_, opposite ? Opposite(y + count - 1) : y, opposite ? Opposite(y) : y + count - 1);
+        for (std::int32_t i = 0; i < count; ++i)
+            if (there_[i]) WriteRow(opposite ? Opposite(y + i) : y + i, At(copies, i));
+    }
+
+    void WriteRow(std::int32_t y, const std::uint8_t* copy) {
         std::uint8_t* const row = RowAddress(buffer_, y);
-        if (!row) return;
-        if (reverses_)
-            rows::MoveRowReversed(plan_, from.Bytes(),
-                                  row + (std::int64_t{buffer_.Width} - pixels_) * buffer_.PixelSize, pixels_);
-        else
-            rows::MoveRow(plan_, from.Bytes(), row, pixels_);
+        if (row && reverses_)
+            rows::MoveRowReversed(plan_, copy, row + (std::int64_t{buffer_.Width} - pixels_) * buffer_.PixelSize,
+                                  pixels_);
+        else if (row)
+            rows::MoveRow(plan_, copy, row, pixels_);
     }
 
     PixelBuffer& buffer_;
     const rows::MovePlan& plan_;
     bool reverses_;
-    platform::PixelBlock top_;
-    platform::PixelBlock bottom_;
-    std::int32_t pixels_;  // that a copy holds
-    std::size_t bytes_;    // of them, from the row's start
+    std::int32_t pairs_;
+    platform::PixelBlock upper_;
+    platform::PixelBlock lower_;
+    std::int32_t pixels_ = 0;  // that a copy holds
+    std::size_t bytes_ = 0;    // of them, from the row's start
+    bool there_[kMappedPairs];
 };
 
 // The middle one of an odd number of rows is in no pair: intended, also where rows are reversed.
@@ -80,8 +110,9 @@ void TradeRows(PixelBuffer& buffer, bool reverses) {
     RowTrader trader(buffer, plan, reverses);
     if (!trader.HasMemory()) return;
     const StorageWatch watch(buffer);
-    for (std::int32_t y = 0; y < buffer.Height / 2; ++y) {
-        trader.Trade(y, buffer.Height - 1 - y);
+    const std::int32_t pairs = buffer.Height / 2;
+    for (std::int32_t y = 0; y < pairs; y += trader.Pairs()) {
+        trader.Trade(y, std::min(trader.Pairs(), pairs - y));
         if (!YieldAndKeep(buffer, watch)) return;
     }
 }

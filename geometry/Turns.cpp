@@ -1,12 +1,14 @@
 #include "geometry/Turns.h"
 
 #include <algorithm>
+#include <cstring>
 #include <limits>
 
 #include "buffer/Destination.h"
 #include "buffer/PixelBuffer.h"
 #include "buffer/RowPairs.h"
 #include "geometry/TurnedTile.h"
+#include "platform/PixelMemory.h"
 #include "rows/Move.h"
 
 namespace tqx {
@@ -41,15 +43,11 @@ struct QuarterTurn {
 
 constexpr std::int32_t kNoLimit = std::numeric_limits<std::int32_t>::max();
 
-// How many neighbouring rows a window holds, whichever of them is asked for first: it begins up to
-// two rows above that one.
-std::int32_t RowsInWindow(const PixelBuffer& buffer) {
-    return static_cast<std::int32_t>(std::max<std::int64_t>(std::int64_t{buffer.windowRows} - 2, 1));
-}
-
-// Puts a mapped picture's window over rows first .. last.
-void PlaceWindow(PixelBuffer& buffer, std::int32_t first, std::int32_t last) {
-    RowAddress(buffer, IsMirrored(buffer) ? last : first);
+// The side of a block whose rows stay in both pictures' windows, by what each picture says of its
+// windows: one in memory has all its rows in one.
+std::int32_t BlockSize(const PixelBuffer& source, const PixelBuffer& destination) {
+    const std::int64_t rows = std::min(source.windowRows, destination.windowRows);
+    return static_cast<std::int32_t>(std::max<std::int64_t>(rows - 2, 1));
 }
 
 // --- Pictures that share pixels -------------------------------------------------------------------
@@ -105,8 +103,7 @@ void TurnByTiles(const QuarterTurn& turn, const rows::PixelLayout& from, const r
                  rows::ChannelSet set) {
     TurnedTile tile(set, from, to, turn.quarter);
     const Reach reach = turn.Reached();
-    const std::int32_t down = turn.source.IsMapping ? RowsInWindow(turn.source) : kNoLimit;
-    const std::int32_t across = turn.destination.IsMapping ? RowsInWindow(turn.destination) : kNoLimit;
+    const std::int32_t down = RowsInWindow(turn.source), across = RowsInWindow(turn.destination);
     for (std::int32_t top = reach.top; top < reach.bottom;) {
         const std::int32_t bottom = top + std::min(down, reach.bottom - top);
         for (std::int32_t left = reach.left; left < reach.right;) {
@@ -131,8 +128,7 @@ sdk::Object* TurnQuarter(sdk::Object* self, sdk::Object* dest, Quarter quarter, 
     if (!operation) return operation.result;
     const QuarterTurn turn{*operation.source, *operation.destination, quarter, picture.Width, picture.Height};
     if (OrderShows(turn, operation)) {
-        const std::int32_t window = std::min(RowsInWindow(turn.source), RowsInWindow(turn.destination));
-        const std::int32_t block = walk == Walk::Blocks ? window : kNoLimit;
+        const std::int32_t block = walk == Walk::Blocks ? BlockSize(turn.source, turn.destination) : kNoLimit;
         TurnInOrder(turn, rows::MovesBetween(operation.channels, operation.From(), operation.To()), block);
     } else {
         TurnByTiles(turn, operation.From(), operation.To(), operation.channels);
@@ -140,22 +136,65 @@ sdk::Object* TurnQuarter(sdk::Object* self, sdk::Object* dest, Quarter quarter, 
     return operation.result;
 }
 
+// --- Half turns ---------------------------------------------------------------------------------------
+
+void TurnHalf(const Operation& operation, const rows::MovePlan& plan) {
+    PixelBuffer& source = *operation.source;
+    PixelBuffer& destination = *operation.destination;
+    // Columns from the destination's left, so of a narrow one the source's last pixels.
+    const std::int32_t width = operation.CommonWidth();
+    const std::int64_t first = (std::int64_t{source.Width} - width) * source.PixelSize;
+    const std::int32_t band = std::min(RowsInWindow(source), RowsInWindow(destination));
+    RowPairs pairs(source, destination);
+    for (std::int32_t y = source.Height - operation.CommonHeight(); y < source.Height;) {
+        const std::int32_t end = y + std::min(band, source.Height - y);
+        PlaceWindow(source, y, end - 1);
+        PlaceWindow(destination, source.Height - end, source.Height - 1 - y);
+        for (; y < end; ++y)
+            if (const RowPair pair = pairs.At(y, source.Height - 1 - y))
+                rows::MoveRowReversed(plan, pair.source + first, pair.destination, width);
+    }
+}
+
+// A mapped picture onto itself: the upper rows go down, some at a time for the window's sake. What
+// is below goes up as the turn of a turned row, which is the row that is there already.
+void TurnHalfWithin(PixelBuffer& buffer, const rows::MovePlan& plan) {
+    constexpr std::int32_t kRowsATime = 8;
+    const platform::PixelBlock copies(std::int64_t{buffer.RowSize} * kRowsATime);
+    if (!copies) return;
+    const std::int32_t rows = buffer.Height / 2 + buffer.Height % 2;
+    for (std::int32_t y = 0; y < rows; y += kRowsATime) {
+        const std::int32_t count = std::min(kRowsATime, rows - y);
+        bool there[kRowsATime];
+        PlaceWindow(buffer, y, y + count - 1);
+        for (std::int32_t i = 0; i < count; ++i) {
+            const std::uint8_t* const row = RowAddress(buffer, y + i);
+            there[i] = row != nullptr;
+            if (row) std::memcpy(copies.Bytes() + std::int64_t{i} * buffer.RowSize, row, buffer.RowSize);
+        }
+        PlaceWindow(buffer, buffer.Height - y - count, buffer.Height - 1 - y);
+        for (std::int32_t i = 0; i < count; ++i) {
+            std::uint8_t* const row = there[i] ? RowAddress(buffer, buffer.Height - 1 - y - i) : nullptr;
+            // The middle row is its own source: it repeats what it reads.
+            const bool middle = y + i == buffer.Height - 1 - y - i;
+            if (row)
+                rows::MoveRowReversed(plan, middle ? row : copies.Bytes() + std::int64_t{i} * buffer.RowSize, row,
+                                      buffer.Width);
+        }
+    }
+}
+
 }  // namespace
 
 sdk::Object* Rotate180(sdk::Object* self, sdk::Object* dest) {
     const Operation operation = BeginOperation(self, dest);
     if (!operation) return operation.result;
-    PixelBuffer& source = *operation.source;
-    PixelBuffer& destination = *operation.destination;
     const rows::MovePlan plan =
         rows::PlanMoves(rows::MovesBetween(operation.channels, operation.From(), operation.To()));
-    // Columns from the destination's left, so of a narrow one the source's last pixels.
-    const std::int32_t width = operation.CommonWidth();
-    const std::int64_t first = (std::int64_t{source.Width} - width) * source.PixelSize;
-    RowPairs pairs(source, destination);
-    for (std::int32_t y = source.Height - operation.CommonHeight(); y < source.Height; ++y)
-        if (const RowPair pair = pairs.At(y, source.Height - 1 - y))
-            rows::MoveRowReversed(plan, pair.source + first, pair.destination, width);
+    if (operation.source == operation.destination && operation.source->IsMapping)
+        TurnHalfWithin(*operation.source, plan);
+    else
+        TurnHalf(operation, plan);
     return operation.result;
 }
 
