@@ -1,14 +1,54 @@
 #include "rows/Convolve.h"
 
+#include <algorithm>
+
+#include "rows/ConvolveForms.h"
+#include "rows/LoopForms.h"
+
 namespace rows {
 
 namespace {
 
-std::uint8_t Scaled(const Kernel& kernel, std::uint32_t sum) {
-    const auto wrapped = static_cast<std::int32_t>(static_cast<std::uint32_t>(kernel.delta) + sum);
-    const double value = kernel.scale * wrapped;
-    if (value >= 255) return 255;
-    return value > 0 ? static_cast<std::uint8_t>(value) : 0;  // not-a-number is 0
+ROWS_INLINE std::uint8_t Scaled(double scale, std::int32_t sum) {
+    const double value = scale * sum;
+    const double positive = value > 0 ? value : 0;  // not-a-number is 0
+    return static_cast<std::uint8_t>(static_cast<std::int32_t>(std::min(positive, 255.0)));
+}
+
+// Weights of any size, for bytes whose neighbours all lie within the rows.
+struct Convolving {
+    static constexpr std::int64_t kStep = 64;
+
+    ROWS_INLINE static void Run(const Kernel& kernel, const KernelRows& rows, std::int64_t at, std::int64_t count,
+                                std::uint8_t* __restrict result) {
+        const double scale = kernel.scale;
+        for (std::int64_t i = 0; i < count; i += kStep) {
+            std::uint32_t sums[kStep];
+            const std::int64_t step = std::min(kStep, count - i);
+            for (std::int64_t j = 0; j < kStep; ++j) sums[j] = static_cast<std::uint32_t>(kernel.delta);
+            for (int k = 0; k < 25; ++k) {
+                if (kernel.weight[k] == 0) continue;
+                const std::uint8_t* const from = rows.row[k / 5] + at + i + (k % 5 - 2) * rows.channels;
+                const auto weight = static_cast<std::uint32_t>(kernel.weight[k]);
+                for (std::int64_t j = 0; j < step; ++j) sums[j] += weight * from[j];
+            }
+            for (std::int64_t j = 0; j < step; ++j) result[i + j] = Scaled(scale, static_cast<std::int32_t>(sums[j]));
+        }
+    }
+};
+
+bool HasWeightsOf16Bits(const Kernel& kernel) {
+    return std::all_of(kernel.weight, kernel.weight + 25,
+                       [](std::int32_t weight) { return weight == static_cast<std::int16_t>(weight); });
+}
+
+void ConvolveInside(const Kernel& kernel, const KernelRows& rows, std::int64_t at, std::int64_t count,
+                    std::uint8_t* result) {
+#ifdef ROWS_X86
+    if (count >= 32 && ActiveCpuLevel() == CpuLevel::Avx512 && HasWeightsOf16Bits(kernel))
+        return ConvolveAvx512(kernel, rows, at, count, result);
+#endif
+    LoopOf<Convolving>()(kernel, rows, at, count, result);
 }
 
 }  // namespace
@@ -22,17 +62,31 @@ void ConvolveInOrder(const Kernel& kernel, const KernelRows& rows, std::int32_t 
             at[dx + 2] = std::int64_t{inside ? x + dx : x} * rows.channels;
         }
         for (int channel = 0; channel < rows.channels; ++channel) {
-            std::uint32_t sum = 0;
+            auto sum = static_cast<std::uint32_t>(kernel.delta);
             for (int k = 0; k < 25; ++k)
                 if (const std::uint8_t* const row = rows.row[k / 5])
                     sum += static_cast<std::uint32_t>(kernel.weight[k]) * row[at[k % 5] + channel];
-            result[std::int64_t{x} * rows.channels + channel] = Scaled(kernel, sum);
+            result[std::int64_t{x} * rows.channels + channel] = Scaled(kernel.scale, static_cast<std::int32_t>(sum));
         }
     }
 }
 
 void ConvolveRow(const Kernel& kernel, const KernelRows& rows, std::uint8_t* result) {
-    ConvolveInOrder(kernel, rows, 0, rows.width, result);
+    constexpr std::int32_t kReach = 2;
+    const std::int32_t inside = std::max(rows.width - 2 * kReach, 0);  // pixels with all neighbours in the row
+    const std::int32_t first = std::min(kReach, rows.width);
+    ConvolveInOrder(kernel, rows, 0, first, result);
+    ConvolveInOrder(kernel, rows, first + inside, rows.width, result);
+    // A row that isn't there may be any other with weights of 0.
+    Kernel present = kernel;
+    KernelRows all = rows;
+    for (int row = 0; row < 5; ++row)
+        if (!rows.row[row]) {
+            all.row[row] = rows.row[2];
+            std::fill_n(present.weight + 5 * row, 5, 0);
+        }
+    const std::int64_t at = std::int64_t{first} * rows.channels;
+    ConvolveInside(present, all, at, std::int64_t{inside} * rows.channels, result + at);
 }
 
 }  // namespace rows

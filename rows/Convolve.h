@@ -14,8 +14,8 @@ struct Kernel {
     double scale;
 };
 
-// Five rows of `width` pixels of `channels` bytes, the middle one that of the result. A null row
-// adds nothing.
+// Five rows of `width` pixels of `channels` bytes, the middle one that of the result. Another row
+// may be null and then adds nothing.
 struct KernelRows {
     const std::uint8_t* row[5];
     int channels;

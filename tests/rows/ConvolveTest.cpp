@@ -1,0 +1,54 @@
+#include <gtest/gtest.h>
+
+#include <climits>
+
+#include "rows/Convolve.h"
+#include "tests/rows/Levels.h"
+
+namespace {
+
+using namespace rows_test;
+using support::SameBytes;
+
+// A row's form for all pixels against the definition pixel by pixel.
+TEST(Convolve, GivesTheSameAtEveryLevelAndWidth) {
+    Random random(1);
+    const Bytes bytes = random.NextBytes(5 * 700);
+    const std::pair<int, int> ranges[] = {{-2, 3}, {-128, 254}, {-32768, 254}, {-32769, -32768}, {INT_MIN, 254}};
+    for (const auto& [least, most] : ranges)
+        for (const double scale : {1.0, 0.04, -0.5, 1e-5, 1e300})
+            for (int channels = 1; channels <= 4; ++channels)
+                for (int width = 1; width <= 160; width += width < 40 ? 1 : 13) {
+                    rows::Kernel kernel{{}, random.Between(-300, 300), scale};
+                    const auto span = static_cast<std::uint64_t>(std::int64_t{most} - least + 1);
+                    for (auto& weight : kernel.weight)
+                        weight = static_cast<std::int32_t>(least + static_cast<std::int64_t>(random.Next() % span));
+                    rows::KernelRows rows{{}, channels, width};
+                    // Each row ends with its allocation, so that a step too far is seen.
+                    std::vector<Bytes> copies;
+                    for (int row = 0; row < 5; ++row)
+                        copies.emplace_back(bytes.begin() + 700 * row, bytes.begin() + 700 * row + width * channels);
+                    for (int row = 0; row < 5; ++row)
+                        if (row == 2 || random.Below(8) != 0)
+                            rows.row[row] = copies[static_cast<std::size_t>(row)].data();
+                    Bytes expected(700, 9);
+                    rows::ConvolveInOrder(kernel, rows, 0, width, expected.data());
+                    for (const auto level : Levels()) {
+                        const AtLevel at(level);
+                        Bytes result(700, 9);
+                        rows::ConvolveRow(kernel, rows, result.data());
+                        ASSERT_TRUE(SameBytes(result, expected)) << channels << ", " << width << ", " << scale;
+                    }
+                }
+}
+
+TEST(Convolve, SeesWhatItStoredInTheMiddleRow) {
+    const std::uint8_t none[4] = {};
+    std::uint8_t row[4] = {1, 2, 3, 4};
+    rows::Kernel kernel{{}, 0, 1.0};
+    kernel.weight[11] = 2;  // the pixel to the left
+    rows::ConvolveInOrder(kernel, {{none, none, row, none, none}, 1, 4}, 0, 4, row);
+    EXPECT_EQ(Bytes(row, row + 4), (Bytes{2, 4, 8, 16}));
+}
+
+}  // namespace
