@@ -119,6 +119,17 @@ TEST_F(Examples, MappedFactory) {
         EXPECT_FALSE(entry.path().filename().string().starts_with("mapped_factory")) << entry.path();
 }
 
+TEST_F(Examples, Huge) {
+    fs::create_directory(folder_ / "scratch");
+    const Outcome outcome = RunCommand({"run", (kExamples / "huge.rbs").string(), "300", Path("scratch")});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_THAT(outcome.out, HasSubstr("Top left and bottom left: 6388A4 E0BA88\n"));
+    EXPECT_TRUE(fs::is_empty(folder_ / "scratch"));
+    const Outcome refused = RunCommand({"run", (kExamples / "huge.rbs").string(), "300", Path("missing")});
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_THAT(refused.out, HasSubstr("There is no room"));
+}
+
 TEST_F(Examples, Tiling) { EXPECT_THAT(Run("tiling.rbs", {"3"}), HasSubstr(" bytes in a file\n")); }
 
 TEST_F(Examples, Histogram) {
