@@ -43,9 +43,6 @@ constexpr struct {
     {"CopyPixels/7", 4},               // two copies
     {"CopyPixels/5", 4},               // two copies
     {"ScaleFast/3", 6},                // two calls, one result read
-    {"VMirror/0", 8},                  // rows from both ends by turns: a window each
-    {"Rotate180/0", 8},                // the same
-    {"Rotate180/1", 16},               // the destination from the bottom; in place every row by turns
     {"Scale/5", 84},                   // fourteen calls of two passes, each result read
     {"Rotate/6", 40},                  // four angles of up to four pictures, each result read
     {"DitherFilter/3", 40},            // ten matrices, each result read
@@ -62,7 +59,7 @@ int WalksOf(const Setting& setting, const PictureOperation& operation) {
     return kUsualWalks + more;
 }
 
-// Turns work by blocks, and in place pixel by pixel.
+// Quarter turns work by blocks, and in place pixel by pixel.
 bool IsQuarterTurn(const PictureOperation& operation) {
     const std::string_view member = operation.member;
     return member.starts_with("Rotate90") || member.starts_with("Rotate270");
@@ -84,6 +81,8 @@ std::string CaseName(const ::testing::TestParamInfo<Case>& info) {
 
 class MappedTraffic : public PluginTest, public ::testing::WithParamInterface<Case> {};
 
+class MappedQuarterTurns : public PluginTest, public ::testing::WithParamInterface<const char*> {};
+
 TEST_P(MappedTraffic, IsAFewWalksOverThePictures) {
     const auto& [setting, operation] = GetParam();
     if (IsQuarterTurn(operation)) return;
@@ -92,6 +91,21 @@ TEST_P(MappedTraffic, IsAFewWalksOverThePictures) {
     EXPECT_LE(MappingsMade(setting, operation, folder.path()),
               WalksOf(setting, operation) * (upward ? kUpwardWalk : kWalk));
 }
+
+// A block of a quarter turn has as many rows and columns as a window has new rows.
+TEST_P(MappedQuarterTurns, MapOneWindowOfEachPictureABlock) {
+    constexpr Setting kSetting{"", 1, kHeight, kHeight, kAll, Destination::Given, View::Clip, kBytesPerRow};
+    constexpr int kBlocks = kHeight / kNewRowsAWindow + 1;
+    const ScratchFolder folder;
+    const Stage stage(kSetting, false, folder.path());
+    ResetFileMappings();
+    ASSERT_TRUE(CallObject(stage.pictures.self, GetParam(), stage.pictures.destination));
+    EXPECT_LE(CountedFileMappings().made, 2 * kBlocks * kBlocks);
+    EXPECT_GE(CountedFileMappings().made, kBlocks);
+}
+
+INSTANTIATE_TEST_SUITE_P(Every, MappedQuarterTurns,
+                         ::testing::Values("Rotate90", "Rotate270", "Rotate90slow", "Rotate270slow"));
 
 INSTANTIATE_TEST_SUITE_P(Every, MappedTraffic,
                          ::testing::Combine(::testing::ValuesIn(kSettings),
