@@ -52,24 +52,28 @@ TARGET_AVX512 std::int32_t DrawMaskedAvx512(const MaskedPlan& plan, const std::u
     return width;
 }
 
-// The destination is brought into the order of host pixels, blended and brought back.
+// The destination is brought into the order of host pixels, blended and brought back. Each step's
+// destination is read before the step ahead of it is written: where steps don't fill a register,
+// a read would wait for the store that it overlaps, bytes that the masks leave out included.
 TARGET_AVX512 std::int32_t BlendMaskedAvx512(const MaskedPlan& plan, const std::uint8_t* picture,
                                              const std::uint8_t* mask, std::uint8_t* destination, std::int32_t width) {
     const __m512i index = _mm512_loadu_si512(plan.index);
     const __m512i inverse = _mm512_loadu_si512(plan.inverse);
     const __m512i flip = _mm512_set1_epi8(static_cast<char>(plan.flip));
+    const std::int64_t step = kStep * plan.layout.pixelSize;
+    __m512i before = _mm512_maskz_loadu_epi8(WrittenMask(plan, width), destination);
     for (std::int64_t left = width; left > 0; left -= kStep) {
         const __mmask64 read = HostMask(left);
         const __mmask64 written = WrittenMask(plan, left);
+        const __m512i next = _mm512_maskz_loadu_epi8(WrittenMask(plan, left - kStep), destination + step);
         const __m512i colors = _mm512_maskz_loadu_epi8(read, picture);
         const __m512i keep = _mm512_xor_si512(_mm512_maskz_loadu_epi8(read, mask), flip);
-        const __m512i before =
-            _mm512_maskz_permutexvar_epi8(read, inverse, _mm512_maskz_loadu_epi8(written, destination));
-        const __m512i blended = BlendBytes(keep, before, colors);
+        const __m512i blended = BlendBytes(keep, _mm512_maskz_permutexvar_epi8(read, inverse, before), colors);
         _mm512_mask_storeu_epi8(destination, written, _mm512_maskz_permutexvar_epi8(written, index, blended));
+        before = next;
         picture += 64;
         mask += 64;
-        destination += kStep * plan.layout.pixelSize;
+        destination += step;
     }
     return width;
 }
