@@ -4,25 +4,13 @@
 #include <map>
 
 #include "host/ReferenceJson.h"
-#include "host/Runtime.h"
+#include "host/Spelling.h"
 
 namespace host {
 
 namespace {
 
 // --- Texts of members ---------------------------------------------------------------------
-
-// A class's own spelling of its name, where a declaration spells it otherwise.
-void Spell(Type& type) {
-    const Class* known = type.className.empty() ? nullptr : Runtime::Get().FindClass(type.className);
-    if (known) type.className = known->name();
-}
-
-Declaration Spelled(Declaration declaration) {
-    Spell(declaration.result);
-    for (Parameter& parameter : declaration.parameters) Spell(parameter.type);
-    return declaration;
-}
 
 std::string Joined(const std::vector<std::string>& parts) {
     std::string text;
@@ -48,17 +36,13 @@ std::string Marks(const Property& property) {
 }
 
 std::string TextOf(const Method& method, const Class& type) {
-    const Declaration declaration = Spelled(method.declaration);
+    const Declaration declaration = SpelledTypes(method.declaration);
     const std::string text = DeclarationText(declaration);
     if (IsConstructor(method)) return "New " + type.name() + text.substr(declaration.name.size());
     return method.shared ? type.name() + "." + text : text;
 }
 
-std::string TextOf(const Property& property) {
-    Type type = property.type;
-    Spell(type);
-    return property.name + " As " + TypeText(type);
-}
+std::string TextOf(const Property& property) { return property.name + " As " + TypeText(SpelledType(property.type)); }
 
 // --- Lines ----------------------------------------------------------------------------------
 
@@ -171,7 +155,7 @@ void WriteProperties(Page& page, const Class& type) {
 void WriteEvents(Page& page, const Class& type) {
     if (type.events().empty()) return;
     page.Heading("Events");
-    for (const Event& event : type.events()) page.Entry(DeclarationText(Spelled(event.declaration)), "");
+    for (const Event& event : type.events()) page.Entry(DeclarationText(SpelledTypes(event.declaration)), "");
 }
 
 // A name up to its second capital letter or its first digit: "Scale" of "ScaleCubic".
@@ -251,7 +235,7 @@ void WriteMember(Page& page, const Class& type, std::string_view name) {
         if (SameName(property.name, name)) page.Entry(TextOf(property), Marks(property));
     for (const Event& event : type.events())
         if (SameName(event.declaration.name, name))
-            page.Entry("Event " + DeclarationText(Spelled(event.declaration)), "");
+            page.Entry("Event " + DeclarationText(SpelledTypes(event.declaration)), "");
     for (const Constant& constant : type.constants())
         if (SameName(constant.name, name)) page.Entry(constant.name + " = " + Describe(constant.value), "");
 }

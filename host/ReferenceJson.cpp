@@ -3,6 +3,7 @@
 #include <functional>
 
 #include "host/Json.h"
+#include "host/Spelling.h"
 
 namespace host {
 
@@ -34,12 +35,12 @@ void WriteValue(JsonWriter& json, const Value& value) {
 
 void WriteDeclaration(JsonWriter& json, const Declaration& declaration) {
     json.Key("name").Text(declaration.name);
-    json.Key("declaration").Text(DeclarationText(declaration));
+    json.Key("declaration").Text(DeclarationText(SpelledTypes(declaration)));
     json.Key("parameters").BeginArray();
     for (const Parameter& parameter : declaration.parameters) {
         json.BeginObject();
         json.Key("name").Text(parameter.name);
-        json.Key("type").Text(TypeText(parameter.type));
+        json.Key("type").Text(TypeText(SpelledType(parameter.type)));
         json.Key("optional").Boolean(parameter.optional);
         if (parameter.optional) WriteValue(json.Key("default"), parameter.defaultValue);
         json.EndObject();
@@ -49,7 +50,7 @@ void WriteDeclaration(JsonWriter& json, const Declaration& declaration) {
     if (declaration.result.kind == Kind::None)
         json.Null();
     else
-        json.Text(TypeText(declaration.result));
+        json.Text(TypeText(SpelledType(declaration.result)));
 }
 
 void WriteMethods(JsonWriter& json, const char* key, const std::deque<Method>& methods, const Wanted& wanted) {
@@ -81,7 +82,7 @@ void WriteProperties(JsonWriter& json, const Class& type, const Wanted& wanted) 
         if (!wanted(property.name)) continue;
         json.BeginObject();
         json.Key("name").Text(property.name);
-        json.Key("type").Text(TypeText(property.type));
+        json.Key("type").Text(TypeText(SpelledType(property.type)));
         WriteAccess(json.Key("read"), property.getter);
         WriteAccess(json.Key("write"), property.setter);
         json.Key("flags").Number(std::int64_t{property.flags});

@@ -68,8 +68,13 @@ TEST(Check, FindsAReferenceThatIsKept) {
                 AllOf(HasSubstr("FAILED  references"), HasSubstr("1 object (the newest a Faulty) left alive")));
 }
 
+// Under the address sanitizer the second release ends the process.
 TEST(Check, FindsAReferenceGivenUpTooOften) {
+#if defined(__SANITIZE_ADDRESS__)
+    EXPECT_THAT(LinesOf(3), AllOf(HasSubstr("FAILED  calls"), HasSubstr("p.Link(other1)\n")));
+#else
     EXPECT_THAT(LinesOf(3), AllOf(HasSubstr("FAILED  references"), HasSubstr("p.Link(other1)\n")));
+#endif
 }
 
 TEST(Check, FindsAWritePastABlock) {

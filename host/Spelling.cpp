@@ -1,0 +1,19 @@
+#include "host/Spelling.h"
+
+#include "host/Runtime.h"
+
+namespace host {
+
+Type SpelledType(Type type) {
+    const Class* known = type.className.empty() ? nullptr : Runtime::Get().FindClass(type.className);
+    if (known) type.className = known->name();
+    return type;
+}
+
+Declaration SpelledTypes(Declaration declaration) {
+    declaration.result = SpelledType(declaration.result);
+    for (Parameter& parameter : declaration.parameters) parameter.type = SpelledType(parameter.type);
+    return declaration;
+}
+
+}  // namespace host
