@@ -8,7 +8,6 @@
 
 namespace tqx {
 
-inline bool ScaleFast(sdk::Object*, sdk::Object*, std::int32_t, std::int32_t) { return {}; }
 inline sdk::Object* Rotate(sdk::Object*, double, std::int32_t, std::int32_t, std::int32_t, std::int32_t, std::int32_t) {
     return {};
 }

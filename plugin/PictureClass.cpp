@@ -24,6 +24,7 @@
 #include "filters/Unsharp.h"
 #include "geometry/Mirrors.h"
 #include "geometry/Scale.h"
+#include "geometry/ScaleFast.h"
 #include "geometry/Turns.h"
 #include "interop/CopyGWorld.h"
 #include "interop/CopyPicture.h"

@@ -1,0 +1,131 @@
+#include "geometry/ScaleFast.h"
+
+#include <algorithm>
+#include <optional>
+
+#include "buffer/FormatConversion.h"
+#include "buffer/PixelBuffer.h"
+#include "buffer/RowPairs.h"
+#include "buffer/Saturate.h"
+#include "rows/Convert.h"
+#include "rows/Nearest.h"
+
+namespace tqx {
+
+namespace {
+
+// The conversion from the source's pixels. Gray with alpha leaves the alpha of colours: intended.
+std::optional<rows::Conversion> ChooseScaling(const PixelBuffer& source, const PixelBuffer& destination) {
+    auto conversion = ChooseConversion(source, destination);
+    if (conversion && !source.IsRGB && destination.IsRGB) conversion->alpha = rows::AlphaRule::Leave;
+    return conversion;
+}
+
+// Picks and converts the pixels of rows, some at a time through packed pixels. The columns of the
+// first of them are kept, which for most pictures are all.
+class RowScaler {
+  public:
+    RowScaler(const rows::Conversion& conversion, std::int32_t sourceWidth, std::int32_t width)
+        : whole_(rows::PlanConversion(conversion)),
+          step_(static_cast<double>(sourceWidth) / width),
+          sourceWidth_(sourceWidth),
+          width_(width) {
+        picks_ = whole_.from.IsCompact() && whole_.from.size <= 4;
+        if (picks_) packed_ = rows::PlanConversion(Packed(conversion));
+    }
+
+    void Scale(const std::uint8_t* source, std::uint8_t* destination) {
+        const std::int32_t extent = std::max(sourceWidth_, width_);
+        if (picks_ && rows::AreDisjoint(whole_.from, source, whole_.to, destination, extent))
+            ScalePicked(source, destination);
+        else
+            ScaleInOrder(source, destination);
+    }
+
+  private:
+    static constexpr std::int32_t kPixelsATime = 512;
+    static constexpr std::int32_t kColumnsKept = 8192;
+
+    // The definition: each pixel is read when its turn comes.
+    void ScaleInOrder(const std::uint8_t* source, std::uint8_t* destination) const {
+        for (std::int32_t x = 0; x < width_; ++x)
+            rows::ConvertRow(whole_, source + std::int64_t{ColumnOf(x)} * whole_.from.pixelSize,
+                             destination + std::int64_t{x} * whole_.to.pixelSize, 1);
+    }
+
+    void ScalePicked(const std::uint8_t* source, std::uint8_t* destination) {
+        alignas(64) std::uint8_t picked[kPixelsATime * 4];
+        for (std::int32_t x = 0; x < width_; x += kPixelsATime) {
+            const std::int32_t count = std::min(kPixelsATime, width_ - x);
+            rows::PickPixels(whole_.from, source, sourceWidth_, Columns(x, count), count, picked);
+            rows::ConvertRow(packed_, picked, destination + std::int64_t{x} * whole_.to.pixelSize, count);
+        }
+    }
+
+    std::int32_t ColumnOf(std::int32_t x) const { return static_cast<std::int32_t>(step_ * x); }
+
+    // The source columns of x .. x + count - 1. The last place serves those that are not kept.
+    const std::int32_t* Columns(std::int32_t x, std::int32_t count) {
+        const std::int32_t end = x + count;
+        if (end <= known_) return columns_ + x;
+        const bool keeps = end <= kColumnsKept;
+        std::int32_t* const to = keeps ? columns_ + x : columns_ + kColumnsKept;
+        for (std::int32_t i = 0; i < count; ++i) to[i] = ColumnOf(x + i);
+        if (keeps) known_ = end;
+        return to;
+    }
+
+    static rows::Conversion Packed(rows::Conversion conversion) {
+        const rows::PixelSpan span =
+            rows::SpanOf(conversion.from.pixelSize, conversion.from.offset, rows::ChannelCount(conversion.fromSet));
+        for (int i = 0; i < rows::ChannelCount(conversion.fromSet); ++i) conversion.from.offset[i] -= span.offset;
+        conversion.from.pixelSize = rows::PickedPixelSize(span);
+        return conversion;
+    }
+
+    rows::ConversionPlan whole_;
+    rows::ConversionPlan packed_{};  // from picked pixels
+    double step_;
+    std::int32_t sourceWidth_;
+    std::int32_t width_;
+    bool picks_ = false;
+    std::int32_t known_ = 0;  // columns kept so far
+    std::int32_t columns_[kColumnsKept + kPixelsATime];
+};
+
+bool BeginScaling(PixelBuffer& source, PixelBuffer& destination) {
+    if (!IsUsable(source) || !IsUsable(destination)) return false;
+    const StorageWatch destinationWatch(destination);
+    const StorageWatch sourceWatch(source);
+    return YieldAndKeep(source, sourceWatch) && destinationWatch.Holds() &&
+           YieldAndKeep(destination, destinationWatch) && sourceWatch.Holds();
+}
+
+void ScaleRows(PixelBuffer& source, PixelBuffer& destination, const rows::Conversion& conversion, std::int32_t width,
+               std::int32_t height) {
+    RowScaler scaler(conversion, source.Width, width);
+    const StorageWatch sourceWatch(source), destinationWatch(destination);
+    RowPairs pairs(source, destination);
+    const double step = static_cast<double>(source.Height) / height;
+    for (std::int32_t y = 0; y < height; ++y) {
+        if (const RowPair pair = pairs.At(Truncate(step * y), y)) scaler.Scale(pair.source, pair.destination);
+        if (!YieldAndKeep(destination, destinationWatch) || !sourceWatch.Holds()) return;
+    }
+}
+
+}  // namespace
+
+bool ScaleFast(sdk::Object* self, sdk::Object* sourceObject, std::int32_t width, std::int32_t height) {
+    if (!sourceObject) return false;
+    PixelBuffer& source = *BufferOf(sourceObject);
+    PixelBuffer& destination = *BufferOf(self);
+    if (!destination.Valid || !source.Valid) return false;
+    width = std::min(width, destination.Width);
+    height = std::min(height, destination.Height);
+    const auto conversion = ChooseScaling(source, destination);
+    if (width <= 0 || height <= 0 || !conversion || !BeginScaling(source, destination)) return false;
+    if (source.Width > 0 && source.Height > 0) ScaleRows(source, destination, *conversion, width, height);
+    return true;
+}
+
+}  // namespace tqx

@@ -1,0 +1,216 @@
+#include <limits>
+
+#include "tests/support/Interpose.h"
+#include "tests/support/Scene.h"
+
+namespace {
+
+using namespace support;
+
+constexpr int kRGB = 1, kRGBA = 2, kG = 11, kGA = 12, kScaling = 14;
+constexpr int kMost = std::numeric_limits<int>::max(), kLeast = std::numeric_limits<int>::min();
+
+// --- Plain reference --------------------------------------------------------------------------
+
+void ScalePixel(const ModelPicture& source, const std::uint8_t* from, const ModelPicture& dest, std::uint8_t* to) {
+    const int red = source.isRGB ? from[source.red] : from[source.gray];
+    const int green = source.isRGB ? from[source.green] : from[source.gray];
+    const int blue = source.isRGB ? from[source.blue] : from[source.gray];
+    const int luma = source.isRGB ? (77 * red + 151 * green + 28 * blue) >> 8 : red;
+    const std::uint8_t alpha = source.hasAlpha ? from[source.alpha] : 0;
+    if (dest.isRGB) {
+        to[dest.red] = static_cast<std::uint8_t>(red);
+        to[dest.green] = static_cast<std::uint8_t>(green);
+        to[dest.blue] = static_cast<std::uint8_t>(blue);
+    } else {
+        to[dest.gray] = static_cast<std::uint8_t>(luma);
+    }
+    const bool copiesAlpha = source.hasAlpha && dest.hasAlpha && (source.isRGB || dest.isGray);
+    if (copiesAlpha) to[dest.alpha] = alpha;
+}
+
+bool ReferenceScale(const ModelPicture& dest, const ModelPicture& source, int width, int height) {
+    width = std::min(width, dest.width);
+    height = std::min(height, dest.height);
+    if (width <= 0 || height <= 0 || source.height == 0) return false;
+    if (!(source.isRGB || source.isGray) || !(dest.isRGB || dest.isGray)) return false;
+    const double xstep = static_cast<double>(source.width) / width, ystep = static_cast<double>(source.height) / height;
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) {
+            const int sx = static_cast<int>(xstep * x), sy = static_cast<int>(ystep * y);
+            if (source.Row(sy) && dest.Row(y)) ScalePixel(source, source.Pixel(sx, sy), dest, dest.Pixel(x, y));
+        }
+    return true;
+}
+
+class ScaleFastEverywhere : public PluginTest, public ::testing::WithParamInterface<int> {};
+
+TEST_P(ScaleFastEverywhere, PicksAndConvertsFromEveryFormat) {
+    Scene scene(static_cast<std::uint64_t>(GetParam()));
+    Random& random = scene.random();
+    for (int format = 1; format < kFormatCount; ++format)
+        for (int round = 0; round < 8; ++round) {
+            scene.Clear();
+            const int large = random.Below(10) == 0 ? 700 : 50;
+            const Twin source =
+                scene.Kind(random.Below(Scene::kKinds), random.Between(1, large), random.Between(1, 9), format);
+            const Twin dest =
+                scene.Kind(random.Below(Scene::kKinds), random.Between(1, large), random.Between(1, 9), GetParam());
+            const int width = random.Between(1, large + 3), height = random.Between(1, 12);
+            EXPECT_EQ(CallBool(dest.live, "ScaleFast", source.live, width, height),
+                      ReferenceScale(dest.model, source.model, width, height));
+            ASSERT_TRUE(scene.Same()) << "from " << kFormats[format].name << " to " << width << " x " << height;
+        }
+}
+
+TEST_P(ScaleFastEverywhere, ReadsPixelsWhenTheirTurnComesWithinOnePicture) {
+    Scene scene(static_cast<std::uint64_t>(GetParam()) + 50);
+    Random& random = scene.random();
+    for (int round = 0; round < 40; ++round) {
+        scene.Clear();
+        const Twin root = scene.Memory(random.Between(2, 80), random.Between(2, 8), GetParam());
+        const auto view = [&] {
+            switch (random.Below(4)) {
+                case 0:
+                    return scene.View(root, "MirroredView");
+                case 1:
+                    return scene.View(root, "ClipImage", 1, 1, 60, 5);
+                default:
+                    return root;
+            }
+        };
+        const Twin source = view(), dest = view();
+        const int width = random.Between(1, 80), height = random.Between(1, 8);
+        CallBool(dest.live, "ScaleFast", source.live, width, height);
+        ReferenceScale(dest.model, source.model, width, height);
+        ASSERT_TRUE(scene.Same()) << "round " << round;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, ScaleFastEverywhere, ::testing::Range(1, kFormatCount), CodeName);
+
+class ScaleFast : public PluginTest {
+  protected:
+    Bytes Row(const Bytes& pixels, int width) {
+        auto source = New("PictureTQX", static_cast<int>(pixels.size()), 1, kG);
+        WritePixels(source, pixels);
+        auto dest = New("PictureTQX", width, 1, kG);
+        EXPECT_TRUE(CallBool(dest, "ScaleFast", source, width, 1));
+        return ReadPixels(dest);
+    }
+};
+
+TEST_F(ScaleFast, PicksThePixelAboveAndToTheLeft) {
+    EXPECT_EQ(Row({1, 2, 3, 4}, 2), (Bytes{1, 3}));
+    EXPECT_EQ(Row({0, 1, 2, 3, 4, 5, 6, 7, 8}, 6), (Bytes{0, 1, 3, 4, 6, 7}));
+    EXPECT_EQ(Row({9}, 5), Bytes(5, 9));
+    EXPECT_EQ(Row({1, 2}, 5), (Bytes{1, 1, 1, 2, 2}));
+}
+
+TEST_F(ScaleFast, CutsTheSizeToItsOwnAndLeavesTheRest) {
+    Scene scene(1);
+    const Twin source = scene.Memory(9, 7, kRGB), dest = scene.Memory(6, 5, kRGB);
+    EXPECT_TRUE(CallBool(dest.live, "ScaleFast", source.live, kMost, kMost));
+    ReferenceScale(dest.model, source.model, 6, 5);
+    EXPECT_TRUE(scene.Same());
+    EXPECT_TRUE(CallBool(dest.live, "ScaleFast", source.live, 2, 3));
+    ReferenceScale(dest.model, source.model, 2, 3);
+    EXPECT_TRUE(scene.Same());
+}
+
+TEST_F(ScaleFast, LeavesAlphaOfColorsScaledFromGrayWithAlpha) {
+    auto source = New("PictureTQX", 1, 1, kGA);
+    WritePixels(source, {50, 60});
+    auto dest = New("PictureTQX", 1, 1, kRGBA);
+    WritePixels(dest, {1, 2, 3, 4});
+    EXPECT_TRUE(CallBool(dest, "ScaleFast", source, 1, 1));
+    EXPECT_EQ(ReadPixels(dest), (Bytes{50, 50, 50, 4}));
+}
+
+// Wider than the columns that are kept from row to row.
+TEST_F(ScaleFast, ScalesVeryWidePictures) {
+    Scene scene(2);
+    const Twin source = scene.Memory(7001, 2, kRGB), dest = scene.Memory(19001, 3, kRGBA);
+    EXPECT_TRUE(CallBool(dest.live, "ScaleFast", source.live, 19001, 3));
+    ReferenceScale(dest.model, source.model, 19001, 3);
+    EXPECT_TRUE(scene.Same());
+}
+
+TEST_F(ScaleFast, WorksOnMappedPictures) {
+    Scene scene(3);
+    const Twin source = scene.Mapped(30, 20, kRGB, ScratchPath("source")),
+               dest = scene.Mapped(50, 9, kG, ScratchPath("dest"));
+    EXPECT_TRUE(CallBool(dest.live, "ScaleFast", source.live, 50, 9));
+    ReferenceScale(dest.model, source.model, 50, 9);
+    EXPECT_TRUE(CallBool(source.live, "ScaleFast", source.live, 20, 30));
+    ReferenceScale(source.model, source.model, 20, 30);
+    EXPECT_TRUE(scene.Same());
+}
+
+TEST_F(ScaleFast, RefusesWhatItCannotScale) {
+    Scene scene(4);
+    const Twin dest = scene.Memory(4, 4, kRGB), source = scene.Memory(3, 3, kRGB);
+    auto closed = New("PictureTQX", 3, 3, kRGB);
+    Call(closed, "Close");
+    EXPECT_FALSE(CallBool(dest.live, "ScaleFast", nullptr, 2, 2));
+    EXPECT_FALSE(CallBool(dest.live, "ScaleFast", closed, 2, 2));
+    EXPECT_FALSE(CallBool(closed, "ScaleFast", source.live, 2, 2));
+    EXPECT_FALSE(CallBool(dest.live, "ScaleFast", New("PictureTQX", 3, 3, 0), 2, 2));
+    EXPECT_FALSE(CallBool(dest.live, "ScaleFast", scene.Memory(3, 3, kScaling).live, 2, 2));
+    EXPECT_FALSE(CallBool(scene.Memory(3, 3, kScaling).live, "ScaleFast", source.live, 2, 2));
+    EXPECT_FALSE(CallBool(dest.live, "ScaleFast", New("PictureTQX", 3, 0, kRGB), 2, 2));
+    for (const int size : {0, -1, kLeast}) {
+        EXPECT_FALSE(CallBool(dest.live, "ScaleFast", source.live, size, 2));
+        EXPECT_FALSE(CallBool(dest.live, "ScaleFast", source.live, 2, size));
+    }
+    EXPECT_TRUE(scene.Same());
+}
+
+TEST_F(ScaleFast, GivesTrueAndWritesNothingFromAPictureWithoutPixels) {
+    Scene scene(5);
+    const Twin dest = scene.Memory(4, 4, kRGB), root = scene.Memory(5, 5, kRGB);
+    EXPECT_TRUE(CallBool(dest.live, "ScaleFast", New("PictureTQX", 0, 3, kRGB), 2, 2));
+    EXPECT_TRUE(CallBool(dest.live, "ScaleFast", scene.View(root, "ClipImage", 9, 0, 2, 2).live, 2, 2));
+    EXPECT_TRUE(CallBool(dest.live, "ScaleFast", scene.View(root, "ClipImage", 0, 9, 2, 2).live, 2, 2));
+    EXPECT_TRUE(scene.Same());
+}
+
+TEST_F(ScaleFast, YieldsForBothFirstAndForItselfAfterEachRow) {
+    FakeClock clock(100);
+    clock.AdvancePerReading(10);
+    auto source = New("PictureTQX", 4, 4, kRGB), dest = New("PictureTQX", 4, 4, kRGB);
+    const auto yields = [&] {
+        const auto before = CallsOf("REALYieldToRB");
+        CallBool(dest, "ScaleFast", source, 4, 4);
+        return CallsOf("REALYieldToRB") - before;
+    };
+    Set(source, "YieldTicks", Value(1));
+    EXPECT_EQ(yields(), 1);
+    Set(dest, "YieldTicks", Value(1));
+    EXPECT_EQ(yields(), 6);
+}
+
+TEST_F(ScaleFast, EndsWhenAYieldTakesEitherPicture) {
+    FakeClock clock(100);
+    clock.AdvancePerReading(10);
+    for (const int at : {1, 2, 4})
+        for (const bool ofSource : {false, true})
+            for (const bool rebuilds : {false, true}) {
+                auto source = New("PictureTQX", 40, 9, kRGB), dest = New("PictureTQX", 40, 9, kRGB);
+                Set(source, "YieldTicks", Value(1));
+                Set(dest, "YieldTicks", Value(1));
+                int yields = 0;
+                const OnYield interrupt([&] {
+                    if (++yields != at) return;
+                    const auto& picture = ofSource ? source : dest;
+                    if (rebuilds)
+                        Call(picture, "Constructor", 1, 1, kG);
+                    else
+                        Call(picture, "Close");
+                });
+                CallBool(dest, "ScaleFast", source, 40, 9);
+                EXPECT_EQ(yields, at);
+            }
+}
+
+}  // namespace
