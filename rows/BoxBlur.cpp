@@ -47,13 +47,13 @@ void BlurStretch(const WindowStretch& stretch, int channels, std::int32_t size, 
     BlurStretchPlain(stretch, channels, size, sums);
 }
 
-// One pixel, many times over, to stand for those beyond an end.
+// A pixel `count` times over, to stand for those beyond an end.
 struct RepeatedPixel {
-    static constexpr std::int32_t kPixels = 256;
-    std::uint8_t bytes[kPixels * 4];
+    static constexpr std::int32_t kMost = 256;
+    std::uint8_t bytes[kMost * 4];
 
-    RepeatedPixel(const std::uint8_t* pixel, int channels) {
-        for (std::int32_t i = 0; i < kPixels * channels; ++i) bytes[i] = pixel[i % channels];
+    RepeatedPixel(const std::uint8_t* pixel, int channels, std::int32_t count) {
+        for (std::int32_t i = 0; i < count; ++i) std::copy_n(pixel, channels, bytes + i * channels);
     }
 };
 
@@ -83,18 +83,20 @@ void BlurRow(const std::uint8_t* row, int channels, std::int32_t width, std::int
     const std::uint8_t* const last = row + (std::int64_t{width} - 1) * channels;
     const std::int32_t inside = std::min(radius, width - 1);  // pixels right of the first that its window meets
     std::int32_t sums[4] = {};
-    AddRow(row, radius + 1, channels, sums);
-    for (std::int64_t x = 1; x <= inside; ++x) AddRow(row + x * channels, 1, channels, sums);
-    AddRow(last, radius - inside, channels, sums);
+    for (int channel = 0; channel < channels; ++channel) {
+        sums[channel] = row[channel] * (radius + 1) + last[channel] * (radius - inside);
+        for (std::int64_t x = 1; x <= inside; ++x) sums[channel] += row[x * channels + channel];
+    }
 
     // Stretches in which each side is either within the row or beyond its end throughout.
-    const RepeatedPixel left(row, channels), right(last, channels);
+    const std::int32_t repeated = std::min({RepeatedPixel::kMost, radius + 1, width});
+    const RepeatedPixel left(row, channels, repeated), right(last, channels, repeated);
     const std::int64_t leavingBegins = std::int64_t{radius} + 1;         // before, the first pixel leaves
     const std::int64_t enteringEnds = std::int64_t{width} - 1 - radius;  // from here on the last one enters
     for (std::int64_t x = 0; x < width;) {
         const bool leaves = x >= leavingBegins, enters = x < enteringEnds;
-        std::int64_t end = leaves ? width : std::min<std::int64_t>(leavingBegins, x + RepeatedPixel::kPixels);
-        end = std::min(end, enters ? enteringEnds : x + RepeatedPixel::kPixels);
+        std::int64_t end = leaves ? width : std::min<std::int64_t>(leavingBegins, x + repeated);
+        end = std::min(end, enters ? enteringEnds : x + repeated);
         end = std::min<std::int64_t>(end, width);
         BlurStretch(
             {leaves ? row + (x - radius) * channels : left.bytes,
