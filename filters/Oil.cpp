@@ -1,7 +1,7 @@
 #include "filters/Oil.h"
 
 #include <algorithm>
-#include <vector>
+#include <span>
 
 #include "buffer/Destination.h"
 #include "buffer/Sharing.h"
@@ -80,7 +80,7 @@ class Painter {
 // Slides the neighbourhood along row y: samples come in on the right and go out on the left. In
 // place each painted pixel takes its old one's place in the row's copy and in the histograms.
 template <rows::ChannelSet Set>
-void PaintRow(Painter<Set>& painter, const std::vector<std::uint8_t*>& around, std::uint8_t* centre, std::int64_t range,
+void PaintRow(Painter<Set>& painter, std::span<std::uint8_t* const> around, std::uint8_t* centre, std::int64_t range,
               std::int32_t width, std::uint8_t* result, bool inPlace) {
     constexpr int kChannels = Painter<Set>::kChannels;
     const auto addColumn = [&](std::int64_t x) {
@@ -115,17 +115,18 @@ bool PaintByRows(const Operation& operation, std::int32_t levels, std::int64_t r
     const PackedRows rows(operation, PackedOrder::OfTheSet);
     RowRing ring(rows, range < 0 ? 1 : 2 * range + 1, rows.Width());
     const platform::PixelBlock result(rows.BytesOf(rows.Width()));
-    if (!ring || !result) return false;
+    const platform::PixelBlock addresses(ring.Capacity() * static_cast<std::int64_t>(sizeof(std::uint8_t*)));
+    if (!ring || !result || !addresses) return false;
     Painter<Set> painter(levels);
-    std::vector<std::uint8_t*> around;
+    auto* const around = reinterpret_cast<std::uint8_t**>(addresses.Bytes());
     for (std::int32_t y = 0; y < rows.Height(); ++y) {
         const Neighbours lines = NeighboursOf(y, range, rows.Height());
-        around.clear();
+        std::size_t present = 0;
         for (std::int64_t line = lines.first; line <= lines.last; ++line)
-            if (std::uint8_t* const row = ring.Row(line)) around.push_back(row);
+            if (std::uint8_t* const row = ring.Row(line)) around[present++] = row;
         std::uint8_t* const centre = ring.Row(y);
         if (!centre) continue;
-        PaintRow(painter, around, centre, range, rows.Width(), result.Bytes(), inPlace);
+        PaintRow(painter, {around, present}, centre, range, rows.Width(), result.Bytes(), inPlace);
         rows.Write(y, 0, rows.Width(), result.Bytes());
         painter.KeepBlue();
     }

@@ -198,6 +198,18 @@ TEST_F(BoxBlur, IterationsEndWithTheFirstThatGivesNothing) {
     EXPECT_EQ(failing.calls(), 3);
 }
 
+// Rows that were overwritten are kept only so far; then the columns are blurred strip by strip.
+TEST_F(BoxBlur, BlursLargePicturesInPlaceByStrips) {
+    const auto picture = New("PictureTQX", 4300, 4000, 11);
+    for (int y = 0; y < 4000; ++y) {
+        std::uint8_t* const row = RowAddress(picture, y);
+        for (int x = 0; x < 4300; ++x) row[x] = static_cast<std::uint8_t>(x * 7 + y * y / 16 + x * y / 512);
+    }
+    const auto expected = CallObject(picture, "BoxBlurFilter", nullptr, 4000.0);
+    EXPECT_EQ(CallObject(picture, "BoxBlurFilter", picture, 4000.0), picture);
+    for (int y = 0; y < 4000; y += 37) ASSERT_TRUE(SameBytes(ReadRow(picture, y), ReadRow(expected, y))) << y;
+}
+
 // No allocation that fails leaves half a blur behind.
 TEST_F(BoxBlur, LeavesTheDestinationWhenMemoryIsShort) {
     const auto picture = New("PictureTQX", 600, 40, 1);

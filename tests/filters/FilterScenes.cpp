@@ -121,6 +121,9 @@ void AddSharing(SceneList& list, const Format& format, int w, int h) {
     list.Shared("in place through a whole clip", w, h, format.code, Itself, Method("ClipImage"));
     list.Shared("clip in place", w, h, format.code, Clip(2, 1, w - 3, h - 2), Clip(2, 1, w - 3, h - 2));
     list.Shared("mirrored in place", w, h, format.code, Method("MirroredView"), Method("MirroredView"));
+    list.Shared("onto its own left part", w, h, format.code, Itself, Clip(0, 0, w - 2, h));
+    list.Shared("onto its own upper part", w, h, format.code, Itself, Clip(0, 0, w, h - 2));
+    list.Shared("left part onto the whole", w, h, format.code, Clip(0, 0, w - 2, h), Itself);
     list.Shared("onto its mirror", w, h, format.code, Itself, Method("MirroredView"));
     list.Shared("shifted right and down", w, h, format.code, Clip(0, 0, w - 1, h - 1), Clip(1, 1, w - 1, h - 1));
     list.Shared("shifted left and up", w, h, format.code, Clip(1, 1, w - 1, h - 1), Clip(0, 0, w - 1, h - 1));

@@ -1,6 +1,7 @@
 #include <climits>
 
 #include "tests/filters/FilterScenes.h"
+#include "tests/support/Interpose.h"
 
 namespace {
 
@@ -137,6 +138,22 @@ TEST_F(OilPaint, RefusesLevelsBelowOne) {
         EXPECT_FALSE(CallObject(picture, "OilFilter", picture, levels, 1));
     }
     EXPECT_FALSE(CallObject(New("PictureTQX", 4, 4, 0), "OilFilter", nullptr, 20, 1));
+}
+
+// Without room for copies of rows it goes pixel by pixel.
+TEST_F(OilPaint, PaintsTheSameWhenMemoryIsShort) {
+    const auto picture = New("PictureTQX", 300, 12, 1);
+    FillRandom(picture, 4);
+    const auto expected = ReadPixels(CallObject(picture, "OilFilter", nullptr, 30, 2));
+    int nth = 1;
+    for (;; ++nth) {
+        const auto destination = New("PictureTQX", 300, 12, 1);
+        const FailingCall failing(SystemCall::Calloc, nth);
+        CallObject(picture, "OilFilter", destination, 30, 2);
+        if (failing.failed() == 0) break;
+        ASSERT_TRUE(SameBytes(ReadPixels(destination), expected)) << nth;
+    }
+    EXPECT_GE(nth, 3);
 }
 
 TEST_F(OilPaint, WithoutSamplesIsBlack) {
