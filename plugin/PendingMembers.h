@@ -8,8 +8,5 @@
 
 namespace tqx {
 
-inline sdk::Object* Rotate(sdk::Object*, double, std::int32_t, std::int32_t, std::int32_t, std::int32_t, std::int32_t) {
-    return {};
-}
 
 }  // namespace tqx

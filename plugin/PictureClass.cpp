@@ -23,6 +23,7 @@
 #include "filters/ToneCurves.h"
 #include "filters/Unsharp.h"
 #include "geometry/Mirrors.h"
+#include "geometry/Rotate.h"
 #include "geometry/Scale.h"
 #include "geometry/ScaleFast.h"
 #include "geometry/Turns.h"

@@ -1,0 +1,243 @@
+#include "geometry/ColumnShear.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstring>
+
+#include "buffer/RowPairs.h"
+#include "platform/PixelMemory.h"
+#include "rows/Move.h"
+#include "rows/Skew.h"
+
+namespace tqx {
+
+namespace {
+
+// How far a column goes: whole rows, and the part of a value that is left for the next one.
+struct Distance {
+    std::int64_t offset;
+    double weight;
+};
+
+Distance DistanceOf(double position) {
+    const double whole = std::floor(position);
+    return {static_cast<std::int64_t>(whole), position - whole};
+}
+
+// --- Strips ---------------------------------------------------------------------------------------
+
+// Wide enough to amortise a row address, narrow enough for the rows it keeps to stay in the second
+// cache; of a mapped picture each strip walks all windows, so there are fewer.
+constexpr std::int32_t kStripColumns = 128;
+constexpr std::int32_t kMappedStripColumns = 512;
+
+// Columns that go equally far.
+struct Run {
+    std::int32_t first;
+    std::int32_t end;
+    std::int64_t offset;
+};
+
+// A strip of columns. The source's rows come in from the top, are sheared as they come, all columns
+// at once, and wait in a ring until the destination's rows that take them are assembled.
+class Strip {
+  public:
+    // `block` has BytesFor(columns) bytes.
+    Strip(PixelBuffer& source, PixelBuffer& destination, const ShearedChannels& channels, std::int32_t columns,
+          std::uint8_t* block)
+        : source_(source),
+          destination_(destination),
+          pixelSize_(PackedSize(channels.set)),
+          pack_(rows::PlanMoves(rows::MovesBetween(channels.set, LayoutOf(source, channels.set), Packed()))),
+          unpack_(rows::PlanMoves(rows::MovesBetween(channels.set, Packed(), LayoutOf(destination, channels.set)))),
+          most_(columns),
+          ring_(block) {
+        std::memcpy(background_, channels.background, sizeof(background_));
+    }
+
+    static std::int64_t BytesFor(std::int32_t columns) { return RingRows(columns) * columns * kMostBytes; }
+
+    // Shears columns x .. x + count - 1; gives the position of the column after them.
+    double Shear(std::int32_t x, std::int32_t count, double position, double slope) {
+        x_ = x;
+        count_ = count;
+        position = Place(position, slope);
+        std::int64_t loaded = 0;
+        for (std::int32_t y = 0; y < destination_.Height; ++y) {
+            const std::int64_t needed = std::min<std::int64_t>(source_.Height, y - least_ + 1);
+            for (; loaded < needed; ++loaded) Load(static_cast<std::int32_t>(loaded));
+            if (std::uint8_t* const row = RowAddress(destination_, y)) {
+                Assemble(y);
+                const std::int32_t width = std::min(count_, destination_.Width - x_);
+                rows::MoveRow(unpack_, line_, row + std::int64_t{x_} * destination_.PixelSize, width);
+            }
+        }
+        return position;
+    }
+
+  private:
+    static constexpr std::int32_t kMostBytes = 4;  // of a packed pixel
+
+    // Neighbouring columns are at most sin 45° apart; one more row for the fractions.
+    static std::int64_t RingRows(std::int32_t columns) {
+        return static_cast<std::int64_t>(std::bit_ceil(static_cast<std::uint32_t>(columns * 3 / 4 + 2)));
+    }
+
+    static std::int32_t PackedSize(rows::ChannelSet set) { return rows::ChannelCount(set) == 1 ? 1 : 4; }
+
+    rows::PixelLayout Packed() const { return {pixelSize_, {0, 1, 2, 3}}; }
+
+    std::uint8_t* RingRow(std::int64_t row) {
+        return ring_ + (row & (RingRows(most_) - 1)) * std::int64_t{most_} * kMostBytes;
+    }
+
+    // The columns' distances, runs and what the background leaves.
+    double Place(double position, double slope) {
+        runs_ = 0;
+        for (std::int32_t j = 0; j < count_; ++j, position = position - slope) {
+            const Distance distance = DistanceOf(position);
+            for (std::int32_t c = 0; c < pixelSize_; ++c) {
+                weight_[j * pixelSize_ + c] = distance.weight;
+                left_[j * pixelSize_ + c] = rows::LeftOfSkew(distance.weight, background_[c]);
+            }
+            if (runs_ == 0 || run_[runs_ - 1].offset != distance.offset) run_[runs_++] = {j, j, distance.offset};
+            run_[runs_ - 1].end = j + 1;
+        }
+        least_ = std::min(run_[0].offset, run_[runs_ - 1].offset);
+        return position;
+    }
+
+    // Takes in a row of the source. One that is not there is marked as such.
+    void Load(std::int32_t y) {
+        std::uint8_t* const moved = RingRow(y);
+        const std::uint8_t* const row = RowAddress(source_, y);
+        there_[y & (RingRows(most_) - 1)] = row != nullptr;
+        if (!row) return;
+        rows::MoveRow(pack_, row + std::int64_t{x_} * source_.PixelSize, line_, count_);
+        rows::SkewColumns(weight_, line_, left_, moved, count_ * pixelSize_);
+        if (y + 1 < source_.Height) return;
+        // The blend of the background stands on the last pixel: intended.
+        for (std::int32_t i = 0; i < count_ * pixelSize_; ++i)
+            moved[i] = rows::EndOfSkew(weight_[i], background_[i % pixelSize_], left_[i]);
+    }
+
+    // Row y of the destination, packed.
+    void Assemble(std::int32_t y) {
+        if (pixelSize_ == 1)
+            AssembleOf<std::uint8_t>(y);
+        else
+            AssembleOf<std::uint32_t>(y);
+    }
+
+    template <class Pixel>
+    void AssembleOf(std::int32_t y) {
+        Pixel background;
+        std::memcpy(&background, background_, sizeof(background));
+        for (std::int32_t i = 0; i < runs_; ++i) {
+            const std::int64_t row = y - run_[i].offset;
+            const bool moved = row >= 0 && row < source_.Height && there_[row & (RingRows(most_) - 1)];
+            const std::uint8_t* const from = moved ? RingRow(row) : nullptr;
+            for (std::int64_t j = run_[i].first; j < run_[i].end; ++j) {
+                Pixel pixel = background;
+                if (moved) std::memcpy(&pixel, from + j * std::int64_t{sizeof(Pixel)}, sizeof(Pixel));
+                std::memcpy(line_ + j * std::int64_t{sizeof(Pixel)}, &pixel, sizeof(Pixel));
+            }
+        }
+    }
+
+    PixelBuffer& source_;
+    PixelBuffer& destination_;
+    std::int32_t pixelSize_;  // bytes of a packed pixel
+    rows::MovePlan pack_;
+    rows::MovePlan unpack_;
+    std::uint8_t background_[4];
+    std::int32_t most_;   // columns that the ring has room for
+    std::uint8_t* ring_;  // RingRows rows of most_ pixels
+    std::int32_t x_ = 0, count_ = 0;
+    std::int64_t least_ = 0;  // offset of the columns
+    std::int32_t runs_ = 0;
+    Run run_[kMappedStripColumns];
+    bool there_[kMappedStripColumns];
+    double weight_[kMappedStripColumns * kMostBytes];
+    std::uint8_t left_[kMappedStripColumns * kMostBytes];
+    std::uint8_t line_[kMappedStripColumns * kMostBytes] = {};
+};
+
+// --- Column by column -----------------------------------------------------------------------------
+
+// The definition, one column of pictures that share pixels: filled, and then each pixel read when
+// its turn comes.
+class ColumnInOrder {
+  public:
+    ColumnInOrder(PixelBuffer& source, PixelBuffer& destination, const ShearedChannels& channels)
+        : source_(source),
+          destination_(destination),
+          count_(rows::ChannelCount(channels.set)),
+          from_(LayoutOf(source, channels.set)),
+          to_(LayoutOf(destination, channels.set)) {
+        std::memcpy(background_, channels.background, sizeof(background_));
+    }
+
+    void Shear(std::int32_t x, const Distance& distance) {
+        for (std::int32_t y = 0; y < destination_.Height; ++y) Store(x, y, background_);
+        std::uint8_t left[4];
+        for (int c = 0; c < count_; ++c) left[c] = rows::LeftOfSkew(distance.weight, background_[c]);
+        bool ends = false;
+        for (std::int32_t y = 0; y < source_.Height; ++y) {
+            const std::uint8_t* const row = RowAddress(source_, y);
+            ends = row != nullptr;
+            if (!row) continue;
+            std::uint8_t moved[4];
+            for (int c = 0; c < count_; ++c) {
+                const std::uint8_t value = row[std::int64_t{x} * from_.pixelSize + from_.offset[c]];
+                const std::uint8_t leaves = rows::LeftOfSkew(distance.weight, value);
+                moved[c] = static_cast<std::uint8_t>(value - (leaves - left[c]));
+                left[c] = leaves;
+            }
+            Store(x, distance.offset + y, moved);
+        }
+        std::uint8_t end[4];
+        for (int c = 0; c < count_; ++c) end[c] = rows::EndOfSkew(distance.weight, background_[c], left[c]);
+        if (ends) Store(x, distance.offset + source_.Height - 1, end);
+    }
+
+  private:
+    void Store(std::int32_t x, std::int64_t y, const std::uint8_t* values) {
+        if (x >= destination_.Width || y < 0 || y >= destination_.Height) return;
+        std::uint8_t* const row = RowAddress(destination_, static_cast<std::int32_t>(y));
+        if (!row) return;
+        for (int c = 0; c < count_; ++c) row[std::int64_t{x} * to_.pixelSize + to_.offset[c]] = values[c];
+    }
+
+    PixelBuffer& source_;
+    PixelBuffer& destination_;
+    int count_;
+    rows::PixelLayout from_;
+    rows::PixelLayout to_;
+    std::uint8_t background_[4];
+};
+
+}  // namespace
+
+bool ShearColumns(PixelBuffer& source, PixelBuffer& destination, const ShearedChannels& channels, double start,
+                  double slope) {
+    double position = start;
+    if (RowsMeet(source, destination)) {
+        ColumnInOrder column(source, destination, channels);
+        for (std::int32_t x = 0; x < source.Width; ++x, position = position - slope)
+            column.Shear(x, DistanceOf(position));
+        return true;
+    }
+    const bool mapped = source.IsMapping || destination.IsMapping;
+    const std::int32_t columns = mapped ? kMappedStripColumns : kStripColumns;
+    const platform::PixelBlock ring(Strip::BytesFor(columns));
+    if (!ring) return false;
+    Strip strip(source, destination, channels, columns, ring.Bytes());
+    const std::int32_t width = std::min(source.Width, destination.Width);
+    for (std::int32_t x = 0; x < width; x += columns)
+        position = strip.Shear(x, std::min(columns, width - x), position, slope);
+    return true;
+}
+
+}  // namespace tqx
