@@ -35,7 +35,6 @@
 #include "ops/Fill.h"
 #include "ops/Invert.h"
 #include "plugin/ConstantDeclarations.h"
-#include "plugin/PendingMembers.h"
 #include "sdk/Declare.h"
 
 namespace tqx {
