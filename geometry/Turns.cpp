@@ -7,6 +7,7 @@
 #include "buffer/Destination.h"
 #include "buffer/PixelBuffer.h"
 #include "buffer/RowPairs.h"
+#include "geometry/BlockCopy.h"
 #include "geometry/TurnedTile.h"
 #include "platform/PixelMemory.h"
 #include "rows/Move.h"
@@ -28,7 +29,8 @@ struct QuarterTurn {
     PixelBuffer& source;
     PixelBuffer& destination;
     Quarter quarter;
-    std::int32_t width, height;  // of the source
+    std::int32_t width, height;    // of the source
+    std::int32_t firstColumn = 0;  // that `source` has, where it is a part of the source
 
     std::int32_t RowOf(std::int32_t x) const { return quarter == Quarter::Left ? width - 1 - x : x; }
     std::int32_t ColumnOf(std::int32_t y) const { return quarter == Quarter::Left ? y : height - 1 - y; }
@@ -92,17 +94,14 @@ void TurnBlock(const QuarterTurn& turn, TurnedTile& tile, const Reach& block) {
         for (std::int32_t y = block.top; y < block.bottom; y += TurnedTile::kSide) {
             const std::int32_t down = std::min(TurnedTile::kSide, block.bottom - y);
             const std::int32_t column = std::min(turn.ColumnOf(y), turn.ColumnOf(y + down - 1));
-            tile.Read(turn.source, x, y, across, down);
+            tile.Read(turn.source, x - turn.firstColumn, y, across, down);
             tile.Write(turn.destination, column, lowest + done);
         }
     }
 }
 
 // In any order: blocks only where there are windows to keep.
-void TurnByTiles(const QuarterTurn& turn, const rows::PixelLayout& from, const rows::PixelLayout& to,
-                 rows::ChannelSet set) {
-    TurnedTile tile(set, from, to, turn.quarter);
-    const Reach reach = turn.Reached();
+void TurnByTiles(const QuarterTurn& turn, TurnedTile& tile, const Reach& reach) {
     const std::int32_t down = RowsInWindow(turn.source), across = RowsInWindow(turn.destination);
     for (std::int32_t top = reach.top; top < reach.bottom;) {
         const std::int32_t bottom = top + std::min(down, reach.bottom - top);
@@ -113,6 +112,43 @@ void TurnByTiles(const QuarterTurn& turn, const rows::PixelLayout& from, const r
         }
         top = bottom;
     }
+}
+
+// Blocks of two files are far larger than their windows, and copied to memory first: what a window
+// of a wide picture holds of a turned row is some hundred bytes, and the disk writes whole pages.
+// So many pixels of a row are whole pages in the destination, and half as many in the source.
+constexpr std::int32_t kCopiedRows = 4096;
+constexpr std::int32_t kCopiedColumns = 2048;
+
+bool HasManyWindows(const PixelBuffer& buffer) { return buffer.IsMapping && buffer.windowRows < buffer.Height; }
+
+void TurnThroughMemory(const QuarterTurn& turn, const Reach& reach, TurnedTile& tile, TurnedTile& copiedTile,
+                       BlockCopy& copy) {
+    for (std::int32_t top = reach.top; top < reach.bottom;) {
+        const std::int32_t bottom = top + std::min(kCopiedRows, reach.bottom - top);
+        for (std::int32_t left = reach.left; left < reach.right;) {
+            const std::int32_t right = left + std::min(kCopiedColumns, reach.right - left);
+            const QuarterTurn copied{copy.Block(), turn.destination, turn.quarter, turn.width, turn.height, left};
+            if (copy.Take(left, right, top, bottom))
+                TurnByTiles(copied, copiedTile, {left, right, top, bottom});
+            else
+                TurnByTiles(turn, tile, {left, right, top, bottom});
+            left = right;
+        }
+        top = bottom;
+    }
+}
+
+void TurnInAnyOrder(const QuarterTurn& turn, const Operation& operation) {
+    const rows::ChannelSet set = operation.channels;
+    const Reach reach = turn.Reached();
+    TurnedTile tile(set, operation.From(), operation.To(), turn.quarter);
+    if (HasManyWindows(turn.source) && HasManyWindows(turn.destination)) {
+        BlockCopy copy(turn.source, set, std::min(kCopiedColumns, turn.width), std::min(kCopiedRows, turn.height));
+        TurnedTile copiedTile(set, copy.Layout(), operation.To(), turn.quarter);
+        if (copy) return TurnThroughMemory(turn, reach, tile, copiedTile, copy);
+    }
+    TurnByTiles(turn, tile, reach);
 }
 
 // Whether the order in which pixels are written shows in the result.
@@ -131,7 +167,7 @@ sdk::Object* TurnQuarter(sdk::Object* self, sdk::Object* dest, Quarter quarter, 
         const std::int32_t block = walk == Walk::Blocks ? BlockSize(turn.source, turn.destination) : kNoLimit;
         TurnInOrder(turn, rows::MovesBetween(operation.channels, operation.From(), operation.To()), block);
     } else {
-        TurnByTiles(turn, operation.From(), operation.To(), operation.channels);
+        TurnInAnyOrder(turn, operation);
     }
     return operation.result;
 }
