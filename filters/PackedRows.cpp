@@ -46,6 +46,19 @@ bool PackedRows::Read(std::int32_t y, std::int32_t first, std::int32_t count, st
     return true;
 }
 
+const std::uint8_t* PackedRows::Packed(std::int32_t y, std::int32_t first, std::int32_t count,
+                                       std::uint8_t* scratch) const {
+    if (!read_.copies) return Read(y, first, count, scratch) ? scratch : nullptr;
+    const std::uint8_t* const row = RowAddress(source_, y);
+    return row ? row + std::int64_t{first} * source_.PixelSize + read_.from.offset : nullptr;
+}
+
+std::uint8_t* PackedRows::PackedInPlace(std::int32_t y, std::int32_t first, std::int32_t count) const {
+    if (!write_.copies || y >= destination_.Height || first + std::int64_t{count} > destination_.Width) return nullptr;
+    std::uint8_t* const row = RowAddress(destination_, y);
+    return row ? row + std::int64_t{first} * destination_.PixelSize + write_.to.offset : nullptr;
+}
+
 void PackedRows::Pack(const std::uint8_t* row, std::int64_t count, std::uint8_t* packed) const {
     rows::MoveRow(read_, row, packed, static_cast<std::int32_t>(count));
 }

@@ -42,6 +42,15 @@ class PackedRows {
     // source has no such row.
     bool Read(std::int32_t y, std::int32_t first, std::int32_t count, std::uint8_t* packed) const;
 
+    // Pixels of row y from column `first` on, packed: the row's own bytes where they are packed
+    // already, good until the source's next row address; else a copy in `scratch`. Null when the
+    // source has no such row.
+    const std::uint8_t* Packed(std::int32_t y, std::int32_t first, std::int32_t count, std::uint8_t* scratch) const;
+
+    // Where pixels of row y may be changed in place of a packed copy: the destination's own bytes;
+    // null where those aren't packed or there is no such row or column.
+    std::uint8_t* PackedInPlace(std::int32_t y, std::int32_t first, std::int32_t count) const;
+
     // Packs pixels of a row of the source's layout that lies elsewhere; and how many bytes of it
     // that takes.
     void Pack(const std::uint8_t* row, std::int64_t count, std::uint8_t* packed) const;

@@ -24,23 +24,66 @@ bool YieldForBoth(PixelBuffer& picture, PixelBuffer& reference) {
     return pictureWatch.Holds() && referenceWatch.Holds();
 }
 
-// Row by row, or pixel by pixel where a pixel written may be the reference of a later one. False
-// when memory is short.
-bool Sharpen(PixelBuffer& picture, PixelBuffer& reference, rows::ChannelSet set, const rows::UnsharpRule& rule) {
-    const PackedRows rows(picture, picture, set, PackedOrder::OfTheSet);
-    const PackedRows references(reference, reference, set, PackedOrder::OfTheSet);
-    const bool byRows = SharingOf(reference, picture, set) != Sharing::Overlapping && HasBytesOfItsOwn(picture, set);
-    const std::int32_t step = byRows ? picture.Width : 1;
-    const std::int64_t bytes = rows.BytesOf(step);
-    const platform::PixelBlock samples(bytes), others(bytes);
-    if (!samples || !others) return false;
-    for (std::int32_t y = 0; y < picture.Height; ++y)
-        for (std::int32_t first = 0; first < picture.Width; first += step) {
-            if (!references.Read(y, first, step, others.Bytes())) break;
-            if (!rows.Read(y, first, step, samples.Bytes())) break;
-            rows::UnsharpRow(rule, others.Bytes(), bytes, samples.Bytes());
-            rows.Write(y, first, step, samples.Bytes());
+// Both pictures' channels in an order that is the same for both.
+PackedOrder OrderFor(const PixelBuffer& picture, const PixelBuffer& reference, rows::ChannelSet set) {
+    return LayoutOf(picture, set) == LayoutOf(reference, set) ? PackedOrder::AsItSuits : PackedOrder::OfTheSet;
+}
+
+// Rows of the picture and of its reference, and room for a packed copy of either.
+class Sharpening {
+  public:
+    Sharpening(PixelBuffer& picture, PixelBuffer& reference, rows::ChannelSet set, const rows::UnsharpRule& rule)
+        : picture_(picture, picture, set, OrderFor(picture, reference, set)),
+          reference_(reference, reference, set, OrderFor(picture, reference, set)),
+          sharing_(SharingOf(reference, picture, set)),
+          byRows_(sharing_ != Sharing::Overlapping && HasBytesOfItsOwn(picture, set)),
+          plan_(rows::PlanUnsharp(rule, byRows_ ? picture_.BytesOf(picture.Width) * picture.Height : 0)),
+          samples_(picture_.BytesOf(Step())),
+          references_(picture_.BytesOf(Step())) {}
+
+    // False when memory was short.
+    explicit operator bool() const { return samples_ && references_; }
+
+    // Pixels at once: a pixel written may be the reference of a later one.
+    std::int32_t Step() const { return byRows_ ? picture_.Width() : 1; }
+
+    // Sharpens `Step` pixels; false when either picture has no row y.
+    bool At(std::int32_t y, std::int32_t first) const {
+        const std::uint8_t* const references = References(y, first);
+        if (!references) return false;
+        const std::int64_t bytes = picture_.BytesOf(Step());
+        if (std::uint8_t* const row = picture_.PackedInPlace(y, first, Step())) {
+            rows::UnsharpRow(plan_, references, bytes, row);
+            return true;
         }
+        if (!picture_.Read(y, first, Step(), samples_.Bytes())) return false;
+        rows::UnsharpRow(plan_, references, bytes, samples_.Bytes());
+        picture_.Write(y, first, Step(), samples_.Bytes());
+        return true;
+    }
+
+  private:
+    const std::uint8_t* References(std::int32_t y, std::int32_t first) const {
+        if (sharing_ == Sharing::Apart) return reference_.Packed(y, first, Step(), references_.Bytes());
+        return reference_.Read(y, first, Step(), references_.Bytes()) ? references_.Bytes() : nullptr;
+    }
+
+    PackedRows picture_;
+    PackedRows reference_;
+    Sharing sharing_;
+    bool byRows_;
+    rows::UnsharpPlan plan_;
+    platform::PixelBlock samples_;
+    platform::PixelBlock references_;
+};
+
+// False when memory is short.
+bool Sharpen(PixelBuffer& picture, PixelBuffer& reference, rows::ChannelSet set, const rows::UnsharpRule& rule) {
+    const Sharpening sharpening(picture, reference, set, rule);
+    if (!sharpening) return false;
+    for (std::int32_t y = 0; y < picture.Height; ++y)
+        for (std::int32_t first = 0; first < picture.Width; first += sharpening.Step())
+            if (!sharpening.At(y, first)) break;
     return true;
 }
 

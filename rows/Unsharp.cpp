@@ -3,10 +3,14 @@
 #include <algorithm>
 
 #include "rows/LoopForms.h"
+#include "rows/UnsharpForms.h"
 
 namespace rows {
 
 namespace {
+
+// Finding the steps takes as long as half a million samples by the rule.
+constexpr std::int64_t kSamplesWorthSteps = 1 << 20;
 
 struct Sharpening {
     ROWS_INLINE static void Run(const UnsharpRule& rule, const std::uint8_t* __restrict reference, std::int64_t count,
@@ -27,8 +31,24 @@ struct Sharpening {
 
 }  // namespace
 
-void UnsharpRow(const UnsharpRule& rule, const std::uint8_t* reference, std::int64_t count, std::uint8_t* samples) {
+void UnsharpByRule(const UnsharpRule& rule, const std::uint8_t* reference, std::int64_t count, std::uint8_t* samples) {
     LoopOf<Sharpening>()(rule, reference, count, samples);
+}
+
+UnsharpPlan PlanUnsharp(const UnsharpRule& rule, std::int64_t samples) {
+    UnsharpPlan plan{rule, false, {}};
+#ifdef ROWS_X86
+    if (ActiveCpuLevel() == CpuLevel::Avx512 && samples >= kSamplesWorthSteps)
+        plan.stepped = FindUnsharpSteps(rule, &plan.steps);
+#endif
+    return plan;
+}
+
+void UnsharpRow(const UnsharpPlan& plan, const std::uint8_t* reference, std::int64_t count, std::uint8_t* samples) {
+#ifdef ROWS_X86
+    if (plan.stepped) return UnsharpAvx512(plan.steps, reference, count, samples);
+#endif
+    UnsharpByRule(plan.rule, reference, count, samples);
 }
 
 }  // namespace rows

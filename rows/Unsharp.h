@@ -12,7 +12,27 @@ struct UnsharpRule {
     std::int32_t threshold;
 };
 
+// The rule in whole steps, by the distance between sample and reference: a result is the reference
+// plus `rise`, or minus `fall` where the sample is below it, held within 0..255; and one less where
+// that is below `limit`. The limits are there for products a hair below a whole number, which a
+// sum of some size rounds up to it and a smaller one doesn't.
+struct UnsharpSteps {
+    std::uint8_t rise[256], riseLimit[256];
+    std::uint8_t fall[256], fallLimit[256];
+    bool limited;  // whether any limit is above 0
+};
+
+// The rule, and its steps where they give what it gives for each of the 65,536 pairs of samples
+// (as they do for a gain of 0 or above) and enough samples will follow to pay for finding out.
+struct UnsharpPlan {
+    UnsharpRule rule;
+    bool stepped;
+    UnsharpSteps steps;
+};
+
+UnsharpPlan PlanUnsharp(const UnsharpRule& rule, std::int64_t samples);
+
 // Sharpens `count` samples in place. The rows don't overlap.
-void UnsharpRow(const UnsharpRule& rule, const std::uint8_t* reference, std::int64_t count, std::uint8_t* samples);
+void UnsharpRow(const UnsharpPlan& plan, const std::uint8_t* reference, std::int64_t count, std::uint8_t* samples);
 
 }  // namespace rows

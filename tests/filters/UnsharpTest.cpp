@@ -91,6 +91,25 @@ TEST_F(Unsharp, IsExactForEveryPairOfSamples) {
         }
 }
 
+// Of a size for which whole steps are worth finding.
+TEST_F(Unsharp, IsExactOnLargePictures) {
+    for (const int format : {1, 2, 6, 11})
+        for (const double amount : {0.1, 0.3, 0.85}) {
+            SCOPED_TRACE(testing::Message() << format << ", " << amount);
+            const auto large = [format](int seed) {
+                const auto picture = New("PictureTQX", 1100, 1000, format);
+                FillRandom(picture, seed);
+                return picture;
+            };
+            Expect({{"large",
+                     [&] {
+                         const auto picture = large(5), reference = large(6);
+                         return Pictures{reference, picture, {picture, reference}};
+                     }}},
+                   amount, 4);
+        }
+}
+
 TEST_F(Unsharp, TakesEveryThreshold) {
     for (const int threshold : {1, 2, 254, 255, 256, INT_MAX, INT_MIN})
         for (const double amount : {0.7, -0.7}) Expect({EveryPair()}, amount, threshold);
