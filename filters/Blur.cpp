@@ -195,31 +195,32 @@ void BoxBlur(const BlurWork& work, std::int32_t radius) {
 }
 
 // Mixes rows y - 1, y and y + 1.
-void MixColumns(const rows::ThreeTaps& taps, RowRing& ring, std::int32_t y, std::int32_t height, std::int32_t bytes,
+void MixColumns(const rows::ThreeTapsPlan& plan, RowRing& ring, std::int32_t y, std::int32_t height, std::int32_t bytes,
                 std::uint8_t* result) {
     const std::uint8_t* const row = ring.Row(y);
     const bool first = y == 0, last = y == height - 1;
     const std::uint8_t* const above = first ? row : ring.Row(y - 1);
     const std::uint8_t* const below = first || last ? row : ring.Row(y + 1);
-    rows::MixRows(taps, above, row, below, bytes, result);
+    rows::MixRows(plan, above, row, below, bytes, result);
 }
 
 void FractionalBlur(const BlurWork& work, const rows::ThreeTaps& taps) {
     const PackedRows rows(work.operation);
     const auto bytes = static_cast<std::int32_t>(rows.BytesOf(work.width));
+    const rows::ThreeTapsPlan plan = rows::PlanThreeTaps(taps, std::int64_t{bytes} * work.height);
     const bool overlapping = work.sharing == Sharing::Overlapping;
     RowRing ring(rows, overlapping ? work.height : 3, work.width);
     RowPair pair(bytes);
     if (!ring || !pair) return;
     for (std::int32_t y = 0; overlapping && y < work.height; ++y) ring.Row(y);
     const auto alongRow = [&](const std::uint8_t* row, std::uint8_t* result) {
-        rows::MixAlongRow(taps, row, rows.Channels(), work.width, result);
+        rows::MixAlongRow(plan, row, rows.Channels(), work.width, result);
     };
     const bool fused = work.CanFuse();
     for (std::int32_t y = 0; y < work.height; ++y) {
         if (y + 1 < work.height) ring.Row(y + 1);  // while it is what it was
         if (!ring.Row(y)) continue;
-        MixColumns(taps, ring, y, work.height, bytes, pair.row.Bytes());
+        MixColumns(plan, ring, y, work.height, bytes, pair.row.Bytes());
         if (fused) alongRow(pair.row.Bytes(), pair.result.Bytes());
         rows.Write(y, 0, work.width, fused ? pair.result.Bytes() : pair.row.Bytes());
     }

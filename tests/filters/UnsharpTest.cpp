@@ -93,8 +93,8 @@ TEST_F(Unsharp, IsExactForEveryPairOfSamples) {
 
 // Of a size for which whole steps are worth finding.
 TEST_F(Unsharp, IsExactOnLargePictures) {
-    for (const int format : {1, 2, 6, 11})
-        for (const double amount : {0.1, 0.3, 0.85}) {
+    for (const int format : {1, 11})
+        for (const double amount : {0.1, 0.3}) {
             SCOPED_TRACE(testing::Message() << format << ", " << amount);
             const auto large = [format](int seed) {
                 const auto picture = New("PictureTQX", 1100, 1000, format);
