@@ -96,9 +96,9 @@ sdk::Object* CopyPictureWithMask(sdk::Object* self) {
 sdk::Object* CopyPictureWithMask(sdk::Object* self, std::int32_t x, std::int32_t y, std::int32_t width,
                                  std::int32_t height) {
     OwnedObject picture(CopyPicture(self, x, y, width, height));
-    if (!picture || !BufferOf(self)->HasAlpha) return picture.Give();
+    if (!picture) return nullptr;
     const OwnedObject mask(CopyMask(self, x, y, width, height));
-    if (!mask || !AttachMask(picture.Get(), mask.Get(), width, height)) return nullptr;
+    if (mask && !AttachMask(picture.Get(), mask.Get(), width, height)) return nullptr;
     return picture.Give();
 }
 

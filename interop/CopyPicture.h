@@ -22,7 +22,8 @@ sdk::Object* CopyMask(sdk::Object* self);
 sdk::Object* CopyMask(sdk::Object* self, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height);
 
 // The colours, and alpha, where the picture has it, as their mask. The mask is width × height as
-// called, not as cut: intended. A mask that can't be made or attached gives nil.
+// called, not as cut: intended. Where CopyMask gives nil, without alpha or for any other reason, the
+// picture comes without a mask; a mask that can't be attached gives nil.
 sdk::Object* CopyPictureWithMask(sdk::Object* self);
 sdk::Object* CopyPictureWithMask(sdk::Object* self, std::int32_t x, std::int32_t y, std::int32_t width,
                                  std::int32_t height);

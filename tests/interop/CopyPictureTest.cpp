@@ -252,7 +252,6 @@ TEST_F(ExportFailures, OfAnyHostFunctionGiveNil) {
         {"CopyPicture", "REALBuildPictureFromGWorld", 1},
         {"CopyMask", "REALBuildPictureFromGWorld", 1},
         {"CopyPictureWithMask", "REALBuildPictureFromGWorld", 1},
-        {"CopyPictureWithMask", "REALBuildPictureFromGWorld", 2},
         {"CopyPictureWithMask", "REALGetPictureMask", 1},
         {"CopyPictureWithMask", "pluginPictureGraphicsGetter", 1},
         {"CopyPictureWithMask", "REALLoadObjectMethod", 1},
@@ -266,6 +265,15 @@ TEST_F(ExportFailures, OfAnyHostFunctionGiveNil) {
         EXPECT_GE(failing.calls(), step.call) << step.function << " is not on the path";
     }
     EXPECT_EQ(ReadPixels(buffer), before);
+}
+
+TEST_F(ExportFailures, OfTheMaskAloneGiveThePicture) {
+    const auto buffer = Buffer(4, 3, kRGBA);
+    const FailingHostFunction failing("REALBuildPictureFromGWorld", 2, 1);
+    const auto picture = CallObject(buffer, "CopyPictureWithMask");
+    ASSERT_NE(picture, nullptr);
+    EXPECT_EQ(MaskOf(picture), nullptr);
+    EXPECT_TRUE(SameBytes(HostPixels(picture), HostPixels(CallObject(buffer, "CopyPicture"))));
 }
 
 TEST_F(ExportFailures, OfMemoryGiveNil) {
@@ -341,6 +349,17 @@ TEST_F(ExportYields, MayCloseTheBufferOfAWorldOrAMask) {
         const OnYield watch([&] { Call(buffer, "Close"); });
         EXPECT_EQ(CallObject(buffer, method), nullptr) << method;
     }
+}
+
+TEST_F(ExportYields, MayCloseTheBufferBetweenPictureAndMask) {
+    const auto buffer = Yielding(kRGBA);
+    int yields = 0;
+    const OnYield watch([&] {
+        if (++yields == 5) Call(buffer, "Close");
+    });
+    const auto picture = CallObject(buffer, "CopyPictureWithMask");
+    ASSERT_NE(picture, nullptr);
+    EXPECT_EQ(MaskOf(picture), nullptr);
 }
 
 // --- Files ------------------------------------------------------------------------------------
