@@ -1,48 +1,14 @@
 #include "buffer/RowPairs.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <limits>
 
 #include "buffer/MappedStorage.h"
+#include "buffer/Sharing.h"
 #include "platform/PixelMemory.h"
 
 namespace tqx {
-
-namespace {
-
-// The first byte of a picture's storage and the one past its last, as the picture describes them.
-struct StorageRange {
-    std::uintptr_t begin;
-    std::uintptr_t end;
-};
-
-// Bytes of a row from its start to its last channel byte.
-std::int64_t RowExtent(const PixelBuffer& buffer) {
-    const std::int64_t furthest = std::max({buffer.RedOffset, buffer.GreenOffset, buffer.BlueOffset, buffer.GrayOffset,
-                                            buffer.AlphaOffset, std::int32_t{0}});
-    return (std::int64_t{buffer.Width} - 1) * buffer.PixelSize + furthest + 1;
-}
-
-// Rows may run backwards through the memory: a block's row size may be negative.
-StorageRange RangeOf(const PixelBuffer& buffer) {
-    const std::int64_t last = (std::int64_t{buffer.storageRows} - 1) * buffer.RowSize;
-    const auto base = reinterpret_cast<std::uintptr_t>(buffer.data);
-    return {base + static_cast<std::uintptr_t>(std::min<std::int64_t>(last, 0)),
-            base + static_cast<std::uintptr_t>(std::max<std::int64_t>(last, 0) +
-                                               std::max<std::int64_t>(RowExtent(buffer), buffer.RowSize))};
-}
-
-bool SameFile(int a, int b) {
-    struct stat first, second;
-    return a == b || (fstat(a, &first) == 0 && fstat(b, &second) == 0 && first.st_dev == second.st_dev &&
-                      first.st_ino == second.st_ino);
-}
-
-}  // namespace
 
 bool IsMirrored(const PixelBuffer& buffer) {
     return buffer.rowAddress == &MirroredMemoryRowAddress || buffer.rowAddress == &MirroredMappedRowAddress;
@@ -61,21 +27,10 @@ void PlaceWindow(PixelBuffer& buffer, std::int32_t first, std::int32_t last) {
     if (buffer.IsMapping) RowAddress(buffer, IsMirrored(buffer) ? last : first);
 }
 
-bool SharesStorage(const PixelBuffer& a, const PixelBuffer& b) {
-    if (a.IsMapping || b.IsMapping) return a.IsMapping && b.IsMapping && SameFile(a.fileDescriptor, b.fileDescriptor);
-    const StorageRange first = RangeOf(a), second = RangeOf(b);
-    return first.begin < second.end && second.begin < first.end;
-}
-
-bool RowsMeet(const PixelBuffer& source, const PixelBuffer& destination) {
-    const bool apart = std::abs(std::int64_t{destination.RowSize}) >= RowExtent(destination);
-    return !apart || SharesStorage(source, destination);
-}
-
 RowPairs::RowPairs(PixelBuffer& source, PixelBuffer& destination)
     : source_(source),
       destination_(destination),
-      sameFile_(source.IsMapping && destination.IsMapping && SharesStorage(source, destination)) {}
+      sameFile_(source.IsMapping && destination.IsMapping && MayShareStorage(source, destination)) {}
 
 RowPairs::~RowPairs() { platform::FreePixels(copy_); }
 

@@ -26,14 +26,6 @@ std::int32_t RowsInWindow(const PixelBuffer& buffer);
 // not slide among them.
 void PlaceWindow(PixelBuffer& buffer, std::int32_t first, std::int32_t last);
 
-// Whether some byte may be reached through both pictures: they use the same memory or the same
-// file. A picture shares with itself.
-bool SharesStorage(const PixelBuffer& a, const PixelBuffer& b);
-
-// Whether the order in which rows are written shows: the pictures share storage, or rows of the
-// destination lie over each other, as a block's rows may.
-bool RowsMeet(const PixelBuffer& source, const PixelBuffer& destination);
-
 struct RowPair {
     const std::uint8_t* source;
     std::uint8_t* destination;

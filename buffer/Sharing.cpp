@@ -1,5 +1,7 @@
 #include "buffer/Sharing.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
@@ -15,13 +17,31 @@ rows::PixelSpan SpanOfChannels(const PixelBuffer& buffer, rows::ChannelSet set) 
     return rows::SpanOf(layout.pixelSize, layout.offset, rows::ChannelCount(set));
 }
 
-// The bytes from the first to the last that a picture in memory has in a set.
 struct ByteRange {
     std::uintptr_t first;
     std::uintptr_t end;
 
     bool Meets(const ByteRange& other) const { return first < other.end && other.first < end; }
 };
+
+// Bytes of a row from its start to its last channel byte.
+std::int64_t RowExtent(const PixelBuffer& buffer) {
+    const std::int64_t furthest = std::max({buffer.RedOffset, buffer.GreenOffset, buffer.BlueOffset, buffer.GrayOffset,
+                                            buffer.AlphaOffset, std::int32_t{0}});
+    return (std::int64_t{buffer.Width} - 1) * buffer.PixelSize + furthest + 1;
+}
+
+// The storage of a picture in memory, as the picture describes it. Rows may be longer than from one
+// to the next, and run backwards: a block's row size may be negative.
+ByteRange StorageOf(const PixelBuffer& buffer) {
+    const std::int64_t last = (std::max<std::int64_t>(buffer.storageRows, 1) - 1) * buffer.RowSize;
+    const std::int64_t row = std::max(RowExtent(buffer), std::abs(std::int64_t{buffer.RowSize}));
+    const auto base = reinterpret_cast<std::uintptr_t>(buffer.data);
+    return {base + static_cast<std::uintptr_t>(std::min<std::int64_t>(last, 0)),
+            base + static_cast<std::uintptr_t>(std::max<std::int64_t>(last, 0) + row)};
+}
+
+// The bytes from the first to the last that a picture in memory has in a set.
 
 ByteRange BytesOf(const PixelBuffer& buffer, rows::ChannelSet set) {
     const rows::PixelSpan span = SpanOfChannels(buffer, set);
@@ -43,9 +63,15 @@ const PixelBuffer& OwnerOfStorage(const PixelBuffer& buffer) {
     return *owner;
 }
 
+bool MapSameFile(const PixelBuffer& a, const PixelBuffer& b) {
+    struct stat first, second;
+    if (a.fileDescriptor == b.fileDescriptor) return true;
+    if (fstat(a.fileDescriptor, &first) != 0 || fstat(b.fileDescriptor, &second) != 0) return true;
+    return first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
 bool MayMeet(const PixelBuffer& from, const PixelBuffer& to, rows::ChannelSet set) {
-    if (from.IsMapping && to.IsMapping) return from.fileDescriptor == to.fileDescriptor;
-    if (from.IsMapping || to.IsMapping) return OwnerOfStorage(from.IsMapping ? to : from).MemoryTarget != nullptr;
+    if (from.IsMapping || to.IsMapping) return MayShareStorage(from, to);
     return BytesOf(from, set).Meets(BytesOf(to, set));
 }
 
@@ -63,6 +89,17 @@ bool AreDistinct(const rows::PixelLayout& layout, int count) {
 }
 
 }  // namespace
+
+bool MayShareStorage(const PixelBuffer& a, const PixelBuffer& b) {
+    if (a.IsMapping && b.IsMapping) return MapSameFile(a, b);
+    if (a.IsMapping || b.IsMapping) return OwnerOfStorage(a.IsMapping ? b : a).MemoryTarget != nullptr;
+    return StorageOf(a).Meets(StorageOf(b));
+}
+
+bool RowsMeet(const PixelBuffer& source, const PixelBuffer& destination) {
+    const bool apart = std::abs(std::int64_t{destination.RowSize}) >= RowExtent(destination);
+    return !apart || MayShareStorage(source, destination);
+}
 
 bool HasBytesOfItsOwn(const PixelBuffer& buffer, rows::ChannelSet set) {
     const rows::PixelSpan span = SpanOfChannels(buffer, set);

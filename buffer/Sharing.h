@@ -16,8 +16,16 @@ enum class Sharing {
     Overlapping,  // anything else: what is written may be read again anywhere
 };
 
-// How the channels of a set of two pictures relate. Where it can't tell, as between a mapped file
-// and a memory block that may lie in one of its windows, it says Overlapping.
+// Whether some byte of any channel may be reached through both pictures: their memory overlaps, they
+// map the same file, or one of them is mapped and the other wraps a memory block, which may lie in
+// a window of that file. A picture shares with itself.
+bool MayShareStorage(const PixelBuffer& a, const PixelBuffer& b);
+
+// Whether the order in which rows are written shows: the pictures may share storage, or rows of the
+// destination lie over each other, as a block's rows may.
+bool RowsMeet(const PixelBuffer& source, const PixelBuffer& destination);
+
+// How the channels of a set of two pictures relate. Where it can't tell it says Overlapping.
 Sharing SharingOf(const PixelBuffer& from, const PixelBuffer& to, rows::ChannelSet set);
 
 inline Sharing SharingOf(const Operation& operation) {

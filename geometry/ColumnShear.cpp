@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "buffer/RowPairs.h"
+#include "buffer/Sharing.h"
 #include "platform/PixelMemory.h"
 #include "rows/Move.h"
 #include "rows/Skew.h"

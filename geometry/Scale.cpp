@@ -4,8 +4,8 @@
 
 #include "buffer/Destination.h"
 #include "buffer/ImageFormat.h"
+#include "buffer/Sharing.h"
 #include "geometry/ScaleJob.h"
-#include "geometry/SharedMemory.h"
 #include "plugin/HostServices.h"
 
 namespace tqx {
@@ -36,9 +36,9 @@ void CutToPictures(ScaleJob& job) {
 bool RunInOrder(const ScaleJob& job) { return ScaleAcrossInOrder(job) && ScaleDownInOrder(job); }
 
 bool RunPasses(const ScaleJob& job) {
-    if (Yields(job) || MayShareMemory(*job.intermediate, *job.source) || MayShareMemory(*job.intermediate, *job.self))
+    if (Yields(job) || MayShareStorage(*job.intermediate, *job.source) || MayShareStorage(*job.intermediate, *job.self))
         return RunInOrder(job);
-    if (job.intermediateIsOurs && !MayShareMemory(*job.source, *job.self) && ScaleThroughBands(job)) return true;
+    if (job.intermediateIsOurs && !MayShareStorage(*job.source, *job.self) && ScaleThroughBands(job)) return true;
     const Across across = ScaleAcrossInBands(job);
     if (across == Across::NotDone) return RunInOrder(job);
     return (across == Across::Complete && ScaleDownInBands(job)) || ScaleDownInOrder(job);

@@ -2,8 +2,8 @@
 #include <cstdlib>
 #include <memory>
 
+#include "buffer/Sharing.h"
 #include "geometry/ScaleJob.h"
-#include "geometry/SharedMemory.h"
 #include "rows/ScaleDown.h"
 
 namespace tqx {
@@ -97,7 +97,7 @@ bool ScaleDownInOrder(const ScaleJob& job) {
     std::uint8_t fewBytes[kFewColumns * rows::kSlots];
     // Where self lies in the intermediate's memory, every pixel is summed after the one before is
     // written.
-    if (MayShareMemory(*job.self, *job.intermediate)) return RowsDown(job, {fewSums, fewBytes, 1});
+    if (MayShareStorage(*job.self, *job.intermediate)) return RowsDown(job, {fewSums, fewBytes, 1});
     const std::int32_t columns = std::max(job.columns, 1);
     const std::int64_t values = std::int64_t{columns} * rows::kSlots;
     const std::unique_ptr<void, FreeMemory> memory(

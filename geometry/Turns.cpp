@@ -7,6 +7,7 @@
 #include "buffer/Destination.h"
 #include "buffer/PixelBuffer.h"
 #include "buffer/RowPairs.h"
+#include "buffer/Sharing.h"
 #include "geometry/BlockCopy.h"
 #include "geometry/TurnedTile.h"
 #include "platform/PixelMemory.h"
