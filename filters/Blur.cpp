@@ -68,15 +68,13 @@ class OriginalRows {
 
     // A row at or below the one that is about to be written. Good until the next call.
     const std::uint8_t* Coming(std::int32_t y) {
-        if (everyRowKept_) return ring_.Row(y);
-        return rows_.Read(y, first_, count_, scratch_.Bytes()) ? scratch_.Bytes() : nullptr;
+        return everyRowKept_ ? ring_.Row(y) : rows_.Lasting(y, first_, count_, scratch_.Bytes());
     }
 
     // A row at or above the one that was written last. Good until the next call.
     const std::uint8_t* Past(std::int32_t y) {
         if (!live_) return ring_.Row(y);
-        std::uint8_t* const second = scratch_.Bytes() + rows_.BytesOf(count_);
-        return rows_.Read(y, first_, count_, second) ? second : nullptr;
+        return rows_.Lasting(y, first_, count_, scratch_.Bytes() + rows_.BytesOf(count_));
     }
 
     // Keeps row y, about to be written. False when the picture has no such row.
@@ -94,14 +92,12 @@ class OriginalRows {
 };
 
 // The running sums of a box blur's columns.
+template <class Sum>
 class ColumnSums {
   public:
     // For rows of `bytes` bytes at most.
     ColumnSums(OriginalRows& rows, std::int32_t radius, std::int32_t height, std::int64_t bytes)
-        : rows_(rows),
-          radius_(radius),
-          height_(height),
-          block_(bytes * static_cast<std::int64_t>(sizeof(std::int32_t))) {}
+        : rows_(rows), radius_(radius), height_(height), block_(bytes * static_cast<std::int64_t>(sizeof(Sum))) {}
 
     explicit operator bool() const { return static_cast<bool>(block_); }
 
@@ -109,7 +105,7 @@ class ColumnSums {
     void Prime(std::int64_t bytes) {
         const std::int32_t inside = std::min(radius_, height_ - 1);
         count_ = static_cast<std::int32_t>(bytes);
-        std::fill_n(Sums(), count_, 0);
+        std::fill_n(Sums(), count_, Sum{0});
         Add(0, radius_ + 1);
         for (std::int32_t y = 1; y <= inside; ++y) Add(y, 1);
         Add(height_ - 1, radius_ - inside);
@@ -125,7 +121,7 @@ class ColumnSums {
     }
 
   private:
-    std::int32_t* Sums() { return reinterpret_cast<std::int32_t*>(block_.Bytes()); }
+    Sum* Sums() { return reinterpret_cast<Sum*>(block_.Bytes()); }
 
     void Add(std::int32_t y, std::int32_t times) {
         if (times < 1) return;
@@ -168,11 +164,12 @@ std::int32_t StripWidth(const BlurWork& work, const PackedRows& rows, std::int32
     return static_cast<std::int32_t>(std::clamp<std::int64_t>(columns, 1, work.width));
 }
 
-void BoxBlur(const BlurWork& work, std::int32_t radius) {
+template <class Sum>
+void BoxBlurWith(const BlurWork& work, std::int32_t radius) {
     const PackedRows rows(work.operation);
     const std::int32_t strip = StripWidth(work, rows, radius);
     OriginalRows originals(work, rows, radius, strip);
-    ColumnSums sums(originals, radius, work.height, rows.BytesOf(strip));
+    ColumnSums<Sum> sums(originals, radius, work.height, rows.BytesOf(strip));
     RowPair pair(rows.BytesOf(work.width));
     if (!originals || !sums || !pair) return;
     const auto alongRow = [&](const std::uint8_t* row, std::uint8_t* result) {
@@ -192,6 +189,13 @@ void BoxBlur(const BlurWork& work, std::int32_t radius) {
         }
     }
     if (!fused) BlurDestinationRows(work, rows, pair, alongRow);
+}
+
+void BoxBlur(const BlurWork& work, std::int32_t radius) {
+    if (rows::FitsWords(2 * radius + 1))
+        BoxBlurWith<std::uint16_t>(work, radius);
+    else
+        BoxBlurWith<std::int32_t>(work, radius);
 }
 
 // Mixes rows y - 1, y and y + 1.

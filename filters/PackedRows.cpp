@@ -53,6 +53,12 @@ const std::uint8_t* PackedRows::Packed(std::int32_t y, std::int32_t first, std::
     return row ? row + std::int64_t{first} * source_.PixelSize + read_.from.offset : nullptr;
 }
 
+const std::uint8_t* PackedRows::Lasting(std::int32_t y, std::int32_t first, std::int32_t count,
+                                        std::uint8_t* scratch) const {
+    if (!source_.IsMapping) return Packed(y, first, count, scratch);
+    return Read(y, first, count, scratch) ? scratch : nullptr;
+}
+
 std::uint8_t* PackedRows::PackedInPlace(std::int32_t y, std::int32_t first, std::int32_t count) const {
     if (!write_.copies || y >= destination_.Height || first + std::int64_t{count} > destination_.Width) return nullptr;
     std::uint8_t* const row = RowAddress(destination_, y);

@@ -47,6 +47,9 @@ class PackedRows {
     // source has no such row.
     const std::uint8_t* Packed(std::int32_t y, std::int32_t first, std::int32_t count, std::uint8_t* scratch) const;
 
+    // The same, good beside other rows of the source: of a mapped picture always a copy.
+    const std::uint8_t* Lasting(std::int32_t y, std::int32_t first, std::int32_t count, std::uint8_t* scratch) const;
+
     // Where pixels of row y may be changed in place of a packed copy: the destination's own bytes;
     // null where those aren't packed or there is no such row or column.
     std::uint8_t* PackedInPlace(std::int32_t y, std::int32_t first, std::int32_t count) const;

@@ -10,24 +10,35 @@ namespace rows {
 
 namespace {
 
+template <class Sum>
 struct Adding {
-    ROWS_INLINE static void Run(const std::uint8_t* row, std::int32_t times, std::int32_t count,
-                                std::int32_t* __restrict sums) {
-        for (std::int32_t i = 0; i < count; ++i) sums[i] += times * row[i];
+    ROWS_INLINE static void Run(const std::uint8_t* row, std::int32_t times, std::int32_t count, Sum* __restrict sums) {
+        for (std::int32_t i = 0; i < count; ++i) sums[i] = static_cast<Sum>(sums[i] + times * row[i]);
     }
 };
 
-template <class Real>
+template <class Sum, class SumMean>
 struct Sliding {
-    ROWS_INLINE static void Run(std::int32_t* __restrict sums, std::int32_t size, const std::uint8_t* leaving,
+    ROWS_INLINE static void Run(Sum* __restrict sums, std::int32_t size, const std::uint8_t* leaving,
                                 const std::uint8_t* entering, std::int32_t count, std::uint8_t* __restrict result) {
-        const Mean<Real> mean(size);
+        const SumMean mean(size);
         for (std::int32_t i = 0; i < count; ++i) {
             result[i] = mean(sums[i]);
-            sums[i] += entering[i] - leaving[i];
+            sums[i] = static_cast<Sum>(sums[i] + entering[i] - leaving[i]);
         }
     }
 };
+
+// With rows that may be missing.
+template <class Sum>
+void SlideWithout(Sum* sums, std::int32_t size, const std::uint8_t* leaving, const std::uint8_t* entering,
+                  std::int32_t count, std::uint8_t* result) {
+    const Mean<double> mean(size);
+    for (std::int32_t i = 0; i < count; ++i) {
+        result[i] = mean(sums[i]);
+        sums[i] = static_cast<Sum>(sums[i] + (entering ? entering[i] : 0) - (leaving ? leaving[i] : 0));
+    }
+}
 
 // The definition of a stretch: a pixel after the other.
 void BlurStretchPlain(const WindowStretch& stretch, int channels, std::int32_t size, std::int32_t* sums) {
@@ -41,8 +52,10 @@ void BlurStretchPlain(const WindowStretch& stretch, int channels, std::int32_t s
 
 void BlurStretch(const WindowStretch& stretch, int channels, std::int32_t size, std::int32_t* sums) {
 #ifdef ROWS_X86
-    if (size <= kLargestSingleMean && ActiveCpuLevel() == CpuLevel::Avx512)
-        return BlurStretchAvx512(stretch, channels, size, sums);
+    if (ActiveCpuLevel() == CpuLevel::Avx512) {
+        if (WordMeanServes(size)) return BlurStretchWordsAvx512(stretch, channels, size, sums);
+        if (size <= kLargestSingleMean) return BlurStretchAvx512(stretch, channels, size, sums);
+    }
 #endif
     BlurStretchPlain(stretch, channels, size, sums);
 }
@@ -59,24 +72,29 @@ struct RepeatedPixel {
 
 }  // namespace
 
+bool FitsWords(std::int32_t size) { return WordMeanServes(size); }
+
 void AddRow(const std::uint8_t* row, std::int32_t times, std::int32_t count, std::int32_t* sums) {
-    LoopOf<Adding>()(row, times, count, sums);
+    LoopOf<Adding<std::int32_t>>()(row, times, count, sums);
+}
+
+void AddRow(const std::uint8_t* row, std::int32_t times, std::int32_t count, std::uint16_t* sums) {
+    LoopOf<Adding<std::uint16_t>>()(row, times, count, sums);
 }
 
 void SlideRow(std::int32_t* sums, std::int32_t size, const std::uint8_t* leaving, const std::uint8_t* entering,
               std::int32_t count, std::uint8_t* result) {
-    if (leaving && entering) {
-        if (size <= kLargestSingleMean)
-            LoopOf<Sliding<float>>()(sums, size, leaving, entering, count, result);
-        else
-            LoopOf<Sliding<double>>()(sums, size, leaving, entering, count, result);
-        return;
-    }
-    const Mean<double> mean(size);
-    for (std::int32_t i = 0; i < count; ++i) {
-        result[i] = mean(sums[i]);
-        sums[i] += (entering ? entering[i] : 0) - (leaving ? leaving[i] : 0);
-    }
+    if (!leaving || !entering) return SlideWithout(sums, size, leaving, entering, count, result);
+    if (size <= kLargestSingleMean)
+        LoopOf<Sliding<std::int32_t, Mean<float>>>()(sums, size, leaving, entering, count, result);
+    else
+        LoopOf<Sliding<std::int32_t, Mean<double>>>()(sums, size, leaving, entering, count, result);
+}
+
+void SlideRow(std::uint16_t* sums, std::int32_t size, const std::uint8_t* leaving, const std::uint8_t* entering,
+              std::int32_t count, std::uint8_t* result) {
+    if (!leaving || !entering) return SlideWithout(sums, size, leaving, entering, count, result);
+    LoopOf<Sliding<std::uint16_t, WordMean>>()(sums, size, leaving, entering, count, result);
 }
 
 void BlurRow(const std::uint8_t* row, int channels, std::int32_t width, std::int32_t radius, std::uint8_t* result) {

@@ -52,6 +52,51 @@ TARGET_AVX512 void BlurStretchOf(const WindowStretch& stretch, std::int32_t size
     for (int i = 0; i < Channels; ++i) sums[(at + i) % Channels] = lane[i];
 }
 
+// Lane i of 32 becomes lane i - Distance, the lowest lanes 0; added to what was there.
+template <int Distance>
+TARGET_AVX512 inline __m512i AddShiftedWords(__m512i words, __m512i lane) {
+    if constexpr (Distance >= 32) return words;
+    const __m512i from = _mm512_sub_epi16(lane, _mm512_set1_epi16(Distance));
+    return _mm512_add_epi16(words, _mm512_maskz_permutexvar_epi16(~__mmask32{0} << Distance % 32, from, words));
+}
+
+TARGET_AVX512 inline __m512i WordSamples(__mmask32 present, const std::uint8_t* bytes) {
+    return _mm512_cvtepu8_epi16(_mm256_maskz_loadu_epi8(present, bytes));
+}
+
+template <int Channels>
+TARGET_AVX512 void BlurWordsOf(const WindowStretch& stretch, std::int32_t size, std::int32_t* sums) {
+    alignas(64) std::uint16_t word[32];
+    for (int i = 0; i < 32; ++i) word[i] = static_cast<std::uint16_t>(i);
+    const __m512i lane = _mm512_load_si512(word);
+    for (int i = 0; i < 32; ++i) word[i] = static_cast<std::uint16_t>(32 - Channels + i % Channels);
+    const __m512i lastOfChannel = _mm512_load_si512(word);
+    for (int i = 0; i < 32; ++i) word[i] = static_cast<std::uint16_t>(sums[i % Channels]);
+    __m512i before = _mm512_load_si512(word);  // each lane's sum before this step
+    const WordMean mean(size);
+    const __m512i factor = _mm512_set1_epi16(static_cast<short>(mean.factor));
+    const __m128i shift = _mm_cvtsi32_si128(mean.shift);
+    std::int64_t at = 0;
+    for (; at < stretch.count; at += 32) {
+        const auto present = static_cast<__mmask32>(LowBits(stretch.count - at));
+        const __m512i change =
+            _mm512_sub_epi16(WordSamples(present, stretch.entering + at), WordSamples(present, stretch.leaving + at));
+        __m512i changes = AddShiftedWords<Channels>(change, lane);
+        changes = AddShiftedWords<2 * Channels>(changes, lane);
+        changes = AddShiftedWords<4 * Channels>(changes, lane);
+        changes = AddShiftedWords<8 * Channels>(changes, lane);
+        changes = AddShiftedWords<16 * Channels>(changes, lane);
+        const __m512i after = _mm512_add_epi16(before, changes);
+        const __m512i sum = _mm512_sub_epi16(after, change);  // of this lane's window, before it moves on
+        const __m512i quotient = _mm512_srl_epi16(_mm512_mulhi_epu16(sum, factor), shift);
+        _mm256_mask_storeu_epi8(stretch.result + at, present, _mm512_cvtepi16_epi8(quotient));
+        before = _mm512_permutexvar_epi16(lastOfChannel, after);
+    }
+    // Lane 0 of what would be the next step belongs to channel `at` mod Channels.
+    _mm512_store_si512(word, before);
+    for (int i = 0; i < Channels; ++i) sums[(at + i) % Channels] = word[i];
+}
+
 }  // namespace
 
 TARGET_AVX512 void BlurStretchAvx512(const WindowStretch& stretch, int channels, std::int32_t size,
@@ -65,6 +110,20 @@ TARGET_AVX512 void BlurStretchAvx512(const WindowStretch& stretch, int channels,
             return BlurStretchOf<3>(stretch, size, sums);
         default:
             return BlurStretchOf<4>(stretch, size, sums);
+    }
+}
+
+TARGET_AVX512 void BlurStretchWordsAvx512(const WindowStretch& stretch, int channels, std::int32_t size,
+                                          std::int32_t* sums) {
+    switch (channels) {
+        case 1:
+            return BlurWordsOf<1>(stretch, size, sums);
+        case 2:
+            return BlurWordsOf<2>(stretch, size, sums);
+        case 3:
+            return BlurWordsOf<3>(stretch, size, sums);
+        default:
+            return BlurWordsOf<4>(stretch, size, sums);
     }
 }
 

@@ -19,6 +19,9 @@ struct WindowStretch {
 // Stores the means of a stretch and leaves the sums of `channels` channels as they are behind it.
 // The size of the windows is at most kLargestSingleMean.
 void BlurStretchAvx512(const WindowStretch& stretch, int channels, std::int32_t size, std::int32_t* sums);
+
+// The same with 32 lanes of 16 bits, for sizes that WordMean serves.
+void BlurStretchWordsAvx512(const WindowStretch& stretch, int channels, std::int32_t size, std::int32_t* sums);
 #endif
 
 }  // namespace rows

@@ -32,26 +32,57 @@ TEST(BoxBlur, MeansAreThoseOfIntegerDivision) {
     }
 }
 
-TEST(BoxBlur, SumsSlideTheSameAtEveryLevelAndWidth) {
+// All sums of all sizes whose sums have 16 bits.
+TEST(BoxBlur, MeansOfWordsAreThoseOfIntegerDivision) {
+    EXPECT_FALSE(rows::FitsWords(1));
+    EXPECT_FALSE(rows::FitsWords(203));
+    for (int size = 3; size <= 201; size += 2) {
+        ASSERT_TRUE(rows::FitsWords(size));
+        std::vector<std::uint16_t> sums(static_cast<std::size_t>(255 * size + 1));
+        for (std::size_t i = 0; i < sums.size(); ++i) sums[i] = static_cast<std::uint16_t>(i);
+        const auto before = sums;
+        const Bytes none(sums.size());
+        for (const auto level : Levels()) {
+            const AtLevel at(level);
+            Bytes result(sums.size());
+            rows::SlideRow(sums.data(), size, none.data(), none.data(), static_cast<std::int32_t>(sums.size()),
+                           result.data());
+            for (std::size_t i = 0; i < sums.size(); ++i)
+                ASSERT_EQ(result[i], i / static_cast<std::size_t>(size)) << i << " / " << size;
+            ASSERT_EQ(sums, before);
+        }
+    }
+}
+
+// Sums of `Sum`s go on from row to row.
+template <class Sum>
+void ExpectSlidingSums(int size) {
     Random random(1);
     const Bytes leaving = random.NextBytes(200), entering = random.NextBytes(200);
-    for (const int size : {9, 9001})
-        for (int count = 0; count <= 150; ++count)
-            for (const auto level : Levels()) {
-                const AtLevel at(level);
-                std::vector<std::int32_t> sums(200), expected(200);
-                for (std::size_t i = 0; i < sums.size(); ++i) sums[i] = expected[i] = static_cast<int>(i) % 9 * size;
-                rows::AddRow(leaving.data(), 3, count, sums.data());
-                Bytes result(200, 1), mean(200, 1);
-                for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
-                    expected[i] += 3 * leaving[i];
-                    mean[i] = static_cast<std::uint8_t>(expected[i] / size);
-                    expected[i] += entering[i] - leaving[i];
-                }
-                rows::SlideRow(sums.data(), size, leaving.data(), entering.data(), count, result.data());
-                ASSERT_EQ(sums, expected);
-                ASSERT_TRUE(SameBytes(result, mean));
+    for (int count = 0; count <= 150; ++count)
+        for (const auto level : Levels()) {
+            const AtLevel at(level);
+            std::vector<Sum> sums(200), expected(200);
+            for (std::size_t i = 0; i < sums.size(); ++i)
+                sums[i] = expected[i] = static_cast<Sum>((3 + static_cast<int>(i) % 9) * size);
+            rows::AddRow(leaving.data(), 3, count, sums.data());
+            Bytes result(200, 1), mean(200, 1);
+            for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
+                expected[i] = static_cast<Sum>(expected[i] + 3 * leaving[i]);
+                mean[i] = static_cast<std::uint8_t>(expected[i] / size);
+                expected[i] = static_cast<Sum>(expected[i] + entering[i] - leaving[i]);
             }
+            rows::SlideRow(sums.data(), size, leaving.data(), entering.data(), count, result.data());
+            ASSERT_EQ(sums, expected);
+            ASSERT_TRUE(SameBytes(result, mean));
+        }
+}
+
+TEST(BoxBlur, SumsSlideTheSameAtEveryLevelAndWidth) {
+    ExpectSlidingSums<std::int32_t>(9);
+    ExpectSlidingSums<std::int32_t>(9001);
+    ExpectSlidingSums<std::uint16_t>(9);
+    ExpectSlidingSums<std::uint16_t>(201);
 }
 
 TEST(BoxBlur, WindowsSlideTheSameAtEveryLevelAndWidth) {
@@ -59,7 +90,7 @@ TEST(BoxBlur, WindowsSlideTheSameAtEveryLevelAndWidth) {
     const Bytes row = random.NextBytes(4000);
     for (int channels = 1; channels <= 4; ++channels)
         for (const int width : {1, 2, 3, 4, 5, 6, 7, 15, 16, 17, 31, 33, 64, 100, 150, 700})
-            for (const int radius : {0, 1, 2, 5, 16, 40, 99, 130, 300, 699, 5000, 4210751}) {
+            for (const int radius : {0, 1, 2, 5, 16, 40, 99, 100, 101, 130, 300, 699, 5000, 4210751}) {
                 Bytes expected(4000, 7);
                 for (int x = 0; x < width; ++x)
                     for (int c = 0; c < channels; ++c) {
