@@ -26,23 +26,54 @@ void EngraveRowByItself(std::uint8_t* row, int channels, std::int32_t width, std
     }
 }
 
-// In place the rows above have changed already, and are read so.
-void EngraveByRows(const Operation& operation, std::int32_t level, bool inPlace) {
+// Two packed rows: a pixel's own and its neighbour's.
+struct RowCopies {
+    platform::PixelBlock own, other;
+
+    explicit RowCopies(std::int64_t bytes) : own(bytes), other(bytes) {}
+    explicit operator bool() const { return own && other; }
+};
+
+// From one picture into another, by way of copies only where rows aren't packed.
+void EngraveApart(const Operation& operation, std::int32_t level) {
     const PackedRows rows(operation);
-    const int channels = rows.Channels();
     const std::int32_t width = rows.Width();
     const std::int64_t bytes = rows.BytesOf(width);
-    const platform::PixelBlock row(bytes), other(bytes);
-    if (!row || !other) return;
+    const RowCopies copies(bytes);
+    if (!copies) return;
     for (std::int32_t y = 0; y < operation.CommonHeight(); ++y) {
+        const std::uint8_t* other = rows.Lasting(Neighbour(y, level, rows.Height()), 0, width, copies.other.Bytes());
+        if (!other) {
+            std::fill_n(copies.other.Bytes(), bytes, std::uint8_t{0});
+            other = copies.other.Bytes();
+        }
+        const std::uint8_t* const own = rows.Lasting(y, 0, width, copies.own.Bytes());
+        if (!own) continue;
+        std::uint8_t* const direct = rows.PackedInPlace(y, 0, width);
+        std::uint8_t* const result = direct ? direct : copies.own.Bytes();
+        rows::EngraveShiftedRow(own, other, rows.Channels(), width, level, result);
+        if (!direct) rows.Write(y, 0, width, result);
+    }
+}
+
+// The rows above have changed already, and are read so.
+void EngraveInPlace(const Operation& operation, std::int32_t level) {
+    const PackedRows rows(operation);
+    const std::int32_t width = rows.Width();
+    const std::int64_t bytes = rows.BytesOf(width);
+    const RowCopies copies(bytes);
+    if (!copies) return;
+    std::uint8_t* const own = copies.own.Bytes();
+    for (std::int32_t y = 0; y < rows.Height(); ++y) {
         const std::int32_t otherRow = Neighbour(y, level, rows.Height());
-        if (!rows.Read(otherRow, 0, width, other.Bytes())) std::fill_n(other.Bytes(), bytes, std::uint8_t{0});
-        if (!rows.Read(y, 0, width, row.Bytes())) continue;
-        if (inPlace && otherRow == y && level < 0)
-            EngraveRowByItself(row.Bytes(), channels, width, level);
+        if (!rows.Read(otherRow, 0, width, copies.other.Bytes()))
+            std::fill_n(copies.other.Bytes(), bytes, std::uint8_t{0});
+        if (!rows.Read(y, 0, width, own)) continue;
+        if (otherRow == y && level < 0)
+            EngraveRowByItself(own, rows.Channels(), width, level);
         else
-            rows::EngraveShiftedRow(row.Bytes(), other.Bytes(), channels, width, level, row.Bytes());
-        rows.Write(y, 0, width, row.Bytes());
+            rows::EngraveShiftedRow(own, copies.other.Bytes(), rows.Channels(), width, level, own);
+        rows.Write(y, 0, width, own);
     }
 }
 
@@ -63,11 +94,17 @@ void EngraveByPixels(const Operation& operation, std::int32_t level) {
 sdk::Object* EngraveFilter(sdk::Object* self, sdk::Object* dest, std::int32_t level) {
     const Operation operation = BeginOperation(self, dest);
     if (!operation) return operation.result;
-    const Sharing sharing = SharingOf(operation);
-    if (sharing == Sharing::Overlapping)
-        EngraveByPixels(operation, level);
-    else
-        EngraveByRows(operation, level, sharing == Sharing::SamePixels);
+    switch (SharingOf(operation)) {
+        case Sharing::Apart:
+            EngraveApart(operation, level);
+            break;
+        case Sharing::SamePixels:
+            EngraveInPlace(operation, level);
+            break;
+        case Sharing::Overlapping:
+            EngraveByPixels(operation, level);
+            break;
+    }
     return operation.result;
 }
 

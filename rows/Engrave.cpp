@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "rows/EngraveForms.h"
 #include "rows/LoopForms.h"
 
 namespace rows {
@@ -22,6 +23,9 @@ struct Engraving {
 }  // namespace
 
 void EngraveRow(const std::uint8_t* pixels, const std::uint8_t* others, std::int64_t count, std::uint8_t* result) {
+#ifdef ROWS_X86
+    if (ActiveCpuLevel() == CpuLevel::Avx512) return EngraveAvx512(pixels, others, count, result);
+#endif
     LoopOf<Engraving>()(pixels, others, count, result);
 }
 
