@@ -2,6 +2,9 @@
 
 #include <cstring>
 
+#include "rows/CpuLevel.h"
+#include "rows/NearestForms.h"
+
 namespace rows {
 
 namespace {
@@ -24,10 +27,8 @@ void PickThrees(const PixelSpan& span, const std::uint8_t* row, std::int32_t wid
         std::memcpy(picked + i * 4, row + std::int64_t{columns[i]} * span.pixelSize, 3);
 }
 
-}  // namespace
-
-void PickPixels(const PixelSpan& span, const std::uint8_t* row, std::int32_t width, const std::int32_t* columns,
-                std::int32_t count, std::uint8_t* picked) {
+void PickOneByOne(const PixelSpan& span, const std::uint8_t* row, std::int32_t width, const std::int32_t* columns,
+                  std::int32_t count, std::uint8_t* picked) {
     row += span.offset;
     switch (span.size) {
         case 1:
@@ -39,6 +40,17 @@ void PickPixels(const PixelSpan& span, const std::uint8_t* row, std::int32_t wid
         default:
             return PickEach<4>(span.pixelSize, row, columns, count, picked);
     }
+}
+
+}  // namespace
+
+void PickPixels(const PixelSpan& span, const std::uint8_t* row, std::int32_t width, const std::int32_t* columns,
+                std::int32_t count, std::uint8_t* picked) {
+    std::int32_t done = 0;
+#ifdef ROWS_X86
+    if (ActiveCpuLevel() == CpuLevel::Avx512) done = PickAvx512(span, row, width, columns, count, picked);
+#endif
+    PickOneByOne(span, row, width, columns + done, count - done, picked + std::int64_t{done} * PickedPixelSize(span));
 }
 
 }  // namespace rows

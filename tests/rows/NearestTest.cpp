@@ -20,13 +20,17 @@ TEST(PickPixels, TakesTheSpansOfTheColumns) {
         for (int i = 0; i < count; ++i) columns.push_back(random.Below(width));
         std::sort(columns.begin(), columns.end());
         const int packed = rows::PickedPixelSize(span);
-        Bytes picked(static_cast<std::size_t>(count * packed));
-        rows::PickPixels(span, row.data(), width, columns.data(), count, picked.data());
-        for (int i = 0; i < count; ++i)
-            for (int byte = 0; byte < size; ++byte)
-                ASSERT_EQ(
-                    picked[static_cast<std::size_t>(i * packed + byte)],
-                    row[static_cast<std::size_t>(offset + columns[static_cast<std::size_t>(i)] * pixelSize + byte)]);
+        for (const auto level : rows_test::Levels()) {
+            const rows_test::AtLevel at(level);
+            Bytes picked(static_cast<std::size_t>(count * packed));
+            rows::PickPixels(span, row.data(), width, columns.data(), count, picked.data());
+            for (int i = 0; i < count; ++i) {
+                const std::int64_t from = offset + std::int64_t{columns[static_cast<std::size_t>(i)]} * pixelSize;
+                for (int byte = 0; byte < size; ++byte)
+                    ASSERT_EQ(picked[static_cast<std::size_t>(i * packed + byte)],
+                              row[static_cast<std::size_t>(from + byte)]);
+            }
+        }
     }
 }
 
