@@ -5,6 +5,7 @@
 
 #include "buffer/Destination.h"
 #include "buffer/Sharing.h"
+#include "filters/OilColumns.h"
 #include "filters/PackedRows.h"
 #include "rows/OilHistogram.h"
 
@@ -163,6 +164,7 @@ sdk::Object* OilFilter(sdk::Object* self, sdk::Object* dest, std::int32_t levels
     if (!operation) return operation.result;
     const std::int32_t bins = std::min(levels, 256);
     const Sharing sharing = SharingOf(operation);
+    if (sharing == Sharing::Apart && PaintByColumns(operation, bins, range, &blueSlot)) return operation.result;
     rows::ForChannelSet(operation.channels, [&]<rows::ChannelSet Set>() {
         if (sharing != Sharing::Overlapping && PaintByRows<Set>(operation, bins, range, sharing == Sharing::SamePixels))
             return;

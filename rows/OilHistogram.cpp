@@ -3,7 +3,8 @@
 #include <algorithm>
 
 #include "rows/CpuLevel.h"
-#include "rows/X86.h"
+#include "rows/LoopForms.h"
+#include "rows/OilHistogramForms.h"
 
 namespace rows {
 
@@ -17,27 +18,37 @@ std::int32_t FullestBinPlain(const OilHistogram& histogram, std::int32_t levels)
     return best;
 }
 
-#ifdef ROWS_X86
-// The highest count first, then the first bin that has it. Lanes past `levels` don't count.
-TARGET_AVX512 std::int32_t FullestBinAvx512(const OilHistogram& histogram, std::int32_t levels) {
-    __m512i highest = _mm512_set1_epi32(INT32_MIN);
-    for (std::int32_t bin = 0; bin < levels; bin += 16) {
-        const auto lanes = static_cast<__mmask16>(LowBits(levels - bin));
-        highest = _mm512_mask_max_epi32(highest, lanes, highest, _mm512_loadu_si512(histogram.count + bin));
+std::int32_t SlideCountsPlain(std::uint16_t* counts, const std::uint16_t* entering, const std::uint16_t* leaving,
+                              std::int32_t bins) {
+    std::int32_t fullest = 0;
+    for (std::int32_t bin = 0; bin < bins; ++bin) {
+        counts[bin] = static_cast<std::uint16_t>(counts[bin] + entering[bin] - leaving[bin]);
+        if (counts[fullest] < counts[bin]) fullest = bin;
     }
-    alignas(64) std::int32_t lane[16];
-    _mm512_store_si512(lane, highest);
-    const __m512i wanted = _mm512_set1_epi32(*std::max_element(lane, lane + 16));
-    for (std::int32_t bin = 0; bin < levels; bin += 16) {
-        const auto lanes = static_cast<__mmask16>(LowBits(levels - bin));
-        const __mmask16 found = _mm512_mask_cmpeq_epi32_mask(lanes, _mm512_loadu_si512(histogram.count + bin), wanted);
-        if (found) return bin + __builtin_ctz(found);
-    }
-    return 0;
+    return fullest;
 }
-#endif
+
+struct SlidingSums {
+    ROWS_INLINE static void Run(std::uint32_t* __restrict sums, const std::uint32_t* entering,
+                                const std::uint32_t* leaving, std::int32_t bins) {
+        bins = bins / kBinsAtOnce * kBinsAtOnce;
+        for (std::int32_t i = 0; i < bins; ++i) sums[i] += entering[i] - leaving[i];
+    }
+};
 
 }  // namespace
+
+std::int32_t SlideCounts(std::uint16_t* counts, const std::uint16_t* entering, const std::uint16_t* leaving,
+                         std::int32_t bins) {
+#ifdef ROWS_X86
+    if (ActiveCpuLevel() == CpuLevel::Avx512) return SlideCountsAvx512(counts, entering, leaving, bins);
+#endif
+    return SlideCountsPlain(counts, entering, leaving, bins);
+}
+
+void SlideSums(std::uint32_t* sums, const std::uint32_t* entering, const std::uint32_t* leaving, std::int32_t bins) {
+    LoopOf<SlidingSums>()(sums, entering, leaving, bins);
+}
 
 void AddHistogram(OilHistogram& to, const OilHistogram& from, std::int32_t levels) {
     for (std::int32_t bin = 0; bin < levels; ++bin) to.count[bin] += from.count[bin];

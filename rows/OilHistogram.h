@@ -37,4 +37,16 @@ std::int32_t FullestBinAgainst(const OilHistogram& histogram, const OilHistogram
 // The bin's sum divided by its count, truncated, as its low byte; 0 for an empty bin.
 std::uint8_t MeanOfBin(const OilHistogram& histogram, std::int32_t bin);
 
+// Histograms that move by whole columns of samples, each with a histogram of its own. Bins are
+// padded to a multiple of kBinsAtOnce with empty ones. Counts have 16 bits: at most 65,535 samples.
+inline constexpr std::int32_t kBinsAtOnce = 32;
+
+// counts[i] += entering[i] - leaving[i] for all `bins` bins. Gives the fullest bin; of equals the
+// lowest.
+std::int32_t SlideCounts(std::uint16_t* counts, const std::uint16_t* entering, const std::uint16_t* leaving,
+                         std::int32_t bins);
+
+// sums[i] += entering[i] - leaving[i].
+void SlideSums(std::uint32_t* sums, const std::uint32_t* entering, const std::uint32_t* leaving, std::int32_t bins);
+
 }  // namespace rows

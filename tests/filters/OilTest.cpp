@@ -100,6 +100,12 @@ void PaintEveryScene() {
         };
         Expect({{"into its own left part", narrower}}, 30, 2);
     }
+    // Wide enough for several strips of columns, and neighbourhoods up to the largest that fit them.
+    for (const int format : {1, 11})
+        for (const int levels : {256, 200, 16}) {
+            for (const int range : {1, 40, 127, 128}) Expect({Plain(format, 700, 3)}, levels, range);
+            Expect({Plain(12, 6, 6)}, levels, 2);
+        }
     // Blue is left over from the last colour picture, and gray with alpha is compared with it.
     Expect({Plain(1, 5, 5, 9), Plain(13, 5, 5, 10), Plain(13, 5, 5, 11)}, 16, 2);
 }

@@ -1,9 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
+#include <vector>
 
 #include "rows/CpuLevel.h"
 #include "rows/OilHistogram.h"
+#include "tests/rows/Levels.h"
 
 namespace {
 
@@ -32,6 +35,46 @@ TEST(OilHistogram, GivesTheLowByteOfTheMean) {
     histogram.count[7] = 0xFFFFFFFFu;  // -1 after a wrap
     histogram.sum[7] = 0x80000000u;
     EXPECT_EQ(rows::MeanOfBin(histogram, 7), 0);
+}
+
+TEST(OilHistogram, SlidesCountsTheSameAtEveryLevel) {
+    std::mt19937 random(2);
+    for (const auto level : rows_test::Levels()) {
+        const rows_test::AtLevel at(level);
+        for (int bins = rows::kBinsAtOnce; bins <= 256; bins += rows::kBinsAtOnce)
+            for (const unsigned most : {0u, 1u, 3u, 200u, 65535u})
+                for (int round = 0; round < 20; ++round) {
+                    std::vector<std::uint16_t> counts, entering, leaving, expected;
+                    for (int i = 0; i < bins; ++i) {
+                        leaving.push_back(static_cast<std::uint16_t>(random() % (most + 1)));
+                        counts.push_back(
+                            static_cast<std::uint16_t>(leaving.back() + random() % (most - leaving.back() + 1)));
+                        entering.push_back(
+                            static_cast<std::uint16_t>(random() % (65536 + leaving.back() - counts.back())));
+                        if (most < 65535) entering.back() = static_cast<std::uint16_t>(entering.back() % (most + 1));
+                        expected.push_back(
+                            static_cast<std::uint16_t>(counts.back() + entering.back() - leaving.back()));
+                    }
+                    const std::int32_t fullest =
+                        rows::SlideCounts(counts.data(), entering.data(), leaving.data(), bins);
+                    EXPECT_EQ(fullest, std::max_element(expected.begin(), expected.end()) - expected.begin());
+                    ASSERT_EQ(counts, expected);
+                }
+    }
+}
+
+TEST(OilHistogram, SlidesSums) {
+    std::mt19937 random(3);
+    for (const auto level : rows_test::Levels()) {
+        const rows_test::AtLevel at(level);
+        std::vector<std::uint32_t> sums(256), entering(256), leaving(256), expected(256);
+        for (std::size_t i = 0; i < sums.size(); ++i) {
+            sums[i] = random(), entering[i] = random(), leaving[i] = random();
+            expected[i] = i < 224 ? sums[i] + entering[i] - leaving[i] : sums[i];
+        }
+        rows::SlideSums(sums.data(), entering.data(), leaving.data(), 224);
+        EXPECT_EQ(sums, expected);
+    }
 }
 
 }  // namespace
