@@ -26,9 +26,11 @@ Value Exported(const Ref<Object>& buffer, const Export& one) {
 
 class FailingWorlds : public PluginTest, public ::testing::WithParamInterface<Export> {
   protected:
+    std::string PluginPath() const override { return TQX_TEST_PLUGIN_FOLDER "/FailingWorlds.so"; }
+
     void SetUp() override {
         PluginTest::SetUp();
-        void* const module = dlopen(TQX_PLUGIN_PATH, RTLD_NOW | RTLD_NOLOAD);
+        void* const module = dlopen(PluginPath().c_str(), RTLD_NOW | RTLD_NOLOAD);
         ASSERT_NE(module, nullptr);
         worlds_ = reinterpret_cast<failing_worlds::RecordFunction>(dlsym(module, failing_worlds::kRecordFunction))();
         dlclose(module);
