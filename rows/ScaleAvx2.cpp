@@ -2,11 +2,7 @@
 
 #ifdef ROWS_X86
 
-#include <immintrin.h>
-
 #include "rows/ScaleTurns.h"
-
-#define TARGET_AVX2 __attribute__((target("avx2")))
 
 namespace rows {
 

@@ -6,13 +6,9 @@
 
 #ifdef ROWS_X86
 
-#include <immintrin.h>
-
 #include <bit>
 
 #include "rows/ScaleTurns.h"
-
-#define TARGET_AVX512 __attribute__((target("avx2,avx512f,avx512bw,avx512vl,avx512dq,avx512vbmi,fma")))
 
 namespace rows {
 
@@ -88,13 +84,16 @@ struct Division {
     __mmask16 mayDoubt;  // lanes whose quotients are estimates: all, or none
 };
 
+// Powers of two have exact reciprocals.
+inline bool IsPowerOfTwo(double positive) {
+    return (std::bit_cast<std::uint64_t>(positive) & ((std::uint64_t{1} << 52) - 1)) == 0;
+}
+
 // By a power of two, whose reciprocal is exact, the quotients in fixed point are rounded down and
 // right. Others are estimates that get one unit more, so that a fraction of all ones and one of all
 // zeros, between which the quotient may lie on either side, name the same whole number.
 inline Division DivisionBy(const DownRow& output) {
-    constexpr std::uint64_t kFraction = (std::uint64_t{1} << 52) - 1;
-    if ((std::bit_cast<std::uint64_t>(output.total) & kFraction) == 0)
-        return {output.total, output.reciprocal, kToFixedPoint, 0};
+    if (IsPowerOfTwo(output.total)) return {output.total, output.reciprocal, kToFixedPoint, 0};
     return {output.total, output.reciprocal, kToFixedPoint + kFixedPointUnit, 0xFFFF};
 }
 
@@ -144,11 +143,6 @@ TARGET_AVX512 __m128i DivideBytes(const DownRow& output, __m512d low, __m512d hi
     const __m256i first = _mm512_cvttpd_epi32(Clamped(low, _mm512_set1_pd(output.total)));
     const __m256i second = _mm512_cvttpd_epi32(Clamped(high, _mm512_set1_pd(output.total)));
     return _mm512_cvtepi32_epi8(_mm512_inserti64x4(_mm512_castsi256_si512(first), second, 1));
-}
-
-// Powers of two have exact reciprocals.
-inline bool IsPowerOfTwo(double positive) {
-    return (std::bit_cast<std::uint64_t>(positive) & ((std::uint64_t{1} << 52) - 1)) == 0;
 }
 
 // One piece of one output.

@@ -6,10 +6,7 @@
 
 #include "rows/ScaleDown.h"
 #include "rows/Taps.h"
-
-#if defined(__x86_64__) && defined(__GNUC__)
-#define ROWS_X86 1
-#endif
+#include "rows/X86.h"
 
 namespace rows {
 
