@@ -14,6 +14,7 @@ std::uint8_t LevelValue(std::int32_t level, std::int32_t levels) {
 
 rows::DitherTables BuildTables(const DitherMatrix& matrix, std::int32_t levels) {
     rows::DitherTables tables;
+    tables.twoLevels = levels == 2;
     for (std::int32_t value = 0; value < 256; ++value) {
         const std::int32_t base = value * (levels - 1) >> 8;
         tables.limit[value] = static_cast<std::uint8_t>(value * (matrix.size * matrix.size + 1) >> 8);
@@ -32,10 +33,12 @@ sdk::Object* DitherFilter(sdk::Object* self, sdk::Object* dest, std::int32_t mat
     if (!operation || !cells) return operation.result;
     const rows::DitherTables tables = BuildTables(*cells, levels);
     const PackedRows rows(operation);
-    ChangeEachPixel(operation, rows, [&](std::int32_t y, std::int32_t first, std::int32_t count, std::uint8_t* pixels) {
-        const rows::DitherCells row{cells->threshold[y % cells->size], cells->size};
-        rows::DitherRow(tables, row, first, rows.Channels(), count, pixels);
-    });
+    ChangeEachPixel(
+        operation, rows,
+        [&](std::int32_t y, std::int32_t first, std::int32_t count, const std::uint8_t* pixels, std::uint8_t* result) {
+            const rows::DitherCells row{cells->threshold[y % cells->size], cells->size};
+            rows::DitherRow(tables, row, first, rows.Channels(), count, pixels, result);
+        });
     return operation.result;
 }
 

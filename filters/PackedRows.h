@@ -75,20 +75,29 @@ class PackedRows {
     rows::MovePlan write_;
 };
 
-// Runs change(y, first, count, pixels) over packed copies of the source's pixels, which it may
-// change, and stores them in the destination: row by row where that gives what the plain pixel
-// order gives, else pixel by pixel. Does nothing when memory is short.
+// Runs change(y, first, count, pixels, result) over packed pixels of the source, where `result` may be
+// the pixels themselves, and stores the results in the destination: row by row where that gives
+// what the plain pixel order gives, else pixel by pixel, each read whole before it is written.
+// Rows that are packed already aren't copied. Does nothing when memory is short.
 template <class Change>
 void ChangeEachPixel(const Operation& operation, const PackedRows& rows, const Change& change) {
     const std::int32_t width = operation.CommonWidth();
-    const std::int32_t step = SharingOf(operation) == Sharing::Overlapping ? 1 : width;
-    const platform::PixelBlock pixels(rows.BytesOf(step));
-    if (!pixels) return;
+    const bool byRows = SharingOf(operation) != Sharing::Overlapping;
+    const std::int32_t step = byRows ? width : 1;
+    const platform::PixelBlock copies(rows.BytesOf(step));
+    if (!copies) return;
+    const auto pixelsAt = [&](std::int32_t y, std::int32_t first) -> const std::uint8_t* {
+        if (byRows) return rows.Packed(y, first, step, copies.Bytes());
+        return rows.Read(y, first, step, copies.Bytes()) ? copies.Bytes() : nullptr;
+    };
     for (std::int32_t y = 0; y < operation.CommonHeight(); ++y)
         for (std::int32_t first = 0; first < width; first += step) {
-            if (!rows.Read(y, first, step, pixels.Bytes())) break;
-            change(y, first, step, pixels.Bytes());
-            rows.Write(y, first, step, pixels.Bytes());
+            const std::uint8_t* const pixels = pixelsAt(y, first);
+            if (!pixels) break;
+            std::uint8_t* const direct = byRows ? rows.PackedInPlace(y, first, step) : nullptr;
+            std::uint8_t* const result = direct ? direct : copies.Bytes();
+            change(y, first, step, pixels, result);
+            if (!direct) rows.Write(y, first, step, result);
         }
 }
 

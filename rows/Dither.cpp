@@ -9,12 +9,12 @@ namespace {
 
 // The definition.
 void DitherPlain(const DitherTables& tables, const DitherCells& cells, std::int32_t first, int channels,
-                 std::int32_t count, std::uint8_t* pixels) {
+                 std::int32_t count, const std::uint8_t* pixels, std::uint8_t* result) {
     std::int32_t cell = first % cells.size;
     for (std::int32_t x = 0; x < count; ++x) {
         const std::uint8_t threshold = cells.threshold[cell];
-        for (int channel = 0; channel < channels; ++channel, ++pixels)
-            *pixels = threshold < tables.limit[*pixels] ? tables.lower[*pixels] : tables.upper[*pixels];
+        for (int channel = 0; channel < channels; ++channel, ++pixels, ++result)
+            *result = threshold < tables.limit[*pixels] ? tables.lower[*pixels] : tables.upper[*pixels];
         if (++cell == cells.size) cell = 0;
     }
 }
@@ -31,14 +31,14 @@ CellBytes Expand(const DitherCells& cells, int channels) {
 }  // namespace
 
 void DitherRow(const DitherTables& tables, const DitherCells& cells, std::int32_t first, int channels,
-               std::int32_t count, std::uint8_t* pixels) {
+               std::int32_t count, const std::uint8_t* pixels, std::uint8_t* result) {
 #ifdef ROWS_X86
     constexpr std::int32_t kWorthExpanding = 64;  // pixels; below, the plain loop is done before the cells are expanded
     if (count >= kWorthExpanding && cells.size <= CellBytes::kMostCells && ActiveCpuLevel() == CpuLevel::Avx512)
         return DitherAvx512(tables, Expand(cells, channels), first % cells.size * channels,
-                            std::int64_t{count} * channels, pixels);
+                            std::int64_t{count} * channels, pixels, result);
 #endif
-    DitherPlain(tables, cells, first, channels, count, pixels);
+    DitherPlain(tables, cells, first, channels, count, pixels, result);
 }
 
 }  // namespace rows

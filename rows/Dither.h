@@ -11,6 +11,7 @@ struct DitherTables {
     std::uint8_t limit[256];
     std::uint8_t lower[256];
     std::uint8_t upper[256];
+    bool twoLevels;  // lower and upper are the same for all bytes
 };
 
 // One row of a threshold matrix, repeated along the picture's row.
@@ -19,9 +20,9 @@ struct DitherCells {
     std::int32_t size;
 };
 
-// Dithers `count` packed pixels in place, the first of them in column `first` of its row. All
-// channels of a pixel share its cell.
+// Dithers `count` packed pixels, the first of them in column `first` of its row. All channels of a
+// pixel share its cell. The result may be the pixels themselves, and may not otherwise overlap them.
 void DitherRow(const DitherTables& tables, const DitherCells& cells, std::int32_t first, int channels,
-               std::int32_t count, std::uint8_t* pixels);
+               std::int32_t count, const std::uint8_t* pixels, std::uint8_t* result);
 
 }  // namespace rows

@@ -16,7 +16,7 @@ struct CellBytes {
 
 // Dithers `count` bytes, of which the first stands at byte `start` of the period.
 void DitherAvx512(const DitherTables& tables, const CellBytes& cells, std::int32_t start, std::int64_t count,
-                  std::uint8_t* pixels);
+                  const std::uint8_t* pixels, std::uint8_t* result);
 #endif
 
 }  // namespace rows
