@@ -156,6 +156,15 @@ void BlurDestinationRows(const BlurWork& work, const PackedRows& source, RowPair
     }
 }
 
+// Stores row y of the destination, whole, blurred along the row.
+template <class AlongRow>
+void WriteBlurredRow(const PackedRows& rows, std::int32_t y, std::int32_t width, RowPair& pair,
+                     const AlongRow& alongRow) {
+    std::uint8_t* const direct = rows.PackedInPlace(y, 0, width);
+    alongRow(pair.row.Bytes(), direct ? direct : pair.result.Bytes());
+    if (!direct) rows.Write(y, 0, width, pair.result.Bytes());
+}
+
 // How many columns to work on at once.
 std::int32_t StripWidth(const BlurWork& work, const PackedRows& rows, std::int32_t radius) {
     if (work.sharing != Sharing::SamePixels) return work.width;
@@ -184,8 +193,10 @@ void BoxBlurWith(const BlurWork& work, std::int32_t radius) {
             const bool present = originals.Keep(y);
             sums.Slide(y, pair.row.Bytes());
             if (!present) continue;
-            if (fused) alongRow(pair.row.Bytes(), pair.result.Bytes());
-            rows.Write(y, first, count, fused ? pair.result.Bytes() : pair.row.Bytes());
+            if (fused)
+                WriteBlurredRow(rows, y, work.width, pair, alongRow);
+            else
+                rows.Write(y, first, count, pair.row.Bytes());
         }
     }
     if (!fused) BlurDestinationRows(work, rows, pair, alongRow);
@@ -225,8 +236,10 @@ void FractionalBlur(const BlurWork& work, const rows::ThreeTaps& taps) {
         if (y + 1 < work.height) ring.Row(y + 1);  // while it is what it was
         if (!ring.Row(y)) continue;
         MixColumns(plan, ring, y, work.height, bytes, pair.row.Bytes());
-        if (fused) alongRow(pair.row.Bytes(), pair.result.Bytes());
-        rows.Write(y, 0, work.width, fused ? pair.result.Bytes() : pair.row.Bytes());
+        if (fused)
+            WriteBlurredRow(rows, y, work.width, pair, alongRow);
+        else
+            rows.Write(y, 0, work.width, pair.row.Bytes());
     }
     if (!fused) BlurDestinationRows(work, rows, pair, alongRow);
 }
