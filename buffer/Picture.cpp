@@ -35,7 +35,8 @@ void ReleaseReferences(PixelBuffer& buffer) {
 // How far the pixels of the last row reach past RowSize bytes: the rows of a memory block may be
 // closer together than they are long.
 std::int64_t RowOverhang(const PixelBuffer& buffer) {
-    const std::int64_t lastPixel = std::int64_t{buffer.Width - 1} * buffer.PixelSize;
+    if (buffer.Width < 1) return 0;
+    const std::int64_t lastPixel = (std::int64_t{buffer.Width} - 1) * buffer.PixelSize;
     const std::int32_t lastOffset = std::max({buffer.RedOffset, buffer.GreenOffset, buffer.BlueOffset,
                                               buffer.GrayOffset, buffer.AlphaOffset, buffer.PixelSize - 1});
     return std::max<std::int64_t>(lastPixel + lastOffset + 1 - buffer.RowSize, 0);
@@ -129,15 +130,18 @@ sdk::Object* Clone(sdk::Object* self) {
     if (!clone) return nullptr;
     const std::int64_t size = std::int64_t{source.RowSize} * source.Height;
     if (size < 0) return nullptr;
-    std::uint8_t* const copy = platform::AllocatePixels(size + RowOverhang(source));
+    // A part of a picture of negative size may claim more rows than the storage has.
+    const std::int32_t rows = std::min(source.Height, source.storageRows);
+    std::uint8_t* const copy = platform::AllocatePixels(size + (rows > 0 ? RowOverhang(source) : 0));
     if (!copy) return nullptr;
     // From the storage's base, also for a clip, whose rows may then lie past the copy: intended.
-    std::memcpy(copy, source.data, static_cast<std::size_t>(size));
+    if (rows > 0) std::memcpy(copy, source.data, static_cast<std::size_t>(std::int64_t{source.RowSize} * rows));
     PixelBuffer& buffer = *BufferOf(clone.Get());
     CopyDescription(source, buffer);
     buffer.data = copy;
     buffer.ownsMemory = true;
-    buffer.windowRows = buffer.storageRows = source.Height;
+    buffer.windowRows = source.Height;
+    buffer.storageRows = rows;
     return clone.Give();
 }
 

@@ -11,15 +11,16 @@ namespace tqx {
 
 namespace {
 
-// Gives a described view its parent's storage; for mapped storage a window of its own.
-void ShareStorage(sdk::Object* parentObject, PixelBuffer& view) {
+// Gives a described view its parent's storage, of which it may reach the first `rows` rows; for
+// mapped storage a window of its own.
+void ShareStorage(sdk::Object* parentObject, PixelBuffer& view, std::int32_t rows) {
     const PixelBuffer& parent = *BufferOf(parentObject);
     KeepObject(view.Parent, parentObject);
     KeepObject(view.Target, parent.Target);
     view.parentGeneration = parent.generation;
     view.rowAddress = parent.rowAddress;
     view.windowRows = parent.windowRows;
-    view.storageRows = parent.storageRows;
+    view.storageRows = rows;
     view.firstMappedRow = view.lastMappedRow = -1;
     if (parent.IsMapping)
         ShareMapping(parent, view);
@@ -45,8 +46,9 @@ struct ClipSpan {
 };
 
 // Cuts one axis to a picture of `extent` pixels. A span that begins past the end gets the
-// negative size extent - start, and one that lies wholly before the picture covers all of it:
-// both intended, they come of comparing sizes as unsigned numbers.
+// negative size extent - start, one that lies wholly before the picture covers all of it, and a
+// picture of negative size cuts nothing: all intended, they come of comparing sizes as unsigned
+// numbers.
 ClipSpan ClipAxis(std::int64_t start, std::int64_t size, std::int32_t extent) {
     if (size < 0) {
         start += size;
@@ -56,9 +58,9 @@ ClipSpan ClipAxis(std::int64_t start, std::int64_t size, std::int32_t extent) {
         size += start;
         start = 0;
     }
-    const bool beginsInside = extent > start;
-    const bool reachesPast = size < 0 || size > extent - start;
-    if (!beginsInside || reachesPast) size = extent - start;
+    const std::int64_t end = static_cast<std::uint32_t>(extent);
+    if (end <= start) size = 0;
+    if (static_cast<std::uint32_t>(size) > end - start) size = extent - start;
     return {Saturate(start), Saturate(size)};
 }
 
@@ -86,7 +88,7 @@ sdk::Object* ChannelView(sdk::Object* self, bool present, std::int32_t offset) {
     view.ImageFormat = ImageFormatG;
     view.GrayOffset = offset;
     view.IsGray = view.HasGray = true;
-    ShareStorage(self, view);
+    ShareStorage(self, view, BufferOf(self)->storageRows);
     return instance.Give();
 }
 
@@ -121,7 +123,9 @@ sdk::Object* ClipImage(sdk::Object* self, std::int32_t x, std::int32_t y, std::i
     view.IsGray = parent.IsGray;
     view.IsRGB = parent.IsRGB;
     KeepObject(view.MemoryTarget, parent.MemoryTarget);
-    ShareStorage(self, view);
+    // Columns of a picture that has none lie anywhere: no row of theirs is given out.
+    const bool hidden = parent.Width < 0 && view.Width > 0;
+    ShareStorage(self, view, hidden ? 0 : parent.storageRows);
     return instance.Give();
 }
 
@@ -158,7 +162,7 @@ sdk::Object* RGBChannels(sdk::Object* self) {
     view.RedOffset = parent.RedOffset;
     view.GreenOffset = parent.GreenOffset;
     view.BlueOffset = parent.BlueOffset;
-    ShareStorage(self, view);
+    ShareStorage(self, view, BufferOf(self)->storageRows);
     return instance.Give();
 }
 

@@ -70,7 +70,11 @@ TEST_F(Views, NothingCanBeReadThroughANegativeClip) {
         const auto clip = CallObject(picture, "ClipImage", x, y, 10, 10);
         const auto again = CallObject(clip, "ClipImage", 0, 0, 10, 10);
         for (const auto& view : {clip, again, CallObject(clip, "MirroredView"), CallObject(clip, "RedChannel")}) {
-            EXPECT_EQ(Call(view, "DataStringInFormat", 1).string(), nullptr);
+            const std::int64_t width = GetInt(view, "Width"), height = GetInt(view, "Height");
+            if (width > 0 && height > 0)
+                EXPECT_EQ(TextBytes(Call(view, "DataStringInFormat", 11)), Bytes(width * height, 0));
+            else
+                EXPECT_EQ(Call(view, "DataStringInFormat", 1).string(), nullptr);
             if (GetInt(view, "Width") <= 0) {
                 EXPECT_FALSE(CallObject(view, "RowInFormat", 0, 1));
             }
@@ -79,6 +83,32 @@ TEST_F(Views, NothingCanBeReadThroughANegativeClip) {
         }
     }
     EXPECT_EQ(ReadPixels(picture), before);
+}
+
+// A negative size is a huge unsigned number, which cuts nothing; what is called for is given, and
+// has no rows.
+TEST_F(Views, ClipOfANegativeClipHasTheSizeThatWasCalledFor) {
+    const auto picture = New("PictureTQX", 100, 100, 1);
+    const auto clip = CallObject(picture, "ClipImage", 150, 130, 10, 10);
+    EXPECT_EQ(ExtentOf(clip), (Extent{-50, -30, 130}));
+    EXPECT_EQ(ExtentOf(CallObject(clip, "ClipImage", 2, 3, 10, 7)), (Extent{10, 7, 133}));
+    EXPECT_EQ(ExtentOf(CallObject(clip, "ClipImage")), (Extent{0, 0, 130}));
+    const auto wide = CallObject(CallObject(picture, "ClipImage", 150, 0, 10, 10), "ClipImage", 0, 0, 10, 5000);
+    EXPECT_EQ(ExtentOf(wide), (Extent{10, 10, 0}));
+    EXPECT_FALSE(CallObject(wide, "RawRow", 0)) << "its columns are not the picture's";
+    const auto tall = CallObject(CallObject(picture, "ClipImage", 0, 150, 10, 10), "ClipImage", 0, 0, 10, 5000);
+    EXPECT_EQ(ExtentOf(tall), (Extent{10, 5000, 150}));
+    const auto clone = CallObject(tall, "Clone");
+    ASSERT_TRUE(clone);
+    EXPECT_EQ(GetInt(clone, "Height"), 5000);
+    for (const int y : {0, 4999}) EXPECT_FALSE(CallObject(clone, "RawRow", y));
+}
+
+TEST_F(Views, ClipOfAnRgbViewHasItsChannelsInTheFirstByte) {
+    const auto clip = CallObject(CallObject(New("PictureTQX", 9, 7, 4), "RGBChannels"), "ClipImage", 2, 1, 5, 4);
+    EXPECT_TRUE(GetBool(clip, "IsRGB"));
+    for (const char* offset : {"RedOffset", "GreenOffset", "BlueOffset"}) EXPECT_EQ(GetInt(clip, offset), 0) << offset;
+    for (const char* flag : {"HasRed", "HasGreen", "HasBlue"}) EXPECT_FALSE(GetBool(clip, flag)) << flag;
 }
 
 TEST_F(Views, ClipOfAClipAddsUp) {
