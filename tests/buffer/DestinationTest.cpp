@@ -29,6 +29,9 @@ TEST_F(Destination, IsAMemoryPictureWithoutAnyFactory) {
 TEST_F(Destination, IsNilForAnImpossiblePicture) {
     EXPECT_FALSE(CallShared("PictureTQX", "CreatePictureTQX", 5, 4, 0).object());
     EXPECT_FALSE(CallShared("PictureTQX", "CreatePictureTQX", -5, 4, 1).object());
+    EXPECT_FALSE(CallObject(New("PictureTQX", 1, 1, 1), "CreatePictureTQX", 5, 4, 0));
+    EXPECT_FALSE(CallObject(New("PictureTQX", 1, 1, 1), "CreatePictureTQX", 5, 4, 22));
+    EXPECT_TRUE(CallObject(New("PictureTQX", 1, 1, 0), "CreatePictureTQX", 5, 4, 1)) << "the owner need not be valid";
     const FailingHostFunction failing("PluginNewInstance");
     EXPECT_FALSE(CallShared("PictureTQX", "CreatePictureTQX", 5, 4, 1).object());
 }
@@ -67,6 +70,19 @@ TEST_F(Destination, FallsThroughFactoriesThatGiveNothing) {
     EXPECT_EQ(GetInt(result, "Height"), 2);
     EXPECT_EQ(ownAsked, 1);
     EXPECT_EQ(globalAsked, 1);
+}
+
+TEST_F(Destination, ComesFromTheGlobalFactoryWhenTheOwnersGivesNil) {
+    const auto given = New("PictureTQX", 1, 1, 11);
+    SetGlobalFactory(NewFactory([&](int, int, int) { return given; }));
+    const auto picture = New("PictureTQX", 6, 3, 2);
+    Set(picture, "Factory", NewFactory([](int, int, int) { return Ref<Object>(); }));
+    EXPECT_EQ(CallObject(picture, "CreatePictureTQX", 2, 2, 1), given);
+    EXPECT_EQ(CallObject(picture, "SolarizeFilter", nullptr), given);
+    Set(picture, "Factory", NewFactory([](int, int, int) { return New("PictureTQX", 1, 1, 0); }));
+    EXPECT_EQ(CallObject(picture, "CreatePictureTQX", 2, 2, 1), given) << "an invalid picture is passed over";
+    Set(picture, "Factory", NewFactory(nullptr));
+    EXPECT_EQ(CallObject(picture, "CreatePictureTQX", 2, 2, 1), given);
 }
 
 TEST_F(Destination, PassesOverAFactoryWithoutAHandler) {

@@ -1,6 +1,8 @@
 // The plug-in's services over host functions, linked into the test and resolved by the real host.
 #include <string>
+#include <tuple>
 
+#include "host/HostFunctionSlot.h"
 #include "plugin/HostServices.h"
 #include "tests/support/Interpose.h"
 #include "tests/support/PluginFixture.h"
@@ -73,6 +75,33 @@ TEST_F(HostServices, AskAgainForAFunctionThatTheHostLacked) {
     EXPECT_EQ(bound(nullptr), -1);
     tqx::KeepResolver(nullptr);
     EXPECT_EQ(bound(nullptr), -1) << "the answer is kept";
+}
+
+// The other way round would look the same to scripts, and not to a host that reports at the raise.
+TEST_F(HostServices, RaiseBeforeTheMessageIsSet) {
+    using Raise = host::HostFunctionSlot<sdk::kRuntimeRaiseException>;
+    using SetText = host::HostFunctionSlot<sdk::kREALSetPropValueString>;
+    std::string order;
+    Raise::Function raise;
+    SetText::Function setText;
+    raise = Raise::Replace([&](sdk::Object* exception) {
+        order += "raise ";
+        raise(exception);
+    });
+    setText = SetText::Replace([&](sdk::Object* exception, const char* property, sdk::String* text) {
+        order += std::string("set ") + property + " ";
+        return setText(exception, property, text);
+    });
+    for (const auto& [className, message, call] :
+         {std::tuple{"OutOfBoundsException", "Index is out of bounds.", &tqx::RaiseOutOfBounds},
+          {"NilObjectException", "Memoryblock is nil", &tqx::RaiseNilObject}}) {
+        order.clear();
+        call(message);
+        EXPECT_EQ(order, "raise set Message ");
+        EXPECT_EQ(support::TakeThrown(), (support::Thrown{className, message}));
+    }
+    Raise::Replace(raise);
+    SetText::Replace(setText);
 }
 
 // The host notes the exception when it is raised, before it has a message.

@@ -1,4 +1,6 @@
 // Every name that a script can reach, word for word and in order. A change here breaks scripts.
+#include <cstdio>
+
 #include "tests/support/PluginFixture.h"
 
 namespace {
@@ -259,7 +261,10 @@ TEST_F(PublicVocabulary, HasTheProperties) {
 TEST_F(PublicVocabulary, HasTheConstants) {
     ASSERT_EQ(Definition().constantCount, static_cast<int>(std::size(kConstants)));
     for (std::size_t i = 0; i < std::size(kConstants); ++i) {
-        EXPECT_EQ(std::string(Definition().constants[i].declaration).find(std::string(kConstants[i].name) + " = "), 0u);
+        char text[80];
+        const char* const style = kConstants[i].value > 9 ? "%s = &h%08X" : "%s = %d";
+        std::snprintf(text, sizeof text, style, kConstants[i].name, kConstants[i].value);
+        EXPECT_STREQ(Definition().constants[i].declaration, text);
         EXPECT_EQ(support::ConstantOf("PictureTQX", kConstants[i].name), kConstants[i].value) << kConstants[i].name;
     }
 }

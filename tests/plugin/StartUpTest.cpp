@@ -121,6 +121,11 @@ TEST(StartUp, RegistersTheClassRecords) {
     EXPECT_EQ(factory.superclass, nullptr);
     EXPECT_EQ(factory.instanceDataSize, 0);
     EXPECT_EQ(factory.flags, 4);
+    EXPECT_EQ(factory.constructor, nullptr);
+    EXPECT_EQ(factory.destructor, nullptr);
+    EXPECT_EQ(factory.propertyCount, 0);
+    EXPECT_EQ(factory.methodCount, 0);
+    EXPECT_EQ(factory.constantCount, 0);
     ASSERT_EQ(factory.eventCount, 1);
     EXPECT_STREQ(factory.events[0].declaration,
                  "NewPictureTQX(Width as integer, Height as integer, ImageFormat as integer) as PictureTQX");
