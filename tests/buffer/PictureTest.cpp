@@ -111,7 +111,12 @@ TEST_F(Picture, TrustsTheCallersRowSize) {
     // Rows that overlap, rows that run backwards (never read here), and products from 2^31 to
     // 2^32 - 1 pass: only the upper word of the product is tested.
     EXPECT_TRUE(GetBool(New("PictureTQX", block, 10, 5, 1, 4), "Valid"));
-    EXPECT_TRUE(GetBool(New("PictureTQX", block, 10, 5, 1, -4), "Valid"));
+    const auto backwards = New("PictureTQX", block, 10, 5, 1, -4);
+    EXPECT_TRUE(GetBool(backwards, "Valid"));
+    EXPECT_EQ(GetInt(backwards, "RowSize"), -4);
+    EXPECT_EQ(GetInt(backwards, "TotalSize"), -20);
+    EXPECT_FALSE(CallObject(backwards, "Row", 0));
+    EXPECT_FALSE(CallObject(backwards, "Clone"));
     const auto large = New("PictureTQX", block, 1, 65536, 11, 65535);
     EXPECT_TRUE(GetBool(large, "Valid"));
     EXPECT_EQ(GetInt(large, "TotalSize"), 65536LL * 65535);
@@ -120,9 +125,24 @@ TEST_F(Picture, TrustsTheCallersRowSize) {
 }
 
 TEST_F(Picture, IsInvalidWithoutABlock) {
-    EXPECT_FALSE(GetBool(New("PictureTQX", nullptr, 3, 2, 1, 20), "Valid"));
+    const auto nothing = New("PictureTQX", nullptr, 3, 2, 1, 20);
+    EXPECT_FALSE(GetBool(nothing, "Valid"));
+    EXPECT_EQ(GetInt(nothing, "Width"), 0) << "the block is looked at before the description is set up";
+    EXPECT_EQ(GetInt(nothing, "PixelSize"), 0);
     EXPECT_FALSE(GetBool(New("PictureTQX", MakeBlock(std::size_t{0}), 3, 2, 1, 20), "Valid"));
     EXPECT_FALSE(GetBool(New("PictureTQX", MakeBlock(40), 3, 2, 0, 20), "Valid"));
+}
+
+TEST_F(Picture, AroundABlockOfAnUnknownFormatKeepsWhatWasAskedFor) {
+    const auto block = MakeBlock(40);
+    const auto picture = New("PictureTQX", block, 3, 2, 22, 20);
+    EXPECT_FALSE(GetBool(picture, "Valid"));
+    EXPECT_EQ(GetInt(picture, "Width"), 3);
+    EXPECT_EQ(GetInt(picture, "Height"), 2);
+    EXPECT_EQ(GetInt(picture, "ImageFormat"), 22);
+    EXPECT_EQ(GetInt(picture, "PixelSize"), 0);
+    EXPECT_EQ(GetInt(picture, "RowSize"), 0);
+    EXPECT_EQ(block->references, 1);
 }
 
 // --- Close --------------------------------------------------------------------------------------

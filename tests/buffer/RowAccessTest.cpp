@@ -238,6 +238,18 @@ TEST_F(RowAccess, ABadIndexRaises) {
     }
 }
 
+// Height is compared as an unsigned number: nothing is past a negative one.
+TEST_F(RowAccess, NoIndexIsPastANegativeHeight) {
+    const auto clip = CallObject(New("PictureTQX", 3, 2, 1), "ClipImage", 0, 5, 3, 2);
+    EXPECT_EQ(GetInt(clip, "Height"), -3);
+    EXPECT_FALSE(CallObject(clip, "Row", 0));
+    EXPECT_FALSE(CallObject(clip, "RowInFormat", INT32_MAX, 1));
+    Assign(clip, "Row", {7}, MakeBlock(64));
+    EXPECT_EQ(TakeThrown(), kNothing);
+    EXPECT_FALSE(CallObject(clip, "Row", -1));
+    EXPECT_EQ(TakeThrown(), kOutOfBounds);
+}
+
 TEST_F(RowAccess, AssigningNilRaises) {
     const auto picture = New("PictureTQX", 3, 2, 1);
     Assign(picture, "Row", {0}, nullptr);
@@ -273,8 +285,12 @@ TEST_F(RowAccess, ChecksComeInTheirOrder) {
     EXPECT_EQ(TakeThrown(), kNothing);
     Assign(invalid, "Row", {-1}, block);
     EXPECT_EQ(TakeThrown(), kOutOfBounds);
+    Assign(invalid, "Row", {0}, nullptr);
+    EXPECT_EQ(TakeThrown(), kNil) << "Valid is not asked for";
     Assign(invalid, "Row", {0}, block);
     Assign(invalid, "RowInFormat", {9, 1}, block);
+    Assign(invalid, "RowInFormat", {9, 1, true}, block);
+    Assign(invalid, "RowStringInFormat", {9, 1}, "abc");
     Assign(invalid, "DataStringInFormat", {1}, "abc");
     EXPECT_EQ(TakeThrown(), kNothing);
     Assign(invalid, "RowInFormat", {9, 1}, nullptr);
@@ -369,6 +385,9 @@ TEST_F(RowAccess, DataStringIsPacked) {
     const Value text = Call(picture, "DataStringInFormat", 1);
     EXPECT_EQ(text.text().size(), 18u);
     EXPECT_EQ(host::EncodingOf(text.string()), sdk::Encoding::None);
+    EXPECT_EQ(host::EncodingOf(Call(picture, "RowStringInFormat", 0, 1).string()), sdk::Encoding::None);
+    for (const int rowSize : {9, 10, 64, 100})
+        EXPECT_EQ(TextBytes(Call(WrapBlock(3, 2, 1, rowSize).picture, "DataStringInFormat", 1)).size(), 18u);
 }
 
 TEST_F(RowAccess, DataStringHasZerosForRowsThatAreNotThere) {
@@ -397,7 +416,14 @@ TEST_F(RowAccess, NeverYields) {
     Call(picture, "DataStringInFormat", 1);
     Assign(picture, "DataStringInFormat", {1}, ToValue(Bytes(48, 1)));
     Call(picture, "RowInFormat", 0, 1);
+    Call(picture, "RowInFormat", 0, 2, true);
+    Call(picture, "RowStringInFormat", 0, 1);
+    Assign(picture, "RowInFormat", {0, 1}, MakeBlock(12));
+    Assign(picture, "RowInFormat", {0, 2, true}, MakeBlock(16));
+    Assign(picture, "RowStringInFormat", {0, 1}, ToValue(Bytes(12, 1)));
+    Assign(picture, "Row", {0}, MakeBlock(64));
     Call(picture, "Row", 0);
+    Call(picture, "RawRow", 0);
     EXPECT_EQ(CallsOf("REALYieldToRB"), before);
 }
 

@@ -127,6 +127,67 @@ TEST_F(ScaleFast, LeavesAlphaOfColorsScaledFromGrayWithAlpha) {
     EXPECT_EQ(ReadPixels(dest), (Bytes{50, 50, 50, 4}));
 }
 
+// The weights add up to 256, and nothing is added before the division.
+TEST_F(ScaleFast, WeighsColorsIntoGrayWithoutRounding) {
+    auto source = New("PictureTQX", 258, 1, kRGB);
+    Bytes pixels;
+    for (int v = 0; v < 256; ++v) pixels.insert(pixels.end(), 3, static_cast<std::uint8_t>(v));
+    pixels.insert(pixels.end(), {0, 1, 0, 0, 255, 0});
+    WritePixels(source, pixels);
+    Bytes expected(256);
+    for (std::size_t v = 0; v < 256; ++v) expected[v] = static_cast<std::uint8_t>(v);
+    expected.insert(expected.end(), {0, 150});
+    auto dest = New("PictureTQX", 258, 1, kG);
+    EXPECT_TRUE(CallBool(dest, "ScaleFast", source, 258, 1));
+    EXPECT_EQ(ReadPixels(dest), expected);
+}
+
+// One pixel of every layout to every other, over a destination of 100s.
+TEST_F(ScaleFast, ConvertsBetweenLayouts) {
+    const struct {
+        int from, to;
+        Bytes source, expected;
+    } cases[] = {
+        {kRGB, 6, {10, 20, 30}, {30, 20, 10}},
+        {kRGBA, kRGB, {10, 20, 30, 40}, {10, 20, 30}},
+        {kRGB, kG, {255, 0, 0}, {76}},
+        {kRGBA, kG, {0, 0, 255, 9}, {27}},
+        {kG, kRGB, {10}, {10, 10, 10}},
+        {kGA, kRGB, {10, 40}, {10, 10, 10}},
+        {kG, kG, {10}, {10}},
+        {kGA, kG, {10, 40}, {10}},
+        {kRGB, kRGBA, {10, 20, 30}, {10, 20, 30, 100}},
+        {kRGB, kGA, {0, 255, 0}, {150, 100}},
+        {kG, kRGBA, {10}, {10, 10, 10, 100}},
+        {kG, kGA, {10}, {10, 100}},
+        {kRGBA, 9, {10, 20, 30, 40}, {40, 30, 20, 10}},
+        {kRGBA, kGA, {255, 255, 255, 40}, {255, 40}},
+        {kGA, kRGBA, {10, 40}, {10, 10, 10, 100}},
+        {kGA, 13, {10, 40}, {40, 10}},
+        {3, 5, {10, 20, 30, 77}, {100, 10, 20, 30}},
+        {16, 20, {1, 2, 3}, {100, 100, 2, 100}},
+    };
+    for (const auto& c : cases) {
+        auto source = New("PictureTQX", 1, 1, c.from), dest = New("PictureTQX", 1, 1, c.to);
+        WritePixels(source, c.source);
+        WritePixels(dest, Bytes(c.expected.size(), 100));
+        EXPECT_TRUE(CallBool(dest, "ScaleFast", source, 1, 1));
+        EXPECT_EQ(ReadPixels(dest), c.expected) << kFormats[c.from].name << " to " << kFormats[c.to].name;
+    }
+}
+
+TEST_F(ScaleFast, SamplesWithTheStepOfTheCutSize) {
+    auto source = New("PictureTQX", 9, 1, kG);
+    WritePixels(source, {0, 1, 2, 3, 4, 5, 6, 7, 8});
+    auto dest = New("PictureTQX", 6, 1, kG);
+    EXPECT_TRUE(CallBool(dest, "ScaleFast", source, 9, 1));
+    EXPECT_EQ(ReadPixels(dest), (Bytes{0, 1, 3, 4, 6, 7}));
+    auto large = New("PictureTQX", 3, 3, kG), one = New("PictureTQX", 1, 1, kG);
+    WritePixels(one, {9});
+    EXPECT_TRUE(CallBool(large, "ScaleFast", one, 3, 3));
+    EXPECT_EQ(ReadPixels(large), Bytes(9, 9));
+}
+
 // Wider than the columns that are kept from row to row.
 TEST_F(ScaleFast, ScalesVeryWidePictures) {
     Scene scene(2);

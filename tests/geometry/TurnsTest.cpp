@@ -146,6 +146,21 @@ TEST_F(Turns, TwoMirrorsAreAHalfTurn) {
     EXPECT_EQ(ReadPixels(turned), ReadPixels(twin.live));
 }
 
+TEST_F(Turns, WriteADestinationByItsOwnOffsets) {
+    auto source = New("PictureTQX", 1, 1, kRGB);
+    WritePixels(source, {1, 2, 3});
+    for (const char* const name : kTurns) {
+        auto dest = New("PictureTQX", 1, 1, 9);  // alpha, blue, green, red
+        WritePixels(dest, {70, 71, 72, 73});
+        CallObject(source, name, dest);
+        EXPECT_EQ(ReadPixels(dest), (Bytes{70, 3, 2, 1})) << name;
+        auto gray = New("PictureTQX", 1, 1, kGA);  // whose red, green and blue are all byte 0
+        WritePixels(gray, {70, 71});
+        CallObject(source, name, gray);
+        EXPECT_EQ(ReadPixels(gray), (Bytes{3, 71})) << name;
+    }
+}
+
 TEST_F(Turns, KeepTheDestinationsFillerByte) {
     auto source = New("PictureTQX", 1, 1, kRGBX);
     WritePixels(source, {1, 2, 3, 99});

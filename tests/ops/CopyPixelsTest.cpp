@@ -197,6 +197,52 @@ TEST_F(CopyPixels, ACopyToTheRightRepeatsWhatItReads) {
     EXPECT_EQ(ReadPixels(picture), (Bytes{3, 4, 5, 6, 5, 6}));
 }
 
+TEST_F(CopyPixels, ACopyDownRepeatsWhatItReads) {
+    auto picture = New("PictureTQX", 1, 5, kG);
+    WritePixels(picture, {1, 2, 3, 4, 5});
+    Call(picture, "CopyPixels", picture, 0, 2, 1, 3, 0, 0);
+    EXPECT_EQ(ReadPixels(picture), (Bytes{1, 2, 1, 2, 1}));
+    WritePixels(picture, {1, 2, 3, 4, 5});
+    Call(picture, "CopyPixels", picture, 0, 0, 1, 3, 0, 2);
+    EXPECT_EQ(ReadPixels(picture), (Bytes{3, 4, 5, 4, 5}));
+}
+
+// Every way from one kind of layout to another.
+TEST_F(CopyPixels, ConvertsBetweenLayouts) {
+    const struct {
+        int from, to;
+        Bytes source, expected;  // over a destination of 100s
+    } cases[] = {
+        {kRGBA, 9, {10, 20, 30, 40}, {40, 30, 20, 10}},
+        {kGA, kRGBA, {10, 40}, {10, 10, 10, 40}},
+        {kGA, 13, {10, 40}, {40, 10}},
+        {kRGBA, kGA, {255, 0, 0, 40}, {76, 40}},
+        {kG, kG, {10}, {10}},
+        {kG, kGA, {10}, {10, 100}},
+        {kRGB, kG, {0, 255, 0}, {150}},
+        {kRGBA, kG, {0, 0, 255, 40}, {27}},
+        {kRGB, kGA, {255, 255, 255}, {255, 100}},
+        {kRGB, 6, {10, 20, 30}, {30, 20, 10}},
+        {kRGB, kRGBA, {10, 20, 30}, {10, 20, 30, 100}},
+        {kRGBA, kRGB, {10, 20, 30, 40}, {10, 20, 30}},
+        {kRGBA, 3, {10, 20, 30, 40}, {10, 20, 30, 100}},
+        {kG, kRGB, {10}, {10, 10, 10}},
+        {kGA, 5, {10, 40}, {100, 10, 10, 10}},
+        {kG, kRGBA, {10}, {10, 10, 10, 100}},
+        {5, kRGBA, {77, 10, 20, 30}, {10, 20, 30, 100}},
+        {kScaling, kRGB, Bytes(16, 9), {100, 100, 100}},
+        {kRGB, kScaling, {1, 2, 3}, Bytes(16, 100)},
+        {16, 20, {1, 2, 3}, {100, 100, 2, 100}},
+    };
+    for (const auto& c : cases) {
+        auto source = New("PictureTQX", 1, 1, c.from), dest = New("PictureTQX", 1, 1, c.to);
+        WritePixels(source, c.source);
+        WritePixels(dest, Bytes(c.expected.size(), 100));
+        Call(dest, "CopyPixels", source);
+        EXPECT_EQ(ReadPixels(dest), c.expected) << kFormats[c.from].name << " to " << kFormats[c.to].name;
+    }
+}
+
 TEST_F(CopyPixels, TakesTheEndsOf32Bits) {
     Scene scene(2);
     const Twin source = scene.Memory(7, 5, kRGB), dest = scene.Memory(6, 6, kRGB);

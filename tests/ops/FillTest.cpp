@@ -156,6 +156,15 @@ TEST_F(Fill, KeepsTheLowByteOfValues) {
     EXPECT_EQ(ReadPixels(picture), (Bytes{0, 255, 0x34, 0}));
 }
 
+TEST_F(Fill, FillRectRGBUnpacksAColor) {
+    auto picture = New("PictureTQX", 1, 1, kRGB);
+    Call(picture, "FillRectRGB", static_cast<sdk::Color>(0xFF8000), 128);
+    EXPECT_EQ(ReadPixels(picture), (Bytes{255, 128, 0})) << "alpha does not count without an alpha channel";
+    auto gray = New("PictureTQX", 1, 1, kG);
+    Call(gray, "FillRectRGB", 255, 0, 0);
+    EXPECT_EQ(ReadPixels(gray), (Bytes{0}));
+}
+
 // --- Oddities ---------------------------------------------------------------------------------
 
 TEST_F(Fill, ByteFillRunsOnIntoTheNextRowAndStopsAtTheStoragesEnd) {
