@@ -13,7 +13,8 @@ namespace tqx {
 
 // The whole picture, or the rectangle cut to the picture's left and top edge and then to its
 // size. Negative sizes reach left and up. A rectangle that begins past the right or the bottom
-// edge gives a view of negative width or height, which nothing can be read from.
+// edge gives a view of negative width or height, which nothing can be read from; such a view cuts
+// nothing off a clip of its own, whose size is then the one called for.
 sdk::Object* ClipImage(sdk::Object* self);
 sdk::Object* ClipImage(sdk::Object* self, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height);
 
