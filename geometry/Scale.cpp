@@ -1,6 +1,7 @@
 #include "geometry/Scale.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 #include "buffer/Destination.h"
 #include "buffer/ImageFormat.h"
@@ -33,6 +34,13 @@ void CutToPictures(ScaleJob& job) {
     job.keptRows = std::clamp(job.intermediate->Height, 0, job.source->Height);
 }
 
+// Whether the intermediate's rows lie apart, so that what is read from it is what was written: the
+// bands count on values from 0 to 255, and pieces of two values may make any number.
+bool RowsLieApart(const ScaleJob& job) {
+    return job.keptRows <= 1 ||
+           std::abs(std::int64_t{job.intermediate->RowSize}) >= std::int64_t{job.keptColumns} * rows::kSlotPixelSize;
+}
+
 bool RunInOrder(const ScaleJob& job) { return ScaleAcrossInOrder(job) && ScaleDownInOrder(job); }
 
 bool RunPasses(const ScaleJob& job) {
@@ -41,7 +49,7 @@ bool RunPasses(const ScaleJob& job) {
     if (job.intermediateIsOurs && !MayShareStorage(*job.source, *job.self) && ScaleThroughBands(job)) return true;
     const Across across = ScaleAcrossInBands(job);
     if (across == Across::NotDone) return RunInOrder(job);
-    return (across == Across::Complete && ScaleDownInBands(job)) || ScaleDownInOrder(job);
+    return (across == Across::Complete && RowsLieApart(job) && ScaleDownInBands(job)) || ScaleDownInOrder(job);
 }
 
 bool Run(ScaleJob& job) {

@@ -148,6 +148,31 @@ TEST_F(ScaleStorage, SelfInTheIntermediatesMemoryIsWrittenPixelByPixel) {
     EXPECT_TRUE(SameBytes(BlockBytes(block), Bytes(bytes, bytes + rowSize * height), rowSize, 16));
 }
 
+// Rows of a supplied intermediate may lie over each other. What the last of them left there is read
+// back then, and may be any number.
+TEST_F(ScaleStorage, RowsOfTheIntermediateMayLieOverEachOther) {
+    const Plane source = RandomPlane(Rgb(), kFromWidth, kFromHeight, 19);
+    Middle middle{kToWidth, kFromHeight, {}};
+    middle.pixels.resize(static_cast<std::size_t>(kToWidth) * kFromHeight);
+    for (const int rowSize : {0, 67, kToWidth * 16 - 4, kToWidth * 16 - 1}) {
+        const auto at = [&](int x, int y) { return static_cast<std::size_t>(y * rowSize + x * 16); };
+        Bytes bytes(at(kToWidth, kFromHeight));
+        Plane wanted = RandomPlane(Rgb(), kToWidth, kToHeight, 20);
+        const auto self = PictureOf(wanted);
+        scale_test::PassAcross(source, Rgb(), kMode, middle);
+        for (int y = 0; y < kFromHeight; ++y)
+            for (int x = 0; x < kToWidth; ++x) std::memcpy(&bytes[at(x, y)], &middle.At(x, y), 3 * 4);  // no alpha
+        for (int y = 0; y < kFromHeight; ++y)
+            for (int x = 0; x < kToWidth; ++x) std::memcpy(&middle.At(x, y), &bytes[at(x, y)], 3 * 4);
+        scale_test::PassDown(middle, Rgb(), kMode, kToHeight, wanted);
+        const auto block = MakeBlock(bytes.size());
+        const auto temp = New("PictureTQX", block, kToWidth, kFromHeight, 14, rowSize);
+        ASSERT_TRUE(Scale(self, PictureOf(source), temp));
+        EXPECT_TRUE(SameBytes(BlockBytes(block), bytes)) << rowSize;
+        EXPECT_TRUE(SameBytes(ReadPixels(self), wanted.bytes, kToWidth * 3, 3)) << rowSize;
+    }
+}
+
 // --- Yields ------------------------------------------------------------------------------------
 
 class ScaleYields : public ScaleStorage {
@@ -249,6 +274,20 @@ TEST_F(ScaleStorage, WithoutMemoryForBandsTheBytesAreTheSame) {
     }
     const FailingAllocations failing(4096);  // not even the lists
     EXPECT_FALSE(CallBool(self, "Scale", from, temp, 5, 250, 30));
+}
+
+// A column or row whose weights find no memory comes out 0 and the call goes on.
+TEST_F(ScaleStorage, WithoutMemoryForWeightsTheResultIsZero) {
+    const auto self = PictureOf(RandomPlane(Rgb(), kToWidth, kToHeight, 21));
+    const auto from = PictureOf(RandomPlane(Rgb(), kFromWidth, kFromHeight, 22));
+    for (const bool given : {false, true}) {
+        const auto temp = given ? New("PictureTQX", kToWidth, kFromHeight, 14) : Ref<Object>();
+        WritePixels(self, Bytes(kToWidth * kToHeight * 3, 9));
+        const FailingAllocations failing(100'000);
+        EXPECT_TRUE(Scale(self, from, temp));
+        EXPECT_GT(failing.failed(), 0);
+        EXPECT_EQ(ReadPixels(self), Bytes(kToWidth * kToHeight * 3)) << given;
+    }
 }
 
 }  // namespace
