@@ -34,21 +34,18 @@ bool IsWide(const WorldPlan& plan, const LockedWorld& world) {
     return plan.depth == 24 && world.rowBytes >= std::int64_t{4} * world.width;
 }
 
-// Every byte of the row is written: a new world holds any.
-void BeginRow(const LockedWorld& world, std::int32_t y, bool wide) {
-    ClearHostRow(world, y);
-    if (wide) std::memset(HostRow(world, y), 255, static_cast<std::size_t>(world.width) * 4);
-}
-
+// Every byte of the world is written: a new one holds any. Rows that can't be had stay 0.
 void WriteWorld(PixelBuffer& buffer, const WorldPlan& plan, const LockedWorld& world) {
     const auto alpha = rows::SetHasAlpha(plan.set) ? rows::AlphaRule::Copy : rows::AlphaRule::Leave;
     const bool wide = IsWide(plan, world);
     const rows::ConversionPlan conversion =
         rows::PlanConversion({plan.set, plan.set, LayoutOf(buffer, plan.set), wide ? kHostColors : plan.layout, alpha});
     for (std::int32_t y = 0; y < world.height; ++y) {
-        BeginRow(world, y, wide);
-        if (const std::uint8_t* const row = RowAddress(buffer, y))
-            rows::ConvertRow(conversion, row, HostRow(world, y), world.width);
+        ClearHostRow(world, y);
+        const std::uint8_t* const row = RowAddress(buffer, y);
+        if (!row) continue;
+        if (wide) std::memset(HostRow(world, y), 255, static_cast<std::size_t>(world.width) * 4);
+        rows::ConvertRow(conversion, row, HostRow(world, y), world.width);
     }
 }
 

@@ -75,6 +75,43 @@ TEST_P(ExportEverywhere, GivesTheCutRectangle) {
     }
 }
 
+// A row of a world of the model's pixels. Rows that can't be had are 0.
+Bytes ReferenceWorldRow(const ModelPicture& model, int y, std::size_t rowBytes) {
+    Bytes bytes(rowBytes);
+    const bool wide = !model.isGray && !model.hasAlpha && rowBytes >= static_cast<std::size_t>(model.width) * 4;
+    for (int x = 0; x < model.width && model.Row(y); ++x) {
+        const std::uint8_t* const pixel = model.Pixel(x, y);
+        const std::uint8_t first = model.hasAlpha ? pixel[model.alpha] : std::uint8_t{255};
+        Bytes values = {pixel[model.red], pixel[model.green], pixel[model.blue]};
+        if (model.isGray) values = {pixel[model.gray]};
+        if (!model.isGray && (wide || model.hasAlpha)) values.insert(values.begin(), first);
+        std::copy(values.begin(), values.end(), bytes.begin() + static_cast<std::ptrdiff_t>(values.size()) * x);
+    }
+    return bytes;
+}
+
+TEST_P(ExportEverywhere, GivesAWorldOfThePixels) {
+    Scene scene(static_cast<std::uint64_t>(GetParam()) + 200);
+    Random& random = scene.random();
+    for (int round = 0; round < 30; ++round) {
+        scene.Clear();
+        Twin source = scene.Kind(round % Scene::kKinds, random.Between(1, 40), random.Between(1, 4), GetParam());
+        const auto world = CallObject(source.live, "CopyGWorld");
+        const ModelPicture& model = source.model;
+        ASSERT_EQ(world != nullptr, model.isGray || model.isRGB);
+        if (!world) continue;
+        EXPECT_EQ(GetInt(world, "Depth"), model.isGray ? 8 : model.hasAlpha ? 32 : 24);
+        const std::int64_t rowBytes = GetInt(world, "RowBytes");
+        for (int y = 0; y < model.height; ++y) {
+            Bytes row;
+            for (std::int64_t x = 0; x < rowBytes; ++x)
+                row.push_back(static_cast<std::uint8_t>(Call(world, "Byte", y * rowBytes + x).ToInt64()));
+            ASSERT_TRUE(SameBytes(row, ReferenceWorldRow(model, y, static_cast<std::size_t>(rowBytes)))) << round;
+        }
+        ASSERT_TRUE(scene.Same()) << "the source changed";
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Formats, ExportEverywhere, ::testing::Range(1, kFormatCount), CodeName);
 
 // --- Single rules -----------------------------------------------------------------------------
@@ -96,6 +133,14 @@ TEST_F(CopyPicture, WritesTheBytesOfAHostPixel) {
     const auto rgba = Buffer(1, 1, kRGBA, {1, 2, 3, 4});
     EXPECT_EQ(HostPixels(CallObject(rgba, "CopyPicture")), (Bytes{0, 1, 2, 3}));
     EXPECT_EQ(HostPixels(CallObject(rgba, "CopyMask")), (Bytes{0, 4, 4, 4}));
+}
+
+TEST_F(CopyPicture, CutsARectangleThatBeginsBeforeThePicture) {
+    const auto buffer = Buffer(10, 10, kRGB);
+    const auto picture = CallObject(buffer, "CopyPicture", -5, -5, 10, 10);
+    EXPECT_EQ(GetInt(picture, "Width"), 5);
+    EXPECT_EQ(GetInt(picture, "Height"), 5);
+    EXPECT_EQ(HostPixels(picture), HostPixels(CallObject(buffer, "CopyPicture", 0, 0, 5, 5)));
 }
 
 TEST_F(CopyPicture, IsACopy) {
@@ -230,6 +275,15 @@ TEST_F(CopyGWorld, OfAnotherLayoutOrOfNothingIsNil) {
     EXPECT_EQ(CallObject(New("PictureTQX", 4, 4, kScaling), "CopyGWorld"), nullptr);
     EXPECT_EQ(CallObject(New("PictureTQX", 0, 4, kRGB), "CopyGWorld"), nullptr);
     EXPECT_EQ(CallObject(New("PictureTQX", 4, 4, 0), "CopyGWorld"), nullptr);
+}
+
+TEST_F(CopyGWorld, OfRowsThatCannotBeHadIsBlack) {
+    for (const int width : {2, 5}) {  // with room for four bytes a pixel, and without
+        const auto clip = CallObject(Buffer(width, 3, kRGB), "ClipImage", 0, 1, width, 2);
+        const auto world = CallObject(CallObject(clip, "Clone"), "CopyGWorld");
+        EXPECT_EQ(WorldByte(world, 1), BlockAddress(CallObject(clip, "RawRow", 0))[width == 2 ? 0 : 1]);
+        EXPECT_EQ(WorldRow(world, 1), Bytes(16)) << width;
+    }
 }
 
 TEST_F(CopyGWorld, StaysWithoutItsPicture) {
