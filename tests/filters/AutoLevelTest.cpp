@@ -2,6 +2,7 @@
 #include <cmath>
 
 #include "tests/filters/FilterScenes.h"
+#include "tests/filters/RandomScenes.h"
 #include "tests/support/Interpose.h"
 
 namespace {
@@ -43,24 +44,25 @@ bool Stretch(const Pixels& pixels, const Area& area) {
     if (!columns || !lines) return false;
     std::vector<int> cumulative(256, 0);
     for (std::int64_t y = y0; y < y0 + h; ++y)
-        for (std::int64_t x = x0; x < x0 + w; ++x)
+        for (std::int64_t x = x0; x < x0 + w && pixels.Has(x, y); ++x)
             for (int i = LuminanceAt(pixels, x, y); i < 256; ++i) ++cumulative[static_cast<std::size_t>(i)];
     const float total = static_cast<float>(cumulative[255]);
     const int low = LastWithin(cumulative, static_cast<int>(total * 0.005f));
     const int high = LastWithin(cumulative, static_cast<int>(total * 0.995f));
     const double scale = 255.0 / (high - low);
+    const auto stretched = [&](int value) {
+        const double mapped = scale * (value - low);
+        if (value < low || std::isnan(mapped)) return 0;
+        return value > high ? 255 : static_cast<int>(mapped);
+    };
     for (std::int64_t y = y0; y < y0 + h; ++y)
-        for (std::int64_t x = x0; x < x0 + w; ++x)
-            for (const Channel channel : {kRed, kGreen, kBlue}) {
-                std::uint8_t& value = *pixels.At(x, y, channel);
-                const double mapped = scale * (value - low);
-                if (value < low || std::isnan(mapped))
-                    value = 0;
-                else if (value > high)
-                    value = 255;
-                else
-                    value = static_cast<std::uint8_t>(mapped);
-            }
+        for (std::int64_t x = x0; x < x0 + w && pixels.Has(x, y); ++x) {
+            const int red = stretched(pixels.Value(x, y, kRed)), green = stretched(pixels.Value(x, y, kGreen)),
+                      blue = stretched(pixels.Value(x, y, kBlue));
+            *pixels.At(x, y, kRed) = static_cast<std::uint8_t>(red);
+            *pixels.At(x, y, kGreen) = static_cast<std::uint8_t>(green);
+            *pixels.At(x, y, kBlue) = static_cast<std::uint8_t>(blue);
+        }
     return true;
 }
 
@@ -100,6 +102,24 @@ TEST_F(AutoLevel, StretchesEveryColourFormatAndView) {
     }
 }
 
+TEST_F(AutoLevel, ServesRandomScenes) {
+    for (std::uint64_t seed = 0; seed < 400 && !HasFailure(); ++seed) {
+        SCOPED_TRACE(seed);
+        Random random(seed);
+        const scenes::Scene scene = RandomScene(seed, {600, 30});
+        const Pictures actual = scene.make(), expected = scene.make();
+        const Pixels pixels(expected.source);
+        const auto number = [&](int extent) {
+            return random.Below(4) == 0 ? AnyInteger(random) : random.Between(-extent - 3, extent + 3);
+        };
+        Area area{number(pixels.width), number(pixels.height), number(pixels.width), number(pixels.height)};
+        if (random.Below(3) == 0) area = {0, 0, pixels.width, pixels.height};
+        EXPECT_EQ(CallBool(actual.source, "AutoLevel", area.x, area.y, area.w, area.h),
+                  pixels.isRGB && Stretch(pixels, area));
+        EXPECT_TRUE(SameStorage(actual, expected));
+    }
+}
+
 TEST_F(AutoLevel, TakesEverySignOfRectangle) {
     const auto picture = Crowded(30, 20, 1);
     const int numbers[] = {INT_MIN, -31, -5, 0, 1, 10, 29, 30, 31, INT_MAX};
@@ -131,16 +151,23 @@ TEST_F(AutoLevel, RefusesARectangleOutsideThePicture) {
 
 TEST_F(AutoLevel, LowIsTheLastLevelWithinHalfAPercent) {
     // 10000 pixels: 50 and fewer count as within the low cut, 9950 and fewer within the high one.
-    const auto picture = New("PictureTQX", 100, 100, 1);
-    Bytes pixels;
-    for (int i = 0; i < 10000; ++i)
-        pixels.insert(pixels.end(), 3, static_cast<std::uint8_t>(i < 50 ? 10 : i < 9950 ? 110 : 210));
-    WritePixels(picture, pixels);
-    EXPECT_TRUE(CallBool(picture, "AutoLevel"));
-    // Luminance truncates, 110 may count as 109; so low is 108 or 109 and high is right below 210.
-    EXPECT_EQ(ByteAt(picture, 0, 0, 0), 0);
-    EXPECT_LE(ByteAt(picture, 50, 50, 0), 5);
-    EXPECT_EQ(ByteAt(picture, 99, 99, 0), 255);
+    // What 110 becomes.
+    const auto middleOf = [](int dark, int bright) {
+        const auto picture = New("PictureTQX", 100, 100, 1);
+        Bytes pixels;
+        for (int i = 0; i < 10000; ++i)
+            pixels.insert(pixels.end(), 3, static_cast<std::uint8_t>(i < dark ? 10 : i < 10000 - bright ? 110 : 210));
+        WritePixels(picture, pixels);
+        EXPECT_TRUE(CallBool(picture, "AutoLevel"));
+        EXPECT_EQ(ByteAt(picture, 99, 99, 0), 255);
+        return ByteAt(picture, 50, 50, 0);
+    };
+    // The weights give 10, 110 and 210 luminances of 9, 109 and 209, so that low and high are the
+    // levels right below these.
+    EXPECT_EQ(middleOf(50, 50), 5);    // low 108, high 208
+    EXPECT_EQ(middleOf(51, 50), 130);  // low 8, high 208
+    EXPECT_EQ(middleOf(50, 51), 5);    // as many bright ones more leave 9949 below
+    EXPECT_EQ(middleOf(50, 49), 255);  // 9951 up to 109: low and high are 108 both
 }
 
 TEST_F(AutoLevel, OfAUniformPictureIsWhite) {

@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "tests/filters/FilterScenes.h"
+#include "tests/filters/RandomScenes.h"
 #include "tests/support/Interpose.h"
 #include "tests/support/MappedPictures.h"
 
@@ -128,6 +129,14 @@ TEST_F(BoxBlur, ServesEveryViewSharingAndFormat) {
     for (const int radius : {1, 3, 40}) ExpectScenes(AllScenes(), Box(radius), BoxWalk(radius));
 }
 
+TEST_F(BoxBlur, ServesRandomScenes) {
+    const auto draw = [](Random& random) {
+        const int radius = random.Between(0, random.Below(4) == 0 ? 4210751 : 30);
+        return Trial{Box(radius), BoxWalk(radius)};
+    };
+    ExpectRandomScenes(1000, draw);
+}
+
 TEST_F(BoxBlur, TakesEveryRadius) {
     const std::pair<double, int> radii[] = {
         {0, 0},     {0.9, 0},   {-0.5, 0},    {-1e9, 0},      {-kInfinity, 0},    {kNotANumber, 0},
@@ -156,6 +165,7 @@ TEST_F(BoxBlur, TruncatesAfterEachDirection) {
     Bytes dot(25, 0);
     dot[12] = 255;
     EXPECT_EQ(ByteAt(CallObject(GrayPicture(5, 5, dot), "BoxBlurFilter", nullptr, 1.0), 2, 2, 0), 28);
+    EXPECT_EQ(ByteAt(CallObject(GrayPicture(1, 5, {0, 0, 255, 0, 0}), "BoxBlurFilter", nullptr, 1.0), 0, 2, 0), 85);
     Bytes corner(25, 0);
     corner[0] = 90;
     EXPECT_EQ(ByteAt(CallObject(GrayPicture(5, 5, corner), "BoxBlurFilter", nullptr, 1.0), 0, 0, 0), 40);
@@ -249,6 +259,14 @@ class FractionalBlur : public PluginTest {};
 
 TEST_F(FractionalBlur, ServesEveryViewSharingAndFormat) {
     for (const double radius : {0.4, 1.75}) ExpectScenes(AllScenes(), Fractional(radius), FractionalWalk(radius));
+}
+
+TEST_F(FractionalBlur, ServesRandomScenes) {
+    const auto draw = [](Random& random) {
+        const double radius = random.Below(2) == 0 ? random.Below(1000) / 1000.0 : AnyDouble(random);
+        return Trial{Fractional(radius), FractionalWalk(radius)};
+    };
+    ExpectRandomScenes(1000, draw);
 }
 
 TEST_F(FractionalBlur, TakesEveryRadius) {

@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "tests/filters/FilterScenes.h"
+#include "tests/filters/RandomScenes.h"
 #include "tests/support/Interpose.h"
 
 namespace {
@@ -80,6 +81,20 @@ class Convolution : public PluginTest {
 TEST_F(Convolution, ServesEveryViewSharingAndFormat) {
     Expect(AllScenes(), {RandomWeights(1, -9, 12), 3, 0.11});
     Expect(AllScenes(), {RandomWeights(2, -3, 3), 128, 1.0});
+}
+
+TEST_F(Convolution, ServesRandomScenes) {
+    const auto draw = [](Random& random) {
+        const std::pair<int, int> ranges[] = {{-3, 3}, {-300, 300}, {-40000, 40000}, {INT_MIN, INT_MAX}};
+        const auto& [least, most] = ranges[random.Below(4)];
+        const double scale = random.Below(3) == 0   ? 1.0
+                             : random.Below(2) == 0 ? 1.0 / random.Between(1, 60)
+                                                    : AnyDouble(random);
+        const int delta = random.Below(2) == 0 ? 0 : AnyInteger(random);
+        const Arguments arguments{RandomWeights(random.Next(), least, most), delta, scale};
+        return Trial{Apply(arguments), Walk(arguments)};
+    };
+    ExpectRandomScenes(1000, draw, {}, Turned);
 }
 
 TEST_F(Convolution, OfOneIsACopyWithAlpha) {
@@ -172,7 +187,31 @@ TEST_F(Convolution, ExchangesTheSidesOfANewPicture) {
     EXPECT_EQ(GetInt(result, "Width"), 30);
     EXPECT_EQ(GetInt(result, "Height"), 40);
     EXPECT_EQ(GetInt(result, "ImageFormat"), 2);
+    const auto square = CallObject(New("PictureTQX", 32, 32, 2), "ApplyMatrix", nullptr, Single(12, 1));
+    EXPECT_EQ(GetInt(square, "Width"), 32);
+    EXPECT_EQ(GetInt(square, "Height"), 32);
     EXPECT_FALSE(CallObject(New("PictureTQX", 0, 30, 2), "ApplyMatrix", nullptr, Single(12, 1)));
+}
+
+// No copy of the picture is made: what was written above and to the left is read.
+TEST_F(Convolution, IntoItselfReadsWhatItHasWritten) {
+    const auto picture = New("PictureTQX", 3, 2, 11);
+    WritePixels(picture, {1, 2, 3, 4, 5, 6});
+    std::vector<int> weights(25, 0);
+    weights[7] = weights[11] = weights[12] = 1;  // above, to the left, the pixel
+    EXPECT_EQ(CallObject(picture, "ApplyMatrix", picture, weights), picture);
+    EXPECT_EQ(ReadPixels(picture), (Bytes{3, 7, 13, 11, 23, 42}));
+}
+
+// The kernel is read before anything else happens.
+TEST_F(Convolution, KeepsTheKernelThatAYieldChanges) {
+    FakeClock clock;
+    const auto picture = New("PictureTQX", 1, 1, 11);
+    WritePixels(picture, {9});
+    Set(picture, "YieldTicks", 1);
+    const auto weights = host::MakeIntegerArray(Single(12, 2));
+    const OnYield changing([&] { weights->values[12] = support::Value(5); });
+    EXPECT_EQ(ReadPixels(CallObject(picture, "ApplyMatrix", nullptr, weights)), Bytes{18});
 }
 
 TEST_F(Convolution, RefusesOtherArrays) {

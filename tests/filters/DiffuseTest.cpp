@@ -2,6 +2,7 @@
 #include <cstdlib>
 
 #include "tests/filters/FilterScenes.h"
+#include "tests/filters/RandomScenes.h"
 
 namespace {
 
@@ -38,6 +39,14 @@ class Diffuse : public PluginTest {};
 
 TEST_F(Diffuse, CopiesDrawnPixelsInEverySceneAndOrder) {
     for (const int level : {0, 1, 3}) ExpectScenes(AllScenes(), Diffused(level), Walk(level));
+}
+
+TEST_F(Diffuse, ServesRandomScenes) {
+    const auto draw = [](Random& random) {
+        const int level = random.Below(4) == 0 ? AnyInteger(random) : random.Between(-2, 40);
+        return Trial{Diffused(level), Walk(level)};
+    };
+    ExpectRandomScenes(1000, draw);
 }
 
 TEST_F(Diffuse, TakesAnyLevel) {

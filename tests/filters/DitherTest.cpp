@@ -2,6 +2,7 @@
 #include <sstream>
 
 #include "tests/filters/FilterScenes.h"
+#include "tests/filters/RandomScenes.h"
 #include "tests/support/Interpose.h"
 
 namespace {
@@ -80,6 +81,14 @@ TEST_F(Dithering, ServesEveryViewSharingAndFormat) {
     ExpectScenes(AllScenes(), Dither(5, 6), Walk(5, 6));
 }
 
+TEST_F(Dithering, ServesRandomScenes) {
+    const auto draw = [](Random& random) {
+        const int number = random.Between(1, 10), levels = random.Between(2, random.Below(2) == 0 ? 9 : 256);
+        return Trial{Dither(number, levels), Walk(number, levels)};
+    };
+    ExpectRandomScenes(800, draw, {200, 40});
+}
+
 TEST_F(Dithering, TakesEveryMatrixAndNumberOfLevels) {
     for (int number = 1; number <= 10; ++number)
         for (const int levels : {2, 3, 4, 7, 16, 64, 255, 256})
@@ -151,6 +160,19 @@ TEST_F(Dithering, UnknownMatrixLeavesTheDestination) {
         EXPECT_EQ(ReadPixels(destination), before);
         EXPECT_EQ(ReadPixels(CallObject(picture, "DitherFilter", nullptr, number, 2)), Bytes(48, 0));
     }
+}
+
+TEST_F(Dithering, UnknownMatrixLeavesANewDestinationAsTheFactoryMadeIt) {
+    const auto picture = New("PictureTQX", 4, 4, 1);
+    Set(picture, "Factory", NewFactory([](int width, int height, int format) {
+            const auto made = New("PictureTQX", width, height, format);
+            FillRandom(made, 3);
+            return made;
+        }));
+    const auto filled = New("PictureTQX", 4, 4, 1);
+    FillRandom(filled, 3);
+    for (const int number : {0, 11})
+        EXPECT_EQ(ReadPixels(CallObject(picture, "DitherFilter", nullptr, number, 2)), ReadPixels(filled));
 }
 
 TEST_F(Dithering, RefusesOtherNumbersOfLevels) {

@@ -1,6 +1,7 @@
 #include <climits>
 
 #include "tests/filters/FilterScenes.h"
+#include "tests/filters/RandomScenes.h"
 
 namespace {
 
@@ -24,6 +25,14 @@ class Engrave : public PluginTest {};
 
 TEST_F(Engrave, ServesEveryViewSharingAndFormat) {
     for (const int level : {1, -2}) ExpectScenes(AllScenes(), Engraved(level), Walk(level));
+}
+
+TEST_F(Engrave, ServesRandomScenes) {
+    const auto draw = [](Random& random) {
+        const int level = random.Below(4) == 0 ? AnyInteger(random) : random.Between(-9, 12);
+        return Trial{Engraved(level), Walk(level)};
+    };
+    ExpectRandomScenes(1000, draw);
 }
 
 TEST_F(Engrave, TakesEveryLevel) {

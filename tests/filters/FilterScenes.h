@@ -75,6 +75,9 @@ struct Size {
 using SizeOfResult = std::function<Size(const Pixels& source)>;
 Size SameSize(const Pixels& source);
 
+// Whether both copies of a scene hold the same bytes.
+::testing::AssertionResult SameStorage(const Pictures& actual, const Pictures& expected);
+
 // Runs the filter in a scene and compares all bytes and the result.
 void ExpectScene(const Scene& scene, const Filter& filter, const Reference& reference,
                  const SizeOfResult& sizeOfResult = SameSize);

@@ -1,6 +1,7 @@
 #include <cmath>
 
 #include "tests/filters/FilterScenes.h"
+#include "tests/filters/RandomScenes.h"
 #include "tests/support/Interpose.h"
 
 namespace {
@@ -45,6 +46,10 @@ const Filter kNeon = [](const auto& picture, const auto& to) { return CallObject
 class Neon : public PluginTest {};
 
 TEST_F(Neon, ServesEveryViewSharingAndFormat) { ExpectScenes(AllScenes(), kNeon, Walk()); }
+
+TEST_F(Neon, ServesRandomScenes) {
+    ExpectRandomScenes(1000, [](Random&) { return Trial{kNeon, Walk()}; });
+}
 
 TEST_F(Neon, WorksOnWideRows) {
     for (const int format : {11, 12, 1, 2, 5})

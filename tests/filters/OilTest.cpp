@@ -1,6 +1,7 @@
 #include <climits>
 
 #include "tests/filters/FilterScenes.h"
+#include "tests/filters/RandomScenes.h"
 #include "tests/support/Interpose.h"
 
 namespace {
@@ -91,6 +92,12 @@ void PaintEveryScene() {
         for (const int levels : {1, 2, 7, 255, 1000, INT_MAX}) Expect({Plain(format, 7, 6)}, levels, 1);
         for (const int range : {0, 3, 100, INT_MAX, -1, INT_MIN}) Expect({Plain(format, 7, 6)}, 30, range);
     }
+    const auto draw = [](Random& random) {
+        const int levels = random.Below(4) == 0 ? std::max(AnyInteger(random), 1) : random.Between(1, 256);
+        const int range = random.Below(5) == 0 ? AnyInteger(random) : random.Between(0, 4);
+        return Trial{Oil(levels, range), Walk(levels, range)};
+    };
+    ExpectRandomScenes(150, draw, {20, 10});
     // A destination that shares all its pixels with a wider source: what it lacks stays as it was.
     for (const int format : {1, 2, 11}) {
         const auto narrower = [=] {
@@ -129,6 +136,13 @@ TEST_F(OilPaint, OfOneLevelIsTheMean) {
     EXPECT_EQ(painted[4], 455 / 9);
     EXPECT_EQ(painted[0], 120 / 4) << "a corner sees two by two pixels";
     EXPECT_EQ(painted[1], 210 / 6);
+}
+
+TEST_F(OilPaint, TakesMoreThan256LevelsAs256) {
+    const auto picture = New("PictureTQX", 9, 7, 1);
+    FillRandom(picture, 2);
+    EXPECT_EQ(ReadPixels(CallObject(picture, "OilFilter", nullptr, 1000, 2)),
+              ReadPixels(CallObject(picture, "OilFilter", nullptr, 256, 2)));
 }
 
 TEST_F(OilPaint, PrefersTheLowestOfEquallyFullBins) {

@@ -2,6 +2,7 @@
 #include <limits>
 
 #include "tests/filters/FilterScenes.h"
+#include "tests/filters/RandomScenes.h"
 
 namespace {
 
@@ -36,12 +37,16 @@ class Stamp : public PluginTest {
 
     // What the stamp should make of a picture, alpha left 0.
     static void ExpectStamp(const Ref<Object>& picture, double radius, double threshold, double softness) {
-        const auto blurred = CallObject(picture, "BoxBlurFilter", nullptr, radius / 3.0, 3);
-        const auto result = Apply(picture, nullptr, radius, threshold, softness);
+        ExpectStamped(CallObject(picture, "BoxBlurFilter", nullptr, radius / 3.0, 3),
+                      Apply(picture, nullptr, radius, threshold, softness), threshold, softness);
+    }
+
+    static void ExpectStamped(const Ref<Object>& blurred, const Ref<Object>& result, double threshold,
+                              double softness) {
         const Pixels from(blurred), to(result);
         ASSERT_EQ(to.format, from.format);
         for (int y = 0; y < from.height; ++y)
-            for (int x = 0; x < from.width; ++x)
+            for (int x = 0; x < from.width && from.Has(x, y); ++x)
                 for (const Channel channel : from.channels) {
                     const int shift[] = {16, 8, 0, 8};
                     const int expected = channel == kAlpha ? 0
@@ -66,6 +71,23 @@ TEST_F(Stamp, ServesEveryFormat) {
         FillRandom(picture, 1);
         ExpectStamp(picture, 0.0, 0.5, 0.8);
         ExpectStamp(picture, 3.0, 0.5, 0.2);
+    }
+}
+
+// Any picture as the destination of the first blur; the two after it and the stamp go by that one's
+// layout.
+TEST_F(Stamp, ServesRandomScenes) {
+    for (std::uint64_t seed = 0; seed < 200 && !HasFailure(); ++seed) {
+        SCOPED_TRACE(seed);
+        Random random(seed);
+        const double radius = random.Below(300) / 10.0, threshold = random.Below(100) / 100.0,
+                     softness = random.Below(100) / 100.0;
+        const scenes::Scene scene = RandomScene(seed);
+        const Pictures actual = scene.make(), expected = scene.make();
+        const auto blurred = CallObject(expected.source, "BoxBlurFilter", expected.destination, radius / 3.0, 3);
+        ExpectStamped(blurred, Apply(actual.source, actual.destination, radius, threshold, softness), threshold,
+                      softness);
+        EXPECT_TRUE(SameStorage(actual, expected));
     }
 }
 

@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "tests/filters/FilterScenes.h"
+#include "tests/filters/RandomScenes.h"
 #include "tests/support/Interpose.h"
 
 namespace {
@@ -80,6 +81,15 @@ class Unsharp : public PluginTest {
 TEST_F(Unsharp, ServesEveryViewSharingAndFormat) {
     Expect(AllScenes(), 0.4, 3);
     Expect(AllScenes(), -1.3, 0);
+}
+
+TEST_F(Unsharp, ServesRandomScenes) {
+    for (std::uint64_t seed = 0; seed < 40; ++seed) {
+        std::vector<Scene> some;
+        for (std::uint64_t i = 0; i < 15; ++i) some.push_back(RandomScene(15 * seed + i));
+        Random random(seed);
+        Expect(some, AnyDouble(random), AnyInteger(random));
+    }
 }
 
 TEST_F(Unsharp, IsExactForEveryPairOfSamples) {
