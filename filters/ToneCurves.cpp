@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 #include "buffer/Destination.h"
 #include "buffer/Saturate.h"
@@ -103,18 +104,25 @@ rows::Table TransferTable(sdk::Array* array) {
     return table;
 }
 
-sdk::Object* TransferOfOne(sdk::Object* self, sdk::Object* dest, sdk::Array* gray, const rows::Table* alpha) {
+// An array that may be given, nil included, or not be an argument at all.
+using MaybeArray = std::optional<sdk::Array*>;
+
+// Arrays are read when all yields are over, so that what script code puts into them meanwhile counts.
+sdk::Object* TransferOfOne(sdk::Object* self, sdk::Object* dest, sdk::Array* gray, MaybeArray alpha) {
     const Operation operation = BeginOperation(self, dest);
-    return operation ? ApplyCurves(operation, SameCurve(TransferTable(gray), alpha)) : operation.result;
+    if (!operation) return operation.result;
+    const rows::Table grayTable = TransferTable(gray), alphaTable = TransferTable(alpha.value_or(nullptr));
+    return ApplyCurves(operation, SameCurve(grayTable, alpha ? &alphaTable : nullptr));
 }
 
 sdk::Object* TransferOfThree(sdk::Object* self, sdk::Object* dest, sdk::Array* red, sdk::Array* green, sdk::Array* blue,
-                             const rows::Table* alpha) {
+                             MaybeArray alpha) {
     const Operation operation = BeginOperation(self, dest);
     if (!operation) return operation.result;
-    const rows::Table tables[] = {TransferTable(red), TransferTable(green), TransferTable(blue)};
+    const rows::Table tables[] = {TransferTable(red), TransferTable(green), TransferTable(blue),
+                                  TransferTable(alpha.value_or(nullptr))};
     // Gray goes by the green array: intended.
-    return ApplyCurves(operation, {&tables[0], &tables[1], &tables[2], &tables[1], alpha});
+    return ApplyCurves(operation, {&tables[0], &tables[1], &tables[2], &tables[1], alpha ? &tables[3] : nullptr});
 }
 
 }  // namespace
@@ -149,23 +157,21 @@ sdk::Object* GainFilter(sdk::Object* self, sdk::Object* dest, double gain, doubl
 }
 
 sdk::Object* TransferFilter(sdk::Object* self, sdk::Object* dest, sdk::Array* gray) {
-    return TransferOfOne(self, dest, gray, nullptr);
+    return TransferOfOne(self, dest, gray, std::nullopt);
 }
 
 sdk::Object* TransferFilter(sdk::Object* self, sdk::Object* dest, sdk::Array* gray, sdk::Array* alpha) {
-    const rows::Table alphaTable = TransferTable(alpha);
-    return TransferOfOne(self, dest, gray, &alphaTable);
+    return TransferOfOne(self, dest, gray, alpha);
 }
 
 sdk::Object* TransferFilter(sdk::Object* self, sdk::Object* dest, sdk::Array* red, sdk::Array* green,
                             sdk::Array* blue) {
-    return TransferOfThree(self, dest, red, green, blue, nullptr);
+    return TransferOfThree(self, dest, red, green, blue, std::nullopt);
 }
 
 sdk::Object* TransferFilter(sdk::Object* self, sdk::Object* dest, sdk::Array* red, sdk::Array* green, sdk::Array* blue,
                             sdk::Array* alpha) {
-    const rows::Table alphaTable = TransferTable(alpha);
-    return TransferOfThree(self, dest, red, green, blue, &alphaTable);
+    return TransferOfThree(self, dest, red, green, blue, alpha);
 }
 
 sdk::Object* SolarizeFilter(sdk::Object* self, sdk::Object* dest) {

@@ -3,6 +3,7 @@
 #include <numeric>
 
 #include "tests/filters/FilterScenes.h"
+#include "tests/filters/RandomScenes.h"
 #include "tests/support/Interpose.h"
 
 namespace {
@@ -87,6 +88,35 @@ TEST_F(ToneCurves, OneGammaLeavesAlpha) {
             EXPECT_EQ(pixels.Value(x, 0, pixels.channels[0]), Gamma(2.2, x));
         }
     }
+}
+
+TEST_F(ToneCurves, ThreeGammasLeaveAlpha) {
+    for (const int format : {2, 4, 12}) {
+        const auto result = CallObject(Ramp(format), "GammaFilter", nullptr, 2.0, 2.0, 2.0);
+        const Pixels pixels(result);
+        for (int x = 0; x < 256; ++x) {
+            EXPECT_EQ(pixels.Value(x, 0, kAlpha), 0);
+            EXPECT_EQ(pixels.Value(x, 0, pixels.channels[0]), Gamma(2.0, x));
+        }
+    }
+}
+
+TEST_F(ToneCurves, GammaServesRandomScenes) {
+    const auto draw = [](Random& random) {
+        const double red = AnyDouble(random), green = AnyDouble(random), blue = AnyDouble(random),
+                     alpha = AnyDouble(random);
+        const auto whole = [](double gamma) {
+            return std::isnan(gamma) ? -2147483648.0 : std::trunc(std::clamp(gamma, -2147483648.0, 2147483647.0));
+        };
+        const double gray = std::trunc((77 * whole(red) + 151 * whole(green) + 28 * whole(blue)) / 256) + 0.0;  // no -0
+        return Trial{
+            [=](const auto& p, const auto& to) { return CallObject(p, "GammaFilter", to, red, green, blue, alpha); },
+            EachPixel([=](int value, Channel channel, int, int) {
+                const double gamma[] = {red, green, blue, gray, alpha};
+                return Gamma(gamma[channel], value);
+            })};
+    };
+    ExpectRandomScenes(800, draw);
 }
 
 TEST_F(ToneCurves, EachGammaReachesItsChannel) {
@@ -239,6 +269,25 @@ TEST_F(ToneCurves, TransferOfAGrayPictureGoesByTheGreenArray) {
     EXPECT_EQ(
         CurveOf(11, "TransferFilter", std::vector<int>(256, 1), std::vector<int>(256, 2), std::vector<int>(256, 3)),
         Bytes(256, 2));
+}
+
+// The arrays are read when both pictures have had their yields.
+TEST_F(ToneCurves, TransferSeesArraysThatAYieldChanged) {
+    for (int form = 1; form <= 4; ++form) {
+        FakeClock clock;
+        const auto picture = New("PictureTQX", 1, 1, 2);
+        Set(picture, "YieldTicks", 1);
+        std::vector<host::Ref<host::Array>> arrays;
+        for (int i = 0; i < form; ++i) arrays.push_back(host::MakeIntegerArray(std::vector<int>(256, 1)));
+        const OnYield changing([&] {
+            for (const auto& array : arrays) array->values[0] = support::Value(7);
+        });
+        Values arguments{Value(nullptr)};
+        for (const auto& array : arrays) arguments.push_back(Value(array));
+        const int alpha = form % 2 == 0 ? 7 : 0;
+        const auto result = Ref<Object>::Share(CallWith(picture, "TransferFilter", arguments).object());
+        EXPECT_EQ(ReadPixels(result), (Bytes{7, 7, 7, static_cast<std::uint8_t>(alpha)})) << form;
+    }
 }
 
 // The curve as published: V-shaped with steps that no formula gives.
