@@ -174,6 +174,28 @@ TEST_F(Rotate, MultiplesOf90AreTheExactTurns) {
     EXPECT_EQ(ReadPixels(RotateLive(picture, -90)), pixels("Rotate270"));
 }
 
+TEST_F(Rotate, TurnsByAQuarterFirstWhatIsNearerToIt) {
+    auto picture = New("PictureTQX", 17, 11, kRGBA);
+    FillRandom(picture, 2);
+    const auto pixels = [](const Ref<Object>& from, double angle) { return ReadPixels(RotateLive(from, angle)); };
+    EXPECT_EQ(pixels(picture, 100), pixels(CallObject(picture, "Rotate90slow", nullptr), 10));
+    EXPECT_EQ(pixels(picture, 190), pixels(CallObject(picture, "Rotate180", nullptr), 10));
+    EXPECT_EQ(pixels(picture, 280), pixels(CallObject(picture, "Rotate270slow", nullptr), 10));
+    EXPECT_EQ(pixels(picture, 350), pixels(picture, -10));
+    EXPECT_EQ(pixels(picture, 370), pixels(picture, 10));
+}
+
+TEST_F(Rotate, TakesTheLowBytesOfItsBackground) {
+    auto picture = New("PictureTQX", 9, 9, kRGBA);
+    FillRandom(picture, 3);
+    EXPECT_EQ(ReadPixels(RotateLive(picture, 10, {256 + 1, -255, 2, 1024 + 3, 0})),
+              ReadPixels(RotateLive(picture, 10, {1, 1, 2, 3, 0})));
+    auto gray = New("PictureTQX", 9, 9, kGA);
+    FillRandom(gray, 4);
+    EXPECT_EQ(ReadPixels(RotateLive(gray, 10, {1, 2, 3, 4, 300})), ReadPixels(RotateLive(gray, 10, {5, 6, 7, 8, 44})))
+        << "of gray only its own counts";
+}
+
 TEST_F(Rotate, MakesAPictureThatHoldsTheTurnedOne) {
     const auto rotated = RotateLive(New("PictureTQX", 100, 50, kRGB), 10);
     const double angle = 10 * 3.141592653589793 / 180;

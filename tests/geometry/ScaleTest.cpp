@@ -225,6 +225,10 @@ TEST_F(Scale, PutsLumaIntoTheFirstByteOfAlphaAndGray) {
     ASSERT_TRUE(CallBool(self, "Scale", source, nullptr, 1, 1, 1));
     EXPECT_EQ(ReadPixels(self)[1], 8);
     EXPECT_NEAR(ReadPixels(self)[0], 100, 1);
+    const auto second = New("PictureTQX", 1, 1, 16);  // the second of three
+    WritePixels(second, {7, 8, 9});
+    ASSERT_TRUE(CallBool(second, "Scale", source, nullptr, 1, 1, 1));
+    EXPECT_EQ(ReadPixels(second), (Bytes{ReadPixels(self)[0], 8, 9}));
 }
 
 TEST_F(Scale, LeavesAlphaOfColoursFromGrayWithAlpha) {
@@ -242,6 +246,25 @@ TEST_F(Scale, BoxTakesBothSamplesHalfWay) {
     const auto self = New("PictureTQX", 2, 1, 11);
     ASSERT_TRUE(CallBool(self, "Scale", source, nullptr, 2, 2, 1));
     EXPECT_EQ(ReadPixels(self), (Bytes{15, 60}));
+}
+
+TEST_F(Scale, BoxOfTheSameWidthIsACopyAndOneAndAHalfTimesMeansTheMiddle) {
+    const auto source = New("PictureTQX", 2, 1, 11);
+    WritePixels(source, {10, 20});
+    const auto same = New("PictureTQX", 2, 1, 11), wider = New("PictureTQX", 3, 1, 11);
+    ASSERT_TRUE(CallBool(same, "Scale", source, nullptr, 2, 2, 1));
+    EXPECT_EQ(ReadPixels(same), (Bytes{10, 20}));
+    ASSERT_TRUE(CallBool(wider, "Scale", source, nullptr, 2, 3, 1));
+    EXPECT_EQ(ReadPixels(wider), (Bytes{10, 15, 20})) << "its centre lies half-way and takes both";
+}
+
+// What lies outside is dropped and the rest made up to its own total.
+TEST_F(Scale, EdgesDoNotDarken) {
+    const auto source = New("PictureTQX", 2, 1, 11);
+    WritePixels(source, {100, 200});
+    const auto self = New("PictureTQX", 4, 1, 11);
+    ASSERT_TRUE(CallBool(self, "Scale", source, nullptr, 1, 4, 1));
+    EXPECT_EQ(ReadPixels(self), (Bytes{100, 125, 175, 200}));
 }
 
 TEST_F(Scale, TruncatesInsteadOfRounding) {
