@@ -3,7 +3,7 @@
 // All channels are blurred alike, alpha included. Each takes a destination, or nil for a new
 // picture like this one, and gives the destination, owned by the caller, or nil when either can't
 // be used. A destination that shares memory with the picture gets what one apart gets. When
-// memory is short the destination is given as it stands.
+// memory is short the destination is given as it stands, not nil: intended.
 #pragma once
 
 #include <cstdint>
@@ -23,7 +23,7 @@ sdk::Object* BoxBlurFilter(sdk::Object* self, sdk::Object* dest, double radius);
 sdk::Object* BoxBlurFilter(sdk::Object* self, sdk::Object* dest, double radius, std::int32_t iterations);
 
 // Mixes each pixel with its neighbours by the fraction f of the radius alone: 0.4 and 7.4 are the
-// same, a whole number copies. Of each direction: (f (left + right) + centre) / (2 f + 1),
+// same, a whole number copies; intended. Of each direction: (f (left + right) + centre) / (2 f + 1),
 // truncated. The first row and the last column count as their own neighbours on both sides; the
 // last row and the first column only beyond the edge: intended.
 sdk::Object* BoxBlurFractionalFilter(sdk::Object* self, sdk::Object* dest, double radius);

@@ -16,7 +16,7 @@ namespace {
 constexpr std::int32_t kWeights = 25;
 constexpr std::int32_t kReach = 2;  // rows and columns to either side of the pixel
 constexpr std::int32_t kRows = 2 * kReach + 1;
-constexpr std::int32_t kLargestWeight = 254;  // anything above makes a hole
+constexpr std::int32_t kLargestWeight = 254;  // anything above makes a hole: intended
 
 rows::Kernel ReadKernel(sdk::Array* matrix, std::int32_t delta, double scale) {
     rows::Kernel kernel{{}, delta, scale};

@@ -28,8 +28,8 @@ sdk::Object* GammaFilter(sdk::Object* self, sdk::Object* dest, double redGamma, 
 sdk::Object* GainFilter(sdk::Object* self, sdk::Object* dest, double gain, double bias);
 
 // The caller's tables. Entries past an array's end are 0, elements past 256 do not count, a nil
-// array is all 0; of a value the low byte is stored. A gray picture given red, green and blue
-// uses green.
+// array is all 0; of a value the low byte is stored, unclamped: intended. A gray picture given
+// red, green and blue uses green.
 sdk::Object* TransferFilter(sdk::Object* self, sdk::Object* dest, sdk::Array* gray);
 sdk::Object* TransferFilter(sdk::Object* self, sdk::Object* dest, sdk::Array* gray, sdk::Array* alpha);
 sdk::Object* TransferFilter(sdk::Object* self, sdk::Object* dest, sdk::Array* red, sdk::Array* green, sdk::Array* blue);

@@ -11,7 +11,7 @@ namespace tqx {
 // for it; the corners are red, green, blue (and alpha), or gray, each by its low byte. Of gray with
 // alpha only gray is turned, and the new picture's alpha stays as it was made.
 //
-// A multiple of 360 gives the picture itself, not a copy; other multiples of 90 are exact turns.
+// A multiple of 360 gives the picture itself, not a copy: intended; other multiples of 90 are exact turns.
 // Any other angle is brought to within 45 degrees of zero by one of those and sheared three times,
 // across, down and across, with neighbours blended. All pictures are made for this one, so by its
 // factory; at most three of them live at a time. The caller owns the result. Nil for an angle that

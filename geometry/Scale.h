@@ -11,7 +11,8 @@ namespace tqx {
 // Scales the whole of `source` to width × height pixels at the top left of self; what self does not
 // have of them is skipped, and the rest of self stays. `temp` is the intermediate, a picture of
 // ImageFormatScaling of width × the source's height, which keeps its values; nil makes one for the
-// call. `mode` is one of the Scale constants. Bytes are truncated, not rounded.
+// call. `mode` is one of the Scale constants. Bytes are truncated, not rounded:
+// intended.
 //
 // True when it ran, also for a source without pixels, which writes nothing. False, with nothing
 // written, for a nil source, a size below 1, an unknown mode, pictures that can't be used, an

@@ -43,7 +43,8 @@ void DrawPictureBlueToGrayChannel(sdk::Object* self, sdk::Object* picture, std::
 // Nothing is drawn when the mask can't be locked; a mask smaller than its picture cuts the area.
 //
 // Alpha is written at AlphaOffset whether the layout has alpha or not: in ImageFormatXRGB and
-// ImageFormatXBGR the unused first byte takes it, elsewhere the colour in byte 0 replaces it.
+// ImageFormatXBGR the unused first byte takes it, elsewhere the colour in byte 0 replaces it:
+// intended.
 void DrawMaskedPictureRGB(sdk::Object* self, sdk::Object* picture, bool invertMask);
 void DrawMaskedPictureRGB(sdk::Object* self, sdk::Object* picture, std::int32_t destX, std::int32_t destY,
                           bool invertMask);

@@ -13,7 +13,8 @@ struct Histogram {
 };
 
 // Counts `width` pixels of a row by their luminance, 0.813 green + 0.177 red + 0.01 blue in
-// doubles, each sum fused with its product, truncated. The layout is that of ChannelSet::Rgb.
+// doubles, each sum fused with its product, truncated. These weights are its own, other than those
+// of gray elsewhere: intended. The layout is that of ChannelSet::Rgb.
 void CountLuminance(const PixelLayout& layout, const std::uint8_t* row, std::int32_t width, Histogram* histogram);
 
 }  // namespace rows
