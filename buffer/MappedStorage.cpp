@@ -1,7 +1,5 @@
 #include "buffer/MappedStorage.h"
 
-#include <sys/mman.h>
-
 #include <algorithm>
 #include <cstdlib>
 #include <limits>
@@ -11,6 +9,7 @@
 #include "buffer/Picture.h"
 #include "buffer/Saturate.h"
 #include "buffer/ScratchFile.h"
+#include "platform/FileWindow.h"
 #include "plugin/HostServices.h"
 
 namespace tqx {
@@ -49,7 +48,8 @@ void SetWindowSize(PixelBuffer& buffer, std::int32_t wanted) {
 void UnmapWindow(PixelBuffer& buffer) {
     if (!buffer.windowMapped) return;
     buffer.windowMapped = false;
-    munmap(buffer.data, static_cast<std::size_t>(buffer.MappingBlockSize));
+    platform::UnmapFileWindow(buffer.data, std::int64_t{buffer.firstMappedRow} * buffer.RowSize,
+                              buffer.MappingBlockSize);
     buffer.data = nullptr;
     buffer.firstMappedRow = buffer.lastMappedRow = -1;
 }
@@ -72,10 +72,10 @@ std::int64_t FirstRowOfWindow(const PixelBuffer& buffer, std::int64_t row) {
 bool MapWindow(PixelBuffer& buffer, std::int64_t row) {
     UnmapWindow(buffer);
     const std::int64_t first = FirstRowOfWindow(buffer, row);
-    void* const window = mmap(nullptr, static_cast<std::size_t>(buffer.MappingBlockSize), PROT_READ | PROT_WRITE,
-                              MAP_SHARED, buffer.fileDescriptor, first * buffer.RowSize);
-    if (window == MAP_FAILED) return false;
-    buffer.data = static_cast<std::uint8_t*>(window);
+    std::uint8_t* const window =
+        platform::MapFileWindow(buffer.fileDescriptor, first * buffer.RowSize, buffer.MappingBlockSize);
+    if (!window) return false;
+    buffer.data = window;
     buffer.firstMappedRow = Saturate(first);
     buffer.lastMappedRow = Saturate(first + buffer.windowRows - 1);
     buffer.windowMapped = true;

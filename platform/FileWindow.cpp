@@ -1,0 +1,50 @@
+#include "platform/FileWindow.h"
+
+#include <sys/mman.h>
+
+#include <cstddef>
+
+namespace platform {
+
+namespace {
+
+constexpr std::int64_t kLargePage = 2 << 20;
+
+// What is mapped for a window.
+struct Extent {
+    std::int64_t before;  // bytes before the window
+    std::int64_t size;    // bytes altogether
+};
+
+// A smaller window than a large page has nothing to gain.
+Extent ExtentOf(std::int64_t offset, std::int64_t size) {
+    if (size < kLargePage) return {0, size};
+    const std::int64_t before = offset % kLargePage;
+    return {before, (before + size + kLargePage - 1) / kLargePage * kLargePage};
+}
+
+// For the file's cache as well: it then reads and keeps large pages whatever it would do otherwise.
+void AskForLargePages([[maybe_unused]] void* memory, [[maybe_unused]] std::size_t size) {
+#ifdef MADV_HUGEPAGE
+    madvise(memory, size, MADV_HUGEPAGE);
+#endif
+}
+
+}  // namespace
+
+std::uint8_t* MapFileWindow(int descriptor, std::int64_t offset, std::int64_t size) {
+    const Extent extent = ExtentOf(offset, size);
+    const auto length = static_cast<std::size_t>(extent.size);
+    // The system chooses an address that lies in its large page as the offset does in the file's.
+    void* const memory = mmap(nullptr, length, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, offset - extent.before);
+    if (memory == MAP_FAILED) return nullptr;
+    if (extent.size >= kLargePage) AskForLargePages(memory, length);
+    return static_cast<std::uint8_t*>(memory) + extent.before;
+}
+
+void UnmapFileWindow(std::uint8_t* window, std::int64_t offset, std::int64_t size) {
+    const Extent extent = ExtentOf(offset, size);
+    munmap(window - extent.before, static_cast<std::size_t>(extent.size));
+}
+
+}  // namespace platform
