@@ -1,8 +1,10 @@
 // Pictures in scratch files, beside plain reading and writing of the same files.
 //
 // The files lie in the folder that TQX_BENCH_FOLDER names, or in the one for temporary files.
-// With TQX_BENCH_HUGE set, pictures of 40000 × 40000 pixels (4.8 GB each) are worked on as well.
+// With TQX_BENCH_SIDE set, pictures of that side are worked on as well; those of 40000 × 40000 pixels
+// take 4.8 GB each.
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -28,6 +30,32 @@ constexpr std::size_t kChunk = 1 << 20;  // of the plain reading and writing, in
 
 double Now() { return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count(); }
 
+// Seconds of the processor, of the system's work for this process as well.
+double ProcessorNow() {
+    struct rusage usage {};
+    getrusage(RUSAGE_SELF, &usage);
+    const auto seconds = [](const timeval& time) {
+        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
+    };
+    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+// Time that was taken, by the clock and of the processor.
+struct Taken {
+    double seconds = 0;
+    double processor = 0;
+
+    template <class Work>
+    double Add(const Work& work) {
+        const double start = Now(), processorStart = ProcessorNow();
+        work();
+        const double taken = Now() - start;
+        seconds += taken;
+        processor += ProcessorNow() - processorStart;
+        return taken;
+    }
+};
+
 [[noreturn]] void Fail(const char* what) {
     std::fprintf(stderr, "%s\n", what);
     std::exit(1);
@@ -52,29 +80,23 @@ struct MappedPicture {
     double Bytes() const { return static_cast<double>(std::filesystem::file_size(path)); }
 };
 
-// Seconds to read the whole of a file into a small buffer.
-double ReadPlainly(const std::string& path) {
+// Reads the whole of a file into a small buffer.
+void ReadPlainly(const std::string& path) {
     std::vector<char> chunk(kChunk);
     const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    const double start = Now();
     while (read(file, chunk.data(), chunk.size()) > 0) {
     }
-    const double seconds = Now() - start;
     close(file);
-    return seconds;
 }
 
-// Seconds to write over the whole of a file from a small buffer.
-double WritePlainly(const std::string& path) {
+// Writes over the whole of a file from a small buffer.
+void WritePlainly(const std::string& path) {
     const std::vector<char> chunk(kChunk, 'x');
     auto left = static_cast<std::int64_t>(std::filesystem::file_size(path));
     const int file = open(path.c_str(), O_WRONLY | O_CLOEXEC);
-    const double start = Now();
     for (ssize_t written = 1; left > 0 && written > 0; left -= written)
         written = write(file, chunk.data(), std::min<std::size_t>(kChunk, static_cast<std::size_t>(left)));
-    const double seconds = Now() - start;
     close(file);
-    return seconds;
 }
 
 // The most memory that was resident since ForgetPeak, in MB.
@@ -90,26 +112,28 @@ void ForgetPeak() { std::ofstream("/proc/self/clear_refs") << "5"; }
 // Times the call against plain reading and writing of as many bytes, by turns. Reports
 //   MB/s, plain_MB/s  bytes of the files that were read and written a second
 //   plain%            the first of the second
+//   processor%        the plain work's time of the processor, of the call's: what the machine's other
+//                     work and the disk's speed do not change
 //   peak_MB           the most memory that was resident in the call
 void Measure(benchmark::State& state, const MappedPicture* reads, const MappedPicture* writes,
              const std::function<void()>& call) {
     const double megabytes = ((reads ? reads->Bytes() : 0) + (writes ? writes->Bytes() : 0)) / 1e6;
-    double plain = 0, taken = 0;
+    Taken plain, taken;
     call();  // the files' pages are in memory then, as far as they fit
     for (auto _ : state) {
-        plain += (reads ? ReadPlainly(reads->path) : 0) + (writes ? WritePlainly(writes->path) : 0);
+        plain.Add([&] {
+            if (reads) ReadPlainly(reads->path);
+            if (writes) WritePlainly(writes->path);
+        });
         ForgetPeak();
-        const double start = Now();
-        call();
-        const double seconds = Now() - start;
-        taken += seconds;
-        state.SetIterationTime(seconds);
+        state.SetIterationTime(taken.Add(call));
         state.counters["peak_MB"] = std::max<double>(state.counters["peak_MB"], PeakMegabytes());
     }
     const auto runs = static_cast<double>(state.iterations());
-    state.counters["MB/s"] = megabytes * runs / taken;
-    state.counters["plain_MB/s"] = megabytes * runs / plain;
-    state.counters["plain%"] = 100 * plain / taken;
+    state.counters["MB/s"] = megabytes * runs / taken.seconds;
+    state.counters["plain_MB/s"] = megabytes * runs / plain.seconds;
+    state.counters["plain%"] = 100 * plain.seconds / taken.seconds;
+    state.counters["processor%"] = 100 * plain.processor / taken.processor;
 }
 
 void BM_MappedFill(benchmark::State& state) {
@@ -152,7 +176,7 @@ void BM_MappedShrink(benchmark::State& state) {
 
 void Sizes(benchmark::internal::Benchmark* benchmark) {
     benchmark->ArgName("side")->Arg(8000)->UseManualTime()->Unit(benchmark::kMillisecond);
-    if (std::getenv("TQX_BENCH_HUGE")) benchmark->Arg(40000)->Iterations(1);
+    if (const char* const side = std::getenv("TQX_BENCH_SIDE")) benchmark->Arg(std::atoi(side));
 }
 
 BENCHMARK(BM_MappedFill)->Apply(Sizes);
