@@ -8,12 +8,6 @@ namespace tqx {
 
 namespace {
 
-// Channels side by side, in pixels of a size that can be turned.
-rows::PixelLayout Packed(rows::ChannelSet set) {
-    const int count = rows::ChannelCount(set);
-    return {count == 3 ? 4 : count, {0, 1, 2, 3}};
-}
-
 constexpr std::int64_t kCacheLine = 64;
 
 // Pixels of the tile that follows: their rows lie too far apart for the processor to foresee them.
@@ -31,12 +25,17 @@ void TakeAhead(PixelBuffer& buffer, std::int32_t x, std::int32_t y, std::int32_t
 
 }  // namespace
 
+rows::PixelLayout PackedForTurn(rows::ChannelSet set) {
+    const int count = rows::ChannelCount(set);
+    return {count == 3 ? 4 : count, {0, 1, 2, 3}};
+}
+
 TurnedTile::TurnedTile(rows::ChannelSet set, const rows::PixelLayout& from, const rows::PixelLayout& to,
                        Quarter quarter)
     : quarter_(quarter),
-      pixelSize_(Packed(set).pixelSize),
-      pack_(rows::PlanMoves(rows::MovesBetween(set, from, Packed(set)))),
-      unpack_(rows::PlanMoves(rows::MovesBetween(set, Packed(set), to))),
+      pixelSize_(PackedForTurn(set).pixelSize),
+      pack_(rows::PlanMoves(rows::MovesBetween(set, from, PackedForTurn(set)))),
+      unpack_(rows::PlanMoves(rows::MovesBetween(set, PackedForTurn(set), to))),
       read_{},
       turned_{} {}
 

@@ -13,6 +13,9 @@ namespace tqx {
 
 enum class Quarter { Left, Right };  // which way the picture turns
 
+// The channels of a set side by side, in pixels of a size that can be turned.
+rows::PixelLayout PackedForTurn(rows::ChannelSet set);
+
 class TurnedTile {
   public:
     static constexpr std::int32_t kSide = 64;  // pixels

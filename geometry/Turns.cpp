@@ -8,7 +8,7 @@
 #include "buffer/PixelBuffer.h"
 #include "buffer/RowPairs.h"
 #include "buffer/Sharing.h"
-#include "geometry/BlockCopy.h"
+#include "geometry/TurnedBlock.h"
 #include "geometry/TurnedTile.h"
 #include "platform/PixelMemory.h"
 #include "rows/Move.h"
@@ -30,8 +30,7 @@ struct QuarterTurn {
     PixelBuffer& source;
     PixelBuffer& destination;
     Quarter quarter;
-    std::int32_t width, height;    // of the source
-    std::int32_t firstColumn = 0;  // that `source` has, where it is a part of the source
+    std::int32_t width, height;  // of the source
 
     std::int32_t RowOf(std::int32_t x) const { return quarter == Quarter::Left ? width - 1 - x : x; }
     std::int32_t ColumnOf(std::int32_t y) const { return quarter == Quarter::Left ? y : height - 1 - y; }
@@ -95,7 +94,7 @@ void TurnBlock(const QuarterTurn& turn, TurnedTile& tile, const Reach& block) {
         for (std::int32_t y = block.top; y < block.bottom; y += TurnedTile::kSide) {
             const std::int32_t down = std::min(TurnedTile::kSide, block.bottom - y);
             const std::int32_t column = std::min(turn.ColumnOf(y), turn.ColumnOf(y + down - 1));
-            tile.Read(turn.source, x - turn.firstColumn, y, across, down);
+            tile.Read(turn.source, x, y, across, down);
             tile.Write(turn.destination, column, lowest + done);
         }
     }
@@ -115,23 +114,22 @@ void TurnByTiles(const QuarterTurn& turn, TurnedTile& tile, const Reach& reach) 
     }
 }
 
-// Blocks of two files are far larger than their windows, and copied to memory first: what a window
-// of a wide picture holds of a turned row is some hundred bytes, and the disk writes whole pages.
-// So many pixels of a row are whole pages in the destination, and half as many in the source.
-constexpr std::int32_t kCopiedRows = 4096;
-constexpr std::int32_t kCopiedColumns = 2048;
+// Blocks between two files that are turned in memory, in pixels of the source. The destination is
+// walked once for each block above another, the source's rows of a block once for each beside
+// another: walks of the destination cost more, for their pages are written.
+constexpr std::int32_t kBlockRows = 8192;
+constexpr std::int32_t kBlockColumns = 2048;
 
 bool HasManyWindows(const PixelBuffer& buffer) { return buffer.IsMapping && buffer.windowRows < buffer.Height; }
 
-void TurnThroughMemory(const QuarterTurn& turn, const Reach& reach, TurnedTile& tile, TurnedTile& copiedTile,
-                       BlockCopy& copy) {
+void TurnThroughMemory(const QuarterTurn& turn, const Reach& reach, TurnedTile& tile, TurnedBlock& block) {
     for (std::int32_t top = reach.top; top < reach.bottom;) {
-        const std::int32_t bottom = top + std::min(kCopiedRows, reach.bottom - top);
+        const std::int32_t bottom = top + std::min(kBlockRows, reach.bottom - top);
         for (std::int32_t left = reach.left; left < reach.right;) {
-            const std::int32_t right = left + std::min(kCopiedColumns, reach.right - left);
-            const QuarterTurn copied{copy.Block(), turn.destination, turn.quarter, turn.width, turn.height, left};
-            if (copy.Take(left, right, top, bottom))
-                TurnByTiles(copied, copiedTile, {left, right, top, bottom});
+            const std::int32_t right = left + std::min(kBlockColumns, reach.right - left);
+            if (block.Take(turn.source, left, right, top, bottom))
+                block.Write(turn.destination, std::min(turn.ColumnOf(top), turn.ColumnOf(bottom - 1)),
+                            std::min(turn.RowOf(left), turn.RowOf(right - 1)));
             else
                 TurnByTiles(turn, tile, {left, right, top, bottom});
             left = right;
@@ -145,9 +143,9 @@ void TurnInAnyOrder(const QuarterTurn& turn, const Operation& operation) {
     const Reach reach = turn.Reached();
     TurnedTile tile(set, operation.From(), operation.To(), turn.quarter);
     if (HasManyWindows(turn.source) && HasManyWindows(turn.destination)) {
-        BlockCopy copy(turn.source, set, std::min(kCopiedColumns, turn.width), std::min(kCopiedRows, turn.height));
-        TurnedTile copiedTile(set, copy.Layout(), operation.To(), turn.quarter);
-        if (copy) return TurnThroughMemory(turn, reach, tile, copiedTile, copy);
+        TurnedBlock block(set, operation.From(), operation.To(), turn.quarter, std::min(kBlockColumns, turn.width),
+                          std::min(kBlockRows, turn.height));
+        if (block) return TurnThroughMemory(turn, reach, tile, block);
     }
     TurnByTiles(turn, tile, reach);
 }

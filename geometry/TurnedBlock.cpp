@@ -1,0 +1,80 @@
+#include "geometry/TurnedBlock.h"
+
+#include <algorithm>
+
+#include "buffer/RowPairs.h"
+#include "rows/Transpose.h"
+
+namespace tqx {
+
+namespace {
+
+// Rows that are read before they are turned: columns of so many pixels are whole cache lines, and
+// 2048 columns of them stay in the second cache.
+constexpr std::int32_t kRowsATime = 64;
+
+// Rows further apart than whole pages don't crowd into the same places of the cache.
+constexpr std::int64_t kLine = 64;
+
+constexpr std::int64_t StrideOf(std::int64_t bytes) { return (bytes + kLine - 1) / kLine * kLine + kLine; }
+
+}  // namespace
+
+TurnedBlock::TurnedBlock(rows::ChannelSet set, const rows::PixelLayout& from, const rows::PixelLayout& to,
+                         Quarter quarter, std::int32_t columns, std::int32_t rows)
+    : quarter_(quarter),
+      pixelSize_(PackedForTurn(set).pixelSize),
+      pack_(rows::PlanMoves(rows::MovesBetween(set, from, PackedForTurn(set)))),
+      unpack_(rows::PlanMoves(rows::MovesBetween(set, PackedForTurn(set), to))),
+      readStride_(StrideOf(std::int64_t{columns} * pixelSize_)),
+      turnedStride_(StrideOf(std::int64_t{rows} * pixelSize_)),
+      read_(readStride_ * kRowsATime),
+      turned_(turnedStride_ * columns) {}
+
+bool TurnedBlock::Take(PixelBuffer& source, std::int32_t left, std::int32_t right, std::int32_t top,
+                       std::int32_t bottom) {
+    columns_ = right - left;
+    rows_ = bottom - top;
+    const std::int32_t step = std::min(kRowsATime, RowsInWindow(source));
+    for (std::int32_t y = top; y < bottom;) {
+        const std::int32_t count = std::min(step, bottom - y);
+        if (!TakeRows(source, left, y, count, y - top)) return false;
+        y += count;
+    }
+    return true;
+}
+
+// Takes `count` rows from row y on; `done` of the block's rows were taken before.
+bool TurnedBlock::TakeRows(PixelBuffer& source, std::int32_t left, std::int32_t y, std::int32_t count,
+                           std::int32_t done) {
+    const bool upright = quarter_ == Quarter::Left;
+    PlaceWindow(source, y, y + count - 1);
+    for (std::int32_t i = 0; i < count; ++i) {
+        const std::uint8_t* const row = RowAddress(source, y + i);
+        if (!row) return false;
+        // The row that comes first becomes the first column of a left turn, the last of a right one.
+        const std::int64_t line = upright ? i : count - 1 - i;
+        rows::MoveRow(pack_, row + std::int64_t{left} * source.PixelSize, read_.Bytes() + line * readStride_, columns_);
+    }
+    const std::int64_t column = upright ? done : rows_ - done - count;
+    rows::TransposePixels(pixelSize_, read_.Bytes(), readStride_, turned_.Bytes() + column * pixelSize_, turnedStride_,
+                          columns_, count);
+    return true;
+}
+
+void TurnedBlock::Write(PixelBuffer& destination, std::int32_t column, std::int32_t row) const {
+    const std::int32_t step = RowsInWindow(destination);
+    for (std::int32_t done = 0; done < columns_;) {
+        const std::int32_t end = done + std::min(step, columns_ - done);
+        PlaceWindow(destination, row + done, row + end - 1);
+        for (; done < end; ++done) {
+            std::uint8_t* const to = RowAddress(destination, row + done);
+            const std::int64_t line = quarter_ == Quarter::Left ? columns_ - 1 - done : done;
+            if (to)
+                rows::MoveRow(unpack_, turned_.Bytes() + line * turnedStride_,
+                              to + std::int64_t{column} * destination.PixelSize, rows_);
+        }
+    }
+}
+
+}  // namespace tqx
