@@ -26,10 +26,12 @@ sdk::Object* AskFactory(sdk::Object* factory, std::int32_t width, std::int32_t h
     return picture.Give();
 }
 
-sdk::Object* MakeMemoryPicture(std::int32_t width, std::int32_t height, std::int32_t format) {
+using Constructor = void (*)(sdk::Object* self, std::int32_t width, std::int32_t height, std::int32_t format);
+
+sdk::Object* MakePicture(Constructor construct, std::int32_t width, std::int32_t height, std::int32_t format) {
     OwnedObject picture(NewPictureInstance());
     if (!picture) return nullptr;
-    ConstructMemoryPicture(picture.Get(), width, height, format);
+    construct(picture.Get(), width, height, format);
     return BufferOf(picture.Get())->Valid ? picture.Give() : nullptr;
 }
 
@@ -41,11 +43,15 @@ bool YieldAndKeep(PixelBuffer& buffer) { return YieldAndKeep(buffer, StorageWatc
 sdk::Object* MakeDestination(sdk::Object* owner, std::int32_t width, std::int32_t height, std::int32_t format) {
     sdk::Object* picture = owner ? AskFactory(BufferOf(owner)->Factory, width, height, format) : nullptr;
     if (!picture) picture = AskFactory(globalFactory, width, height, format);
-    if (!picture) picture = MakeMemoryPicture(width, height, format);
+    if (!picture) picture = MakePicture(&ConstructMemoryPicture, width, height, format);
     return picture;
 }
 
 bool HasFactory(sdk::Object* owner) { return globalFactory || (owner && BufferOf(owner)->Factory); }
+
+sdk::Object* MakeUntouchedPicture(std::int32_t width, std::int32_t height, std::int32_t format) {
+    return MakePicture(&ConstructUntouchedPicture, width, height, format);
+}
 
 void SetFactory(sdk::Object* factory) {
     const OwnedObject kept = OwnedObject::Retain(factory);  // it may be the one about to be released

@@ -21,6 +21,9 @@ sdk::Object* MakeDestination(sdk::Object* owner, std::int32_t width, std::int32_
 // Whether MakeDestination would ask a factory. Without one, nobody but its caller knows the picture.
 bool HasFactory(sdk::Object* owner);
 
+// What MakeDestination gives without a factory; its pixels take no memory until they are touched.
+sdk::Object* MakeUntouchedPicture(std::int32_t width, std::int32_t height, std::int32_t format);
+
 // The shared method SetFactory: keeps the global factory until the next call; nil removes it.
 void SetFactory(sdk::Object* factory);
 

@@ -66,16 +66,16 @@ void CopyDescription(const PixelBuffer& from, PixelBuffer& to) {
     to.rowAddress = from.rowAddress;
 }
 
-}  // namespace
-
-void ConstructMemoryPicture(sdk::Object* self, std::int32_t width, std::int32_t height, std::int32_t format) {
+// A picture whose pixels come from `allocate`.
+void Construct(sdk::Object* self, std::int32_t width, std::int32_t height, std::int32_t format,
+               std::uint8_t* (*allocate)(std::int64_t size)) {
     PixelBuffer& buffer = StartConstruction(self);
     if (!SetUpDescriptor(&buffer, width, height, format) || width < 0 || height < 0) return;
     const std::int64_t used = std::int64_t{width} * buffer.PixelSize;
     const std::int64_t rowSize = (used + kRowAlignment - 1) / kRowAlignment * kRowAlignment;
     if (rowSize >= kSizeLimit || rowSize * height >= kSizeLimit) return;
     const std::int64_t size = rowSize * height;
-    buffer.data = platform::AllocatePixels(size);
+    buffer.data = allocate(size);
     if (!buffer.data) return;
     buffer.RowSize = static_cast<std::int32_t>(rowSize);
     buffer.windowRows = buffer.storageRows = height;
@@ -83,6 +83,16 @@ void ConstructMemoryPicture(sdk::Object* self, std::int32_t width, std::int32_t 
     buffer.ownsMemory = true;
     buffer.rowAddress = &MemoryRowAddress;
     buffer.Valid = true;
+}
+
+}  // namespace
+
+void ConstructMemoryPicture(sdk::Object* self, std::int32_t width, std::int32_t height, std::int32_t format) {
+    Construct(self, width, height, format, &platform::AllocatePixels);
+}
+
+void ConstructUntouchedPicture(sdk::Object* self, std::int32_t width, std::int32_t height, std::int32_t format) {
+    Construct(self, width, height, format, &platform::AllocatePixelsUntouched);
 }
 
 void ConstructMemoryBlockPicture(sdk::Object* self, sdk::Object* block, std::int32_t width, std::int32_t height,

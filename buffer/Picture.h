@@ -15,6 +15,9 @@ namespace tqx {
 // memory is short. A side of 0 makes a valid empty picture.
 void ConstructMemoryPicture(sdk::Object* self, std::int32_t width, std::int32_t height, std::int32_t format);
 
+// The same for a picture that may never be touched: its pixels take no memory until they are.
+void ConstructUntouchedPicture(sdk::Object* self, std::int32_t width, std::int32_t height, std::int32_t format);
+
 // A picture around a host memory block, which is retained. The layout is the caller's word:
 // neither the block's size nor rowSize against width is checked. Invalid for a nil block, an
 // unknown format, or a rowSize × height whose upper 32 bits, as a signed number, are above 0.

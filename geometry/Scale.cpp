@@ -70,7 +70,10 @@ bool Scale(sdk::Object* self, sdk::Object* source, sdk::Object* temp, std::int32
     bool ours = false;
     if (!temp) {
         ours = !HasFactory(self);
-        made = OwnedObject(MakeDestination(self, width, BufferOf(source)->Height, ImageFormatScaling));
+        const std::int32_t rows = BufferOf(source)->Height;
+        // Mostly both passes go band by band, and one that nobody else knows is not touched.
+        made = OwnedObject(ours ? MakeUntouchedPicture(width, rows, ImageFormatScaling)
+                                : MakeDestination(self, width, rows, ImageFormatScaling));
         if (!made || !IsIntermediate(*BufferOf(made.Get()))) return false;
     }
     const ScaleKernel* const kernel = KernelOfMode(mode);

@@ -26,6 +26,7 @@ constexpr std::size_t kLargestSpare = 512 << 20;
 struct Head {
     std::uint8_t* block;   // the allocator's own address
     std::size_t capacity;  // bytes from the first pixel on; of a large block a multiple of kLargePage
+    bool isSpare;          // once it is freed, if it is large
 };
 static_assert(sizeof(Head) <= kCacheLine);
 
@@ -54,14 +55,14 @@ void OfferPages([[maybe_unused]] std::uint8_t* pixels, [[maybe_unused]] std::siz
 #endif
 }
 
-std::uint8_t* AllocateFresh(std::size_t size, std::size_t alignment) {
+std::uint8_t* AllocateFresh(std::size_t size, std::size_t alignment, bool isSpare = true) {
     const std::size_t capacity = RoundUp(size, alignment);
     const std::size_t room = RoundUp(sizeof(Head), kCacheLine) + alignment;
     auto* const block = static_cast<std::uint8_t*>(std::calloc(capacity + room, 1));
     if (!block) return nullptr;
     const auto first = RoundUp(reinterpret_cast<std::uintptr_t>(block) + sizeof(Head), alignment);
     auto* const pixels = reinterpret_cast<std::uint8_t*>(first);
-    const Head head{block, capacity};
+    const Head head{block, capacity, isSpare};
     std::memcpy(pixels - sizeof(head), &head, sizeof(head));
     if (alignment == kLargePage) AskForLargePages(pixels, capacity);
     return pixels;
@@ -93,10 +94,15 @@ std::uint8_t* AllocatePixelsToFill(std::int64_t size) {
     return recycled ? recycled : AllocatePixels(size);
 }
 
+std::uint8_t* AllocatePixelsUntouched(std::int64_t size) {
+    if (size < 0) return nullptr;
+    return AllocateFresh(static_cast<std::size_t>(size), IsLarge(size) ? kLargePage : kCacheLine, false);
+}
+
 void FreePixels(std::uint8_t* pixels) {
     if (!pixels) return;
     const Head head = HeadOf(pixels);
-    if (head.capacity < kLargeBlock || head.capacity > kLargestSpare) return std::free(head.block);
+    if (!head.isSpare || head.capacity < kLargeBlock || head.capacity > kLargestSpare) return std::free(head.block);
     OfferPages(pixels, head.capacity);
     if (std::uint8_t* const before = std::exchange(spare, pixels)) std::free(HeadOf(before).block);
 }

@@ -17,7 +17,11 @@ std::uint8_t* AllocatePixels(std::int64_t size);
 // The same with any bytes in it, for a caller who writes them all.
 std::uint8_t* AllocatePixelsToFill(std::int64_t size);
 
-// Frees a block from either; null is ignored. What one module (the host, a plug-in) allocated, the
+// Zero bytes of which only what is touched takes memory or time, for a caller who may need none of
+// them. The block is never kept as the spare, nor taken from it.
+std::uint8_t* AllocatePixelsUntouched(std::int64_t size);
+
+// Frees a block from any of these; null is ignored. What one module (the host, a plug-in) allocated, the
 // same module frees.
 void FreePixels(std::uint8_t* pixels);
 

@@ -167,6 +167,23 @@ TEST(PixelMemory, KeepsNoSpareForAMuchSmallerBlock) {
     FreePixels(small);
 }
 
+TEST(PixelMemory, UntouchedIsZeroAndNeverTheSpare) {
+    constexpr std::int64_t kSize = 16 << 20;
+    std::uint8_t* const spare = AllocatePixels(kSize);
+    ASSERT_TRUE(spare);
+    std::fill_n(spare, kSize, std::uint8_t{7});
+    FreePixels(spare);
+    std::uint8_t* const untouched = AllocatePixelsUntouched(kSize);
+    ASSERT_TRUE(untouched);
+    EXPECT_NE(untouched, spare);
+    EXPECT_EQ(std::count(untouched, untouched + kSize, 0), kSize);
+    FreePixels(untouched);
+    std::uint8_t* const again = AllocatePixels(kSize);
+    EXPECT_EQ(again, spare) << "still the one that was kept before";
+    FreePixels(again);
+    EXPECT_EQ(AllocatePixelsUntouched(-1), nullptr);
+}
+
 TEST(PixelMemory, OfNoBytesIsABlock) {
     std::uint8_t* const pixels = AllocatePixels(0);
     EXPECT_NE(pixels, nullptr);
