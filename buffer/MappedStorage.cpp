@@ -152,6 +152,14 @@ void ShareMapping(const PixelBuffer& parent, PixelBuffer& view) {
     MapFirstWindow(view);
 }
 
+SecondWindow::SecondWindow(const PixelBuffer& buffer) : picture_(buffer) {
+    picture_.ownsFile = picture_.windowMapped = false;
+    picture_.data = nullptr;
+    picture_.firstMappedRow = picture_.lastMappedRow = -1;
+}
+
+SecondWindow::~SecondWindow() { UnmapWindow(picture_); }
+
 void ReleaseMapping(PixelBuffer& buffer) {
     UnmapWindow(buffer);
     if (!buffer.ownsFile || !buffer.IsMapping) return;

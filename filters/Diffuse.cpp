@@ -12,8 +12,12 @@ namespace tqx {
 
 namespace {
 
-// Up to so many rows around a pixel are kept as copies; beyond, pixels are fetched one at a time.
-constexpr std::int64_t kMostRowsKept = 65;
+// Copies of the rows around a pixel are kept up to this many bytes, all of which a window of a
+// mapped picture seldom holds; beyond, pixels are fetched one at a time.
+constexpr std::int64_t kMostBytesKept = 64 << 20;
+
+// Around a pixel of a narrow picture no more than so many: all are looked at for each row.
+constexpr std::int64_t kRowsAlwaysKept = 65;
 
 // Draws places around pixels. Every pixel of the source draws twice, written or not, so that the
 // generator's sequence does not depend on the destination.
@@ -63,6 +67,7 @@ bool CollectRows(RowRing& ring, const Scatter& scatter, std::int32_t y, const st
     return true;
 }
 
+// `packed` may be one of the rows: what is written is then what later pixels find.
 template <int Channels>
 void DiffuseRow(const Scatter& scatter, const std::uint8_t* const* byOffset, std::int32_t y, std::int32_t width,
                 std::uint8_t* packed) {
@@ -74,21 +79,33 @@ void DiffuseRow(const Scatter& scatter, const std::uint8_t* const* byOffset, std
     }
 }
 
-void DiffuseByRows(const Operation& operation, const Scatter& scatter) {
+// In place the copy of the row becomes the result, so that later pixels and rows see it.
+void DiffuseByRows(const Operation& operation, const Scatter& scatter, bool inPlace) {
     const PackedRows rows(operation);
     RowRing ring(rows, scatter.Range(), rows.Width());
     const platform::PixelBlock result(rows.BytesOf(rows.Width()));
-    const std::uint8_t* byOffset[kMostRowsKept];
+    const platform::PixelBlock addresses(ring.Capacity() * static_cast<std::int64_t>(sizeof(std::uint8_t*)));
+    auto** const byOffset = reinterpret_cast<const std::uint8_t**>(addresses.Bytes());
     for (std::int32_t y = 0; y < rows.Height(); ++y) {
-        if (!ring || !result || !rows.Have(y) || !CollectRows(ring, scatter, y, byOffset)) {
+        if (!ring || !result || !byOffset || !rows.Have(y) || !CollectRows(ring, scatter, y, byOffset)) {
             DiffuseRowByPixels(operation, rows, scatter, y);
+            if (inPlace) ring.Restart(0, rows.Width());
             continue;
         }
+        std::uint8_t* const packed = inPlace ? ring.Row(y) : result.Bytes();
         rows::ForChannelSet(operation.channels, [&]<rows::ChannelSet Set>() {
-            DiffuseRow<rows::ChannelCount(Set)>(scatter, byOffset, y, rows.Width(), result.Bytes());
+            DiffuseRow<rows::ChannelCount(Set)>(scatter, byOffset, y, rows.Width(), packed);
         });
-        rows.Write(y, 0, rows.Width(), result.Bytes());
+        rows.Write(y, 0, rows.Width(), packed);
     }
+}
+
+// Whether copies of the rows around a pixel are few enough to be kept.
+bool KeepsRows(const Operation& operation, const Scatter& scatter) {
+    const std::int64_t rows = std::min<std::int64_t>(scatter.Range(), operation.source->Height);
+    const std::int64_t rowBytes = std::int64_t{operation.source->Width} * rows::ChannelCount(operation.channels);
+    return rows <= std::max<std::int64_t>(kRowsAlwaysKept, operation.source->Width) &&
+           rows * (rowBytes + 2 * RowRing::kMargin) <= kMostBytesKept;
 }
 
 void DiffuseByPixels(const Operation& operation, const Scatter& scatter) {
@@ -102,9 +119,9 @@ sdk::Object* DiffuseFilter(sdk::Object* self, sdk::Object* dest, std::int32_t le
     const Operation operation = BeginOperation(self, dest);
     if (!operation) return operation.result;
     const Scatter scatter(*operation.source, level);
-    const bool fewRows = level >= 0 && scatter.Range() <= kMostRowsKept;
-    if (fewRows && SharingOf(operation) == Sharing::Apart)
-        DiffuseByRows(operation, scatter);
+    const Sharing sharing = SharingOf(operation);
+    if (level >= 0 && sharing != Sharing::Overlapping && KeepsRows(operation, scatter))
+        DiffuseByRows(operation, scatter, sharing == Sharing::SamePixels);
     else
         DiffuseByPixels(operation, scatter);
     return operation.result;

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "buffer/Destination.h"
+#include "buffer/MappedStorage.h"
 #include "buffer/PixelBuffer.h"
 #include "buffer/RowPairs.h"
 #include "buffer/Sharing.h"
@@ -78,6 +79,13 @@ void TurnInOrder(const QuarterTurn& turn, const rows::PixelMoves& moves, std::in
                 for (std::int64_t x = std::max<std::int64_t>(x0, reach.left); x < right; ++x)
                     TurnPixel(turn, moves, static_cast<std::int32_t>(x), static_cast<std::int32_t>(y));
         }
+}
+
+// A mapped picture onto itself reads and writes far apart.
+void TurnSharedPixels(const QuarterTurn& turn, const rows::PixelMoves& moves, std::int32_t block) {
+    if (&turn.source != &turn.destination || !turn.source.IsMapping) return TurnInOrder(turn, moves, block);
+    SecondWindow second(turn.source);
+    TurnInOrder({second.Picture(), turn.destination, turn.quarter, turn.width, turn.height}, moves, block);
 }
 
 // --- Pictures that don't ----------------------------------------------------------------------------
@@ -164,7 +172,7 @@ sdk::Object* TurnQuarter(sdk::Object* self, sdk::Object* dest, Quarter quarter, 
     const QuarterTurn turn{*operation.source, *operation.destination, quarter, picture.Width, picture.Height};
     if (OrderShows(turn, operation)) {
         const std::int32_t block = walk == Walk::Blocks ? BlockSize(turn.source, turn.destination) : kNoLimit;
-        TurnInOrder(turn, rows::MovesBetween(operation.channels, operation.From(), operation.To()), block);
+        TurnSharedPixels(turn, rows::MovesBetween(operation.channels, operation.From(), operation.To()), block);
     } else {
         TurnInAnyOrder(turn, operation);
     }

@@ -49,7 +49,6 @@ constexpr struct {
     {"BoxBlurFilter/2", 4},            // rows enter and leave the sums a third of a window apart
     {"BoxBlurFilter/3", 12},           // three times
     {"BoxBlurFractionalFilter/2", 4},  // rows around
-    {"DiffuseFilter/2", 16},           // in place by pixels: places up to half a window apart
 };
 
 int WalksOf(const Setting& setting, const PictureOperation& operation) {
@@ -83,6 +82,8 @@ class MappedTraffic : public PluginTest, public ::testing::WithParamInterface<Ca
 
 class MappedQuarterTurns : public PluginTest, public ::testing::WithParamInterface<const char*> {};
 
+class MappedTurnsInPlace : public PluginTest {};
+
 TEST_P(MappedTraffic, IsAFewWalksOverThePictures) {
     const auto& [setting, operation] = GetParam();
     if (IsQuarterTurn(operation)) return;
@@ -100,6 +101,33 @@ TEST_P(MappedQuarterTurns, WalkOverEachPictureOnce) {
     ResetFileMappings();
     ASSERT_TRUE(CallObject(stage.pictures.self, GetParam(), stage.pictures.destination));
     EXPECT_LE(CountedFileMappings().made, 2 * kWalk);
+}
+
+// Onto itself by blocks as high as a window: what is read and what is written lie in windows of
+// their own. The order of the pixels shows.
+TEST_F(MappedTurnsInPlace, MapEachBlockAFewTimes) {
+    constexpr int kGray = 11, kBlock = kNewRowsAWindow;
+    for (const bool left : {true, false}) {
+        const ScratchFolder folder;
+        const auto root = NewMapped(folder.path() + "/picture", kBytesPerRow, kHeight, kGray);
+        const auto picture = CallObject(root, "ClipImage", 0, 0, kHeight, kHeight);
+        FillRandom(picture, 3);
+        Bytes expected = PixelBytes(picture);
+        const auto at = [&](int x, int y) -> std::uint8_t& {
+            return expected[static_cast<std::size_t>(y) * kHeight + static_cast<std::size_t>(x)];
+        };
+        for (int top = 0; top < kHeight; top += kBlock)
+            for (int first = 0; first < kHeight; first += kBlock)
+                for (int y = top; y < std::min(top + kBlock, kHeight); ++y)
+                    for (int x = first; x < std::min(first + kBlock, kHeight); ++x)
+                        (left ? at(y, kHeight - 1 - x) : at(kHeight - 1 - y, x)) = at(x, y);
+        ResetFileMappings();
+        EXPECT_EQ(CallObject(picture, left ? "Rotate90" : "Rotate270", picture), picture);
+        const int blocks = (kHeight + kBlock - 1) / kBlock;
+        EXPECT_LE(CountedFileMappings().made, 4 * blocks * blocks);
+        EXPECT_EQ(CountedFileMappings().live, 2) << "the picture's and its view's";
+        EXPECT_TRUE(SameBytes(PixelBytes(picture), expected, kHeight));
+    }
 }
 
 // Larger in both directions than a block, and than a window.

@@ -57,6 +57,21 @@ TEST_F(Diffuse, TakesAnyLevel) {
         }
 }
 
+// More rows around a pixel than a narrow picture has copied, and fewer.
+TEST_F(Diffuse, TakesManyRowsAroundAPixel) {
+    for (const int width : {20, 150})
+        for (const int format : {2, 11}) {
+            ExpectScene(Plain(format, width, 140), Diffused(40), Walk(40));
+            ExpectScene({"InPlace",
+                         [=] {
+                             const auto picture = New("PictureTQX", width, 140, format);
+                             FillRandom(picture, 5);
+                             return scenes::Pictures{picture, picture, {picture}};
+                         }},
+                        Diffused(40), Walk(40));
+        }
+}
+
 TEST_F(Diffuse, OfLevelZeroIsACopyWithItsAlpha) {
     const auto picture = New("PictureTQX", 6, 5, 2);
     FillRandom(picture, 1);
