@@ -1,5 +1,6 @@
 // How often operations map windows: each walk over a picture maps each of its windows once.
 #include <algorithm>
+#include <vector>
 
 #include "tests/buffer/MappedStage.h"
 #include "tests/support/Formats.h"
@@ -44,7 +45,7 @@ constexpr struct {
     {"CopyPixels/5", 4},               // two copies
     {"ScaleFast/3", 6},                // two calls, one result read
     {"Scale/5", 84},                   // fourteen calls of two passes, each result read
-    {"Rotate/6", 40},                  // four angles of up to four pictures, each result read
+    {"Rotate/6", 44},                  // four angles of self and three made, filled, written, read; two turns
     {"DitherFilter/3", 40},            // ten matrices, each result read
     {"BoxBlurFilter/2", 4},            // rows enter and leave the sums a third of a window apart
     {"BoxBlurFilter/3", 12},           // three times
@@ -84,6 +85,8 @@ class MappedQuarterTurns : public PluginTest, public ::testing::WithParamInterfa
 
 class MappedTurnsInPlace : public PluginTest {};
 
+class MappedRotation : public PluginTest {};
+
 TEST_P(MappedTraffic, IsAFewWalksOverThePictures) {
     const auto& [setting, operation] = GetParam();
     if (IsQuarterTurn(operation)) return;
@@ -101,6 +104,45 @@ TEST_P(MappedQuarterTurns, WalkOverEachPictureOnce) {
     ResetFileMappings();
     ASSERT_TRUE(CallObject(stage.pictures.self, GetParam(), stage.pictures.destination));
     EXPECT_LE(CountedFileMappings().made, 2 * kWalk);
+}
+
+// Windows that a walk from the top maps of a picture of so many rows, and one more because the
+// rows of a clip begin within its root's window.
+int WindowsOf(int rows) { return std::max(0, (rows - 16 + kNewRowsAWindow - 1) / kNewRowsAWindow) + 2; }
+
+// A rotation reads and writes the picture of each of its passes once, but for the pass down the
+// columns: it goes through both of its pictures once for each strip of 512 columns, of which a
+// strip needs a window at a time. What is made is mapped once more, by root and by clip.
+TEST_F(MappedRotation, WalksOnceAPassAndOnceAStrip) {
+    constexpr int kGray = 11, kWidth = 1100, kStrips = 3, kMade = 2;
+    const ScratchFolder folder;
+    std::vector<int> heights;
+    const auto newMapped = [&](int width, int height) {
+        heights.push_back(height);
+        const auto root = NewMapped(folder.path() + "/" + std::to_string(heights.size()), kBytesPerRow, height, kGray);
+        return CallObject(root, "ClipImage", 0, 0, width, height);
+    };
+    for (const double angle : {10.0, 350.0, 190.0}) {
+        heights.clear();
+        const auto picture = newMapped(kWidth, kHeight);
+        FillRandom(picture, 7);
+        Set(picture, "Factory",
+            Value(NewFactory([&](int width, int height, int) { return newMapped(width, height); })));
+        ResetFileMappings();
+        const auto rotated = CallObject(picture, "Rotate", angle, 0, 0, 0, 0, 128);
+        ASSERT_TRUE(rotated);
+        const std::size_t turned = angle == 190.0 ? 1 : 0;  // by half a turn first
+        ASSERT_EQ(heights.size(), 4 + turned);
+        const int across = WindowsOf(heights[turned + 1]), down = WindowsOf(heights[turned + 2]);
+        const int before = turned == 0 ? WindowsOf(kHeight) : 3 * WindowsOf(kHeight) + kMade;
+        EXPECT_LE(CountedFileMappings().made, before + (1 + kStrips) * across + kMade + (kStrips + 1) * down + kMade +
+                                                  WindowsOf(heights[turned + 3]) + kMade);
+        EXPECT_GT(CountedFileMappings().made, kStrips * WindowsOf(heights[turned + 2])) << "there are several strips";
+        const auto memory = New("PictureTQX", kWidth, kHeight, kGray);
+        Call(memory, "CopyPixels", picture);
+        const auto expected = CallObject(memory, "Rotate", angle, 0, 0, 0, 0, 128);
+        EXPECT_TRUE(SameBytes(PixelBytes(rotated), PixelBytes(expected), static_cast<int>(GetInt(expected, "Width"))));
+    }
 }
 
 // Onto itself by blocks as high as a window: what is read and what is written lie in windows of
