@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "buffer/PixelBuffer.h"
+#include "buffer/RowWalk.h"
 
 namespace tqx {
 
@@ -13,7 +14,9 @@ namespace tqx {
 template <class Work>
 void ForRowsInPlace(PixelBuffer& buffer, std::int32_t first, std::int32_t count, const Work& work) {
     const StorageWatch watch(buffer);
+    RowWalk walk(buffer, first, count);
     for (std::int32_t i = 0; i < count; ++i) {
+        walk.To(first + i);
         if (std::uint8_t* const row = RowAddress(buffer, first + i)) work(row);
         if (!YieldAndKeep(buffer, watch)) return;
     }

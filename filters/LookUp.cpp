@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "buffer/RowWalk.h"
 #include "buffer/Sharing.h"
 
 namespace tqx {
@@ -30,7 +31,10 @@ void LookUpPicture(const Operation& operation, const Curves& curves) {
     const auto lookUp = SharingOf(operation) == Sharing::Overlapping ? &rows::LookUpInOrder : &rows::LookUpRow;
     const std::int32_t width = operation.CommonWidth();
     const std::int32_t height = operation.CommonHeight();
+    RowWalk sourceWalk(*operation.source, 0, height), destinationWalk(*operation.destination, 0, height);
     for (std::int32_t y = 0; y < height; ++y) {
+        sourceWalk.To(y);
+        destinationWalk.To(y);
         const std::uint8_t* const source = RowAddress(*operation.source, y);
         std::uint8_t* const destination = RowAddress(*operation.destination, y);
         if (source && destination) lookUp(plan, source, destination, width);

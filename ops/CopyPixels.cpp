@@ -2,8 +2,10 @@
 
 #include "buffer/Destination.h"
 #include "buffer/FormatConversion.h"
+#include "buffer/MappedStorage.h"
 #include "buffer/PixelBuffer.h"
 #include "buffer/RowPairs.h"
+#include "buffer/RowWalk.h"
 #include "ops/CopyRectangle.h"
 #include "rows/Convert.h"
 
@@ -15,13 +17,22 @@ void CopyRows(PixelBuffer& source, PixelBuffer& destination, const CopyRectangle
               const rows::ConversionPlan& conversion) {
     const StorageWatch sourceWatch(source), destinationWatch(destination);
     RowPairs pairs(source, destination);
+    RowWalk sourceWalk(source, area.sourceY, area.height), destinationWalk(destination, area.destY, area.height);
     const std::int64_t first = std::int64_t{area.sourceX} * source.PixelSize;
     const std::int64_t destinationFirst = std::int64_t{area.destX} * destination.PixelSize;
     for (std::int32_t i = 0; i < area.height; ++i) {
+        sourceWalk.To(area.sourceY + i);
+        destinationWalk.To(area.destY + i);
         if (const RowPair pair = pairs.At(area.sourceY + i, area.destY + i))
             rows::ConvertRow(conversion, pair.source + first, pair.destination + destinationFirst, area.width);
         if (!YieldAndKeep(destination, destinationWatch) || !sourceWatch.Holds()) return;
     }
+}
+
+// Within a mapped picture rows are read and written far apart.
+void CopyWithin(PixelBuffer& buffer, const CopyRectangle& area, const rows::ConversionPlan& conversion) {
+    SecondWindow second(buffer);
+    CopyRows(second.Picture(), buffer, area, conversion);
 }
 
 // The destination's tests and yield come first.
@@ -45,7 +56,11 @@ void CopyPixels(sdk::Object* self, sdk::Object* sourceObject, std::int32_t destX
                                         destination.Height, source.Width, source.Height);
     const auto conversion = ChooseConversion(source, destination);
     if (area.IsEmpty() || !conversion) return;
-    CopyRows(source, destination, area, rows::PlanConversion(*conversion));
+    const rows::ConversionPlan plan = rows::PlanConversion(*conversion);
+    if (&source == &destination && source.IsMapping)
+        CopyWithin(source, area, plan);
+    else
+        CopyRows(source, destination, area, plan);
 }
 
 void CopyPixels(sdk::Object* self, sdk::Object* source, std::int32_t destX, std::int32_t destY, std::int32_t width,

@@ -8,6 +8,7 @@
 #include "buffer/InPlaceRows.h"
 #include "buffer/PixelBuffer.h"
 #include "buffer/RowPairs.h"
+#include "buffer/RowWalk.h"
 #include "ops/PatternRows.h"
 #include "ops/Rectangle.h"
 #include "rows/Fill.h"
@@ -51,7 +52,9 @@ void FillPastRow(PixelBuffer& buffer, std::int32_t x, std::int32_t y, std::uint8
 void FillWholeRows(PixelBuffer& buffer, const Rectangle& area, std::uint8_t value) {
     if (area.IsEmpty() || !BeginInPlace(buffer)) return;
     const StorageWatch watch(buffer);
+    RowWalk walk(buffer, area.y, area.height);
     for (std::int32_t i = 0; i < area.height; ++i) {
+        walk.To(area.y + i);
         FillPastRow(buffer, area.x, area.y + i, value);
         if (!YieldAndKeep(buffer, watch)) return;
     }

@@ -1,5 +1,6 @@
 // How often operations map windows: each walk over a picture maps each of its windows once.
 #include <algorithm>
+#include <functional>
 #include <vector>
 
 #include "tests/buffer/MappedStage.h"
@@ -85,6 +86,8 @@ class MappedQuarterTurns : public PluginTest, public ::testing::WithParamInterfa
 
 class MappedTurnsInPlace : public PluginTest {};
 
+class MappedWalks : public PluginTest {};
+
 class MappedRotation : public PluginTest {};
 
 TEST_P(MappedTraffic, IsAFewWalksOverThePictures) {
@@ -143,6 +146,63 @@ TEST_F(MappedRotation, WalksOnceAPassAndOnceAStrip) {
         const auto expected = CallObject(memory, "Rotate", angle, 0, 0, 0, 0, 128);
         EXPECT_TRUE(SameBytes(PixelBytes(rotated), PixelBytes(expected), static_cast<int>(GetInt(expected, "Width"))));
     }
+}
+
+// The order of the rows stays; the window is put over them before.
+TEST_F(MappedWalks, OfMirroredViewsNeedNoMoreWindowsThanOthers) {
+    constexpr int kGray = 11, kWidth = 20;
+    const std::pair<const char*, std::function<void(const Ref<Object>&, const Ref<Object>&)>> works[] = {
+        {"fill", [](const auto& view, const auto&) { Call(view, "FillRect", 3); }},
+        {"invert a part", [](const auto& view, const auto&) { Call(view, "Invert", 2, 5, 9, 70); }},
+        {"mirror", [](const auto& view, const auto&) { Call(view, "HMirror"); }},
+        {"gamma", [](const auto& view, const auto& other) { CallObject(view, "GammaFilter", other, 2.2); }},
+        {"gamma in place", [](const auto& view, const auto&) { CallObject(view, "GammaFilter", view, 2.2); }},
+        {"copy", [](const auto& view, const auto& other) { Call(view, "CopyPixels", other); }},
+        {"copy a part",
+         [](const auto& view, const auto& other) { Call(view, "CopyPixels", other, 1, 2, 9, 70, 0, 6); }},
+    };
+    for (const auto& [name, work] : works) {
+        SCOPED_TRACE(name);
+        const ScratchFolder folder;
+        const auto first = NewMapped(folder.path() + "/first", kBytesPerRow, kHeight, kGray);
+        const auto second = NewMapped(folder.path() + "/second", kBytesPerRow, kHeight, kGray);
+        const auto clip = CallObject(first, "ClipImage", 0, 0, kWidth, kHeight);
+        const auto other = CallObject(second, "ClipImage", 0, 0, kWidth, kHeight);
+        const auto view = CallObject(clip, "MirroredView");
+        FillRandom(clip, 1);
+        FillRandom(other, 2);
+        const auto memory = New("PictureTQX", kWidth, kHeight, kGray),
+                   memoryOther = New("PictureTQX", kWidth, kHeight, kGray);
+        Call(memory, "CopyPixels", clip);
+        Call(memoryOther, "CopyPixels", other);
+        work(CallObject(memory, "MirroredView"), memoryOther);
+        ResetFileMappings();
+        work(view, CallObject(other, "ClipImage"));
+        EXPECT_LE(CountedFileMappings().made, 2 * WindowsOf(kHeight));
+        EXPECT_TRUE(SameBytes(PixelBytes(clip), PixelBytes(memory), kWidth));
+        EXPECT_TRUE(SameBytes(PixelBytes(other), PixelBytes(memoryOther), kWidth));
+    }
+}
+
+TEST_F(MappedWalks, OfACopyWithinAPictureKeepToTwoWindows) {
+    constexpr int kGray = 11, kWidth = 20, kRows = 40;
+    for (const char* viewed : {"ClipImage", "MirroredView"})
+        for (const int to : {0, 1, 39})
+            for (const int from : {0, 1, 39}) {
+                const ScratchFolder folder;
+                const auto root = NewMapped(folder.path() + "/picture", kBytesPerRow, kHeight, kGray);
+                const auto clip = CallObject(root, "ClipImage", 0, 0, kWidth, kHeight);
+                const auto view = CallObject(clip, viewed);
+                FillRandom(clip, 1);
+                const auto memory = New("PictureTQX", kWidth, kHeight, kGray);
+                Call(memory, "CopyPixels", clip);
+                const auto memoryView = CallObject(memory, viewed);
+                Call(memoryView, "CopyPixels", memoryView, 3, to, 12, kRows, 1, from);
+                ResetFileMappings();
+                Call(view, "CopyPixels", view, 3, to, 12, kRows, 1, from);
+                EXPECT_LE(CountedFileMappings().made, 2 * WindowsOf(kRows));
+                EXPECT_TRUE(SameBytes(PixelBytes(clip), PixelBytes(memory), kWidth)) << viewed << to << from;
+            }
 }
 
 // Onto itself by blocks as high as a window: what is read and what is written lie in windows of
