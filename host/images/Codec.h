@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <optional>
 #include <string>
@@ -62,20 +63,33 @@ DecoderPointer OpenGif(Input input);
 DecoderPointer OpenBmp(Input input);
 DecoderPointer OpenPnm(Input input);
 
-// An image that is held whole because its file doesn't keep rows in order.
-class HeldImage final : public Decoder {
+// Zeroes whose memory is taken page by page as it is written: a damaged file can ask for much, but
+// costs only what it fills.
+class LazyBytes {
   public:
-    // Zeroed rows; pages are taken as they are written.
-    explicit HeldImage(const ImageInfo& imageInfo);
-
-    std::uint8_t* Row(std::int32_t y) { return pixels_.get() + std::size_t(y) * RowBytes(); }
-    void ReadRow(std::uint8_t* pixels) override;
+    explicit LazyBytes(std::size_t count = 0);
+    std::uint8_t* data() { return bytes_.get(); }
+    const std::uint8_t* data() const { return bytes_.get(); }
+    std::size_t size() const { return size_; }
 
   private:
     struct Free {
         void operator()(std::uint8_t* bytes) const { std::free(bytes); }
     };
-    std::unique_ptr<std::uint8_t, Free> pixels_;
+    std::unique_ptr<std::uint8_t, Free> bytes_;
+    std::size_t size_;
+};
+
+// An image that is held whole because its file doesn't keep rows in order.
+class HeldImage final : public Decoder {
+  public:
+    explicit HeldImage(const ImageInfo& imageInfo);
+
+    std::uint8_t* Row(std::int32_t y) { return pixels_.data() + std::size_t(y) * RowBytes(); }
+    void ReadRow(std::uint8_t* pixels) override;
+
+  private:
+    LazyBytes pixels_;
     std::int32_t next_ = 0;
 };
 

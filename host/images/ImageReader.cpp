@@ -39,10 +39,14 @@ void ReadExactly(std::FILE* stream, void* bytes, std::size_t length) {
     FailFormat("is cut short");
 }
 
+LazyBytes::LazyBytes(std::size_t count) : size_(count) {
+    if (count > 0) bytes_.reset(static_cast<std::uint8_t*>(std::calloc(count, 1)));
+    if (count > 0 && !bytes_) throw std::bad_alloc();
+}
+
 HeldImage::HeldImage(const ImageInfo& imageInfo) {
     info = imageInfo;
-    pixels_.reset(static_cast<std::uint8_t*>(std::calloc(static_cast<std::size_t>(info.height), RowBytes())));
-    if (!pixels_) throw std::bad_alloc();
+    pixels_ = LazyBytes(static_cast<std::size_t>(info.height) * RowBytes());
 }
 
 void HeldImage::ReadRow(std::uint8_t* pixels) { std::memcpy(pixels, Row(next_++), RowBytes()); }

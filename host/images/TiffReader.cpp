@@ -1,83 +1,39 @@
-// The first picture of a TIFF file. Grays, colours and palettes of 1 to 16 bits a sample are read
-// here row by row (or by rows of strips and tiles); everything else the library converts, and the
-// whole image is held.
+// The first picture of a TIFF file. Grays, colours and palettes of 1 to 16 bits or of reals
+// are read here row by row (or by rows of strips and tiles); everything else the library converts.
 #include <algorithm>
 #include <cstring>
 
-#include "host/images/TiffFile.h"
+#include "host/images/TiffDescription.h"
 
 namespace host::codec {
 
 namespace {
 
-// Memory that strips or tiles may take beyond what the image itself would.
+// Memory that strips or tiles may take beyond what the image itself would, at four samples of 16
+// bits a pixel.
 constexpr std::int64_t kSpareBytes = 64 << 20;
+constexpr std::int64_t kHeldBytesPerPixel = 8;
 
-struct Description {
-    std::uint32_t width = 0, height = 0;
-    std::uint16_t bits = 1, samples = 1, photometric = 0, planar = PLANARCONFIG_CONTIG;
-    std::uint16_t format = SAMPLEFORMAT_UINT, compression = COMPRESSION_NONE, orientation = 1;
-    int alphaSample = -1;  // none
-    bool premultiplied = false;
-    bool knownPhotometric = false;
-
-    int ColorSamples() const { return photometric == PHOTOMETRIC_RGB ? 3 : 1; }
-    bool IsPalette() const { return photometric == PHOTOMETRIC_PALETTE; }
-    bool Separate() const { return planar == PLANARCONFIG_SEPARATE; }
-
-    // Whether the samples can be read here.
-    bool IsPlain() const {
-        const bool known = photometric == PHOTOMETRIC_MINISBLACK || photometric == PHOTOMETRIC_MINISWHITE ||
-                           photometric == PHOTOMETRIC_RGB || (IsPalette() && bits <= 8);
-        const bool width8 = bits == 1 || bits == 2 || bits == 4 || bits == 8 || bits == 16;
-        const bool whole = format == SAMPLEFORMAT_UINT || format == SAMPLEFORMAT_VOID;
-        return knownPhotometric && known && width8 && whole && samples >= ColorSamples();
-    }
-};
-
-void FindAlpha(TIFF* tiff, Description& description) {
-    std::uint16_t count = 0;
-    std::uint16_t* kinds = nullptr;
-    if (!TIFFGetFieldDefaulted(tiff, TIFFTAG_EXTRASAMPLES, &count, &kinds)) return;
-    for (int i = 0; i < count && description.alphaSample < 0; ++i) {
-        if (kinds[i] != EXTRASAMPLE_ASSOCALPHA && kinds[i] != EXTRASAMPLE_UNASSALPHA) continue;
-        if (description.ColorSamples() + i >= description.samples) continue;
-        description.alphaSample = description.ColorSamples() + i;
-        description.premultiplied = kinds[i] == EXTRASAMPLE_ASSOCALPHA;
+// How many bytes a stored byte can become at most; 0: no saying.
+std::int64_t MostExpansion(std::uint16_t compression) {
+    switch (compression) {
+        case COMPRESSION_NONE:
+            return 1;
+        case COMPRESSION_PACKBITS:
+            return 64;  // 128 out of two
+        case COMPRESSION_LZW:
+            return 4096;  // a code is longer than a byte, its text shorter than the table
+        case COMPRESSION_DEFLATE:
+        case COMPRESSION_ADOBE_DEFLATE:
+            return 1032;
+        default:
+            return 0;
     }
 }
-
-Description Describe(TIFF* tiff) {
-    Description d;
-    TIFFGetField(tiff, TIFFTAG_IMAGEWIDTH, &d.width);
-    TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &d.height);
-    TIFFGetFieldDefaulted(tiff, TIFFTAG_BITSPERSAMPLE, &d.bits);
-    TIFFGetFieldDefaulted(tiff, TIFFTAG_SAMPLESPERPIXEL, &d.samples);
-    TIFFGetFieldDefaulted(tiff, TIFFTAG_PLANARCONFIG, &d.planar);
-    TIFFGetFieldDefaulted(tiff, TIFFTAG_SAMPLEFORMAT, &d.format);
-    TIFFGetFieldDefaulted(tiff, TIFFTAG_COMPRESSION, &d.compression);
-    TIFFGetFieldDefaulted(tiff, TIFFTAG_ORIENTATION, &d.orientation);
-    d.knownPhotometric = TIFFGetField(tiff, TIFFTAG_PHOTOMETRIC, &d.photometric) != 0;
-    if (d.compression == COMPRESSION_JPEG && d.photometric == PHOTOMETRIC_YCBCR && !d.Separate()) {
-        // The library decodes to red, green and blue when asked to.
-        TIFFSetField(tiff, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
-        d.photometric = PHOTOMETRIC_RGB;
-    }
-    if (d.orientation < 1 || d.orientation > 8) d.orientation = 1;
-    FindAlpha(tiff, d);
-    return d;
-}
-
-[[noreturn]] void FailTiff(const TiffFile& file) {
-    const std::string message = file.message();
-    FailFormat(message.empty() ? "is a damaged TIFF file" : "is a damaged TIFF file (" + message + ")");
-}
-
-// --- Plain samples ----------------------------------------------------------------------------
 
 class TiffDecoder final : public Decoder {
   public:
-    TiffDecoder(Input input, std::unique_ptr<TiffFile> file, const Description& description)
+    TiffDecoder(Input input, std::unique_ptr<TiffFile> file, const TiffDescription& description)
         : input_(std::move(input)), file_(std::move(file)), d_(description) {
         const bool gray = !d_.IsPalette() && d_.ColorSamples() == 1;
         info = {ImageFileFormat::Tiff, static_cast<std::int32_t>(d_.width), static_cast<std::int32_t>(d_.height),
@@ -85,17 +41,18 @@ class TiffDecoder final : public Decoder {
         for (int i = 0; i < d_.ColorSamples(); ++i) wanted_.push_back(i);
         if (d_.alphaSample >= 0) wanted_.push_back(d_.alphaSample);
         samples_.resize(std::size_t{d_.width} * wanted_.size());
+        CheckEnoughData();
         if (d_.IsPalette()) ReadPalette();
         ChooseBlocks();
     }
 
     void ReadRow(std::uint8_t* pixels) override {
-        if (blockHeight_ == 0) {
+        if (blocks_.height == 0) {
             if (TIFFReadScanline(tiff(), block_.data(), next_, 0) < 0) FailTiff(*file_);
             UnpackBlockRow(block_.data(), 0, d_.width, 0);
         } else {
-            if (next_ % blockHeight_ == 0) ReadBlocks();
-            UnpackBlocks(next_ % blockHeight_);
+            if (next_ % blocks_.height == 0) ReadBlocks();
+            UnpackBlocks(next_ % blocks_.height);
         }
         ++next_;
         Finish(pixels);
@@ -103,7 +60,15 @@ class TiffDecoder final : public Decoder {
 
   private:
     TIFF* tiff() const { return file_->get(); }
-    int Planes() const { return d_.Separate() ? d_.samples : 1; }
+    // Planes that are read: one for each wanted sample where samples lie apart.
+    std::size_t Planes() const { return d_.Separate() ? wanted_.size() : 1; }
+
+    // A file that can't hold its pixels however well they were packed is cut short.
+    void CheckEnoughData() const {
+        const std::int64_t rowBytes = (std::int64_t{d_.width} * d_.samples * d_.bits + 7) / 8;
+        const std::int64_t expansion = MostExpansion(d_.compression);
+        if (expansion > 0 && rowBytes > input_.size * expansion / d_.height) FailFormat("is cut short");
+    }
 
     void ReadPalette() {
         std::uint16_t* parts[3];
@@ -119,50 +84,41 @@ class TiffDecoder final : public Decoder {
 
     // Rows come one by one from strips of whole pixels; everything else by rows of blocks.
     void ChooseBlocks() {
-        std::int64_t blockBytes = 0;
-        if (TIFFIsTiled(tiff())) {
-            std::uint32_t width = 0, height = 0;
-            TIFFGetField(tiff(), TIFFTAG_TILEWIDTH, &width);
-            TIFFGetField(tiff(), TIFFTAG_TILELENGTH, &height);
-            if (width == 0 || height == 0) FailTiff(*file_);
-            blockWidth_ = width;
-            blockHeight_ = height;
-            blockBytes = TIFFTileSize64(tiff());
-        } else if (d_.Separate()) {
-            blockWidth_ = d_.width;
-            TIFFGetFieldDefaulted(tiff(), TIFFTAG_ROWSPERSTRIP, &blockHeight_);
-            blockHeight_ = std::clamp(blockHeight_, 1u, d_.height);
-            blockBytes = TIFFVStripSize64(tiff(), blockHeight_);
-        } else {
-            block_.resize(static_cast<std::size_t>(TIFFScanlineSize(tiff())));
-            if (block_.size() < (std::size_t{d_.width} * d_.samples * d_.bits + 7) / 8) FailTiff(*file_);
+        const std::int64_t mostBytes = d_.Pixels() * kHeldBytesPerPixel + kSpareBytes;
+        if (!TIFFIsTiled(tiff()) && !d_.Separate()) {
+            const std::int64_t rowBytes = TIFFScanlineSize64(tiff());
+            if (rowBytes < (std::int64_t{d_.width} * d_.samples * d_.bits + 7) / 8) FailTiff(*file_);
+            if (rowBytes > mostBytes) FailFormat("is a damaged TIFF file (its rows are too large)");
+            block_ = LazyBytes(static_cast<std::size_t>(rowBytes));
             return;
         }
-        blocksAcross_ = (d_.width + blockWidth_ - 1) / blockWidth_;
-        const std::int64_t count = std::int64_t{blocksAcross_} * Planes();
-        const std::int64_t imageBytes = std::int64_t{d_.width} * d_.height * d_.samples * 2;
-        if (blockBytes < 1 || blockBytes > (imageBytes + kSpareBytes) / count)
+        blocks_ = BlocksOfTiff(*file_, d_);
+        blocksAcross_ = (d_.width + blocks_.width - 1) / blocks_.width;
+        const std::size_t count = blocksAcross_ * Planes();
+        const std::int64_t blockBytes = static_cast<std::int64_t>(
+            TIFFIsTiled(tiff()) ? TIFFTileSize64(tiff()) : TIFFVStripSize64(tiff(), blocks_.height));
+        if (blockBytes < 1 || blockBytes > mostBytes / static_cast<std::int64_t>(count))
             FailFormat("is a damaged TIFF file (its tiles are too large)");
         blockBytes_ = static_cast<std::size_t>(blockBytes);
-        blockRowBytes_ = (std::size_t{blockWidth_} * (d_.Separate() ? 1 : d_.samples) * d_.bits + 7) / 8;
-        if (blockRowBytes_ * std::min(blockHeight_, d_.height) > blockBytes_) FailTiff(*file_);
-        block_.resize(blockBytes_ * static_cast<std::size_t>(count));
+        blockRowBytes_ = (std::size_t{blocks_.width} * (d_.Separate() ? 1 : d_.samples) * d_.bits + 7) / 8;
+        if (blockRowBytes_ * std::min(blocks_.height, d_.height) > blockBytes_) FailTiff(*file_);
+        block_ = LazyBytes(blockBytes_ * count);
     }
 
-    std::uint8_t* BlockAt(std::uint32_t column, int plane) {
-        return block_.data() + (std::size_t(plane) * blocksAcross_ + column) * blockBytes_;
+    std::uint8_t* BlockAt(std::uint32_t column, std::size_t plane) {
+        return block_.data() + (plane * blocksAcross_ + column) * blockBytes_;
     }
 
     // All blocks that the next row begins.
     void ReadBlocks() {
-        for (int plane = 0; plane < Planes(); ++plane)
+        for (std::size_t plane = 0; plane < Planes(); ++plane)
             for (std::uint32_t column = 0; column < blocksAcross_; ++column) {
-                const auto sample = static_cast<std::uint16_t>(plane);
+                const auto sample = static_cast<std::uint16_t>(d_.Separate() ? wanted_[plane] : 0);
                 const auto size = static_cast<tmsize_t>(blockBytes_);
                 std::uint8_t* block = BlockAt(column, plane);
                 const tmsize_t got =
                     TIFFIsTiled(tiff())
-                        ? TIFFReadEncodedTile(tiff(), TIFFComputeTile(tiff(), column * blockWidth_, next_, 0, sample),
+                        ? TIFFReadEncodedTile(tiff(), TIFFComputeTile(tiff(), column * blocks_.width, next_, 0, sample),
                                               block, size)
                         : TIFFReadEncodedStrip(tiff(), TIFFComputeStrip(tiff(), next_, sample), block, size);
                 if (got < 0) FailTiff(*file_);
@@ -170,18 +126,18 @@ class TiffDecoder final : public Decoder {
     }
 
     void UnpackBlocks(std::uint32_t row) {
-        for (int plane = 0; plane < Planes(); ++plane)
+        for (std::size_t plane = 0; plane < Planes(); ++plane)
             for (std::uint32_t column = 0; column < blocksAcross_; ++column) {
-                const std::uint32_t x = column * blockWidth_;
-                UnpackBlockRow(BlockAt(column, plane) + row * blockRowBytes_, x, std::min(blockWidth_, d_.width - x),
+                const std::uint32_t x = column * blocks_.width;
+                UnpackBlockRow(BlockAt(column, plane) + row * blockRowBytes_, x, std::min(blocks_.width, d_.width - x),
                                plane);
             }
     }
 
     // The wanted samples of a row of a block, as 8 bits; palette indexes as they are.
-    void UnpackBlockRow(const std::uint8_t* packed, std::uint32_t x, std::uint32_t count, int plane) {
+    void UnpackBlockRow(const std::uint8_t* packed, std::uint32_t x, std::uint32_t count, std::size_t plane) {
         for (std::size_t i = 0; i < wanted_.size(); ++i) {
-            if (d_.Separate() && wanted_[i] != plane) continue;
+            if (d_.Separate() && i != plane) continue;
             const std::size_t stride = d_.Separate() ? 1 : d_.samples;
             std::size_t at = d_.Separate() ? 0 : static_cast<std::size_t>(wanted_[i]);
             std::uint8_t* sample = samples_.data() + x * wanted_.size() + i;
@@ -196,6 +152,11 @@ class TiffDecoder final : public Decoder {
             std::uint16_t wide;
             std::memcpy(&wide, packed + 2 * at, 2);
             return static_cast<std::uint8_t>((std::uint32_t{wide} * 255 + 32895) >> 16);
+        }
+        if (d_.bits == 32) {
+            float real;
+            std::memcpy(&real, packed + 4 * at, 4);
+            return static_cast<std::uint8_t>(real > 0 ? std::min(real, 1.0f) * 255 + 0.5f : 0);  // 0: no number too
         }
         const std::size_t bit = at * d_.bits;
         const unsigned most = (1u << d_.bits) - 1;
@@ -227,48 +188,17 @@ class TiffDecoder final : public Decoder {
 
     Input input_;
     std::unique_ptr<TiffFile> file_;
-    Description d_;
+    TiffDescription d_;
     std::vector<int> wanted_;            // sample numbers: colours, then alpha
     std::vector<std::uint8_t> samples_;  // one row of the wanted samples
     std::vector<std::uint8_t> palette_;  // red, green, blue
-    std::vector<std::uint8_t> block_;    // a row as stored, or all blocks that a row lies in
-    std::uint32_t blockWidth_ = 0;       // pixels
-    std::uint32_t blockHeight_ = 0;      // rows; 0: rows are read one by one
+    LazyBytes block_;                    // a row as stored, or all blocks that a row lies in
+    TiffBlocks blocks_;                  // of height 0: rows are read one by one
     std::uint32_t blocksAcross_ = 0;
     std::size_t blockBytes_ = 0;
     std::size_t blockRowBytes_ = 0;
     std::uint32_t next_ = 0;
 };
-
-// --- Everything else --------------------------------------------------------------------------
-
-// The library gives alpha multiplied into the colours, whatever the file has.
-void TakePixel(std::uint32_t packed, bool alpha, std::uint8_t* pixel) {
-    const std::uint32_t opacity = alpha ? TIFFGetA(packed) : 255;
-    const std::uint32_t colors[] = {TIFFGetR(packed), TIFFGetG(packed), TIFFGetB(packed)};
-    for (int i = 0; i < 3; ++i)
-        pixel[i] = static_cast<std::uint8_t>(
-            opacity == 0 ? 0 : std::min<std::uint32_t>(255, (colors[i] * 255 + opacity / 2) / opacity));
-    if (alpha) pixel[3] = static_cast<std::uint8_t>(opacity);
-}
-
-DecoderPointer ReadConverted(const TiffFile& file, const Description& d) {
-    char reason[1024] = "";
-    if (!TIFFRGBAImageOK(file.get(), reason))
-        FailFormat(std::string("is a TIFF file of a kind that can't be read (") + reason + ")");
-    auto image = std::make_unique<HeldImage>(ImageInfo{ImageFileFormat::Tiff, static_cast<std::int32_t>(d.width),
-                                                       static_cast<std::int32_t>(d.height),
-                                                       LayoutOf(false, d.alphaSample >= 0), d.orientation});
-    // Turning is the caller's business.
-    TIFFSetField(file.get(), TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
-    std::vector<std::uint32_t> raster(std::size_t{d.width} * d.height);
-    if (!TIFFReadRGBAImageOriented(file.get(), d.width, d.height, raster.data(), ORIENTATION_TOPLEFT, 1))
-        FailTiff(file);
-    const int size = BytesPerPixel(image->info.layout);
-    for (std::size_t i = 0; i < raster.size(); ++i)
-        TakePixel(raster[i], d.alphaSample >= 0, image->Row(0) + i * static_cast<std::size_t>(size));
-    return image;
-}
 
 }  // namespace
 
@@ -276,9 +206,9 @@ DecoderPointer OpenTiff(Input input) {
     const std::int64_t mostBytes = input.pixelLimit > 0 ? input.pixelLimit * 8 : 0;
     auto file = std::make_unique<TiffFile>(input.stream.get(), "rm", mostBytes);
     if (!file->get()) FailTiff(*file);
-    const Description description = Describe(file->get());
+    const TiffDescription description = DescribeTiff(file->get());
     input.CheckSize(description.width, description.height);
-    if (!description.IsPlain()) return ReadConverted(*file, description);
+    if (!description.IsPlain()) return OpenConvertedTiff(std::move(input), std::move(file), description);
     return std::make_unique<TiffDecoder>(std::move(input), std::move(file), description);
 }
 

@@ -1,0 +1,50 @@
+// What a TIFF file says of its first picture.
+#pragma once
+
+#include "host/images/TiffFile.h"
+
+namespace host::codec {
+
+struct TiffDescription {
+    std::uint32_t width = 0, height = 0;
+    std::uint16_t bits = 1, samples = 1, photometric = 0, planar = PLANARCONFIG_CONTIG;
+    std::uint16_t format = SAMPLEFORMAT_UINT, compression = COMPRESSION_NONE, orientation = 1;
+    int alphaSample = -1;  // none
+    bool premultiplied = false;
+    bool knownPhotometric = false;
+
+    std::int64_t Pixels() const { return std::int64_t{width} * height; }
+    int ColorSamples() const { return photometric == PHOTOMETRIC_RGB ? 3 : 1; }
+    bool IsPalette() const { return photometric == PHOTOMETRIC_PALETTE; }
+    bool Separate() const { return planar == PLANARCONFIG_SEPARATE; }
+
+    // Samples of single precision, 0 to 1.
+    bool IsReal() const { return format == SAMPLEFORMAT_IEEEFP && bits == 32 && !IsPalette(); }
+
+    // Whether the samples can be read here.
+    bool IsPlain() const {
+        const bool known = photometric == PHOTOMETRIC_MINISBLACK || photometric == PHOTOMETRIC_MINISWHITE ||
+                           photometric == PHOTOMETRIC_RGB || (IsPalette() && bits <= 8);
+        const bool whole = (format == SAMPLEFORMAT_UINT || format == SAMPLEFORMAT_VOID) &&
+                           (bits == 1 || bits == 2 || bits == 4 || bits == 8 || bits == 16);
+        return knownPhotometric && known && (whole || IsReal()) && samples >= ColorSamples();
+    }
+};
+
+TiffDescription DescribeTiff(TIFF* tiff);
+
+// The strips or tiles that the image consists of.
+struct TiffBlocks {
+    std::uint32_t width = 0;  // pixels
+    std::uint32_t height = 0;
+};
+
+TiffBlocks BlocksOfTiff(const TiffFile& file, const TiffDescription& d);
+
+// Fails with the library's last message.
+[[noreturn]] void FailTiff(const TiffFile& file);
+
+// Reads, through the library's conversion, what isn't plain.
+DecoderPointer OpenConvertedTiff(Input input, std::unique_ptr<TiffFile> file, const TiffDescription& d);
+
+}  // namespace host::codec
