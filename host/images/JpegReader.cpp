@@ -1,8 +1,11 @@
 #include <csetjmp>
 #include <cstring>
+#include <utility>
 
 #include "host/images/Codec.h"
+#include "host/images/JpegCoefficients.h"
 #include "host/images/JpegLibrary.h"
+#include "host/images/JpegScans.h"
 #include "host/images/Orientation.h"
 
 namespace host::codec {
@@ -15,6 +18,14 @@ constexpr std::int64_t kMostPixelsPerByte = 64 * 8;
 // No camera or editor writes more scans; a file that does wants to keep us busy.
 constexpr int kMostScans = 100;
 
+// Nor do its scans go through so many blocks for what they hold: an image of one colour in ten
+// scans has 40 a byte. A second is enough for the free ones and those of a megabyte.
+constexpr std::int64_t kFreeBlocks = 1 << 23;
+constexpr std::int64_t kMostBlocksPerByte = 256;
+
+// Coefficients of several scans that are held in memory.
+constexpr std::int64_t kMostHeldBytes = 80 << 20;
+
 class JpegDecoder final : public Decoder {
   public:
     explicit JpegDecoder(Input input) : input_(std::move(input)) {
@@ -22,7 +33,6 @@ class JpegDecoder final : public Decoder {
         jpeg_.client_data = this;
         errors_.error_exit = OnError;
         errors_.emit_message = OnMessage;
-        progress_.progress_monitor = OnProgress;
     }
 
     ~JpegDecoder() override { jpeg_destroy_decompress(&jpeg_); }
@@ -30,7 +40,6 @@ class JpegDecoder final : public Decoder {
     void ReadHead() {
         Guarded([this] {
             jpeg_create_decompress(&jpeg_);
-            jpeg_.progress = &progress_;
             jpeg_stdio_src(&jpeg_, input_.stream.get());
             jpeg_save_markers(&jpeg_, JPEG_APP0 + 1, 0xffff);
             jpeg_read_header(&jpeg_, TRUE);
@@ -40,25 +49,29 @@ class JpegDecoder final : public Decoder {
         if (!jpeg_.arith_code &&
             std::int64_t{jpeg_.image_width} * jpeg_.image_height > input_.size * kMostPixelsPerByte)
             FailFormat("is cut short");
+        if (jpeg_has_multiple_scans(&jpeg_)) PrepareScans();
         inkColors_ = jpeg_.num_components == 4;
         const bool gray = jpeg_.num_components == 1;
         jpeg_.out_color_space = inkColors_ ? JCS_CMYK : gray ? JCS_GRAYSCALE : JCS_RGB;
         info = {ImageFileFormat::Jpeg, static_cast<std::int32_t>(jpeg_.image_width),
                 static_cast<std::int32_t>(jpeg_.image_height), LayoutOf(gray, false), FindOrientation()};
         if (inkColors_) inks_.resize(std::size_t{jpeg_.image_width} * 4);
+        // Damage in any scan shows here, before anybody takes memory for the picture.
+        if (jpeg_has_multiple_scans(&jpeg_)) Start();
     }
 
     void ReadRow(std::uint8_t* pixels) override {
         JSAMPROW row = inkColors_ ? inks_.data() : pixels;
-        Guarded([this, &row] {
-            if (!started_) jpeg_start_decompress(&jpeg_);
-            started_ = true;
-            jpeg_read_scanlines(&jpeg_, &row, 1);
-        });
+        Start();
+        Guarded([this, &row] { jpeg_read_scanlines(&jpeg_, &row, 1); });
         if (inkColors_) ConvertInks(pixels);
     }
 
   private:
+    void Start() {
+        if (!std::exchange(started_, true)) Guarded([this] { jpeg_start_decompress(&jpeg_); });
+    }
+
     // Runs calls of the library, whose errors jump back to here. `calls` must not hold anything
     // that wants a destructor.
     template <class Calls>
@@ -68,7 +81,42 @@ class JpegDecoder final : public Decoder {
             return;
         }
         if (std::ferror(input_.stream.get())) FailFile("can't be read");
+        if (scratchFailed_) FailFile(message_);
         FailFormat(message_);
+    }
+
+    // All scans are decoded before the first row; what can be known of them is checked before.
+    void PrepareScans() {
+        const JpegScans scans = CountScans(input_.stream.get(), jpeg_, kMostScans);
+        if (scans.count > kMostScans || scans.blocks > kFreeBlocks + input_.size * kMostBlocksPerByte)
+            FailFormat("is a damaged JPEG file (too many scans)");
+        if (!scans.ended) FailFormat("is cut short");
+        std::int64_t bytes = 0;
+        for (int i = 0; i < jpeg_.num_components; ++i)
+            bytes += std::int64_t{jpeg_.comp_info[i].width_in_blocks} * jpeg_.comp_info[i].height_in_blocks *
+                     static_cast<std::int64_t>(sizeof(JBLOCK));
+        if (bytes > kMostHeldBytes) HoldInFile();
+    }
+
+    void HoldInFile() {
+        jpeg_.mem->request_virt_barray = [](j_common_ptr jpeg, int, boolean, JDIMENSION across, JDIMENSION rows,
+                                            JDIMENSION most) {
+            auto* self = static_cast<JpegDecoder*>(jpeg->client_data);
+            const jvirt_barray_ptr array = self->coefficients_.Request(across, rows, most);
+            if (!array) self->FailScratch();
+            return array;
+        };
+        jpeg_.mem->access_virt_barray = [](j_common_ptr jpeg, jvirt_barray_ptr array, JDIMENSION first,
+                                           JDIMENSION count, boolean writable) {
+            const JBLOCKARRAY rows = JpegCoefficients::Access(array, first, count, writable != FALSE);
+            if (!rows) static_cast<JpegDecoder*>(jpeg->client_data)->FailScratch();
+            return rows;
+        };
+    }
+
+    [[noreturn]] void FailScratch() {
+        scratchFailed_ = true;
+        Fail("can't be read: the folder of temporary files has no room for it");
     }
 
     // Inks without a profile: every colour is what its ink and black leave of white. Files of
@@ -104,7 +152,8 @@ class JpegDecoder final : public Decoder {
     }
 
     // Warnings: of these, spare bytes between segments are harmless; the end of the file is too
-    // when the one scan there is was complete. The rest means lost pixels.
+    // when the one scan there is was complete, which arithmetic coding can't tell. The rest means
+    // lost pixels.
     static void OnMessage(j_common_ptr jpeg, int level) {
         if (level >= 0) return;
         auto* self = static_cast<JpegDecoder*>(jpeg->client_data);
@@ -115,7 +164,7 @@ class JpegDecoder final : public Decoder {
             case JWRN_TOO_MUCH_DATA:
                 return;
             case JWRN_JPEG_EOF:
-                if (self->headRead_ && !jpeg_has_multiple_scans(&self->jpeg_)) return;
+                if (self->headRead_ && !self->jpeg_.arith_code && !jpeg_has_multiple_scans(&self->jpeg_)) return;
                 self->Fail("is cut short");
             case JWRN_HIT_MARKER:
                 self->Fail("is cut short or damaged");
@@ -124,20 +173,16 @@ class JpegDecoder final : public Decoder {
         }
     }
 
-    static void OnProgress(j_common_ptr jpeg) {
-        auto* self = static_cast<JpegDecoder*>(jpeg->client_data);
-        if (self->jpeg_.input_scan_number > kMostScans) self->Fail("is a damaged JPEG file (too many scans)");
-    }
-
     Input input_;
     jpeg_decompress_struct jpeg_{};
     jpeg_error_mgr errors_{};
-    jpeg_progress_mgr progress_{};
     std::jmp_buf jump_{};
+    JpegCoefficients coefficients_;
     std::vector<std::uint8_t> inks_;
     bool inkColors_ = false;
     bool headRead_ = false;
     bool started_ = false;
+    bool scratchFailed_ = false;
     char message_[JMSG_LENGTH_MAX + 64] = "";
 };
 

@@ -44,7 +44,8 @@ std::string WithOrientation(std::string jpeg, char orientation, bool bigEndian) 
 }
 
 // A JPEG file written by the library itself, with settings of the caller's.
-void WriteJpeg(const std::string& path, const TestImage& image, J_COLOR_SPACE colors, bool progressive) {
+void WriteJpeg(const std::string& path, const TestImage& image, J_COLOR_SPACE colors, bool progressive,
+               bool arithmetic = false) {
     jpeg_compress_struct jpeg{};
     jpeg_error_mgr errors{};
     jpeg.err = jpeg_std_error(&errors);
@@ -57,6 +58,7 @@ void WriteJpeg(const std::string& path, const TestImage& image, J_COLOR_SPACE co
     jpeg.in_color_space = colors;
     jpeg_set_defaults(&jpeg);
     jpeg_set_quality(&jpeg, 100, TRUE);
+    jpeg.arith_code = arithmetic;
     if (progressive) jpeg_simple_progression(&jpeg);
     jpeg_start_compress(&jpeg, TRUE);
     for (std::int32_t y = 0; y < image.height; ++y) {
@@ -178,6 +180,32 @@ TEST(JpegFiles, AMissingEndMarkerAloneIsForgiven) {
     const std::string whole = ReadBytes(directory.Path("a.jpg"));
     WriteBytes(directory.Path("a.jpg"), whole.substr(0, whole.size() - 2));
     EXPECT_EQ(CornersOf(ReadImage(directory.Path("a.jpg"))), "RGBW");
+}
+
+TEST(JpegFiles, ThousandsOfScansAreRefused) {
+    TemporaryDirectory directory;
+    WriteJpeg(directory.Path("a.jpg"), Corners(), JCS_RGB, true);
+    std::string bytes = ReadBytes(directory.Path("a.jpg"));
+    const std::size_t last = bytes.rfind("\xff\xda");
+    const std::string scan = bytes.substr(last, bytes.size() - 2 - last);
+    for (int i = 0; i < 5000; ++i) bytes.insert(last, scan);
+    WriteBytes(directory.Path("b.jpg"), bytes);
+    EXPECT_EQ(ReadFailure(directory.Path("b.jpg")),
+              directory.Path("b.jpg") + ": is a damaged JPEG file (too many scans)");
+}
+
+// Arithmetic coding goes on with zeroes where its data end, and says nothing.
+TEST(JpegFiles, ArithmeticCodingCutShortIsAnError) {
+    TemporaryDirectory directory;
+    for (bool progressive : {false, true}) {
+        WriteJpeg(directory.Path("a.jpg"), Corners(), JCS_RGB, progressive, true);
+        EXPECT_EQ(CornersOf(ReadImage(directory.Path("a.jpg"))), "RGBW");
+        const std::string whole = ReadBytes(directory.Path("a.jpg"));
+        for (std::size_t length = 3; length < whole.size(); ++length) {
+            WriteBytes(directory.Path("b.jpg"), whole.substr(0, length));
+            EXPECT_NE(ReadFailure(directory.Path("b.jpg")), "") << length;
+        }
+    }
 }
 
 TEST(JpegFiles, RandomDamageNeverCrashes) {

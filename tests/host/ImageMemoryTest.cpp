@@ -1,0 +1,161 @@
+// What files cost the process that reads or writes them: the command is run on them by itself.
+#include <sys/resource.h>
+#include <sys/wait.h>
+
+#include <cstdlib>
+
+#include "host/images/JpegLibrary.h"
+#include "tests/host/ImageTestFiles.h"
+
+namespace host {
+namespace {
+
+struct Cost {
+    std::string err;
+    int exitCode = -1;
+    long megabytes = 0;  // resident at most
+};
+
+// Runs a script with arguments.
+Cost RunScript(const TemporaryDirectory& directory, const std::string& script, std::vector<std::string> arguments) {
+    WriteBytes(directory.Path("script.rbs"), script);
+    const std::string messages = directory.Path("messages");
+    std::vector<std::string> words{std::string(TQX_BINARY_DIR) + "/bin/tqx", "--plugin", TQX_PLUGIN_PATH, "run",
+                                   directory.Path("script.rbs")};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<char*> argv;
+    for (std::string& word : words) argv.push_back(word.data());
+    argv.push_back(nullptr);
+    const pid_t child = fork();
+    if (child == 0) {
+        if (!std::freopen(messages.c_str(), "wb", stderr)) _exit(126);
+        execv(argv[0], argv.data());
+        _exit(127);
+    }
+    Cost cost;
+    int status = 0;
+    rusage usage{};
+    wait4(child, &status, 0, &usage);
+    if (WIFEXITED(status)) cost.exitCode = WEXITSTATUS(status);
+    cost.megabytes = usage.ru_maxrss / 1024;
+    cost.err = ReadBytes(messages);
+    return cost;
+}
+
+const std::string kOpen = "Dim p As Picture = GetFolderItem(App.Arguments(0)).OpenAsPicture\n";
+
+// A sanitizer's own memory is beyond telling.
+class ImageMemory : public testing::Test {
+  protected:
+    void SetUp() override {
+#ifdef __SANITIZE_ADDRESS__
+        GTEST_SKIP() << "sanitized";
+#endif
+    }
+
+    // An unreadable file is refused with a message that ends so, and for less than 100 MB.
+    void ExpectRefusal(const std::string& name, const std::string& message) {
+        const Cost cost = RunScript(directory, kOpen, {directory.Path(name)});
+        EXPECT_EQ(cost.exitCode, 1);
+        const std::string expected = directory.Path(name) + ": " + message + "\n";
+        EXPECT_NE(cost.err.find(expected), std::string::npos) << cost.err;
+        EXPECT_LT(cost.megabytes, 100);
+    }
+
+    TemporaryDirectory directory;
+};
+
+// --- Progressive JPEG -----------------------------------------------------------------------
+
+constexpr int kSide = 6600;  // its coefficients are 87 MB
+
+// Grays that differ from block to block.
+std::vector<std::uint8_t> GrayRow(int y) {
+    std::vector<std::uint8_t> row(kSide);
+    for (int x = 0; x < kSide; ++x)
+        row[static_cast<std::size_t>(x)] = static_cast<std::uint8_t>((x + y + (x >> 3) * (y >> 3)) >> 2);
+    return row;
+}
+
+void WriteLargeProgressive(const std::string& path, bool flat) {
+    jpeg_compress_struct jpeg{};
+    jpeg_error_mgr errors{};
+    jpeg.err = jpeg_std_error(&errors);
+    jpeg_create_compress(&jpeg);
+    std::FILE* stream = std::fopen(path.c_str(), "wb");
+    jpeg_stdio_dest(&jpeg, stream);
+    jpeg.image_width = jpeg.image_height = kSide;
+    jpeg.input_components = 1;
+    jpeg.in_color_space = JCS_GRAYSCALE;
+    jpeg_set_defaults(&jpeg);
+    jpeg_simple_progression(&jpeg);
+    jpeg_start_compress(&jpeg, TRUE);
+    for (int y = 0; y < kSide; ++y) {
+        std::vector<std::uint8_t> row = flat ? std::vector<std::uint8_t>(kSide, 77) : GrayRow(y);
+        JSAMPROW address = row.data();
+        jpeg_write_scanlines(&jpeg, &address, 1);
+    }
+    jpeg_finish_compress(&jpeg);
+    jpeg_destroy_compress(&jpeg);
+    std::fclose(stream);
+}
+
+// The sums of all rows as the library decodes them by itself.
+std::vector<std::uint64_t> RowSums(const std::string& path) {
+    jpeg_decompress_struct jpeg{};
+    jpeg_error_mgr errors{};
+    jpeg.err = jpeg_std_error(&errors);
+    jpeg_create_decompress(&jpeg);
+    std::FILE* stream = std::fopen(path.c_str(), "rb");
+    jpeg_stdio_src(&jpeg, stream);
+    jpeg_read_header(&jpeg, TRUE);
+    jpeg_start_decompress(&jpeg);
+    std::vector<std::uint64_t> sums;
+    std::vector<std::uint8_t> row(kSide);
+    while (jpeg.output_scanline < jpeg.output_height) {
+        JSAMPROW address = row.data();
+        jpeg_read_scanlines(&jpeg, &address, 1);
+        std::uint64_t sum = 0;
+        for (std::size_t x = 0; x < row.size(); ++x) sum = sum * 31 + row[x];
+        sums.push_back(sum);
+    }
+    jpeg_destroy_decompress(&jpeg);
+    std::fclose(stream);
+    return sums;
+}
+
+TEST_F(ImageMemory, LargeProgressiveFilesReadTheSameAndDamagedOnesCostLittle) {
+    const std::string path = directory.Path("a.jpg");
+    WriteLargeProgressive(path, false);
+    const std::vector<std::uint64_t> expected = RowSums(path);
+    ImageReader reader(path);
+    std::vector<std::uint8_t> row(kSide);
+    for (int y = 0; y < kSide; ++y) {
+        reader.ReadRow(row.data());
+        std::uint64_t sum = 0;
+        for (std::size_t x = 0; x < row.size(); ++x) sum = sum * 31 + row[x];
+        ASSERT_EQ(sum, expected[static_cast<std::size_t>(y)]) << "row " << y;
+    }
+    // A mark that doesn't belong there, in the middle of the last scan.
+    std::string bytes = ReadBytes(path);
+    bytes.replace(bytes.size() - 1000, 2, "\xff\xd5");
+    WriteBytes(directory.Path("damaged.jpg"), bytes);
+    ExpectRefusal("damaged.jpg", "is cut short or damaged");
+    WriteBytes(directory.Path("cut.jpg"), bytes.substr(0, bytes.size() / 2));
+    ExpectRefusal("cut.jpg", "is cut short");
+}
+
+TEST_F(ImageMemory, ScansThatOnlyCostTimeAreRefused) {
+    WriteLargeProgressive(directory.Path("a.jpg"), true);
+    const std::string bytes = ReadBytes(directory.Path("a.jpg"));
+    EXPECT_EQ(ReadFailure(directory.Path("a.jpg")), "");
+    std::size_t last = bytes.rfind("\xff\xda");
+    std::string scan = bytes.substr(last, bytes.size() - 2 - last);
+    std::string more = bytes;
+    for (int i = 0; i < 80; ++i) more.insert(last, scan);
+    WriteBytes(directory.Path("more.jpg"), more);
+    ExpectRefusal("more.jpg", "is a damaged JPEG file (too many scans)");
+}
+
+}  // namespace
+}  // namespace host
