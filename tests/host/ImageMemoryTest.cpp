@@ -152,7 +152,7 @@ TEST_F(ImageMemory, ScansThatOnlyCostTimeAreRefused) {
     std::size_t last = bytes.rfind("\xff\xda");
     std::string scan = bytes.substr(last, bytes.size() - 2 - last);
     std::string more = bytes;
-    for (int i = 0; i < 80; ++i) more.insert(last, scan);
+    for (int i = 0; i < 93; ++i) more.insert(last, scan);
     WriteBytes(directory.Path("more.jpg"), more);
     ExpectRefusal("more.jpg", "is a damaged JPEG file (too many scans)");
 }
