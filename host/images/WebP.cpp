@@ -31,6 +31,13 @@ struct DeleteAnimation {
 
 using Bytes = std::vector<std::uint8_t>;
 
+// The length that the file states of itself; the library misses only what it needs.
+void CheckLength(const Bytes& file) {
+    std::uint64_t stated = 0;
+    for (std::size_t i = 0; i < 4 && 4 + i < file.size(); ++i) stated |= std::uint64_t{file[4 + i]} << 8 * i;
+    if (stated + 8 > file.size()) FailFormat("is cut short");
+}
+
 std::int32_t OrientationIn(const Bytes& file) {
     const WebPData data{file.data(), file.size()};
     const std::unique_ptr<WebPDemuxer, DeleteDemuxer> demuxer(WebPDemux(&data));
@@ -141,6 +148,7 @@ DecoderPointer OpenWebP(Input input) {
     if (input.size > kMostFileBytes) FailFormat("is too large for a WebP file");
     Bytes file(static_cast<std::size_t>(input.size));
     ReadExactly(input.stream.get(), file.data(), file.size());
+    CheckLength(file);
     WebPBitstreamFeatures features{};
     FailStatus(WebPGetFeatures(file.data(), file.size(), &features));
     input.CheckSize(features.width, features.height);

@@ -1,3 +1,5 @@
+#include <cstring>
+
 #include "tests/host/ImageTestFiles.h"
 
 namespace host {
@@ -81,6 +83,61 @@ TEST(PngFiles, InterlacedRowsComeInOrder) {
         },
         rows);
     EXPECT_EQ(ReadImage(directory.Path("a.png")), image);
+}
+
+// An orientation as Exif puts it.
+Bytes Exif(std::uint8_t orientation) {
+    return {'M', 'M', 0, '*', 0, 0, 0, 8, 0, 1, 1, 0x12, 0, 3, 0, 0, 0, 1, 0, orientation, 0, 0, 0, 0, 0, 0};
+}
+
+// One row of three grays, with an orientation before or behind it.
+void WriteOriented(const std::string& path, std::uint8_t orientation, bool behind, int interlace) {
+    Bytes exif = Exif(orientation);
+    WritePng(path,
+             [&](png_structp png, png_infop info) {
+                 Describe(png, info, 3, 2, 8, PNG_COLOR_TYPE_GRAY, interlace);
+                 if (!behind) {
+                     png_set_eXIf_1(png, info, static_cast<png_uint_32>(exif.size()), exif.data());
+                     return;
+                 }
+                 png_unknown_chunk chunk{};
+                 std::memcpy(chunk.name, "eXIf", 5);
+                 chunk.data = exif.data();
+                 chunk.size = exif.size();
+                 chunk.location = PNG_AFTER_IDAT;
+                 png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_ALWAYS, chunk.name, 1);
+                 png_set_unknown_chunks(png, info, &chunk, 1);
+             },
+             {{1, 2, 3}, {4, 5, 6}});
+}
+
+TEST(PngFiles, EveryOrientationIsTurnedUpright) {
+    TemporaryDirectory directory;
+    const std::string path = directory.Path("a.png");
+    const Bytes expected[] = {{1, 2, 3, 4, 5, 6}, {3, 2, 1, 6, 5, 4}, {6, 5, 4, 3, 2, 1}, {4, 5, 6, 1, 2, 3},
+                              {1, 4, 2, 5, 3, 6}, {4, 1, 5, 2, 6, 3}, {6, 3, 5, 2, 4, 1}, {3, 6, 2, 5, 1, 4}};
+    for (std::uint8_t orientation = 1; orientation <= 8; ++orientation)
+        for (bool behind : {false, true})
+            for (int interlace : {PNG_INTERLACE_NONE, PNG_INTERLACE_ADAM7}) {
+                WriteOriented(path, orientation, behind, interlace);
+                const TestImage image = ReadImage(path);
+                EXPECT_EQ(image.pixels, expected[orientation - 1]) << int{orientation} << behind << interlace;
+                EXPECT_EQ(image.width, orientation >= 5 ? 2 : 3);
+                EXPECT_EQ(ReadImage(path, {0, false}).pixels, expected[0]);
+            }
+}
+
+TEST(PngFiles, DamagedOrientationIsUpright) {
+    TemporaryDirectory directory;
+    WriteOriented(directory.Path("a.png"), 6, true, PNG_INTERLACE_NONE);
+    std::string bytes = ReadBytes(directory.Path("a.png"));
+    const std::size_t at = bytes.find("eXIf");
+    ASSERT_NE(at, std::string::npos);
+    bytes[at + 4 + 19] = 3;
+    WriteBytes(directory.Path("a.png"), bytes);
+    EXPECT_EQ(ReadImage(directory.Path("a.png")).pixels, (Bytes{1, 2, 3, 4, 5, 6}));
+    WriteOriented(directory.Path("a.png"), 9, true, PNG_INTERLACE_NONE);
+    EXPECT_EQ(ReadImage(directory.Path("a.png")).pixels, (Bytes{1, 2, 3, 4, 5, 6}));
 }
 
 TEST(PngFiles, CutShortAnywhereIsAnErrorThatNamesTheFile) {
