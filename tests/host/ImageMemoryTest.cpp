@@ -157,5 +157,60 @@ TEST_F(ImageMemory, ScansThatOnlyCostTimeAreRefused) {
     ExpectRefusal("more.jpg", "is a damaged JPEG file (too many scans)");
 }
 
+// --- Pictures in files --------------------------------------------------------------------------
+
+// A mapped picture is written to a file, cleared and read back; the words are its side, folder,
+// the file's extension and how far a byte may be off.
+const std::string kThereAndBack = R"(
+Dim side As Integer = Val(App.Arguments(0))
+Dim folder As FolderItem = GetFolderItem(App.Arguments(1))
+Dim file As FolderItem = folder.Child("there." + App.Arguments(2))
+Dim slack As Integer = Val(App.Arguments(3))
+Dim picture As New PictureTQX(side, side, PictureTQX.ImageFormatRGB, 0, folder.Child("storage"))
+If Not picture.Valid Then Quit(2)
+For i As Integer = 0 To 15
+  picture.FillRectRGB(i * side \ 16, i * side \ 16, side \ 3, side \ 5, RGB(255 - i, 16 * i, 100))
+Next
+Dim before As String = picture.RowStringInFormat(side \ 2, PictureTQX.ImageFormatRGB)
+Dim started As Double = Microseconds
+file.SaveFrom(picture, 100)
+Dim saved As Double = Microseconds
+picture.FillRectRGB(&c0A0B0C)
+Dim cleared As Double = Microseconds
+file.OpenInto(picture)
+Dim opened As Double = Microseconds
+Dim after As String = picture.RowStringInFormat(side \ 2, PictureTQX.ImageFormatRGB)
+If LenB(before) <> LenB(after) Then Quit(3)
+For i As Integer = 1 To LenB(before) Step 97
+  If Abs(AscB(MidB(before, i, 1)) - AscB(MidB(after, i, 1))) > slack Then Quit(4)
+Next
+Dim megabytes As Double = picture.TotalSize / 1000000
+Print App.Arguments(2) + ": out " + Format(megabytes * 1000000 / (saved - started), "0") + ", in " + Format(megabytes * 1000000 / (opened - cleared), "0") + " MB/s"
+)";
+
+class FilesOfMappedPictures : public ImageMemory {
+  protected:
+    // Never half of the picture, and no more than 100 MB.
+    void ExpectSmall(int side, const std::string& extension, int slack) {
+        const Cost cost =
+            RunScript(directory, kThereAndBack,
+                      {std::to_string(side), directory.path().string(), extension, std::to_string(slack)});
+        EXPECT_EQ(cost.exitCode, 0) << extension << cost.err;
+        EXPECT_LT(cost.megabytes, std::min<std::int64_t>(100, std::int64_t{3} * side * side / 2000000)) << extension;
+    }
+};
+
+TEST_F(FilesOfMappedPictures, AreNeverHeldWhole) {
+    for (const char* extension : {"png", "tif", "bmp", "ppm"}) ExpectSmall(6000, extension, 0);
+    ExpectSmall(6000, "jpg", 40);
+}
+
+// 4.8 GB of pixels and the files beside them; only where it was asked for.
+TEST_F(FilesOfMappedPictures, AreNeverHeldWholeHoweverLarge) {
+    if (!std::getenv("TQX_TEST_HUGE")) GTEST_SKIP() << "set TQX_TEST_HUGE; it takes minutes and 10 GB of disk";
+    for (const char* extension : {"png", "tif"}) ExpectSmall(40000, extension, 0);
+    ExpectSmall(40000, "jpg", 40);
+}
+
 }  // namespace
 }  // namespace host
