@@ -9,6 +9,9 @@ namespace host {
 
 namespace {
 
+// No text at the start and a blank between words; no name begins with it.
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 // Bytes of a character beyond ASCII count as letters, so names may be written in any script.
@@ -51,7 +54,7 @@ bool IsIdentifier(std::string_view text) {
 }
 
 Lexer::Lexer(std::string_view source) : source_(source) {
-    while (source_.starts_with("\xEF\xBB\xBF")) source_.remove_prefix(3);  // byte-order marks are no text
+    while (source_.starts_with(kByteOrderMark)) source_.remove_prefix(kByteOrderMark.size());
 }
 
 char Lexer::Peek(std::size_t ahead) const { return at_ + ahead < source_.size() ? source_[at_ + ahead] : '\0'; }
@@ -95,6 +98,8 @@ bool Lexer::SkipBlanks() {
     for (;;) {
         if (IsBlank(Peek()))
             Advance(1);
+        else if (source_.substr(at_).starts_with(kByteOrderMark))
+            Advance(kByteOrderMark.size());
         else if (!SkipContinuation())
             break;
     }
