@@ -74,7 +74,7 @@ void PrepareChild() {
     for (std::size_t i = first; i < job.count; ++i) {
         shared.index = i;
         if (job.skip && job.skip(i)) continue;
-        SetAlarm(job.secondsPerCase);
+        SetAlarm(job.secondsOf ? job.secondsOf(i) : job.secondsPerCase);
         const Complaint complaint = job.run(i);
         SetAlarm(0);
         ++shared.run;

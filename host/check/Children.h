@@ -39,7 +39,8 @@ struct ChildrenJob {
     std::function<void(std::size_t)> noteSlow;   // in the parent, before the next child starts; or empty
     std::function<bool(std::size_t)> endsChild;  // cases that leave something behind in the process; or empty
     double secondsPerCase = 1;
-    std::size_t mostFailures = 12;  // after which the rest is not run
+    std::function<double(std::size_t)> secondsOf;  // in the child, another limit for a case; or empty
+    std::size_t mostFailures = 12;                 // after which the rest is not run
 };
 
 // Runs all cases in order, many in one child; after a failure the next child goes on behind it.

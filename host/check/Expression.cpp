@@ -156,6 +156,15 @@ void MakeTruthful(const Declaration& declaration, std::vector<Choices>& choices)
     }
 }
 
+// Of lists that read the same only the first: with one integer, all integers at an extreme are that
+// one at it.
+void DropRepeated(std::vector<std::vector<Expression>>& lists) {
+    std::set<std::string> seen;
+    std::erase_if(lists, [&](const std::vector<Expression>& list) {
+        return !seen.insert(BeforeText(list) + ListText(list)).second;
+    });
+}
+
 bool TakesABlock(const Declaration& declaration) {
     return std::any_of(declaration.parameters.begin(), declaration.parameters.end(),
                        [](const Parameter& parameter) { return SameName(parameter.type.className, "MemoryBlock"); });
@@ -247,6 +256,7 @@ std::vector<std::vector<Expression>> ArgumentLists(const Declaration& declaratio
         for (std::size_t i = 0; i < parameters.size(); ++i)
             if (parameters[i].type.kind == Kind::Integer) lists.back()[i] = Literal(value);
     }
+    DropRepeated(lists);
     return lists;
 }
 
