@@ -47,10 +47,13 @@ class HeadReader {
         const int first = NextSignificant();
         if (!std::isdigit(first)) FailFormat(first == EOF ? "is cut short" : "is a damaged PNM file");
         std::int64_t number = 0;
-        for (int c = first; std::isdigit(c); c = std::getc(stream_)) {
+        int c = first;
+        for (; std::isdigit(c); c = std::getc(stream_)) {
             number = number * 10 + (c - '0');
             if (number > UINT32_MAX) FailFormat("is a damaged PNM file");
         }
+        // A comment may touch the number; its line's end is then the character behind.
+        if (c == '#') SkipComment();
         return number;
     }
 
@@ -62,13 +65,15 @@ class HeadReader {
     }
 
   private:
+    void SkipComment() {
+        for (int c = '#'; c != '\n' && c != EOF;) c = std::getc(stream_);
+    }
+
     int NextSignificant() {
         int c = std::getc(stream_);
         while (c != EOF && (std::isspace(c) || c == '#')) {
-            if (c == '#')
-                while (c != '\n' && c != EOF) c = std::getc(stream_);
-            else
-                c = std::getc(stream_);
+            if (c == '#') SkipComment();
+            c = std::getc(stream_);
         }
         return c;
     }

@@ -201,8 +201,8 @@ class FilesOfMappedPictures : public ImageMemory {
 };
 
 TEST_F(FilesOfMappedPictures, AreNeverHeldWhole) {
-    for (const char* extension : {"png", "tif", "bmp", "ppm"}) ExpectSmall(6000, extension, 0);
-    ExpectSmall(6000, "jpg", 40);
+    for (const char* extension : {"png", "tif", "bmp", "ppm"}) ExpectSmall(5000, extension, 0);
+    ExpectSmall(5000, "jpg", 40);
 }
 
 // 4.8 GB of pixels and the files beside them; only where it was asked for.

@@ -159,6 +159,76 @@ TEST(WebPFiles, SidesThatTheFormatCantHoldAreRefused) {
     EXPECT_THROW(ImageWriter(directory.Path("a.webp"), 16384, 1, PixelLayout::Rgb), ImageError);
 }
 
+// A chunk of a WebP file.
+std::string Chunk(const std::string& name, const std::string& body) {
+    std::string chunk = name;
+    for (int i = 0; i < 4; ++i) chunk += static_cast<char>(body.size() >> 8 * i);
+    return chunk + body + std::string(body.size() % 2, '\0');
+}
+
+std::string Little(std::uint64_t number, int bytes) {
+    std::string text;
+    for (int i = 0; i < bytes; ++i) text += static_cast<char>(number >> 8 * i);
+    return text;
+}
+
+// The chunk of the pixels in a file of this host's.
+std::string PixelChunk(const TemporaryDirectory& directory, const TestImage& image) {
+    WriteImage(directory.Path("part.webp"), image);
+    return ReadBytes(directory.Path("part.webp")).substr(12);
+}
+
+TEST(WebPFiles, EveryOrientationIsTurnedUpright) {
+    TemporaryDirectory directory;
+    const TestImage image = MakeTestImage(3, 2, PixelLayout::Rgb);
+    const std::string pixels = PixelChunk(directory, image);
+    for (unsigned orientation = 0; orientation <= 9; ++orientation) {
+        const std::string exif = std::string("II*\0\x08\0\0\0\x01\0\x12\x01\x03\0\x01\0\0\0", 18) +
+                                 Little(orientation, 4) + std::string(4, '\0');
+        WriteBytes(directory.Path("a.webp"),
+                   Chunk("RIFF", "WEBP" + Chunk("VP8X", Little(0x08, 4) + Little(2, 3) + Little(1, 3)) + pixels +
+                                     Chunk("EXIF", exif)));
+        const TestImage upright = ReadImage(directory.Path("a.webp"));
+        // Where the stored top left pixel comes to lie.
+        const bool right = orientation == 2 || orientation == 3 || orientation == 6 || orientation == 7;
+        const bool bottom = orientation == 3 || orientation == 4 || orientation == 7 || orientation == 8;
+        ASSERT_EQ(upright.width, orientation >= 5 && orientation <= 8 ? 2 : 3);
+        for (int channel = 0; channel < 3; ++channel)
+            EXPECT_EQ(upright.At(right ? upright.width - 1 : 0, bottom ? upright.height - 1 : 0, channel),
+                      image.At(0, 0, channel))
+                << orientation;
+        EXPECT_EQ(ReadImage(directory.Path("a.webp"), {0, false}), image);
+    }
+}
+
+TEST(WebPFiles, AnAnimationGivesItsFirstPicture) {
+    TemporaryDirectory directory;
+    TestImage image = MakeTestImage(4, 2, PixelLayout::Rgba);
+    for (std::size_t i = 3; i < image.pixels.size(); i += 4) image.pixels[i] = 255;
+    const std::string first = PixelChunk(directory, image);
+    const std::string second = PixelChunk(directory, MakeTestImage(8, 6, PixelLayout::Rgba));
+    // Place and size in halves and less one, 100 ms, no blending.
+    const auto frame = [](unsigned x, unsigned y, unsigned width, unsigned height, const std::string& pixels) {
+        return Chunk("ANMF", Little(x / 2, 3) + Little(y / 2, 3) + Little(width - 1, 3) + Little(height - 1, 3) +
+                                 Little(100, 3) + Little(2, 1) + pixels);
+    };
+    WriteBytes(directory.Path("a.webp"),
+               Chunk("RIFF", "WEBP" + Chunk("VP8X", Little(0x12, 4) + Little(7, 3) + Little(5, 3)) +
+                                 Chunk("ANIM", Little(0xff00ff00, 4) + Little(0, 2)) + frame(2, 4, 4, 2, first) +
+                                 frame(0, 0, 8, 6, second)));
+    const TestImage canvas = ReadImage(directory.Path("a.webp"));
+    ASSERT_EQ(canvas.width, 8);
+    ASSERT_EQ(canvas.height, 6);
+    ASSERT_EQ(canvas.layout, PixelLayout::Rgba);
+    for (int y = 0; y < 6; ++y)
+        for (int x = 0; x < 8; ++x) {
+            const bool inside = x >= 2 && x < 6 && y >= 4;
+            EXPECT_EQ(canvas.At(x, y, 3), inside ? 255 : 0) << x << " " << y;
+            if (!inside) continue;
+            EXPECT_EQ(canvas.At(x, y, 1), image.At(x - 2, y - 4, 1)) << x << " " << y;
+        }
+}
+
 // --- BMP ------------------------------------------------------------------------------------
 
 TEST(BmpFiles, KeepColoursAndAlpha) {
@@ -224,6 +294,23 @@ TEST(BmpFiles, MasksSayWhereTheColoursAre) {
     EXPECT_EQ(ReadBmp(directory, Bmp(1, 1, 32, 6, alpha, {3, 2, 1, 99})), (Bytes{1, 2, 3, 99}));
 }
 
+TEST(BmpFiles, ShortAndLongDescriptionsAreRead) {
+    TemporaryDirectory directory;
+    // 12 bytes, sizes of 16 bits, palette entries of three bytes.
+    const std::string old = "BM" + Little(0, 8) + Little(14 + 12 + 6, 4) + Little(12, 4) + Little(2, 2) + Little(1, 2) +
+                            Little(1, 2) + Little(1, 2) + "\x03\x02\x01\x1e\x14\x0a" + std::string("\x40\0\0\0", 4);
+    EXPECT_EQ(ReadBmp(directory, old), (Bytes{1, 2, 3, 10, 20, 30}));
+    // 124 bytes, of which the masks count where the compression says so.
+    for (unsigned compression : {0U, 3U}) {
+        const std::string head = Little(124, 4) + Little(1, 4) + Little(1, 4) + Little(1, 2) + Little(32, 2) +
+                                 Little(compression, 4) + std::string(20, '\0') + Little(0xff, 4) + Little(0xff00, 4) +
+                                 Little(0xff0000, 4) + Little(0xff000000, 4);
+        const std::string file =
+            "BM" + Little(0, 8) + Little(14 + 124, 4) + head + std::string(124 - 56, '\0') + "\x01\x02\x03\x63";
+        EXPECT_EQ(ReadBmp(directory, file), compression == 3 ? (Bytes{1, 2, 3, 99}) : (Bytes{3, 2, 1}));
+    }
+}
+
 TEST(BmpFiles, RunLengthsAreUnpacked) {
     TemporaryDirectory directory;
     // Row 0 (the lowest): two of 1, then 2 and 3 as they are; row 1: one pixel skipped, one of 2.
@@ -275,6 +362,10 @@ TEST(PnmFiles, EveryKindIsRead) {
     EXPECT_EQ(read("P3 1 1 255 1 #two\n 2 3"), (Bytes{1, 2, 3}));
     EXPECT_EQ(read(std::string("P4 3 1\n\xa0", 8)), (Bytes{0, 255, 0}));
     EXPECT_EQ(read("P5 2 1 255\nAB"), (Bytes{65, 66}));
+    EXPECT_EQ(read("P5#a\n2#b 9\n#c\n 1 #d\n255#e\nAB"), (Bytes{65, 66}));
+    EXPECT_EQ(read("P2 2 1 255 65#e 7\n66"), (Bytes{65, 66}));
+    EXPECT_EQ(read("P1 2 1 1#e 0\n0"), (Bytes{0, 255}));
+    EXPECT_EQ(read(std::string("P6 1 1 65535\n\xff\xff\x80\0\0\0", 19)), (Bytes{255, 128, 0}));
     EXPECT_EQ(read(std::string("P5 2 1 65535\n\x80\0\xff\xff", 17)), (Bytes{128, 255}));
     EXPECT_EQ(read("P6 1 1 255\nABC"), (Bytes{65, 66, 67}));
     EXPECT_EQ(read("P7\nWIDTH 1\nHEIGHT 1\nDEPTH 2\nMAXVAL 255\nTUPLTYPE GRAYSCALE_ALPHA\nENDHDR\nAB"),

@@ -52,6 +52,34 @@ TEST(PngFiles, PaletteWithTransparentEntriesHasAlpha) {
     EXPECT_EQ(image.pixels, (Bytes{10, 20, 30, 128, 40, 50, 60, 255}));
 }
 
+TEST(PngFiles, OneTransparentColourBecomesAlpha) {
+    TemporaryDirectory directory;
+    const auto read = [&](int depth, int type, const png_color_16& clear, const Bytes& row) {
+        WritePng(directory.Path("a.png"),
+                 [&](png_structp png, png_infop info) {
+                     Describe(png, info, 2, 1, depth, type);
+                     png_color_16 color = clear;
+                     png_set_tRNS(png, info, nullptr, 0, &color);
+                 },
+                 {row});
+        return ReadImage(directory.Path("a.png")).pixels;
+    };
+    EXPECT_EQ(read(8, PNG_COLOR_TYPE_GRAY, {.gray = 7}, {7, 8}), (Bytes{7, 0, 8, 255}));
+    EXPECT_EQ(read(2, PNG_COLOR_TYPE_GRAY, {.gray = 1}, {0b01100000}), (Bytes{85, 0, 170, 255}));
+    EXPECT_EQ(read(8, PNG_COLOR_TYPE_RGB, {.red = 1, .green = 2, .blue = 3}, {1, 2, 3, 1, 2, 4}),
+              (Bytes{1, 2, 3, 0, 1, 2, 4, 255}));
+    // All 16 bits count.
+    EXPECT_EQ(read(16, PNG_COLOR_TYPE_GRAY, {.gray = 0x0101}, {1, 1, 1, 2}), (Bytes{1, 0, 1, 255}));
+}
+
+TEST(PngFiles, SixteenBitsWithAlphaAreRoundedToo) {
+    TemporaryDirectory directory;
+    WritePng(directory.Path("a.png"),
+             [](png_structp png, png_infop info) { Describe(png, info, 1, 1, 16, PNG_COLOR_TYPE_GRAY_ALPHA); },
+             {{0x80, 0x80, 0, 255}});
+    EXPECT_EQ(ReadImage(directory.Path("a.png")).pixels, (Bytes{128, 1}));
+}
+
 TEST(PngFiles, SixteenBitsAreRoundedToEight) {
     TemporaryDirectory directory;
     WritePng(directory.Path("a.png"),

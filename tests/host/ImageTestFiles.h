@@ -102,6 +102,14 @@ inline std::string ReadFailure(const std::string& path, const ImageReadSettings&
     }
 }
 
+// Reads the first bytes of a file from memory.
+inline TestImage ReadCut(const std::string& whole, std::size_t length) {
+    // A copy, so that tools see a step past it.
+    const std::vector<char> cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length));
+    ImageReader reader(cut.data(), cut.size(), "cut", {});
+    return ReadAll(reader, reader.Info().layout);
+}
+
 // A PNG file written by the library itself; `setUp` states everything between signature and
 // rows, `rows` are the rows as stored.
 inline void WritePng(const std::string& path, const std::function<void(png_structp, png_infop)>& setUp,

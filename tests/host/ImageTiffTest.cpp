@@ -1,5 +1,6 @@
 #include <tiffio.h>
 
+#include <cmath>
 #include <cstdlib>
 
 #include "tests/host/ImageTestFiles.h"
@@ -14,6 +15,7 @@ struct TiffKind {
     int compression = COMPRESSION_NONE, orientation = 1, extra = -1;
     int tile = 0;  // side of the tiles; 0: strips of two rows
     const std::uint16_t* palette = nullptr;
+    int format = SAMPLEFORMAT_UINT;
 };
 
 // A TIFF file by the library itself. `planes` holds the packed rows of each plane, one after the
@@ -23,6 +25,7 @@ void WriteTiff(const std::string& path, int width, int height, const TiffKind& k
     TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, width);
     TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, height);
     TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, kind.bits);
+    TIFFSetField(tiff, TIFFTAG_SAMPLEFORMAT, kind.format);
     TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, kind.samples);
     TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, kind.photometric);
     TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, kind.planar);
@@ -139,6 +142,45 @@ TEST(TiffFiles, OtherKindsAreConverted) {
     const TestImage image = ReadImage(directory.Path("a.tif"));
     EXPECT_EQ(image.layout, PixelLayout::Rgb);
     EXPECT_EQ(image.pixels, (Bytes{0, 255, 255, 0, 0, 0}));
+}
+
+TEST(TiffFiles, FaxCodingIsRead) {
+    TemporaryDirectory directory;
+    const Bytes rows{0x12, 0x34, 0x56, 0x78, 0x9a, 0xbc, 0xde, 0xf0};
+    Bytes expected;
+    for (int i = 0; i < 64; ++i) expected.push_back(rows[static_cast<std::size_t>(i / 8)] << i % 8 & 128 ? 0 : 255);
+    for (int compression : {COMPRESSION_CCITTFAX3, COMPRESSION_CCITTFAX4}) {
+        WriteTiff(directory.Path("a.tif"), 16, 4,
+                  {.bits = 1, .photometric = PHOTOMETRIC_MINISWHITE, .compression = compression}, {rows});
+        EXPECT_EQ(ReadImage(directory.Path("a.tif")).pixels, expected);
+    }
+}
+
+TEST(TiffFiles, RealsGoFromBlackToWhite) {
+    TemporaryDirectory directory;
+    const float reals[] = {0, 0.25f, 0.5f, 1, -3, 7, INFINITY, NAN};
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(reals);
+    WriteTiff(directory.Path("a.tif"), 8, 1, {.bits = 32, .format = SAMPLEFORMAT_IEEEFP},
+              {Bytes(bytes, bytes + sizeof reals)});
+    EXPECT_EQ(ReadImage(directory.Path("a.tif")).pixels, (Bytes{0, 64, 128, 255, 0, 255, 255, 0}));
+}
+
+// Converted by rows of strips and of tiles.
+TEST(TiffFiles, InksAreConvertedInEveryArrangement) {
+    TemporaryDirectory directory;
+    const TestImage inks = MakeTestImage(37, 41, PixelLayout::Rgba);
+    Bytes expected;
+    for (std::size_t i = 0; i < inks.pixels.size(); i += 4)
+        for (std::size_t channel = 0; channel < 3; ++channel)
+            expected.push_back(
+                static_cast<std::uint8_t>((255 - inks.pixels[i + 3]) * (255 - inks.pixels[i + channel]) / 255));
+    for (int tile : {0, 16, 64})
+        for (int planar : {PLANARCONFIG_CONTIG, PLANARCONFIG_SEPARATE}) {
+            const TiffKind kind{8, 4, PHOTOMETRIC_SEPARATED, planar, COMPRESSION_LZW, 1, -1, tile, nullptr};
+            WriteTiff(directory.Path("a.tif"), 37, 41, kind,
+                      planar == PLANARCONFIG_CONTIG ? std::vector<Bytes>{inks.pixels} : PlanesOf(inks));
+            EXPECT_EQ(ReadImage(directory.Path("a.tif")).pixels, expected) << tile << " " << planar;
+        }
 }
 
 TEST(TiffFiles, OrientationIsApplied) {
