@@ -11,6 +11,9 @@ namespace host::codec {
 
 namespace {
 
+// A code is longer than a byte and stands for a text of less than the table's 4096 entries.
+constexpr std::int64_t kMostPixelsPerByte = 4096;
+
 class GifDecoder final : public Decoder {
   public:
     explicit GifDecoder(Input input) : input_(std::move(input)) {
@@ -34,6 +37,7 @@ class GifDecoder final : public Decoder {
         if (frame_.Width < 1 || frame_.Height < 1) FailFormat("is a damaged GIF file (an empty picture)");
         const bool covered = frame_.Width == width && frame_.Height == height;
         info = {ImageFileFormat::Gif, width, height, LayoutOf(false, !covered || transparent_ >= 0), 1};
+        CheckWhole();
         row_.resize(static_cast<std::size_t>(frame_.Width));
     }
 
@@ -48,6 +52,17 @@ class GifDecoder final : public Decoder {
     }
 
   private:
+    // Whether the coded pixels end, and can be enough: known before anybody takes memory for the
+    // picture.
+    void CheckWhole() const {
+        if (std::int64_t{frame_.Width} * frame_.Height > input_.size * kMostPixelsPerByte) FailFormat("is cut short");
+        std::FILE* stream = input_.stream.get();
+        const off_t position = ftello(stream);
+        for (int length = std::getc(stream); length != 0; length = std::getc(stream))
+            if (length == EOF || fseeko(stream, length, SEEK_CUR) != 0) FailFormat("is cut short");
+        if (fseeko(stream, position, SEEK_SET) != 0) FailFile("can't be read");
+    }
+
     void FindFrame() {
         for (;;) {
             GifRecordType type = UNDEFINED_RECORD_TYPE;

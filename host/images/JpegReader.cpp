@@ -27,6 +27,9 @@ constexpr std::int64_t kMostBlocksPerByte = 128;
 // Coefficients of several scans that are held in memory.
 constexpr std::int64_t kMostHeldBytes = 80 << 20;
 
+// Pictures of more take noticeable memory.
+constexpr std::int64_t kLargePixels = 16 << 20;
+
 class JpegDecoder final : public Decoder {
   public:
     explicit JpegDecoder(Input input) : input_(std::move(input)) {
@@ -59,6 +62,21 @@ class JpegDecoder final : public Decoder {
         if (inkColors_) inks_.resize(std::size_t{jpeg_.image_width} * 4);
         // Damage in any scan shows here, before anybody takes memory for the picture.
         if (jpeg_has_multiple_scans(&jpeg_)) Start();
+    }
+
+    // Whether a large image has no end mark. That alone is forgiven, but who opens it takes memory
+    // for all its rows, so they are tried first.
+    bool MayLackPixels() const {
+        const bool large = std::int64_t{info.width} * info.height > kLargePixels;
+        return large && !started_ && !CountScans(input_.stream.get(), jpeg_, kMostScans).ended;
+    }
+
+    // Reads all rows and gives the file back at its start.
+    Input ReadForNothing() {
+        std::vector<std::uint8_t> row(RowBytes());
+        for (std::int32_t y = 0; y < info.height; ++y) ReadRow(row.data());
+        std::rewind(input_.stream.get());
+        return std::move(input_);
     }
 
     void ReadRow(std::uint8_t* pixels) override {
@@ -191,6 +209,10 @@ class JpegDecoder final : public Decoder {
 
 DecoderPointer OpenJpeg(Input input) {
     auto decoder = std::make_unique<JpegDecoder>(std::move(input));
+    decoder->ReadHead();
+    if (!decoder->MayLackPixels()) return decoder;
+    input = decoder->ReadForNothing();
+    decoder = std::make_unique<JpegDecoder>(std::move(input));
     decoder->ReadHead();
     return decoder;
 }

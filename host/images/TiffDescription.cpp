@@ -41,6 +41,17 @@ TiffDescription DescribeTiff(TIFF* tiff) {
     return d;
 }
 
+void CheckBlocksInFile(TIFF* tiff, std::int64_t size) {
+    const std::uint32_t count = TIFFIsTiled(tiff) ? TIFFNumberOfTiles(tiff) : TIFFNumberOfStrips(tiff);
+    const auto end = static_cast<std::uint64_t>(size);
+    for (std::uint32_t i = 0; i < count; ++i) {
+        int failed = 0;
+        const std::uint64_t from = TIFFGetStrileOffsetWithErr(tiff, i, &failed);
+        const std::uint64_t bytes = failed ? 0 : TIFFGetStrileByteCountWithErr(tiff, i, &failed);
+        if (failed || from > end || bytes > end - from) FailFormat("is cut short");
+    }
+}
+
 void FailTiff(const TiffFile& file) {
     const std::string message = file.message();
     FailFormat(message.empty() ? "is a damaged TIFF file" : "is a damaged TIFF file (" + message + ")");

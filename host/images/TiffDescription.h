@@ -41,6 +41,9 @@ struct TiffBlocks {
 
 TiffBlocks BlocksOfTiff(const TiffFile& file, const TiffDescription& d);
 
+// Fails where a strip or tile lies beyond the file's end.
+void CheckBlocksInFile(TIFF* tiff, std::int64_t size);
+
 // Fails with the library's last message.
 [[noreturn]] void FailTiff(const TiffFile& file);
 
