@@ -1,4 +1,5 @@
 // What files cost the process that reads or writes them: the command is run on them by itself.
+#include <gif_lib.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 
@@ -155,6 +156,44 @@ TEST_F(ImageMemory, ScansThatOnlyCostTimeAreRefused) {
     for (int i = 0; i < 93; ++i) more.insert(last, scan);
     WriteBytes(directory.Path("more.jpg"), more);
     ExpectRefusal("more.jpg", "is a damaged JPEG file (too many scans)");
+}
+
+// --- Cuts ----------------------------------------------------------------------------------------
+
+void WriteLargeGif(const std::string& path, int side) {
+    int error = 0;
+    GifFileType* gif = EGifOpenFileName(path.c_str(), false, &error);
+    ColorMapObject* map = GifMakeMapObject(2, nullptr);
+    EGifPutScreenDesc(gif, side, side, 8, 0, map);
+    EGifPutImageDesc(gif, 0, 0, side, side, false, nullptr);
+    for (int y = 0; y < side; ++y) {
+        std::vector<GifByteType> row(static_cast<std::size_t>(side), GifByteType(y / 16 % 2));
+        EGifPutLine(gif, row.data(), side);
+    }
+    GifFreeMapObject(map);
+    EGifCloseFile(gif, &error);
+}
+
+// The picture would take 144 MB.
+TEST_F(ImageMemory, LargeFilesCutInTheirMiddleCostLittle) {
+    constexpr int side = 6000;
+    for (const char* extension : {"png", "jpg", "tif", "ppm", "gif"}) {
+        const std::string path = directory.Path(std::string("a.") + extension);
+        if (std::string(extension) == "gif") {
+            WriteLargeGif(path, side);
+        } else {
+            ImageWriter writer(path, side, side, PixelLayout::Gray);
+            const std::vector<std::uint8_t> row(side, 77);
+            for (int y = 0; y < side; ++y) writer.WriteRow(row.data());
+            writer.Finish();
+        }
+        EXPECT_EQ(RunScript(directory, kOpen, {path}).exitCode, 0) << extension;
+        std::filesystem::resize_file(path, std::filesystem::file_size(path) / 2);
+        const Cost cost = RunScript(directory, kOpen, {path});
+        EXPECT_EQ(cost.exitCode, 1) << extension;
+        EXPECT_NE(cost.err.find(path + ": is "), std::string::npos) << cost.err;
+        EXPECT_LT(cost.megabytes, 100) << extension;
+    }
 }
 
 // --- Pictures in files --------------------------------------------------------------------------
