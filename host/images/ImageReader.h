@@ -1,9 +1,11 @@
 // Image files read row by row: PNG, JPEG, TIFF, WebP, GIF (first frame), BMP and PNM, recognised
 // by their first bytes.
 //
-// A file of more pixels than the limit is refused before memory is taken for it. Rows are decoded
-// as they are asked for where the format allows it. The whole image is held (at BytesPerPixel a
-// pixel) for interlaced files, for WebP, and for files whose orientation wants more than a mirror.
+// A file of more pixels than the limit is refused before memory is taken for it, and so is, as far
+// as its structure shows it, one that is cut short. Rows are decoded as they are asked for where
+// the format allows it. The whole image is held (at BytesPerPixel a pixel) for interlaced files,
+// for WebP, and for files whose orientation wants more than a mirror; large JPEG files of several
+// scans keep their coefficients in a scratch file.
 #pragma once
 
 #include <memory>
