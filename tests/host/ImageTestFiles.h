@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -108,6 +109,32 @@ inline TestImage ReadCut(const std::string& whole, std::size_t length) {
     const std::vector<char> cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length));
     ImageReader reader(cut.data(), cut.size(), "cut", {});
     return ReadAll(reader, reader.Info().layout);
+}
+
+// Damages a file at random; reading must end in an image or an error that names it.
+inline void ExpectSurvivesDamage(const std::string& whole, const std::string& name) {
+    std::srand(3);
+    for (int round = 0; round < 400; ++round) {
+        std::string damaged =
+            round % 4 == 0 ? whole.substr(0, whole.size() * static_cast<std::size_t>(round) / 400) : whole;
+        for (int i = 0; i < 2 && !damaged.empty(); ++i)
+            damaged[static_cast<std::size_t>(std::rand()) % damaged.size()] = static_cast<char>(std::rand());
+        ImageReadSettings settings;
+        settings.pixelLimit = 1000000;
+        try {
+            ImageReader reader(damaged.data(), damaged.size(), name, settings);
+            ReadAll(reader, PixelLayout::Rgba);
+        } catch (const ImageError& error) {
+            EXPECT_EQ(std::string(error.what()).find(name + ": "), 0u);
+        }
+    }
+}
+
+// A number as bytes, the lowest first.
+inline std::string Little(std::uint64_t number, int bytes) {
+    std::string text;
+    for (int i = 0; i < bytes; ++i) text += static_cast<char>(number >> 8 * i);
+    return text;
 }
 
 // A PNG file written by the library itself; `setUp` states everything between signature and
