@@ -42,7 +42,7 @@ struct TiffBlocks {
 TiffBlocks BlocksOfTiff(const TiffFile& file, const TiffDescription& d);
 
 // Fails where a strip or tile lies beyond the file's end.
-void CheckBlocksInFile(TIFF* tiff, std::int64_t size);
+void CheckBlocksInFile(TIFF* tiff, const TiffDescription& d, std::int64_t size);
 
 // Fails with the library's last message.
 [[noreturn]] void FailTiff(const TiffFile& file);

@@ -209,7 +209,7 @@ DecoderPointer OpenTiff(Input input) {
     const TiffDescription description = DescribeTiff(file->get());
     input.CheckSize(description.width, description.height);
     // The old way of JPEG in TIFF keeps its pixels elsewhere.
-    if (description.compression != COMPRESSION_OJPEG) CheckBlocksInFile(file->get(), input.size);
+    if (description.compression != COMPRESSION_OJPEG) CheckBlocksInFile(file->get(), description, input.size);
     if (!description.IsPlain()) return OpenConvertedTiff(std::move(input), std::move(file), description);
     return std::make_unique<TiffDecoder>(std::move(input), std::move(file), description);
 }
