@@ -80,8 +80,12 @@ class Reader {
         const bool array = Skip("(");
         if (array && !Skip(")")) Fail(")");
         if (!Skip("as")) Fail("As");
+        const Token type = token_;
         parameter.type = ReadType();
-        if (array || parameter.paramArray) parameter.type = ArrayOf(parameter.type);
+        if (array || parameter.paramArray) {
+            if (parameter.type.kind == Kind::Array) throw Unreadable{"the type of an element", type};
+            parameter.type = ArrayOf(parameter.type);
+        }
         if (parameter.optional) parameter.defaultValue = DefaultOf(parameter.type);
         if (Skip("=")) ReadDefault(parameter);
         return parameter;
