@@ -244,11 +244,12 @@ TEST_F(FilesOfMappedPictures, AreNeverHeldWhole) {
     ExpectSmall(5000, "jpg", 40);
 }
 
-// 4.8 GB of pixels and the files beside them; only where it was asked for.
+// Only where it was asked for, by the side in pixels: 40000 needs 5 GB of disk and some minutes.
 TEST_F(FilesOfMappedPictures, AreNeverHeldWholeHoweverLarge) {
-    if (!std::getenv("TQX_TEST_HUGE")) GTEST_SKIP() << "set TQX_TEST_HUGE; it takes minutes and 10 GB of disk";
-    for (const char* extension : {"png", "tif"}) ExpectSmall(40000, extension, 0);
-    ExpectSmall(40000, "jpg", 40);
+    const char* side = std::getenv("TQX_TEST_HUGE");
+    if (!side) GTEST_SKIP() << "set TQX_TEST_HUGE to the side of a picture";
+    for (const char* extension : {"png", "tif"}) ExpectSmall(std::atoi(side), extension, 0);
+    ExpectSmall(std::atoi(side), "jpg", 40);
 }
 
 }  // namespace
