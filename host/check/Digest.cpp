@@ -26,9 +26,10 @@ class Hash {
             std::memcpy(&word, at, sizeof word);
             AddWord(word);
         }
+        if (count == 0) return;
         word = 0;
         std::memcpy(&word, at, count);
-        if (count > 0) AddWord(word);
+        AddWord(word);
     }
     void Add(std::int64_t number) { Add(&number, sizeof(number)); }
     void Add(std::string_view text) {
