@@ -22,11 +22,18 @@ std::optional<std::int64_t> NumberProperty(host::Object* object, std::string_vie
     return host::GetProperty(*property, object).ToInt64();
 }
 
-// Why an object can't be worked on.
-std::string ReasonAgainstObject(host::Object* object, const std::string& what, const ClosedObjects& closed) {
+// Why an object has nothing to give.
+std::string ReasonAgainstState(host::Object* object, const std::string& what, const ClosedObjects& closed) {
     if (const auto found = closed.find(object); found != closed.end())
         return what + " was closed in line " + std::to_string(found->second.line);
     if (NumberProperty(object, "Valid") == 0) return what + " is not valid: its constructor failed";
+    return {};
+}
+
+// Why an object can't be worked on.
+std::string ReasonAgainstObject(host::Object* object, const std::string& what, const ClosedObjects& closed) {
+    std::string reason = ReasonAgainstState(object, what, closed);
+    if (!reason.empty()) return reason;
     for (const char* side : {"Width", "Height"})
         if (const auto size = NumberProperty(object, side); size && *size <= 0)
             return what + " has a " + side + " of " + std::to_string(*size);
@@ -76,9 +83,11 @@ bool MayBeNil(const host::Method& method, std::size_t index) {
     return parameter.optional || (index == 0 && parameter.type == method.declaration.result);
 }
 
-std::string ResultText(const host::Method& method, host::Object* self, const Value& result) {
-    if (IsConstructor(method)) return NumberProperty(self, "Valid") == 0 ? "made a picture that is not valid" : "";
-    switch (method.declaration.result.kind) {
+std::string ResultText(const MemberUse& use, const Value& result) {
+    if (IsConstructor(*use.method))
+        return NumberProperty(use.self, "Valid") == 0 ? "made a picture that is not valid" : "";
+    if (use.assigned) return "did nothing";
+    switch (use.method->declaration.result.kind) {
         case Kind::None:
             return "did nothing";
         case Kind::Object:
@@ -92,48 +101,90 @@ std::string ResultText(const host::Method& method, host::Object* self, const Val
     }
 }
 
+// A number that only the plug-in sets is 0 while there is nothing to count. A Boolean is an
+// answer.
+std::string ReadText(const host::Property& property, const Value& result) {
+    if (result.IsWhole() && !property.writable() && result.ToInt64() == 0) return "is 0";
+    const bool reference = property.type.kind == Kind::Object || property.type.kind == Kind::Array;
+    return reference && result.IsNil() ? "is Nil" : "";
+}
+
+// A property that can be read back without effects tells whether it took the value.
+std::string WrittenText(const MemberUse& use) {
+    if (!use.assigned->IsNumber()) return {};
+    const auto kept = NumberProperty(use.self, use.Name());
+    if (!kept || *kept == use.assigned->ToInt64()) return {};
+    return "is " + std::to_string(*kept) + " after it was set to " + std::to_string(use.assigned->ToInt64());
+}
+
+// The state alone counts for properties: a picture without pixels has them all.
+std::string ReasonAgainstProperty(const MemberUse& use, const ClosedObjects& closed) {
+    std::string reason = ReasonAgainstState(use.self, "the " + use.self->type->name(), closed);
+    if (reason.empty() && use.assigned && use.assigned->IsNumber() && use.assigned->ToDouble() < 0)
+        reason = "the value is negative";
+    return reason;
+}
+
 }  // namespace
 
-std::string ReasonAgainst(const host::Method& method, host::Object* self, std::span<const Value> arguments,
-                          const ClosedObjects& closed) {
+std::string ReasonAgainst(const MemberUse& use, const ClosedObjects& closed) {
     std::string reason;
-    if (self && !IsConstructor(method)) reason = ReasonAgainstObject(self, "the " + self->type->name(), closed);
-    const std::size_t count = std::min(arguments.size(), method.declaration.parameters.size());
+    if (use.property) return use.self ? ReasonAgainstProperty(use, closed) : reason;
+    const host::Method& method = *use.method;
+    if (use.self && !IsConstructor(method))
+        reason = ReasonAgainstObject(use.self, "the " + use.self->type->name(), closed);
+    const std::size_t count = std::min(use.arguments.size(), method.declaration.parameters.size());
     std::string nil;  // the weakest reason: some methods take it for an argument left out
     for (std::size_t i = 0; i < count && reason.empty(); ++i) {
         const host::Parameter& parameter = method.declaration.parameters[i];
-        const Value& value = arguments[i];
+        const Value& value = use.arguments[i];
         if (value.object()) reason = ReasonAgainstObject(value.object(), "the argument " + parameter.name, closed);
-        if (value.kind() == Kind::Integer) reason = ReasonAgainstNumber(method, self, parameter, value.ToInt64());
+        if (value.kind() == Kind::Integer) reason = ReasonAgainstNumber(method, use.self, parameter, value.ToInt64());
         if (value.kind() == Kind::Array && host::UpperBound(value.array()) < 0)
             reason = "the array " + parameter.name + " is empty";
         if (value.IsNil() && !MayBeNil(method, i) && nil.empty()) nil = "the argument " + parameter.name + " is Nil";
     }
+    if (use.assigned && use.assigned->IsNil()) nil = "the value is Nil";
     return reason.empty() ? nil : reason;
 }
 
-void Explainer::BeforeCall(const host::Method& method, host::Object* self, std::span<const Value> arguments, Position) {
-    const bool ours = method.owner && classes_.contains(method.owner);
-    reasons_.push_back(ours ? ReasonAgainst(method, self, arguments, closed_) : std::string());
+void Explainer::Tell(const MemberUse& use, const std::string& outcome, const std::string& reason) const {
+    tell_(path_ + ':' + std::to_string(use.at.line) + ':' + std::to_string(use.at.column) + ": " + use.Name() + ' ' +
+          outcome + ": " + reason + '\n');
 }
 
-void Explainer::AfterCall(const host::Method& method, host::Object* self, std::span<const Value>, const Value& result,
-                          Position at) {
+void Explainer::OnNil(const MemberUse& use) {
+    if (!IsOurs(use)) return;
+    const char* deed = use.method ? "was called" : use.assigned ? "was set" : "was read";
+    Tell(use, deed, "there is Nil instead of a " + use.Owner()->name());
+}
+
+void Explainer::Before(const MemberUse& use) {
+    reasons_.push_back(IsOurs(use) ? ReasonAgainst(use, closed_) : std::string());
+}
+
+void Explainer::After(const MemberUse& use, const Value& result) {
     std::string reason = std::move(reasons_.back());
     reasons_.pop_back();
-    if (!method.owner || !classes_.contains(method.owner)) return;
-    if (SameName(method.declaration.name, "Close")) {
-        closed_[self] = at;
+    if (!IsOurs(use)) return;
+    if (use.property) {
+        const std::string outcome = use.assigned ? WrittenText(use) : ReadText(*use.property, result);
+        // A Nil or 0 without a reason is as good a value as any.
+        const bool untold = outcome.empty() || (!use.assigned && reason.empty());
+        if (!untold) Tell(use, outcome, reason.empty() ? "the reason can't be seen from outside" : reason);
         return;
     }
-    if (IsConstructor(method)) closed_.erase(self);
+    const host::Method& method = *use.method;
+    if (SameName(method.declaration.name, "Close")) {
+        closed_[use.self] = use.at;
+        return;
+    }
+    if (IsConstructor(method)) closed_.erase(use.self);
     closed_.erase(result.object());
-    const std::string outcome = ResultText(method, self, result);
-    const bool gives = method.declaration.result.kind != Kind::None || IsConstructor(method);
+    const std::string outcome = ResultText(use, result);
+    const bool gives = (method.declaration.result.kind != Kind::None && !use.assigned) || IsConstructor(method);
     if (outcome.empty() || (!gives && reason.empty())) return;
-    if (reason.empty()) reason = "the reason can't be seen from outside";
-    tell_(path_ + ':' + std::to_string(at.line) + ':' + std::to_string(at.column) + ": " + method.declaration.name +
-          ' ' + outcome + ": " + reason + '\n');
+    Tell(use, outcome, reason.empty() ? "the reason can't be seen from outside" : reason);
 }
 
 }  // namespace script

@@ -1,4 +1,5 @@
-// Why a call of a plug-in gave nothing, as far as it can be seen from outside.
+// Why a call of a plug-in gave nothing, or a property of it kept its value, as far as it can be
+// seen from outside.
 //
 // The rules know no method: they go by the state of the objects (a Boolean property Valid, Width
 // and Height), by nil, and by parameters that are called like a family of the class's constants,
@@ -20,27 +21,28 @@ namespace script {
 // again.
 using ClosedObjects = std::map<const host::Object*, Position>;
 
-class Explainer : public CallObserver {
+class Explainer : public MemberObserver {
   public:
-    // Explains calls of the classes given, one line each to `tell`.
+    // Explains what is done with members of the classes given, one line each to `tell`.
     Explainer(std::string path, std::set<const host::Class*> classes, std::function<void(std::string_view)> tell)
         : path_(std::move(path)), classes_(std::move(classes)), tell_(std::move(tell)) {}
 
-    void BeforeCall(const host::Method& method, host::Object* self, std::span<const host::Value> arguments,
-                    Position at) override;
-    void AfterCall(const host::Method& method, host::Object* self, std::span<const host::Value> arguments,
-                   const host::Value& result, Position at) override;
+    void Before(const MemberUse& use) override;
+    void After(const MemberUse& use, const host::Value& result) override;
+    void OnNil(const MemberUse& use) override;
 
   private:
+    bool IsOurs(const MemberUse& use) const { return use.Owner() && classes_.contains(use.Owner()); }
+    void Tell(const MemberUse& use, const std::string& outcome, const std::string& reason) const;
+
     std::string path_;
     std::set<const host::Class*> classes_;
     std::function<void(std::string_view)> tell_;
-    std::vector<std::string> reasons_;  // of the calls under way, seen before they began
+    std::vector<std::string> reasons_;  // of the uses under way, seen before they began
     ClosedObjects closed_;
 };
 
-// What is wrong with a call before it is made; empty when nothing can be seen.
-std::string ReasonAgainst(const host::Method& method, host::Object* self, std::span<const host::Value> arguments,
-                          const ClosedObjects& closed);
+// What is wrong with a use before it is made; empty when nothing can be seen.
+std::string ReasonAgainst(const MemberUse& use, const ClosedObjects& closed);
 
 }  // namespace script

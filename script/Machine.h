@@ -43,12 +43,26 @@ struct Failure {
     std::size_t omitted = 0;       // lines cut
 };
 
-// Sees the calls that a script makes to the host and its plug-ins.
-struct CallObserver {
-    virtual ~CallObserver() = default;
-    virtual void BeforeCall(const host::Method&, host::Object*, std::span<const host::Value>, Position) {}
-    virtual void AfterCall(const host::Method&, host::Object*, std::span<const host::Value>, const host::Value&,
-                           Position) {}
+// One use of a member of the host or its plug-ins: a method called or assigned to, or a property read
+// or set.
+struct MemberUse {
+    const host::Method* method = nullptr;  // or
+    const host::Property* property = nullptr;
+    host::Object* self = nullptr;  // null for functions and shared members
+    std::span<const host::Value> arguments;
+    const host::Value* assigned = nullptr;  // the new value, where there is one
+    Position at;
+
+    const std::string& Name() const { return method ? method->declaration.name : property->name; }
+    const host::Class* Owner() const { return method ? method->owner : property->owner; }
+};
+
+// Sees what a script does with members of the host and its plug-ins.
+struct MemberObserver {
+    virtual ~MemberObserver() = default;
+    virtual void Before(const MemberUse&) {}
+    virtual void After(const MemberUse&, const host::Value& /*result*/) {}
+    virtual void OnNil(const MemberUse&) {}  // the member was asked of Nil; an exception follows
 };
 
 class Machine {
@@ -74,7 +88,7 @@ class Machine {
     static void Interrupt();
 
     std::function<void(std::string_view)> print;  // takes each line of Print, without its end
-    std::vector<CallObserver*> observers;
+    std::vector<MemberObserver*> observers;
 
   private:
     struct Frame {
@@ -106,6 +120,9 @@ class Machine {
     void GetProperty(Instruction instruction, const Function& function, host::Value* r);
     void SetProperty(Instruction instruction, const Function& function, host::Value* r);
     void NewObject(Instruction instruction, const Function& function, host::Value* r);
+    template <class Work>
+    host::Value Observe(const MemberUse& use, const Work& work);
+    [[noreturn]] void FailOnNil(const MemberUse& use, std::string_view what) const;
     [[noreturn]] void RaiseFrom(const host::Value& exception);
 
     Code& code_;

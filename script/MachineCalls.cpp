@@ -26,10 +26,12 @@ class Arguments {
     std::vector<Value> many_;
 };
 
-host::Object* ReceiverOf(const CallSite& site, const Value* r, std::string_view name) {
-    host::Object* self = r[site.arguments[0]].object();
-    if (!self) Throw("NilObjectException", std::string(name) + " is called on Nil");
-    return self;
+host::Object* ReceiverOf(const CallSite& site, const Value* r) {
+    return site.hasReceiver ? r[site.arguments[0]].object() : nullptr;
+}
+
+[[noreturn]] void ThrowOnNil(std::string_view name, std::string_view what) {
+    Throw("NilObjectException", std::string(name) + ' ' + std::string(what) + " Nil");
 }
 
 }  // namespace
@@ -40,7 +42,8 @@ void Machine::EnterCall(Instruction instruction, const Function& caller, Value* 
     auto& site = const_cast<CallSite&>(caller.sites[instruction.Number()]);
     const Function* callee = site.routine ? site.routine->code : site.seenCode;
     if (site.hasReceiver) {
-        const host::Object* self = ReceiverOf(site, r, site.routine->signature.name);
+        const host::Object* self = ReceiverOf(site, r);
+        if (!self) ThrowOnNil(site.routine->signature.name, "is called on");
         if (instruction.op == Op::CallVirtual) {
             if (site.seen != self->type) {
                 site.seenCode = FindOverride(*self->type, *site.routine);
@@ -54,45 +57,81 @@ void Machine::EnterCall(Instruction instruction, const Function& caller, Value* 
     for (std::size_t i = 0; i < site.arguments.size(); ++i) registers[callee->parameters[i]] = r[site.arguments[i]];
 }
 
+void Machine::FailOnNil(const MemberUse& use, std::string_view what) const {
+    for (MemberObserver* observer : observers) observer->OnNil(use);
+    ThrowOnNil(use.Name(), what);
+}
+
+// Whatever becomes of the work, the observers see its end.
+template <class Work>
+Value Machine::Observe(const MemberUse& use, const Work& work) {
+    Value result;
+    const auto end = [&] {
+        for (MemberObserver* observer : observers) observer->After(use, result);
+    };
+    for (MemberObserver* observer : observers) observer->Before(use);
+    try {
+        result = work();
+    } catch (...) {
+        end();
+        throw;
+    }
+    end();
+    return result;
+}
+
 void Machine::CallNative(Instruction instruction, const Function& function, Value* r) {
     const CallSite& site = function.sites[instruction.Number()];
-    const host::Method& method = *site.native;
-    host::Object* self = site.hasReceiver ? ReceiverOf(site, r, method.declaration.name) : nullptr;
     Arguments arguments(site, r);
-    for (CallObserver* observer : observers) observer->BeforeCall(method, self, arguments.All(), Here());
-    Value result = host::Invoke(method, self, arguments.All());
-    for (CallObserver* observer : observers) observer->AfterCall(method, self, arguments.All(), result, Here());
+    MemberUse use{.method = site.native, .self = ReceiverOf(site, r), .arguments = arguments.All(), .at = Here()};
+    if (site.hasReceiver && !use.self) FailOnNil(use, "is called on");
+    Value result = Observe(use, [&] { return host::Invoke(*use.method, use.self, arguments.All()); });
     CheckRaised();
     if (instruction.a != kNoRegister && !result.IsNothing()) r[instruction.a] = std::move(result);
 }
 
 void Machine::CallSetter(Instruction instruction, const Function& function, Value* r) {
     const CallSite& site = function.sites[instruction.Number()];
-    host::Object* self = site.hasReceiver ? ReceiverOf(site, r, site.native->declaration.name) : nullptr;
-    Arguments arguments(site, r);
-    const std::span<Value> all = arguments.All();
-    for (CallObserver* observer : observers) observer->BeforeCall(*site.native, self, all, Here());
-    host::InvokeSetter(*site.native, self, all.first(all.size() - 1), all.back());
-    for (CallObserver* observer : observers) observer->AfterCall(*site.native, self, all, Value(), Here());
+    Arguments all(site, r);
+    const std::span<Value> arguments = all.All().first(all.All().size() - 1);
+    const Value& assigned = all.All().back();
+    const MemberUse use{.method = site.native,
+                        .self = ReceiverOf(site, r),
+                        .arguments = arguments,
+                        .assigned = &assigned,
+                        .at = Here()};
+    if (site.hasReceiver && !use.self) FailOnNil(use, "is called on");
+    Observe(use, [&] {
+        host::InvokeSetter(*use.method, use.self, arguments, assigned);
+        return Value();
+    });
     CheckRaised();
 }
 
 void Machine::GetProperty(Instruction instruction, const Function& function, Value* r) {
-    const host::Property& property = *function.properties[instruction.c];
-    host::Object* self = instruction.b == kNoRegister ? nullptr : r[instruction.b].object();
-    if (!self && instruction.b != kNoRegister) Throw("NilObjectException", property.name + " of Nil is asked for");
-    Value result = host::GetProperty(property, self);
+    const bool ofObject = instruction.b != kNoRegister;
+    const MemberUse use{.property = function.properties[instruction.c],
+                        .self = ofObject ? r[instruction.b].object() : nullptr,
+                        .at = Here()};
+    if (ofObject && !use.self) FailOnNil(use, "is asked of");
+    Value result = Observe(use, [&] { return host::GetProperty(*use.property, use.self); });
     CheckRaised();
     if (!result.IsNothing()) r[instruction.a] = std::move(result);
 }
 
 void Machine::SetProperty(Instruction instruction, const Function& function, Value* r) {
-    const host::Property& property = *function.properties[instruction.c];
-    host::Object* self = instruction.a == kNoRegister ? nullptr : r[instruction.a].object();
-    if (!self && instruction.a != kNoRegister) Throw("NilObjectException", property.name + " of Nil is set");
+    const bool ofObject = instruction.a != kNoRegister;
     const Value value = r[instruction.b];
-    const auto keepAlive = host::Ref<host::Object>::Share(self);
-    host::SetProperty(property, self, value);
+    const MemberUse use{.property = function.properties[instruction.c],
+                        .self = ofObject ? r[instruction.a].object() : nullptr,
+                        .assigned = &value,
+                        .at = Here()};
+    if (ofObject && !use.self) FailOnNil(use, "is set on");
+    const auto keepAlive = host::Ref<host::Object>::Share(use.self);
+    Observe(use, [&] {
+        host::SetProperty(*use.property, use.self, value);
+        return Value();
+    });
     CheckRaised();
 }
 

@@ -11,12 +11,12 @@
 
 namespace script {
 
-struct CallObserver;
+struct MemberObserver;
 
 struct RunOptions {
     std::function<void(std::string_view)> print;     // each line of Print, without its end
     std::function<void(std::string_view)> complain;  // messages, whole lines with their ends
-    std::vector<CallObserver*> observers;            // borrowed
+    std::vector<MemberObserver*> observers;          // borrowed
 };
 
 // The text of a file; nothing, after a message to `complain`, when it can't be read.

@@ -70,8 +70,6 @@ int Run(const Settings& settings, const RunSettings& run) {
     if (!source || !LoadPlugin(settings)) return 1;
     host::SetApplicationArguments(run.arguments);
     host::DefaultImageReadSettings() = {run.maxPixels, !run.noOrientation};
-    host::SetApplicationArguments(run.arguments);
-    host::DefaultImageReadSettings() = {run.maxPixels, !run.noOrientation};
     std::signal(SIGINT, OnInterrupt);
     std::setvbuf(stdout, nullptr, _IOLBF, 0);  // each line is seen when it is printed, in a pipe too
     StatusLine status(isatty(STDERR_FILENO) != 0);

@@ -19,11 +19,11 @@ std::string NumberText(host::Object* object, std::string_view name) {
 
 }  // namespace
 
-std::string CallText(const host::Method& method, host::Object* self) {
-    std::string text = method.declaration.name;
-    if (method.owner && !method.owner->name().empty()) text = method.owner->name() + '.' + text;
-    const std::string width = NumberText(self, "Width");
-    const std::string height = NumberText(self, "Height");
+std::string TextOf(const script::MemberUse& use) {
+    std::string text = use.Name();
+    if (use.Owner() && !use.Owner()->name().empty()) text = use.Owner()->name() + '.' + text;
+    const std::string width = NumberText(use.self, "Width");
+    const std::string height = NumberText(use.self, "Height");
     if (!width.empty() && !height.empty()) text += ", " + width + " × " + height;
     return text;
 }
@@ -43,16 +43,14 @@ StatusLine::~StatusLine() {
     Erase();
 }
 
-void StatusLine::BeforeCall(const host::Method& method, host::Object* self, std::span<const host::Value>,
-                            script::Position) {
+void StatusLine::Before(const script::MemberUse& use) {
     if (!thread_.joinable()) return;
-    std::string text = CallText(method, self);
+    std::string text = TextOf(use);
     const std::lock_guard lock(mutex_);
     calls_.push_back(std::move(text));
 }
 
-void StatusLine::AfterCall(const host::Method&, host::Object*, std::span<const host::Value>, const host::Value&,
-                           script::Position) {
+void StatusLine::After(const script::MemberUse&, const host::Value&) {
     if (!thread_.joinable()) return;
     const std::lock_guard lock(mutex_);
     calls_.pop_back();

@@ -13,18 +13,16 @@
 
 namespace tqx {
 
-// While a call into a plug-in takes longer than a second, standard error shows the member at work,
+// While a script takes longer than a second, standard error shows the member at work,
 // its picture's size and the time since the script started. Gone when the script ends. Does
 // nothing unless standard error is a terminal.
-class StatusLine : public script::CallObserver {
+class StatusLine : public script::MemberObserver {
   public:
     explicit StatusLine(bool shown);
     ~StatusLine() override;
 
-    void BeforeCall(const host::Method& method, host::Object* self, std::span<const host::Value> arguments,
-                    script::Position at) override;
-    void AfterCall(const host::Method& method, host::Object* self, std::span<const host::Value> arguments,
-                   const host::Value& result, script::Position at) override;
+    void Before(const script::MemberUse& use) override;
+    void After(const script::MemberUse& use, const host::Value& result) override;
 
     // Runs code that writes to the terminal, with the line out of its way.
     template <class Code>
@@ -51,6 +49,6 @@ class StatusLine : public script::CallObserver {
 };
 
 // "PictureTQX.Scale, 5312 × 2988"
-std::string CallText(const host::Method& method, host::Object* self);
+std::string TextOf(const script::MemberUse& use);
 
 }  // namespace tqx
