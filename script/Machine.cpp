@@ -178,6 +178,12 @@ void Machine::Run() {
 }
 
 host::Value Machine::Invoke(const Function& function, host::Object* self, std::span<host::Value> arguments) {
+    // A chain of destructors may go on for ever without a loop or a call that would look.
+    if (interrupted.exchange(false)) {
+        terminating_ = true;
+        exitCode_ = kInterruptedExitCode;
+        WantAttention();
+    }
     if (terminating_) return {};
     CheckNativeStack();
     const std::size_t floor = frames_.size();
