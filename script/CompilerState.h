@@ -1,6 +1,7 @@
 // The compiler's insides: one instance compiles one function.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <utility>
 #include <vector>
@@ -31,12 +32,20 @@ class FunctionCompiler {
     void CompileInitializer(ClassSymbol& symbol);
 
   private:
-    // A Try whose Finally must run when it is left, with the stretches of code it protects.
+    // A stretch of code whose exceptions go to a handler. The code of a Finally stands once, behind
+    // what it protects; every way out of that puts its number into a register and jumps there, and
+    // behind the Finally the number decides where it goes on.
     struct OpenTry {
-        Block* finallyBlock = nullptr;
-        std::vector<std::pair<std::size_t, std::size_t>> stretches;
         std::size_t from = 0;
+        std::size_t scopes = 0;  // open ones around it
+        bool hasFinally = false;
+        std::uint16_t way = 0;                    // the register with the number
+        JumpList entries;                         // jumps to the Finally
+        std::vector<std::function<void()>> ways;  // compile what follows it; kFirstWay and up
     };
+    static constexpr int kStraightOn = 0;
+    static constexpr int kRaiseOn = 1;
+    static constexpr int kFirstWay = 2;
     struct OpenLoop {
         LoopKind kind = LoopKind::For;
         JumpList exits;
@@ -130,10 +139,11 @@ class FunctionCompiler {
     void CompileReturn(Statement& statement);
     void CompileTry(Statement& statement);
     void CompileCatches(Statement& statement, std::uint16_t exception, JumpList& done);
-    void CompileFinally(Block* block);
-    void RunFinallies(std::size_t downTo);
-    void OpenProtection(Block* finallyBlock);
-    void CloseProtection(std::size_t target, std::uint16_t exception);
+    void CompileFinally(Statement& statement, OpenTry open, std::uint16_t exception);
+    void TakeWay(const OpenTry& open, int number);
+    void Leave(std::size_t downTo, const std::function<void()>& goOn);
+    void OpenProtection();
+    OpenTry CloseProtection(std::uint16_t exception);
     void ClearSince(std::size_t logSize);
 
     Symbols& symbols_;
@@ -148,7 +158,6 @@ class FunctionCompiler {
     std::vector<std::vector<std::uint16_t>> scopes_;
     std::vector<OpenTry> tries_;
     std::vector<OpenLoop> loops_;
-    int finallyDepth_ = 0;
 };
 
 // Whether evaluating it may run other code of the script, which may change variables.

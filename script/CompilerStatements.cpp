@@ -304,30 +304,27 @@ void FunctionCompiler::CompileDo(Statement& statement) {
 
 void FunctionCompiler::CompileJump(const Statement& statement) {
     if (statement.loopKind == LoopKind::Routine) {
-        RunFinallies(0);
-        if (function_.routine && function_.routine->signature.result != kNoType) {
-            EmitDefaultReturn();
-        } else {
-            Emit(Op::ReturnNothing);
-        }
-        return;
+        return Leave(0, [this] {
+            if (function_.routine && function_.routine->signature.result != kNoType)
+                EmitDefaultReturn();
+            else
+                Emit(Op::ReturnNothing);
+        });
     }
-    auto loop = std::find_if(loops_.rbegin(), loops_.rend(), [&](const OpenLoop& open) {
+    const auto found = std::find_if(loops_.rbegin(), loops_.rend(), [&](const OpenLoop& open) {
         return statement.loopKind == LoopKind::Innermost ? open.kind != LoopKind::Select
                                                          : open.kind == statement.loopKind;
     });
-    RunFinallies(loop->tries);
-    at_ = statement.at;
-    ClearScopes(loop->scopes);
-    Jump(statement.action == Action::Exit ? loop->exits : loop->continues);
+    const auto loop = static_cast<std::size_t>(loops_.rend() - found) - 1;
+    Leave(found->tries, [this, &statement, loop] {
+        at_ = statement.at;
+        ClearScopes(loops_[loop].scopes);
+        Jump(statement.action == Action::Exit ? loops_[loop].exits : loops_[loop].continues);
+    });
 }
 
 void FunctionCompiler::CompileReturn(Statement& statement) {
-    if (statement.expressions.empty()) {
-        RunFinallies(0);
-        Emit(Op::ReturnNothing);
-        return;
-    }
+    if (statement.expressions.empty()) return Leave(0, [this] { Emit(Op::ReturnNothing); });
     Expression& value = *statement.expressions[0];
     if (tries_.empty()) {
         const Operand result = Compile(value);
@@ -339,53 +336,62 @@ void FunctionCompiler::CompileReturn(Statement& statement) {
     // A copy, so that Finally can't change what is returned.
     const Operand result = Temporary(value.type);
     CompileTo(value, result.index);
-    RunFinallies(0);
-    at_ = statement.at;
-    Emit(Op::Return, result.index);
-    Release(result.index);
+    Leave(0, [this, &statement, result] {
+        at_ = statement.at;
+        Emit(Op::Return, result.index);
+        Release(result.index);
+    });
 }
 
 // --- Try
 
-void FunctionCompiler::OpenProtection(Block* finallyBlock) { tries_.push_back({finallyBlock, {}, Here()}); }
+void FunctionCompiler::OpenProtection() {
+    OpenTry& open = tries_.emplace_back();
+    open.from = Here();
+    open.scopes = scopes_.size();
+}
 
-// Ends the protected stretch; exceptions raised in it go to `target`.
-void FunctionCompiler::CloseProtection(std::size_t target, std::uint16_t exception) {
+// Ends the protected stretch; exceptions raised in it come to what is compiled next.
+FunctionCompiler::OpenTry FunctionCompiler::CloseProtection(std::uint16_t exception) {
     OpenTry open = std::move(tries_.back());
     tries_.pop_back();
-    open.stretches.emplace_back(open.from, Here());
-    for (const auto& [from, to] : open.stretches) {
-        if (from == to) continue;
-        function_.handlers.push_back({static_cast<std::uint32_t>(from), static_cast<std::uint32_t>(to),
-                                      static_cast<std::uint32_t>(target), exception});
+    if (open.from != Here()) {
+        function_.handlers.push_back({static_cast<std::uint32_t>(open.from), static_cast<std::uint32_t>(Here()),
+                                      static_cast<std::uint32_t>(Here()), exception});
     }
+    return open;
 }
 
-// Before a jump out of some Trys: their Finallys from the inside out, each outside the protection
-// of its own Try and of those within.
-void FunctionCompiler::RunFinallies(std::size_t downTo) {
-    std::vector<OpenTry> left;
-    while (tries_.size() > downTo) {
-        OpenTry open = std::move(tries_.back());
-        tries_.pop_back();
-        open.stretches.emplace_back(open.from, Here());
-        Block* finallyBlock = open.finallyBlock;
-        left.push_back(std::move(open));
-        if (finallyBlock) CompileFinally(finallyBlock);
-    }
-    for (; !left.empty(); left.pop_back()) {
-        tries_.push_back(std::move(left.back()));
-        tries_.back().from = Here();
-    }
+void FunctionCompiler::TakeWay(const OpenTry& open, int number) {
+    Emit(Op::MoveBits, open.way, Constant(kIntegerType, host::Value(number)).index);
 }
 
-void FunctionCompiler::CompileFinally(Block* block) {
-    // Each copy of a Finally copies those within it.
-    constexpr int kDeepestFinally = 4;
-    if (finallyDepth_ >= kDeepestFinally) throw FunctionTooLarge();
-    ++finallyDepth_;
-    CompileBlock(*block);
-    --finallyDepth_;
+// Goes on as `goOn` compiles it, after the Finallys of the Trys that are left, from the inside out.
+void FunctionCompiler::Leave(std::size_t downTo, const std::function<void()>& goOn) {
+    const auto end = tries_.rend() - static_cast<std::ptrdiff_t>(downTo);
+    const auto innermost = std::find_if(tries_.rbegin(), end, [](const OpenTry& open) { return open.hasFinally; });
+    if (innermost == end) return goOn();
+    ClearScopes(innermost->scopes);
+    TakeWay(*innermost, kFirstWay + static_cast<int>(innermost->ways.size()));
+    Jump(innermost->entries);
+    innermost->ways.emplace_back([this, downTo, goOn] { Leave(downTo, goOn); });
+}
+
+// The Finally, and behind it every way on.
+void FunctionCompiler::CompileFinally(Statement& statement, OpenTry open, std::uint16_t exception) {
+    CompileBlock(statement.finallyBlock);
+    open.ways.insert(open.ways.begin(), [this, &statement, exception] {
+        at_ = statement.at;
+        Emit(Op::Raise, exception);
+    });
+    for (std::size_t i = 0; i < open.ways.size(); ++i) {
+        const auto number = static_cast<std::int32_t>(kRaiseOn + i);
+        JumpList next;
+        Emit(Op::TestEqualI, open.way, Constant(kIntegerType, host::Value(number)).index);
+        Jump(next);
+        open.ways[i]();
+        Land(next);
+    }
 }
 
 // What was put into registers since and may be left there when an exception comes.
@@ -395,36 +401,36 @@ void FunctionCompiler::ClearSince(std::size_t logSize) {
 }
 
 void FunctionCompiler::CompileTry(Statement& statement) {
-    Block* finallyBlock = statement.hasFinally ? &statement.finallyBlock : nullptr;
     const Operand exception = Temporary({Base::Object, false, symbols_.object});
-    JumpList done;
+    const Operand way = Temporary(kIntegerType);
     const std::size_t log = log_.size();
-    if (finallyBlock) OpenProtection(finallyBlock);
+    if (statement.hasFinally) {
+        OpenProtection();
+        tries_.back().hasFinally = true;
+        tries_.back().way = way.index;
+    }
     if (!statement.catches.empty()) {
-        OpenProtection(nullptr);
+        OpenProtection();
         CompileBlock(statement.blocks[0]);
         JumpList bodyDone;
         Jump(bodyDone);
-        CloseProtection(Here(), exception.index);
+        CloseProtection(exception.index);
         ClearSince(log);
         CompileCatches(statement, exception.index, bodyDone);
         Land(bodyDone);
     } else {
         CompileBlock(statement.blocks[0]);
     }
-    if (finallyBlock) {
-        Jump(done);
-        CloseProtection(Here(), exception.index);
+    if (statement.hasFinally) {
+        TakeWay(tries_.back(), kStraightOn);
+        Jump(tries_.back().entries);
+        OpenTry open = CloseProtection(exception.index);
         ClearSince(log);
-        const Operand kept = Temporary({Base::Object, false, symbols_.object});
-        Emit(Op::Move, kept.index, exception.index);
-        CompileFinally(finallyBlock);
-        at_ = statement.at;
-        Emit(Op::Raise, kept.index);
-        Free(kept);
-        Land(done);
-        CompileFinally(finallyBlock);
+        TakeWay(open, kRaiseOn);
+        Land(open.entries);
+        CompileFinally(statement, std::move(open), exception.index);
     }
+    Free(way);
     Free(exception);
 }
 
