@@ -15,10 +15,10 @@ namespace {
 constexpr int kNilCost = 1;
 constexpr int kInheritCost = 2;
 constexpr int kNarrowCost = 12;
-constexpr int kTruncateCost = 15;
-constexpr int kToVariantCost = 18;
-constexpr int kFromVariantCost = 19;
-constexpr int kHostConversionCost = 20;
+constexpr int kTruncateCost = 15;  // to the widest; more to narrower ones
+constexpr int kToVariantCost = 19;
+constexpr int kFromVariantCost = 20;
+constexpr int kHostConversionCost = 21;
 
 // Whole numbers by the range they cover, then reals.
 int RankOf(Base base) {
@@ -162,7 +162,7 @@ int Checker::NumericCost(const Expression& from, Type to) const {
     const Type type = from.type;
     if (from.node == Node::IntegerLiteral && IsIntegral(to))
         return FitsIn(LiteralInteger(from), to.base) ? 1 : kNarrowCost;
-    if (IsReal(type) && IsIntegral(to)) return kTruncateCost;
+    if (IsReal(type) && IsIntegral(to)) return kTruncateCost + RankOf(Base::Int64) - RankOf(to.base);
     if (type.base == Base::Double && to.base == Base::Single)
         return from.node == Node::RealLiteral ? 1 : kNarrowCost - 1;
     const int step = RankOf(to.base) - RankOf(type.base);

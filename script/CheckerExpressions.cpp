@@ -191,9 +191,11 @@ void Checker::MakeVariantOperation(Expression& expression, bool comparison) {
 void Checker::CheckArithmetic(ExpressionPtr& expression) {
     ExpressionPtr& left = expression->operands[0];
     ExpressionPtr& right = expression->operands[1];
-    if (IsVariant(left->type) || IsVariant(right->type)) return MakeVariantOperation(*expression, false);
+    // A variant beside a text is taken as a text, whatever it holds.
+    const bool joins = expression->op == Operator::Add && (IsString(left->type) || IsString(right->type));
+    if (!joins && (IsVariant(left->type) || IsVariant(right->type))) return MakeVariantOperation(*expression, false);
     const auto textual = [&](const Expression& e) {
-        return IsString(e.type) || (IsObject(e.type) && ConversionCost(e, kStringType) >= 0);
+        return IsString(e.type) || IsVariant(e.type) || (IsObject(e.type) && ConversionCost(e, kStringType) >= 0);
     };
     if (expression->op == Operator::Add && textual(*left) && textual(*right)) {
         ForceConvert(left, kStringType);

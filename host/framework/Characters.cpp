@@ -111,6 +111,8 @@ std::string CharacterText(char32_t character, sdk::Encoding encoding) {
 }
 
 char32_t UpperCharacter(char32_t character) {
+    constexpr char32_t kSharpS = 0xdf;  // its capital is no common letter
+    if (character == kSharpS) return character;
     return static_cast<char32_t>(utf8proc_toupper(static_cast<utf8proc_int32_t>(character)));
 }
 

@@ -139,6 +139,21 @@ TEST(Command, InterruptTakesScratchFilesAway) {
     EXPECT_FALSE(std::filesystem::exists(scratch));
 }
 
+// A chain of objects each of which makes the next one when it goes.
+TEST(Command, InterruptEndsDestructorsWithoutEnd) {
+    const ScriptOf script(
+        "Class Tracked\n  Sub Destructor()\n    Dim t As New Tracked\n  End Sub\nEnd Class\n"
+        "Dim t As New Tracked\nPrint \"started\"\nt = Nil\nWhile True\nWend\n");
+    bool sent = false;
+    const Outcome outcome = RunCommand({"run", script.path()}, [&](int process, const Outcome&) {
+        if (!sent) kill(process, SIGINT);
+        sent = true;
+    });
+    EXPECT_TRUE(outcome.ended);
+    EXPECT_EQ(outcome.exitCode, 130) << outcome.err;
+    EXPECT_EQ(outcome.out, "started\n");
+}
+
 TEST(Command, InterruptEndsAnEndlessLoopInOrder) {
     const ScriptOf script(
         "Class Tracked\n  Sub Destructor()\n    Print \"released\"\n  End Sub\nEnd Class\n"
@@ -169,6 +184,48 @@ TEST(Command, ExplainsCallsThatGaveNothing) {
                                name + ":3:23: ScaleFast gave False: the argument source is Nil\n" + name +
                                ":6:7: Clone gave Nil: the PictureTQX was closed in line 5\n");
     EXPECT_EQ(RunCommand({"run", script.path()}).err, "");
+}
+
+TEST(Command, ExplainsPropertiesAndMembersOfNil) {
+    const ScriptOf script(
+        "Dim p As New PictureTQX(4, 4, PictureTQX.ImageFormatRGB)\n"
+        "p.Row(3) = p.Row(2)\n"
+        "Dim m As MemoryBlock = p.MemoryTarget\n"
+        "p.YieldTicks = -1\n"
+        "p.Close\n"
+        "m = p.Memory\n"
+        "p.MappingBlockSize = -4\n"
+        "p.RowStringInFormat(1, 1) = \"abc\"\n"
+        "p = Nil\n"
+        "Try\n  p.YieldTicks = 3\nCatch\n  Try\n    Print p.Width\n  Catch\n    Try\n      p.Invert\n"
+        "    Catch\n    End Try\n  End Try\nEnd Try\n");
+    const Outcome outcome = RunCommand({"run", "--explain", script.path()});
+    const std::string name = script.path();
+    EXPECT_EQ(outcome.err,
+              name + ":6:7: Memory is Nil: the PictureTQX was closed in line 5\n" + name +
+                  ":7:3: MappingBlockSize is 4096 after it was set to -4: the PictureTQX was closed in line 5\n" +
+                  name + ":8:3: RowStringInFormat did nothing: the PictureTQX was closed in line 5\n" + name +
+                  ":11:5: YieldTicks was set: there is Nil instead of a PictureTQX\n" + name +
+                  ":14:13: Width was read: there is Nil instead of a PictureTQX\n" + name +
+                  ":17:9: Invert was called: there is Nil instead of a PictureTQX\n");
+    EXPECT_EQ(RunCommand({"run", script.path()}).err, "");
+}
+
+// Trys in the body and in the Finally of one another, with a Return through all of them.
+TEST(Command, FinallyMayBeNestedDeeply) {
+    constexpr int kDeep = 45;
+    std::string text = "Dim count As Integer\nFunction F() As Integer\n";
+    for (int i = 0; i < kDeep; ++i) text += "Try\n";
+    text += "Return 7\n";
+    for (int i = 0; i < kDeep; ++i)
+        text += "Finally\ncount = count + 1\nTry\nFinally\ncount = count + 100\nEnd Try\nEnd Try\n";
+    text += "End Function\nPrint F\nPrint count\n";
+    for (int i = 0; i < 2 * kDeep; ++i) text += "Try\nFinally\n";
+    text += "Print \"innermost\"\n";
+    for (int i = 0; i < 2 * kDeep; ++i) text += "End Try\n";
+    const ScriptOf script(text);
+    const Outcome outcome = RunCommand({"run", script.path()});
+    EXPECT_EQ(outcome.out, "7\n4545\ninnermost\n") << outcome.err;
 }
 
 }  // namespace
