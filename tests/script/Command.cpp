@@ -1,6 +1,7 @@
 #include "tests/script/Command.h"
 
 #include <poll.h>
+#include <pty.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -10,7 +11,7 @@
 
 namespace {
 
-// Reads both pipes until they close or the time is over.
+// Reads both ends until they close or the time is over. A terminal that closes ends with an error.
 bool Drain(int out, int err, Outcome& outcome, const std::function<void()>& onOutput) {
     using Clock = std::chrono::steady_clock;
     const auto deadline = Clock::now() + std::chrono::seconds(60);
@@ -36,39 +37,63 @@ bool Drain(int out, int err, Outcome& outcome, const std::function<void()>& onOu
     return true;
 }
 
-}  // namespace
+// What the process writes to, and where it is read.
+struct Ends {
+    int read = -1;
+    int write = -1;
+};
 
-Outcome RunCommand(const std::vector<std::string>& arguments,
-                   const std::function<void(int process, const Outcome&)>& onOutput) {
+Ends MakePipe() {
+    int ends[2] = {-1, -1};
+    if (pipe(ends) != 0) return {};
+    return {ends[0], ends[1]};
+}
+
+Ends MakeTerminal() {
+    Ends ends;
+    if (openpty(&ends.read, &ends.write, nullptr, nullptr, nullptr) != 0) return {};
+    return ends;
+}
+
+Outcome Run(const std::vector<std::string>& arguments, Ends out, Ends err,
+            const std::function<void(int process, const Outcome&)>& onOutput) {
+    Outcome outcome;
+    if (out.read < 0 || err.read < 0) return outcome;
     std::vector<std::string> words = {std::string(TQX_BINARY_DIR) + "/bin/tqx", "--plugin", TQX_PLUGIN_PATH};
     words.insert(words.end(), arguments.begin(), arguments.end());
-    int out[2], err[2];
-    if (pipe(out) != 0 || pipe(err) != 0) return {};
     std::vector<char*> argv;
     for (const std::string& word : words) argv.push_back(const_cast<char*>(word.c_str()));
     argv.push_back(nullptr);
     const pid_t child = fork();
     if (child == 0) {
-        dup2(out[1], STDOUT_FILENO);
-        dup2(err[1], STDERR_FILENO);
-        for (const int end : {out[0], out[1], err[0], err[1]}) close(end);
+        dup2(out.write, STDOUT_FILENO);
+        dup2(err.write, STDERR_FILENO);
+        for (const int end : {out.read, out.write, err.read, err.write}) close(end);
         execv(argv[0], argv.data());
         _exit(127);
     }
-    close(out[1]);
-    close(err[1]);
-    Outcome outcome;
-    outcome.ended = Drain(out[0], err[0], outcome, [&] {
+    close(out.write);
+    close(err.write);
+    outcome.ended = Drain(out.read, err.read, outcome, [&] {
         if (onOutput) onOutput(child, outcome);
     });
     if (!outcome.ended) kill(child, SIGKILL);
     int status = 0;
     waitpid(child, &status, 0);
     outcome.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
-    close(out[0]);
-    close(err[0]);
+    close(out.read);
+    close(err.read);
     return outcome;
 }
+
+}  // namespace
+
+Outcome RunCommand(const std::vector<std::string>& words,
+                   const std::function<void(int process, const Outcome&)>& onOutput) {
+    return Run(words, MakePipe(), MakePipe(), onOutput);
+}
+
+Outcome RunCommandOnTerminal(const std::vector<std::string>& words) { return Run(words, MakePipe(), MakeTerminal(), {}); }
 
 std::vector<std::string> LinesOf(const std::string& text) {
     std::vector<std::string> lines;

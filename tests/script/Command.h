@@ -16,4 +16,7 @@ struct Outcome {
 Outcome RunCommand(const std::vector<std::string>& words,
                    const std::function<void(int process, const Outcome&)>& onOutput = {});
 
+// The same with standard error on a terminal of its own; `err` is what that was sent.
+Outcome RunCommandOnTerminal(const std::vector<std::string>& words);
+
 std::vector<std::string> LinesOf(const std::string& text);

@@ -4,28 +4,14 @@
 
 #include <csignal>
 #include <filesystem>
-#include <fstream>
 
 #include "tests/script/Command.h"
+#include "tests/script/ScriptOf.h"
 
 namespace {
 
 using testing::HasSubstr;
 using testing::Not;
-
-// A script in a file that lives as long as the test.
-class ScriptOf {
-  public:
-    explicit ScriptOf(const std::string& text) {
-        path_ = std::filesystem::temp_directory_path() / ("tqx-command-test-" + std::to_string(getpid()) + ".rbs");
-        std::ofstream(path_) << text;
-    }
-    ~ScriptOf() { std::filesystem::remove(path_); }
-    std::string path() const { return path_.string(); }
-
-  private:
-    std::filesystem::path path_;
-};
 
 TEST(Command, HelpNamesEveryCommand) {
     const Outcome outcome = RunCommand({"--help"});

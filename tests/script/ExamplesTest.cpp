@@ -4,9 +4,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
 #include <fstream>
-#include <map>
+#include <sstream>
 
 #include "tests/script/Command.h"
 
@@ -30,6 +31,30 @@ folder.Child("slope.png").SaveAsPicture(p)
 p.RGBSurface.Pixel(7, 9) = &cFFFFFF
 folder.Child("dot.png").SaveAsPicture(p)
 )";
+
+constexpr const char* kPrintPixels = R"(
+Dim p As Picture = GetFolderItem(App.Arguments(0)).OpenAsPicture
+For y As Integer = 0 To p.Height - 1
+  For x As Integer = 0 To p.Width - 1
+    Dim c As Color = p.RGBSurface.Pixel(x, y)
+    Print Str(c.Red) + " " + Str(c.Green) + " " + Str(c.Blue)
+  Next
+Next
+)";
+
+using Rgb = std::array<int, 3>;
+
+// The slope's colour at a place that may lie between its pixels.
+Rgb SlopeAt(double x, double y) {
+    return {static_cast<int>(x * 5), static_cast<int>(y * 8), static_cast<int>(255 - x * 5)};
+}
+
+testing::Matcher<Rgb> Near(const Rgb& wanted, int distance = 3) {
+    const auto component = [&](int value) {
+        return testing::AllOf(testing::Ge(value - distance), testing::Le(value + distance));
+    };
+    return testing::ElementsAre(component(wanted[0]), component(wanted[1]), component(wanted[2]));
+}
 
 class Examples : public testing::Test {
   protected:
@@ -58,10 +83,15 @@ class Examples : public testing::Test {
         return outcome.out;
     }
 
-    // What a script of one line prints.
-    std::string Printed(const std::string& expression) const {
-        std::ofstream(folder_ / "line.rbs") << "Print " << expression << '\n';
-        return RunCommand({"run", Path("line.rbs")}).out;
+    // Every pixel of a picture, row by row.
+    std::vector<Rgb> Pixels(const std::string& name) const {
+        std::ofstream(folder_ / "pixels.rbs") << kPrintPixels;
+        const Outcome outcome = RunCommand({"run", Path("pixels.rbs"), Path(name)});
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+        std::istringstream numbers(outcome.out);
+        std::vector<Rgb> pixels;
+        for (Rgb pixel; numbers >> pixel[0] >> pixel[1] >> pixel[2];) pixels.push_back(pixel);
+        return pixels;
     }
 
     fs::path folder_;
@@ -94,20 +124,38 @@ TEST_F(Examples, Unsharp) { EXPECT_EQ(Run("unsharp.rbs"), "Sharpened 48 x 32\n")
 TEST_F(Examples, Dither) { EXPECT_THAT(Run("dither.rbs"), HasSubstr("% white\n")); }
 
 TEST_F(Examples, Rotate) {
-    if (Printed("New PictureTQX(2, 2, 1).Rotate(45, 0, 0, 0, 0, 0) Is Nil") != "False\n")
-        GTEST_SKIP() << "this plug-in does not rotate";
-    EXPECT_EQ(Run("rotate.rbs", {"30"}).substr(0, 15), "48 x 32 became ");
+    EXPECT_EQ(Run("rotate.rbs", {"90"}), "48 x 32 became 32 x 48\n");
+    std::vector<Rgb> pixels = Pixels("result.png");
+    ASSERT_EQ(pixels.size(), 32u * 48u);
+    // A quarter turn puts the corners into corners.
+    const std::vector<Rgb> corners = {pixels[0], pixels[31], pixels[47 * 32], pixels[47 * 32 + 31]};
+    EXPECT_THAT(corners, testing::UnorderedElementsAre(SlopeAt(0, 0), SlopeAt(47, 0), SlopeAt(0, 31), SlopeAt(47, 31)));
+
+    const std::string became = Run("rotate.rbs", {"30"});
+    int width = 0, height = 0;
+    ASSERT_EQ(std::sscanf(became.c_str(), "48 x 32 became %d x %d", &width, &height), 2) << became;
+    EXPECT_NEAR(width, 58, 3);   // 48 cos 30° + 32 sin 30°
+    EXPECT_NEAR(height, 52, 3);  // 48 sin 30° + 32 cos 30°
+    pixels = Pixels("result.png");
+    ASSERT_EQ(pixels.size(), static_cast<std::size_t>(width * height));
+    EXPECT_THAT(pixels[0], Near({0x20, 0x40, 0x60}, 0));
+    EXPECT_THAT(pixels.back(), Near({0x20, 0x40, 0x60}, 0));
+    const auto center = static_cast<std::size_t>(height / 2 * width + width / 2);
+    EXPECT_THAT(pixels[center], Near(SlopeAt(23.5, 15.5), 16));
 }
 
 TEST_F(Examples, ResizeFolder) {
-    if (Printed("New PictureTQX(2, 2, 1).Scale(New PictureTQX(4, 4, 1), Nil, 1, 2, 2)") != "True\n")
-        GTEST_SKIP() << "this plug-in does not scale";
     const Outcome outcome =
         RunCommand({"run", (kExamples / "resize_folder.rbs").string(), Path("pictures"), Path("small"), "24"});
     EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
     EXPECT_THAT(LinesOf(outcome.out), testing::UnorderedElementsAre("dot.png: 24 x 16", "slope.png: 24 x 16",
                                                                     "notes.txt is no picture", "2 pictures"));
-    EXPECT_TRUE(fs::exists(folder_ / "small" / "slope.png"));
+    const std::vector<Rgb> pixels = Pixels("small/slope.png");
+    ASSERT_EQ(pixels.size(), 24u * 16u);
+    for (int y = 3; y < 13; ++y)
+        for (int x = 3; x < 21; ++x)
+            EXPECT_THAT(pixels[static_cast<std::size_t>(y * 24 + x)], Near(SlopeAt(2 * x + 0.5, 2 * y + 0.5)))
+                << x << ", " << y;
 }
 
 // The first pixel was blue and is red now.
@@ -130,7 +178,15 @@ TEST_F(Examples, Huge) {
     EXPECT_THAT(refused.out, HasSubstr("There is no room"));
 }
 
-TEST_F(Examples, Tiling) { EXPECT_THAT(Run("tiling.rbs", {"3"}), HasSubstr(" bytes in a file\n")); }
+// Half the size of two by two tiles: the slope's every other pixel, four times.
+TEST_F(Examples, Tiling) {
+    EXPECT_EQ(Run("tiling.rbs", {"2"}), "262144 bytes in a file\n");
+    const std::vector<Rgb> pixels = Pixels("result.png");
+    ASSERT_EQ(pixels.size(), 48u * 32u);
+    for (int y = 0; y < 32; ++y)
+        for (int x = 0; x < 48; ++x)
+            EXPECT_EQ(pixels[static_cast<std::size_t>(y * 48 + x)], SlopeAt(x % 24 * 2, y % 16 * 2)) << x << ", " << y;
+}
 
 TEST_F(Examples, Histogram) {
     const Outcome outcome = RunCommand({"run", (kExamples / "histogram.rbs").string(), Path("pictures/slope.png")});
@@ -154,7 +210,25 @@ TEST_F(Examples, ContactSheet) {
         RunCommand({"run", (kExamples / "contact_sheet.rbs").string(), Path("pictures"), Path("result.png")});
     EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
     EXPECT_THAT(outcome.out, HasSubstr("2 pictures on 680 x 176 pixels\n"));
-    EXPECT_TRUE(fs::exists(folder_ / "result.png"));
+    const std::vector<Rgb> pixels = Pixels("result.png");
+    ASSERT_EQ(pixels.size(), 680u * 176u);
+    const auto at = [&](int x, int y) { return pixels[static_cast<std::size_t>(y * 680 + x)]; };
+    // Two cells have a picture of 160 x 106 pixels in their middle.
+    int dots = 0;
+    for (const int left : {8, 176}) {
+        for (int y = 45; y < 130; y += 7)
+            for (int x = left + 40; x < left + 150; x += 7)
+                EXPECT_THAT(at(x, y), Near(SlopeAt((x - left + 0.5) * 0.3 - 0.5, (y - 35 + 0.5) * 32 / 106 - 0.5)))
+                    << x << ", " << y;
+        dots += at(left + 25, 35 + 31)[0] > 150;
+    }
+    EXPECT_EQ(dots, 1);
+    const Rgb around = {0x30, 0x30, 0x30};
+    for (int y = 0; y < 176; ++y)
+        for (int x = 0; x < 680; ++x) {
+            const bool inPicture = y >= 35 && y < 141 && ((x >= 8 && x < 168) || (x >= 176 && x < 336));
+            EXPECT_EQ(at(x, y) == around, !inPicture) << x << ", " << y;
+        }
 }
 
 }  // namespace

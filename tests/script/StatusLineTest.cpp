@@ -1,0 +1,62 @@
+// The line that a long script shows on a terminal.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/script/Command.h"
+#include "tests/script/ScriptOf.h"
+
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+const std::string kErase = "\r\033[K";
+
+// Blurs for some seconds, so that there is nearly always a call at work, and then prints.
+std::string BlursFor(double seconds) {
+    return "Dim p As New PictureTQX(1500, 1000, PictureTQX.ImageFormatRGB)\n"
+           "Dim start As Double = Microseconds\n"
+           "Do\n  Dim q As PictureTQX = p.BoxBlurFilter(Nil, 5.0)\nLoop Until Microseconds - start > " +
+           std::to_string(seconds * 1e6) + "\nPrint \"done\"\n";
+}
+
+TEST(StatusLine, ShowsTheMemberAtWorkAfterASecondAndIsGoneAtTheEnd) {
+    const ScriptOf script(BlursFor(2.5));
+    const Outcome outcome = RunCommandOnTerminal({"run", script.path()});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.out, "done\n");
+    EXPECT_THAT(outcome.err, testing::StartsWith(kErase));
+    EXPECT_THAT(outcome.err, HasSubstr("PictureTQX.BoxBlurFilter, 1500 \u00d7 1000, "));
+    // Each time shown begins at a second, and none was shown before the first.
+    EXPECT_THAT(outcome.err, testing::AnyOf(HasSubstr(", 1.0 s"), HasSubstr(", 1.1 s"), HasSubstr(", 1.2 s"),
+                                            HasSubstr(", 1.3 s"), HasSubstr(", 1.4 s"), HasSubstr(", 1.5 s")));
+    EXPECT_THAT(outcome.err, Not(HasSubstr(", 0.")));
+    EXPECT_THAT(outcome.err, testing::EndsWith(kErase));
+    EXPECT_THAT(outcome.err, Not(HasSubstr("\n")));
+}
+
+TEST(StatusLine, NamesTheScriptWhileNoMemberIsAtWork) {
+    const ScriptOf script("Dim start As Double = Microseconds\nWhile Microseconds - start < 1500000\nWend\n");
+    const Outcome outcome = RunCommandOnTerminal({"run", script.path()});
+    EXPECT_THAT(outcome.err, testing::AnyOf(HasSubstr("the script, 1."), HasSubstr("Microseconds, 1.")));
+    EXPECT_THAT(outcome.err, testing::EndsWith(kErase));
+}
+
+TEST(StatusLine, IsOutOfTheWayOfMessages) {
+    const ScriptOf script("Dim start As Double = Microseconds\nWhile Microseconds - start < 1500000\nWend\n"
+                          "Raise New IOException\n");
+    const Outcome outcome = RunCommandOnTerminal({"run", script.path()});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.err, HasSubstr(kErase + script.path() + ":4:1: IOException"));
+    const std::size_t message = outcome.err.find(script.path());
+    EXPECT_EQ(outcome.err.find("1.", message), std::string::npos) << outcome.err;
+}
+
+TEST(StatusLine, IsNeverSeenInAQuickScriptNorInAPipe) {
+    const ScriptOf quick(BlursFor(0.05));
+    EXPECT_EQ(RunCommandOnTerminal({"run", quick.path()}).err, "");
+    const ScriptOf slow(BlursFor(1.5));
+    EXPECT_EQ(RunCommand({"run", slow.path()}).err, "");
+}
+
+}  // namespace
