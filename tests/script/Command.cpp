@@ -93,7 +93,9 @@ Outcome RunCommand(const std::vector<std::string>& words,
     return Run(words, MakePipe(), MakePipe(), onOutput);
 }
 
-Outcome RunCommandOnTerminal(const std::vector<std::string>& words) { return Run(words, MakePipe(), MakeTerminal(), {}); }
+Outcome RunCommandOnTerminal(const std::vector<std::string>& words) {
+    return Run(words, MakePipe(), MakeTerminal(), {});
+}
 
 std::vector<std::string> LinesOf(const std::string& text) {
     std::vector<std::string> lines;

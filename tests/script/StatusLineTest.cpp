@@ -27,9 +27,7 @@ TEST(StatusLine, ShowsTheMemberAtWorkAfterASecondAndIsGoneAtTheEnd) {
     EXPECT_EQ(outcome.out, "done\n");
     EXPECT_THAT(outcome.err, testing::StartsWith(kErase));
     EXPECT_THAT(outcome.err, HasSubstr("PictureTQX.BoxBlurFilter, 1500 \u00d7 1000, "));
-    // Each time shown begins at a second, and none was shown before the first.
-    EXPECT_THAT(outcome.err, testing::AnyOf(HasSubstr(", 1.0 s"), HasSubstr(", 1.1 s"), HasSubstr(", 1.2 s"),
-                                            HasSubstr(", 1.3 s"), HasSubstr(", 1.4 s"), HasSubstr(", 1.5 s")));
+    EXPECT_THAT(outcome.err, testing::ContainsRegex(", [1-9][0-9]*[.][0-9] s"));
     EXPECT_THAT(outcome.err, Not(HasSubstr(", 0.")));
     EXPECT_THAT(outcome.err, testing::EndsWith(kErase));
     EXPECT_THAT(outcome.err, Not(HasSubstr("\n")));
@@ -43,8 +41,9 @@ TEST(StatusLine, NamesTheScriptWhileNoMemberIsAtWork) {
 }
 
 TEST(StatusLine, IsOutOfTheWayOfMessages) {
-    const ScriptOf script("Dim start As Double = Microseconds\nWhile Microseconds - start < 1500000\nWend\n"
-                          "Raise New IOException\n");
+    const ScriptOf script(
+        "Dim start As Double = Microseconds\nWhile Microseconds - start < 1500000\nWend\n"
+        "Raise New IOException\n");
     const Outcome outcome = RunCommandOnTerminal({"run", script.path()});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_THAT(outcome.err, HasSubstr(kErase + script.path() + ":4:1: IOException"));
