@@ -246,7 +246,7 @@ bool Checker::ResolvePropertySet(Statement& statement) {
 
 void Checker::CheckAssign(Statement& statement) {
     if (ResolveAssignableCall(statement)) return;
-    CheckExpression(statement.expressions[0]);
+    CheckExpression(statement.expressions[0], false);
     CheckValue(statement.expressions[1]);
     if (IsWrong(statement.expressions[0]->type) || IsWrong(statement.expressions[1]->type)) return;
     if (ResolvePropertySet(statement)) return;

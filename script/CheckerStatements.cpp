@@ -116,6 +116,10 @@ void Checker::CheckCallStatement(Statement& statement) {
     ExpressionPtr& expression = statement.expressions[0];
     const bool literal = IsLiteral(*expression);
     const Node before = expression->node;
+    // "x + 1" reads like a call of x with "+1".
+    const bool bare = before == Node::Apply && !expression->bracketed && expression->operands[0]->node == Node::Name;
+    if (bare && (FindLocal(expression->operands[0]->text) || FindGlobal(expression->operands[0]->text)))
+        return Wrong(*expression, expression->operands[0]->text + " is a variable; assign to it with =");
     CheckExpression(expression, false);
     if (IsWrong(expression->type)) return;
     switch (expression->node) {

@@ -33,7 +33,11 @@ std::string_view LineOf(const Source& source, std::int32_t line) {
 
 void Diagnostics::Add(Position at, std::string message) {
     const bool known = std::any_of(list_.begin(), list_.end(), [&](const Diagnostic& d) { return d.at == at; });
-    if (!known && list_.size() < kMostDiagnostics) list_.push_back({at, std::move(message)});
+    if (known) return;
+    if (list_.size() < kMostDiagnostics)
+        list_.push_back({at, std::move(message)});
+    else
+        ++omitted_;
 }
 
 std::string Describe(const Source& source, const Diagnostic& diagnostic) {
@@ -52,6 +56,7 @@ std::string Diagnostics::Text() const {
     });
     std::string text;
     for (const Diagnostic& diagnostic : sorted) text += Describe(source_, diagnostic);
+    if (omitted_ > 0) text += "… and " + std::to_string(omitted_) + (omitted_ == 1 ? " more error\n" : " more errors\n");
     return text;
 }
 

@@ -30,7 +30,7 @@ struct Diagnostic {
     std::string message;  // one sentence, says what would be right
 };
 
-// More errors than this are not told: the first ones cause the rest.
+// More errors than this are only counted: the first ones cause the rest.
 inline constexpr std::size_t kMostDiagnostics = 25;
 
 class Diagnostics {
@@ -50,6 +50,7 @@ class Diagnostics {
   private:
     const Source& source_;
     std::vector<Diagnostic> list_;
+    int omitted_ = 0;
 };
 
 // One diagnostic as Diagnostics::Text writes it.
