@@ -27,7 +27,9 @@ bool IsLineEnd(char c) { return c == '\n' || c == '\r'; }
 
 bool StartsCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }
 
-int BaseOf(char letter) {
+}  // namespace
+
+int BaseOfLetter(char letter) {
     switch (sdk::declare::Lower(letter)) {
         case 'h':
             return 16;
@@ -39,8 +41,6 @@ int BaseOf(char letter) {
             return 0;
     }
 }
-
-}  // namespace
 
 bool Token::Is(std::string_view word) const {
     return (kind == TokenKind::Identifier || kind == TokenKind::Operator) && SameName(text, word);
@@ -173,7 +173,7 @@ Token Lexer::Number() {
 
 Token Lexer::BasedNumber() {
     const bool color = sdk::declare::Lower(Peek(1)) == 'c';
-    const int base = color ? 16 : BaseOf(Peek(1));
+    const int base = color ? 16 : BaseOfLetter(Peek(1));
     std::size_t bytes = 1;
     while (IsWordCharacter(Peek(bytes))) ++bytes;
     const std::string written(source_.substr(at_, bytes));

@@ -39,6 +39,10 @@ struct Token {
     bool Is(std::string_view word) const;
 };
 
+// The base of a number by the letter behind its "&": 16 for h, 8 for o, 2 for b, in any case; 0 for
+// others.
+int BaseOfLetter(char letter);
+
 // A whole-number literal may reach 2^64 - 1 in &h, &b and &o form and 2^63 - 1 in decimal form;
 // larger decimal ones are doubles.
 class Lexer {

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <type_traits>
 
+#include "script/Ast.h"
+
 namespace script {
 
 template <class T>
@@ -46,6 +48,47 @@ T WrapModulo(T a, T b) {
     if constexpr (std::is_signed_v<T>)
         if (b == -1) return 0;
     return a % b;
+}
+
+// x / y of doubles. Division by zero gives infinity or not-a-number, as IEEE has it.
+inline double Quotient(double x, double y) { return x / y; }
+
+// Any operator of whole numbers that gives one.
+inline std::int64_t WholeResult(Operator op, std::int64_t a, std::int64_t b) {
+    switch (op) {
+        case Operator::Add:
+            return WrapAdd(a, b);
+        case Operator::Subtract:
+            return WrapSubtract(a, b);
+        case Operator::Multiply:
+            return WrapMultiply(a, b);
+        case Operator::IntegerDivide:
+            return WrapDivide(a, b);
+        case Operator::Modulo:
+            return WrapModulo(a, b);
+        case Operator::And:
+            return a & b;
+        case Operator::Or:
+            return a | b;
+        default:
+            return a ^ b;
+    }
+}
+
+// Any operator of doubles that gives one.
+inline double RealResult(Operator op, double a, double b) {
+    switch (op) {
+        case Operator::Add:
+            return a + b;
+        case Operator::Subtract:
+            return a - b;
+        case Operator::Multiply:
+            return a * b;
+        case Operator::Divide:
+            return Quotient(a, b);
+        default:
+            return std::pow(a, b);
+    }
 }
 
 }  // namespace script

@@ -286,42 +286,6 @@ void FoldNegation(ExpressionPtr& expression) {
     expression = std::move(literal);
 }
 
-std::int64_t FoldWhole(Operator op, std::int64_t a, std::int64_t b) {
-    switch (op) {
-        case Operator::Add:
-            return WrapAdd(a, b);
-        case Operator::Subtract:
-            return WrapSubtract(a, b);
-        case Operator::Multiply:
-            return WrapMultiply(a, b);
-        case Operator::IntegerDivide:
-            return WrapDivide(a, b);
-        case Operator::Modulo:
-            return WrapModulo(a, b);
-        case Operator::And:
-            return a & b;
-        case Operator::Or:
-            return a | b;
-        default:
-            return a ^ b;
-    }
-}
-
-double FoldReal(Operator op, double a, double b) {
-    switch (op) {
-        case Operator::Add:
-            return a + b;
-        case Operator::Subtract:
-            return a - b;
-        case Operator::Multiply:
-            return a * b;
-        case Operator::Divide:
-            return a / b;
-        default:
-            return std::pow(a, b);
-    }
-}
-
 void FoldArithmetic(ExpressionPtr& expression) {
     const Expression& a = *expression->operands[0];
     const Expression& b = *expression->operands[1];
@@ -329,9 +293,9 @@ void FoldArithmetic(ExpressionPtr& expression) {
     if (a.node == Node::IntegerLiteral && b.node == Node::IntegerLiteral) {
         const bool divides = expression->op == Operator::IntegerDivide || expression->op == Operator::Modulo;
         if (divides && LiteralInteger(b) == 0) return;  // raises when it is run
-        literal->integer = Wrap(FoldWhole(expression->op, LiteralInteger(a), LiteralInteger(b)), literal->type.base);
+        literal->integer = Wrap(WholeResult(expression->op, LiteralInteger(a), LiteralInteger(b)), literal->type.base);
     } else if (a.node == Node::RealLiteral && b.node == Node::RealLiteral && expression->type == kDoubleType) {
-        literal->real = FoldReal(expression->op, a.real, b.real);
+        literal->real = RealResult(expression->op, a.real, b.real);
     } else {
         return;
     }

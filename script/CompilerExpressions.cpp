@@ -98,95 +98,89 @@ void FunctionCompiler::LoadVariable(const Expression& expression, std::uint16_t 
     }
 }
 
+void FunctionCompiler::LoadLiteral(const Expression& literal, std::uint16_t target) {
+    if (literal.node == Node::StringLiteral) {
+        function_.texts.push_back(host::Value(literal.text));
+        EmitNumber(Op::LoadText, target, function_.texts.size() - 1);
+    } else if (IsString(literal.type)) {
+        Emit(Op::Clear, target);
+    } else {
+        Emit(HoldsReference(literal.type) ? Op::Move : Op::MoveBits, target, CompileLiteral(literal).index);
+    }
+}
+
+namespace {
+
+Op NegationOf(Type type) {
+    if (IsReal(type)) return Op::NegateD;
+    return type.base == Base::Integer ? Op::NegateI : Op::NegateL;
+}
+
+Op ComplementOf(Type type) {
+    if (type == kBooleanType) return Op::NotBoolean;
+    if (type.base == Base::UInt32) return Op::NotU;
+    return type.base == Base::UInt8 ? Op::NotByte : Op::NotSigned;
+}
+
+}  // namespace
+
 void FunctionCompiler::CompileTo(Expression& expression, std::uint16_t target) {
     const Position outer = at_;
     at_ = expression.at.line ? expression.at : at_;
+    CompileNode(expression, target);
+    at_ = outer;
+}
+
+void FunctionCompiler::CompileNode(Expression& expression, std::uint16_t target) {
     switch (expression.node) {
         case Node::IntegerLiteral:
         case Node::RealLiteral:
         case Node::BooleanLiteral:
         case Node::ColorLiteral:
         case Node::NilLiteral:
-            if (IsString(expression.type))
-                Emit(Op::Clear, target);
-            else
-                Emit(HoldsReference(expression.type) ? Op::Move : Op::MoveBits, target,
-                     CompileLiteral(expression).index);
-            break;
         case Node::StringLiteral:
-            function_.texts.push_back(host::Value(expression.text));
-            EmitNumber(Op::LoadText, target, function_.texts.size() - 1);
-            break;
-        case Node::Nothing:
-            Emit(Op::Clear, target);
-            break;
+            return LoadLiteral(expression, target);
         case Node::Self:
-            CompileSelf(target);
-            break;
+            return CompileSelf(target);
         case Node::Local:
         case Node::Global:
-            LoadVariable(expression, target);
-            break;
+            return LoadVariable(expression, target);
         case Node::Field:
-            CompileField(expression, target);
-            break;
+            return CompileField(expression, target);
         case Node::Element:
-            CompileElement(expression, target);
-            break;
+            return CompileElement(expression, target);
         case Node::Convert:
-            CompileConvert(expression, target);
-            break;
+            return CompileConvert(expression, target);
         case Node::Arithmetic:
-            CompileArithmetic(expression, target);
-            break;
+            return CompileArithmetic(expression, target);
         case Node::Comparison:
-            CompileComparison(expression, target);
-            break;
+            return CompileComparison(expression, target);
         case Node::Logic:
-            CompileLogic(expression, target);
-            break;
-        case Node::Negate: {
-            const bool narrow = expression.type.base == Base::Integer;
-            const Op op = IsReal(expression.type) ? Op::NegateD : (narrow ? Op::NegateI : Op::NegateL);
-            CompileUnaryInto(op, *expression.operands[0], target);
-            break;
-        }
-        case Node::Complement: {
-            Op op = Op::NotSigned;
-            if (expression.type == kBooleanType) op = Op::NotBoolean;
-            if (expression.type.base == Base::UInt32) op = Op::NotU;
-            if (expression.type.base == Base::UInt8) op = Op::NotByte;
-            CompileUnaryInto(op, *expression.operands[0], target);
-            break;
-        }
+            return CompileLogic(expression, target);
+        case Node::Negate:
+            return CompileUnaryInto(NegationOf(expression.type), *expression.operands[0], target);
+        case Node::Complement:
+            return CompileUnaryInto(ComplementOf(expression.type), *expression.operands[0], target);
         case Node::IsA:
-            CompileUnaryInto(Op::IsA, *expression.operands[0], target, TypeIndex(expression.typeName.resolved));
-            break;
+            return CompileUnaryInto(Op::IsA, *expression.operands[0], target, TypeIndex(expression.typeName.resolved));
         case Node::CallRoutine:
         case Node::CallNative:
         case Node::CallSetter:
-            CompileCall(expression, target);
-            break;
+            return CompileCall(expression, target);
         case Node::GetProperty:
         case Node::SetProperty:
-            CompileProperty(expression, target);
-            break;
+            return CompileProperty(expression, target);
         case Node::NewObject:
-            CompileNew(expression, target);
-            break;
+            return CompileNew(expression, target);
         case Node::MakeArray:
-            CompileMakeArray(expression, target);
-            break;
+            return CompileMakeArray(expression, target);
         case Node::ArrayMethod:
-            CompileArrayMethod(expression, target);
-            break;
+            return CompileArrayMethod(expression, target);
         case Node::Intrinsic:
-            CompileIntrinsic(expression, target);
-            break;
+            return CompileIntrinsic(expression, target);
         default:
-            break;
+            Emit(Op::Clear, target);
     }
-    at_ = outer;
 }
 
 void FunctionCompiler::CompileUnaryInto(Op op, Expression& operand, std::uint16_t target, std::uint16_t c) {

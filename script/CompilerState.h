@@ -82,6 +82,8 @@ class FunctionCompiler {
     Operand CompileBefore(Expression& expression, const Expression& later);
     Operand CompileKept(Expression& expression, std::size_t index);
     Operand CompileLiteral(const Expression& expression);
+    void CompileNode(Expression& expression, std::uint16_t target);
+    void LoadLiteral(const Expression& literal, std::uint16_t target);
     void LoadVariable(const Expression& expression, std::uint16_t target);
     void CompileArithmetic(Expression& expression, std::uint16_t target);
     void CompileComparison(Expression& expression, std::uint16_t target);

@@ -17,9 +17,6 @@ void WantAttention();
 
 [[noreturn]] void ThrowOutOfBounds(std::int64_t index, const host::Array& array);
 
-// x / y of doubles. Division by zero gives infinity or not-a-number, as IEEE has it.
-inline double Quotient(double x, double y) { return x / y; }
-
 // Negative, 0 or positive. Texts are compared without regard to case; strings of bytes, which
 // have no encoding, by their bytes.
 int CompareTexts(const host::Value& a, const host::Value& b);

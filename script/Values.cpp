@@ -188,35 +188,7 @@ namespace {
 std::int64_t WholeArithmetic(Operator op, std::int64_t a, std::int64_t b) {
     const bool divides = op == Operator::IntegerDivide || op == Operator::Modulo;
     if (divides && b == 0) Throw("RuntimeException", "Division by zero");
-    switch (op) {
-        case Operator::Add:
-            return WrapAdd(a, b);
-        case Operator::Subtract:
-            return WrapSubtract(a, b);
-        case Operator::Multiply:
-            return WrapMultiply(a, b);
-        case Operator::IntegerDivide:
-            return WrapDivide(a, b);
-        case Operator::Modulo:
-            return WrapModulo(a, b);
-        default:
-            return 0;
-    }
-}
-
-double RealArithmetic(Operator op, double a, double b) {
-    switch (op) {
-        case Operator::Add:
-            return a + b;
-        case Operator::Subtract:
-            return a - b;
-        case Operator::Multiply:
-            return a * b;
-        case Operator::Power:
-            return std::pow(a, b);
-        default:
-            return Quotient(a, b);
-    }
+    return WholeResult(op, a, b);
 }
 
 bool Holds(Operator op, int order) {
@@ -251,8 +223,8 @@ Value VariantArithmetic(Operator op, const Value& a, const Value& b) {
         const bool narrow = a.kind() != Kind::Int64 && b.kind() != Kind::Int64;
         return narrow ? Value(static_cast<std::int32_t>(result)) : Value(result);
     }
-    return Value(RealArithmetic(op, NumberOf(a, Kind::Double, "a number").ToDouble(),
-                                NumberOf(b, Kind::Double, "a number").ToDouble()));
+    return Value(RealResult(op, NumberOf(a, Kind::Double, "a number").ToDouble(),
+                            NumberOf(b, Kind::Double, "a number").ToDouble()));
 }
 
 bool VariantComparison(Operator op, const Value& a, const Value& b) {

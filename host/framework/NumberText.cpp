@@ -4,6 +4,8 @@
 #include <cmath>
 #include <cstdint>
 
+#include "host/Lexer.h"
+
 namespace host {
 
 namespace {
@@ -24,19 +26,7 @@ std::string RealText(Real value) {
 bool IsBlank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 // Base of "&h", "&o" and "&b"; 0 for none.
-int BaseOf(std::string_view text) {
-    if (text.size() < 2 || text[0] != '&') return 0;
-    switch (text[1] | 0x20) {
-        case 'h':
-            return 16;
-        case 'o':
-            return 8;
-        case 'b':
-            return 2;
-        default:
-            return 0;
-    }
-}
+int BaseOf(std::string_view text) { return text.size() < 2 || text[0] != '&' ? 0 : BaseOfLetter(text[1]); }
 
 }  // namespace
 
