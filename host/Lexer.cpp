@@ -77,6 +77,8 @@ void Lexer::SkipToLineEnd() {
 
 bool Lexer::AtComment() const {
     if (Peek() == '\'' || (Peek() == '/' && Peek(1) == '/')) return true;
+    // Advice to a compiler that would need it.
+    if (Peek() == '#' && SameName(source_.substr(at_ + 1, 6), "pragma") && !IsWordCharacter(Peek(7))) return true;
     return !afterDot_ && SameName(source_.substr(at_, 3), "rem") && !IsWordCharacter(Peek(3));
 }
 

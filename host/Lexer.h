@@ -1,7 +1,7 @@
 // The words of the script language. One lexer reads scripts and the declarations of plug-ins.
 //
 // Identifiers and keywords are the same kind of token: which words are keywords is the parser's
-// business, asked with Token::Is without regard to case. Comments (//, ', Rem) and lines
+// business, asked with Token::Is without regard to case. Comments (//, ', Rem, #pragma) and lines
 // continued with _ are skipped; ends of lines are tokens, several in a row are one.
 #pragma once
 
