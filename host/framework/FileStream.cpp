@@ -40,7 +40,7 @@ ModeRow RowOf(FileStream::Mode mode) {
 
 }  // namespace
 
-FileStream::FileStream(const std::string& path, Mode mode) : path_(path), file_(nullptr) {
+FileStream::FileStream(const std::string& path, Mode mode) : path_(path), file_(nullptr), writable_(mode != Mode::Read) {
     const ModeRow row = RowOf(mode);
     const int descriptor = open(path.c_str(), row.flags | O_CLOEXEC | O_NONBLOCK, 0666);
     if (descriptor < 0) FailSystem("can't be opened");
@@ -61,6 +61,12 @@ FileStream::~FileStream() {
 std::FILE* FileStream::Open() const {
     if (!file_) Fail("IOException", path_ + ": is closed");
     return file_;
+}
+
+std::FILE* FileStream::OpenForWriting() const {
+    std::FILE* const file = Open();
+    if (!writable_) Fail("IOException", path_ + ": is open for reading only");
+    return file;
 }
 
 // Between reading and writing the position has to be set anew.
@@ -109,7 +115,7 @@ bool FileStream::ReadLine(std::string& line) {
 }
 
 void FileStream::Write(std::string_view bytes) {
-    std::FILE* file = Open();
+    std::FILE* file = OpenForWriting();
     Turn(Last::Write);
     if (std::fwrite(bytes.data(), 1, bytes.size(), file) != bytes.size()) FailSystem("can't be written");
 }
@@ -137,7 +143,7 @@ std::int64_t FileStream::Length() {
 }
 
 void FileStream::SetLength(std::int64_t length) {
-    if (std::fflush(Open()) != 0 || ftruncate(fileno(file_), std::max<std::int64_t>(length, 0)) != 0)
+    if (std::fflush(OpenForWriting()) != 0 || ftruncate(fileno(file_), std::max<std::int64_t>(length, 0)) != 0)
         FailSystem("can't be given another length");
 }
 

@@ -43,11 +43,13 @@ class FileStream {
     enum class Last { None, Read, Write };
 
     std::FILE* Open() const;
+    std::FILE* OpenForWriting() const;
     void Turn(Last next);
     [[noreturn]] void FailSystem(const char* what) const;
 
     std::string path_;
     std::FILE* file_;
+    bool writable_;
     Last last_ = Last::None;
 };
 
