@@ -6,11 +6,20 @@ namespace host {
 
 namespace {
 std::int64_t liveArrays = 0;
+Array* firstLive = nullptr;
+}  // namespace
+
+Array::Array() : references(1), previous(nullptr), next(firstLive) {
+    if (firstLive) firstLive->previous = this;
+    firstLive = this;
+    ++liveArrays;
 }
 
-Array::Array() : references(1) { ++liveArrays; }
-
-Array::~Array() { --liveArrays; }
+Array::~Array() {
+    (previous ? previous->next : firstLive) = next;
+    if (next) next->previous = previous;
+    --liveArrays;
+}
 
 Ref<Array> MakeArray(const Type& element, std::size_t count) {
     auto array = Ref<Array>::Adopt(new Array);
@@ -29,12 +38,37 @@ void Retain(Array* array) {
     if (array) ++array->references;
 }
 
+namespace {
+
+// An array may hold arrays, and these more. Beyond this depth they wait for their turn, so that a
+// long chain does not exhaust the stack.
+constexpr int kDeepestRelease = 64;
+int releaseDepth = 0;
+std::vector<Array*> waiting;  // without references
+
+}  // namespace
+
 void Release(Array* array) {
-    if (array && --array->references == 0) delete array;
+    if (!array || --array->references > 0) return;
+    if (releaseDepth == kDeepestRelease) return waiting.push_back(array);
+    ++releaseDepth;
+    delete array;
+    while (releaseDepth == kDeepestRelease && !waiting.empty()) {
+        Array* following = waiting.back();
+        waiting.pop_back();
+        delete following;
+    }
+    --releaseDepth;
 }
 
 std::int32_t UpperBound(const Array* array) { return array ? static_cast<std::int32_t>(array->values.size()) - 1 : -1; }
 
 std::int64_t LiveArrayCount() { return liveArrays; }
+
+std::vector<Array*> LiveArrays() {
+    std::vector<Array*> arrays;
+    for (Array* array = firstLive; array; array = array->next) arrays.push_back(array);
+    return arrays;
+}
 
 }  // namespace host

@@ -16,6 +16,8 @@ struct Array : sdk::Array {
     std::int32_t references;
     Type element;
     std::vector<Value> values;  // each of the element type
+    Array* previous;            // among all that are alive
+    Array* next;
 
     Array();
     ~Array();
@@ -35,5 +37,6 @@ void Release(Array* array);
 std::int32_t UpperBound(const Array* array);
 
 std::int64_t LiveArrayCount();
+std::vector<Array*> LiveArrays();
 
 }  // namespace host

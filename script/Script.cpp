@@ -77,7 +77,7 @@ int RunLoaded(LoadedScript& script, const RunOptions& options) {
 }
 
 // Tells what the script left alive; true when that is a fault.
-bool ReportLeftovers(const LoadedScript& script, const std::vector<host::Object*>& before, const RunOptions& options) {
+bool ReportLeftovers(const LoadedScript& script, const Alive& before, const RunOptions& options) {
     const Leftovers left = ReleaseLeftovers(script.symbols, before);
     const std::string name = script.source.path + ": ";
     if (!left.cycles.empty())
@@ -124,7 +124,7 @@ int RunScript(const Source& source, const RunOptions& options) {
         UnregisterClasses(script->symbols);
         return 1;
     }
-    const std::vector<host::Object*> before = host::LiveObjects();
+    const Alive before;
     int exitCode = RunLoaded(*script, options);
     const bool leaks = ReportLeftovers(*script, before, options);
     if (leaks && exitCode == 0) exitCode = 1;

@@ -124,17 +124,38 @@ bool UnregisterClasses(Symbols& symbols) {
     return true;
 }
 
-Leftovers ReleaseLeftovers(const Symbols& symbols, const std::vector<host::Object*>& before) {
-    const std::set<const host::Object*> known(before.begin(), before.end());
-    std::map<std::string, int> cycles, leaks;
-    {
-        std::vector<host::Ref<host::Object>> held;
-        for (host::Object* object : host::LiveObjects())
-            if (!known.contains(object) && IsOfScript(object, symbols))
-                held.push_back(host::Ref<host::Object>::Share(object));
-        for (const auto& object : held) ++cycles[object->type->name()];
-        for (const auto& object : held) ClearSlots(object.get());
+namespace {
+
+template <class Held>
+std::vector<host::Ref<Held>> HoldNew(const std::vector<Held*>& alive, const std::vector<Held*>& before) {
+    const std::set<const Held*> known(before.begin(), before.end());
+    std::vector<host::Ref<Held>> held;
+    for (Held* one : alive)
+        if (!known.contains(one)) held.push_back(host::Ref<Held>::Share(one));
+    return held;
+}
+
+// Counts the objects of the script and the arrays that still live, and empties them. Arrays that
+// go with their objects don't count.
+std::map<std::string, int> BreakCycles(const Symbols& symbols, const Alive& before) {
+    std::map<std::string, int> counts;
+    auto objects = HoldNew(host::LiveObjects(), before.objects);
+    std::erase_if(objects, [&](const auto& object) { return !IsOfScript(object.get(), symbols); });
+    for (const auto& object : objects) ++counts[object->type->name()];
+    for (const auto& object : objects) ClearSlots(object.get());
+    const auto arrays = HoldNew(host::LiveArrays(), before.arrays);
+    if (!arrays.empty()) counts["array"] = static_cast<int>(arrays.size());
+    for (const auto& array : arrays) {
+        const std::vector<host::Value> dropped = std::exchange(array->values, {});
     }
+    return counts;
+}
+
+}  // namespace
+
+Leftovers ReleaseLeftovers(const Symbols& symbols, const Alive& before) {
+    const std::set<const host::Object*> known(before.objects.begin(), before.objects.end());
+    std::map<std::string, int> cycles = BreakCycles(symbols, before), leaks;
     for (const host::Object* object : host::LiveObjects()) {
         if (known.contains(object)) continue;
         ++leaks[object->type->name()];

@@ -21,8 +21,14 @@ struct Leftovers {
     std::vector<std::string> leaks;   // "1 × Picture": still alive
 };
 
-// Releases objects of the script's classes that only hold each other, and counts what is alive
-// beyond `before`, a list from before the script ran.
-Leftovers ReleaseLeftovers(const Symbols& symbols, const std::vector<host::Object*>& before);
+// What was alive before a script ran.
+struct Alive {
+    std::vector<host::Object*> objects = host::LiveObjects();
+    std::vector<host::Array*> arrays = host::LiveArrays();
+};
+
+// Releases objects of the script's classes and arrays that only hold each other, and counts what is
+// alive beyond `before`.
+Leftovers ReleaseLeftovers(const Symbols& symbols, const Alive& before);
 
 }  // namespace script

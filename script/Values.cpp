@@ -80,6 +80,23 @@ Value ConcatenateTexts(const Value& a, const Value& b) {
     return Value(host::MakeString(joined, same ? encoding : (ascii ? sdk::Encoding::Utf8 : sdk::Encoding::None)));
 }
 
+namespace {
+
+// An array may hold itself.
+constexpr int kDeepestArray = 8;
+
+std::string TextOfArray(const host::Array& array, int depth) {
+    if (depth == kDeepestArray) return "[…]";
+    std::string text;
+    for (const Value& element : array.values) {
+        const bool nested = element.kind() == Kind::Array && element.array();
+        text += ", " + (nested ? TextOfArray(*element.array(), depth + 1) : TextOfValue(element));
+    }
+    return "[" + (text.empty() ? text : text.substr(2)) + "]";
+}
+
+}  // namespace
+
 std::string TextOfValue(const Value& value) {
     switch (value.kind()) {
         case Kind::Boolean:
@@ -94,12 +111,8 @@ std::string TextOfValue(const Value& value) {
             return std::string(value.text());
         case Kind::Object:
             return ObjectText(value);
-        case Kind::Array: {
-            if (!value.array()) return "Nil";
-            std::string text;
-            for (const Value& element : value.array()->values) text += ", " + TextOfValue(element);
-            return "[" + (text.empty() ? text : text.substr(2)) + "]";
-        }
+        case Kind::Array:
+            return value.array() ? TextOfArray(*value.array(), 0) : "Nil";
         case Kind::None:
             return "Nil";
         default:
