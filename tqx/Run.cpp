@@ -33,7 +33,7 @@ void OnInterrupt(int) {
 }
 
 void Print(std::string_view line) {
-    std::fwrite(line.data(), 1, line.size(), stdout);
+    if (!line.empty()) std::fwrite(line.data(), 1, line.size(), stdout);
     std::fputc('\n', stdout);
 }
 
