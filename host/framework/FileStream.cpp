@@ -40,7 +40,8 @@ ModeRow RowOf(FileStream::Mode mode) {
 
 }  // namespace
 
-FileStream::FileStream(const std::string& path, Mode mode) : path_(path), file_(nullptr), writable_(mode != Mode::Read) {
+FileStream::FileStream(const std::string& path, Mode mode)
+    : path_(path), file_(nullptr), writable_(mode != Mode::Read) {
     const ModeRow row = RowOf(mode);
     const int descriptor = open(path.c_str(), row.flags | O_CLOEXEC | O_NONBLOCK, 0666);
     if (descriptor < 0) FailSystem("can't be opened");
