@@ -56,7 +56,8 @@ std::string Diagnostics::Text() const {
     });
     std::string text;
     for (const Diagnostic& diagnostic : sorted) text += Describe(source_, diagnostic);
-    if (omitted_ > 0) text += "… and " + std::to_string(omitted_) + (omitted_ == 1 ? " more error\n" : " more errors\n");
+    if (omitted_ > 0)
+        text += "… and " + std::to_string(omitted_) + (omitted_ == 1 ? " more error\n" : " more errors\n");
     return text;
 }
 

@@ -1,7 +1,7 @@
 #include <limits>
 
-#include "tests/support/Interpose.h"
 #include "tests/support/Scene.h"
+#include "tests/support/Yields.h"
 
 namespace {
 
@@ -236,42 +236,12 @@ TEST_F(ScaleFast, GivesTrueAndWritesNothingFromAPictureWithoutPixels) {
     EXPECT_TRUE(scene.Same());
 }
 
-TEST_F(ScaleFast, YieldsForBothFirstAndForItselfAfterEachRow) {
-    FakeClock clock(100);
-    clock.AdvancePerReading(10);
-    auto source = New("PictureTQX", 4, 4, kRGB), dest = New("PictureTQX", 4, 4, kRGB);
-    const auto yields = [&] {
-        const auto before = CallsOf("REALYieldToRB");
-        CallBool(dest, "ScaleFast", source, 4, 4);
-        return CallsOf("REALYieldToRB") - before;
-    };
-    Set(source, "YieldTicks", Value(1));
-    EXPECT_EQ(yields(), 1);
-    Set(dest, "YieldTicks", Value(1));
-    EXPECT_EQ(yields(), 6);
+void ScaleToSameSize(const Ref<Object>& destination, const Ref<Object>& source) {
+    CallBool(destination, "ScaleFast", source, GetInt(source, "Width"), GetInt(source, "Height"));
 }
 
-TEST_F(ScaleFast, EndsWhenAYieldTakesEitherPicture) {
-    FakeClock clock(100);
-    clock.AdvancePerReading(10);
-    for (const int at : {1, 2, 4})
-        for (const bool ofSource : {false, true})
-            for (const bool rebuilds : {false, true}) {
-                auto source = New("PictureTQX", 40, 9, kRGB), dest = New("PictureTQX", 40, 9, kRGB);
-                Set(source, "YieldTicks", Value(1));
-                Set(dest, "YieldTicks", Value(1));
-                int yields = 0;
-                const OnYield interrupt([&] {
-                    if (++yields != at) return;
-                    const auto& picture = ofSource ? source : dest;
-                    if (rebuilds)
-                        Call(picture, "Constructor", 1, 1, kG);
-                    else
-                        Call(picture, "Close");
-                });
-                CallBool(dest, "ScaleFast", source, 40, 9);
-                EXPECT_EQ(yields, at);
-            }
-}
+TEST_F(ScaleFast, YieldsForBothFirstAndForItselfAfterEachRow) { ExpectYieldsForBothAndAfterEachRow(&ScaleToSameSize); }
+
+TEST_F(ScaleFast, EndsWhenAYieldTakesEitherPicture) { ExpectEndWhenAYieldTakesEither(&ScaleToSameSize); }
 
 }  // namespace

@@ -1,8 +1,8 @@
 #include <limits>
 
 #include "tests/ops/Rectangles.h"
-#include "tests/support/Interpose.h"
 #include "tests/support/Scene.h"
+#include "tests/support/Yields.h"
 
 namespace {
 
@@ -273,42 +273,12 @@ TEST_F(CopyPixels, LeavesTheDestinationForUnusablePictures) {
 
 // --- Yields -----------------------------------------------------------------------------------
 
+void CopyWhole(const Ref<Object>& destination, const Ref<Object>& source) { Call(destination, "CopyPixels", source); }
+
 TEST_F(CopyPixels, YieldsForBothAtTheStartAndForTheDestinationAfterEachRow) {
-    FakeClock clock(100);
-    clock.AdvancePerReading(10);
-    auto source = New("PictureTQX", 4, 4, kRGB), dest = New("PictureTQX", 4, 4, kRGB);
-    const auto yields = [&] {
-        const auto before = CallsOf("REALYieldToRB");
-        Call(dest, "CopyPixels", source);
-        return CallsOf("REALYieldToRB") - before;
-    };
-    Set(source, "YieldTicks", Value(1));
-    EXPECT_EQ(yields(), 1);
-    Set(dest, "YieldTicks", Value(1));
-    EXPECT_EQ(yields(), 6);
+    ExpectYieldsForBothAndAfterEachRow(&CopyWhole);
 }
 
-TEST_F(CopyPixels, EndsWhenAYieldTakesEitherPicture) {
-    FakeClock clock(100);
-    clock.AdvancePerReading(10);
-    for (const int at : {1, 2, 4})
-        for (const bool ofSource : {false, true})
-            for (const bool rebuilds : {false, true}) {
-                auto source = New("PictureTQX", 40, 9, kRGB), dest = New("PictureTQX", 40, 9, kRGB);
-                Set(source, "YieldTicks", Value(1));
-                Set(dest, "YieldTicks", Value(1));
-                int yields = 0;
-                const OnYield interrupt([&] {
-                    if (++yields != at) return;
-                    const auto& picture = ofSource ? source : dest;
-                    if (rebuilds)
-                        Call(picture, "Constructor", 1, 1, kG);
-                    else
-                        Call(picture, "Close");
-                });
-                Call(dest, "CopyPixels", source);
-                EXPECT_EQ(yields, at);
-            }
-}
+TEST_F(CopyPixels, EndsWhenAYieldTakesEitherPicture) { ExpectEndWhenAYieldTakesEither(&CopyWhole); }
 
 }  // namespace
