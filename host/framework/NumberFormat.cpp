@@ -105,9 +105,24 @@ std::vector<std::string_view> Sections(std::string_view pattern) {
 // More than the largest double takes in any form.
 constexpr std::size_t kMostCharacters = 800;
 
-std::string Rounded(double value, std::chars_format form, int digits) {
+std::string RoundedToEven(double value, std::chars_format form, int digits) {
     char text[kMostCharacters];
     return {text, std::to_chars(text, text + sizeof text, value, form, digits).ptr};
+}
+
+// Whether the value ends in a 5 behind the digits. Its neighbours differ from such a one in the first
+// 18 digits that follow.
+bool IsHalfway(double value, std::chars_format form, int digits) {
+    constexpr int kMore = 20;
+    const std::string text = RoundedToEven(value, form, digits + kMore);
+    const std::string mantissa = text.substr(0, text.find('e'));
+    return mantissa.ends_with("5" + std::string(kMore - 1, '0'));
+}
+
+// Half-way values go away from zero, as Round takes them. `value` is not negative.
+std::string Rounded(double value, std::chars_format form, int digits) {
+    const bool up = IsHalfway(value, form, digits);
+    return RoundedToEven(up ? std::nextafter(value, HUGE_VAL) : value, form, digits);
 }
 
 std::string Grouped(std::string whole) {
