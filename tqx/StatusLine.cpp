@@ -11,20 +11,30 @@ namespace {
 constexpr auto kFirst = std::chrono::milliseconds(1000);
 constexpr auto kAgain = std::chrono::milliseconds(200);
 
-std::string NumberText(host::Object* object, std::string_view name) {
-    const host::Property* property = object ? object->type->FindProperty(name) : nullptr;
-    if (!property || property->getter.fieldOffset < 0) return {};
-    return std::to_string(host::GetProperty(*property, object).ToInt64());
+// A property that can be read without running code of the plug-in.
+const host::Property* FieldOf(const host::Class& type, std::string_view name) {
+    const host::Property* const property = type.FindProperty(name);
+    return property && property->getter.fieldOffset >= 0 ? property : nullptr;
 }
 
 }  // namespace
 
-std::string TextOf(const script::MemberUse& use) {
-    std::string text = use.Name();
-    if (use.Owner() && !use.Owner()->name().empty()) text = use.Owner()->name() + '.' + text;
-    const std::string width = NumberText(use.self, "Width");
-    const std::string height = NumberText(use.self, "Height");
-    if (!width.empty() && !height.empty()) text += ", " + width + " × " + height;
+void SizeReader::Read(host::Object* object, CallUnderWay* call) {
+    call->width = call->height = -1;
+    if (!object) return;
+    if (object->type != type_) {
+        type_ = object->type;
+        width_ = FieldOf(*type_, "Width");
+        height_ = FieldOf(*type_, "Height");
+    }
+    if (!width_ || !height_) return;
+    call->width = host::GetProperty(*width_, object).ToInt64();
+    call->height = host::GetProperty(*height_, object).ToInt64();
+}
+
+std::string TextOf(const CallUnderWay& call) {
+    std::string text = call.owner ? *call.owner + '.' + *call.member : *call.member;
+    if (call.width >= 0) text += ", " + std::to_string(call.width) + " × " + std::to_string(call.height);
     return text;
 }
 
@@ -45,9 +55,11 @@ StatusLine::~StatusLine() {
 
 void StatusLine::Before(const script::MemberUse& use) {
     if (!thread_.joinable()) return;
-    std::string text = TextOf(use);
+    const host::Class* const owner = use.Owner();
+    CallUnderWay call{owner && !owner->name().empty() ? &owner->name() : nullptr, &use.Name(), -1, -1};
+    sizes_.Read(use.self, &call);
     const std::lock_guard lock(mutex_);
-    calls_.push_back(std::move(text));
+    calls_.push_back(call);
 }
 
 void StatusLine::After(const script::MemberUse&, const host::Value&) {
@@ -67,7 +79,7 @@ void StatusLine::Watch() {
 
 void StatusLine::Show() {
     const double seconds = std::chrono::duration<double>(Clock::now() - start_).count();
-    const std::string call = calls_.empty() ? "the script" : calls_.back();
+    const std::string call = calls_.empty() ? "the script" : TextOf(calls_.back());
     std::fprintf(stderr, "\r\033[K%s, %.1f s", call.c_str(), seconds);
     std::fflush(stderr);
     visible_ = true;
