@@ -13,7 +13,8 @@ CpuLevel DetectCpuLevel() {
                         __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl") &&
                         __builtin_cpu_supports("avx512vbmi");
     if (avx512) return CpuLevel::Avx512;
-    if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi2")) return CpuLevel::Avx2;
+    if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("fma"))
+        return CpuLevel::Avx2;
 #endif
     return CpuLevel::Plain;
 }

@@ -5,7 +5,7 @@ namespace rows {
 
 enum class CpuLevel {
     Plain,   // what every processor has
-    Avx2,    // AVX2 and BMI2
+    Avx2,    // AVX2, BMI2 and FMA
     Avx512,  // AVX-512 F, BW, DQ, VL, VBMI
 };
 

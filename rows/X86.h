@@ -10,7 +10,7 @@
 #include <immintrin.h>
 
 // Marks a function for the instructions of a CpuLevel.
-#define TARGET_AVX2 __attribute__((target("avx2,bmi2")))
+#define TARGET_AVX2 __attribute__((target("avx2,bmi2,fma")))
 #define TARGET_AVX512 __attribute__((target("avx512f,avx512bw,avx512dq,avx512vl,avx512vbmi")))
 
 // The same for plain loops that the compiler is to vectorise with the widest registers.
