@@ -74,8 +74,8 @@ void DiffuseRow(const Scatter& scatter, const std::uint8_t* const* byOffset, std
     const auto first = static_cast<std::int32_t>(scatter.FirstRow(y));
     for (std::int32_t x = 0; x < width; ++x) {
         const Scatter::Place place = scatter.Near(x, y);
-        std::memcpy(packed + std::int64_t{x} * Channels, byOffset[place.y - first] + std::int64_t{place.x} * Channels,
-                    Channels);
+        std::memmove(packed + std::int64_t{x} * Channels, byOffset[place.y - first] + std::int64_t{place.x} * Channels,
+                     Channels);
     }
 }
 
