@@ -10,10 +10,10 @@
 #include <map>
 #include <memory>
 
-#include "host/Call.h"
-#include "host/Overload.h"
-#include "host/PluginLoader.h"
-#include "host/Runtime.h"
+#include "host/calls/Call.h"
+#include "host/calls/Overload.h"
+#include "host/calls/PluginLoader.h"
+#include "host/calls/Runtime.h"
 
 namespace bench {
 

@@ -16,8 +16,8 @@
 #include <string_view>
 #include <vector>
 
-#include "host/Object.h"
-#include "host/Value.h"
+#include "host/objects/Object.h"
+#include "host/objects/Value.h"
 
 namespace bench {
 

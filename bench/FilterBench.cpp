@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "bench/BenchPictures.h"
-#include "host/Array.h"
+#include "host/objects/Array.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 #include <cstdint>
 #include <string>
 
-#include "script/Script.h"
+#include "host/script/Script.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     script::CheckScript({"fuzz.rbs", std::string(reinterpret_cast<const char*>(data), size)});

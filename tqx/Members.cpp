@@ -1,9 +1,9 @@
 // The reference of a plug-in, from nothing but the records that it registered.
 #include <cstdio>
 
-#include "host/PluginLoader.h"
-#include "host/Reference.h"
-#include "host/Runtime.h"
+#include "host/calls/PluginLoader.h"
+#include "host/calls/Runtime.h"
+#include "host/reference/Reference.h"
 #include "tqx/Commands.h"
 
 namespace tqx {

@@ -4,11 +4,11 @@
 #include <cstdio>
 #include <filesystem>
 
-#include "host/PluginLoader.h"
+#include "host/calls/PluginLoader.h"
 #include "host/framework/Application.h"
-#include "script/Explain.h"
-#include "script/Machine.h"
-#include "script/Script.h"
+#include "host/script/Explain.h"
+#include "host/script/Machine.h"
+#include "host/script/Script.h"
 #include "tqx/Commands.h"
 #include "tqx/StatusLine.h"
 

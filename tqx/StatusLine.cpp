@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "host/Call.h"
+#include "host/calls/Call.h"
 
 namespace tqx {
 

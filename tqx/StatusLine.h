@@ -10,7 +10,7 @@
 #include <thread>
 #include <vector>
 
-#include "script/Machine.h"
+#include "host/script/Machine.h"
 
 namespace tqx {
 

@@ -1,4 +1,4 @@
-#include "host/Call.h"
+#include "host/calls/Call.h"
 
 #include <ffi.h>
 
@@ -7,7 +7,7 @@
 #include <cstring>
 #include <vector>
 
-#include "host/Runtime.h"
+#include "host/calls/Runtime.h"
 
 namespace host {
 

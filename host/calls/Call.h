@@ -10,8 +10,8 @@
 #include <memory>
 #include <span>
 
-#include "host/Class.h"
-#include "host/Value.h"
+#include "host/objects/Class.h"
+#include "host/objects/Value.h"
 
 namespace host {
 

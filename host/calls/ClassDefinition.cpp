@@ -1,8 +1,8 @@
 // Reading the definition records of classes.
 #include <span>
 
-#include "host/Class.h"
-#include "host/Lexer.h"
+#include "host/calls/Lexer.h"
+#include "host/objects/Class.h"
 
 namespace host {
 

@@ -1,8 +1,8 @@
-#include "host/Declaration.h"
+#include "host/calls/Declaration.h"
 
 #include <algorithm>
 
-#include "host/Lexer.h"
+#include "host/calls/Lexer.h"
 
 namespace host {
 

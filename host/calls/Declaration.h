@@ -10,8 +10,8 @@
 #include <string_view>
 #include <vector>
 
-#include "host/Type.h"
-#include "host/Value.h"
+#include "host/objects/Type.h"
+#include "host/objects/Value.h"
 
 namespace host {
 

@@ -1,7 +1,7 @@
-#include "host/Exceptions.h"
+#include "host/calls/Exceptions.h"
 
-#include "host/Call.h"
-#include "host/Runtime.h"
+#include "host/calls/Call.h"
+#include "host/calls/Runtime.h"
 
 namespace host {
 

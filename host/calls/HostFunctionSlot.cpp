@@ -1,4 +1,4 @@
-#include "host/HostFunctionSlot.h"
+#include "host/calls/HostFunctionSlot.h"
 
 namespace host {
 

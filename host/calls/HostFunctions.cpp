@@ -1,7 +1,7 @@
-#include "host/HostFunctions.h"
+#include "host/calls/HostFunctions.h"
 
-#include "host/Call.h"
-#include "host/Runtime.h"
+#include "host/calls/Call.h"
+#include "host/calls/Runtime.h"
 
 namespace host {
 

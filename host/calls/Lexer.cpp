@@ -1,9 +1,9 @@
-#include "host/Lexer.h"
+#include "host/calls/Lexer.h"
 
 #include <charconv>
 #include <cstdio>
 
-#include "host/Type.h"
+#include "host/objects/Type.h"
 
 namespace host {
 

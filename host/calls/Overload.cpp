@@ -1,6 +1,6 @@
-#include "host/Overload.h"
+#include "host/calls/Overload.h"
 
-#include "host/Runtime.h"
+#include "host/calls/Runtime.h"
 
 namespace host {
 

@@ -1,4 +1,4 @@
-#include "host/PluginLoader.h"
+#include "host/calls/PluginLoader.h"
 
 #include <dlfcn.h>
 
@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <memory>
 
-#include "host/Runtime.h"
+#include "host/calls/Runtime.h"
 
 namespace host {
 

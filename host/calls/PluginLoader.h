@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "host/Class.h"
+#include "host/objects/Class.h"
 
 namespace host {
 

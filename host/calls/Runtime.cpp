@@ -1,14 +1,14 @@
-#include "host/Runtime.h"
+#include "host/calls/Runtime.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
-#include "host/Call.h"
-#include "host/Exceptions.h"
-#include "host/HostFunctions.h"
-#include "host/Variant.h"
+#include "host/calls/Call.h"
+#include "host/calls/Exceptions.h"
+#include "host/calls/HostFunctions.h"
+#include "host/calls/Variant.h"
 #include "host/framework/Framework.h"
 
 namespace host {

@@ -11,9 +11,9 @@
 #include <unordered_map>
 #include <vector>
 
-#include "host/Class.h"
-#include "host/HostFunctionSlot.h"
-#include "host/Value.h"
+#include "host/calls/HostFunctionSlot.h"
+#include "host/objects/Class.h"
+#include "host/objects/Value.h"
 
 namespace host {
 

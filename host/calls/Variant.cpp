@@ -1,8 +1,8 @@
 // Boxes: values that are no objects, as objects.
-#include "host/Variant.h"
+#include "host/calls/Variant.h"
 
-#include "host/Call.h"
-#include "host/Runtime.h"
+#include "host/calls/Call.h"
+#include "host/calls/Runtime.h"
 
 namespace host {
 

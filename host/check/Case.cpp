@@ -1,7 +1,7 @@
 #include "host/check/Case.h"
 
-#include "host/Call.h"
-#include "host/Overload.h"
+#include "host/calls/Call.h"
+#include "host/calls/Overload.h"
 
 namespace host::check {
 

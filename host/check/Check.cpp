@@ -5,9 +5,9 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "host/Json.h"
 #include "host/check/Checks.h"
 #include "host/check/Records.h"
+#include "host/reference/Json.h"
 
 namespace host {
 

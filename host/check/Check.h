@@ -17,7 +17,7 @@
 #include <string>
 #include <vector>
 
-#include "host/PluginLoader.h"
+#include "host/calls/PluginLoader.h"
 
 namespace host {
 

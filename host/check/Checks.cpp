@@ -8,9 +8,9 @@
 #include <map>
 #include <set>
 
-#include "host/Call.h"
-#include "host/Overload.h"
-#include "host/Runtime.h"
+#include "host/calls/Call.h"
+#include "host/calls/Overload.h"
+#include "host/calls/Runtime.h"
 #include "host/check/Children.h"
 #include "host/check/Digest.h"
 #include "host/check/Watch.h"

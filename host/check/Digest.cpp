@@ -2,10 +2,10 @@
 
 #include <cstring>
 
-#include "host/Call.h"
-#include "host/HostFunctionSlot.h"
-#include "host/Overload.h"
-#include "host/Runtime.h"
+#include "host/calls/Call.h"
+#include "host/calls/HostFunctionSlot.h"
+#include "host/calls/Overload.h"
+#include "host/calls/Runtime.h"
 #include "platform/Worlds.h"
 
 namespace host::check {

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-#include "host/Value.h"
+#include "host/objects/Value.h"
 
 namespace host::check {
 

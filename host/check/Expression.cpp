@@ -4,9 +4,9 @@
 #include <limits>
 #include <set>
 
-#include "host/Call.h"
-#include "host/Overload.h"
-#include "host/Runtime.h"
+#include "host/calls/Call.h"
+#include "host/calls/Overload.h"
+#include "host/calls/Runtime.h"
 
 namespace host::check {
 

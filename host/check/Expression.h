@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "host/Class.h"
-#include "host/Value.h"
+#include "host/objects/Class.h"
+#include "host/objects/Value.h"
 
 namespace host::check {
 

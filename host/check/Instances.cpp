@@ -1,6 +1,6 @@
 // Ways to come by instances of a plug-in's classes.
-#include "host/Call.h"
-#include "host/Runtime.h"
+#include "host/calls/Call.h"
+#include "host/calls/Runtime.h"
 #include "host/check/Case.h"
 
 namespace host::check {

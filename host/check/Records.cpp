@@ -2,7 +2,7 @@
 
 #include <set>
 
-#include "host/Runtime.h"
+#include "host/calls/Runtime.h"
 
 namespace host::check {
 

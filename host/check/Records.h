@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "host/Class.h"
+#include "host/objects/Class.h"
 
 namespace host::check {
 

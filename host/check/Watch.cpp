@@ -1,7 +1,7 @@
 #include "host/check/Watch.h"
 
-#include "host/GuardedMemory.h"
-#include "host/Runtime.h"
+#include "host/calls/Runtime.h"
+#include "host/objects/GuardedMemory.h"
 
 namespace host::check {
 

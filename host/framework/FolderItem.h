@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "host/Object.h"
+#include "host/objects/Object.h"
 
 namespace host {
 

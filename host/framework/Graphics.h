@@ -1,7 +1,7 @@
 // The class Graphics: draws into a picture, which it keeps alive.
 #pragma once
 
-#include "host/Object.h"
+#include "host/objects/Object.h"
 
 namespace host {
 

@@ -5,9 +5,9 @@
 #include <cstring>
 #include <vector>
 
-#include "host/GuardedMemory.h"
 #include "host/framework/ForeignMemory.h"
 #include "host/framework/Support.h"
+#include "host/objects/GuardedMemory.h"
 
 namespace host {
 

@@ -9,7 +9,7 @@
 #include <span>
 #include <string_view>
 
-#include "host/Object.h"
+#include "host/objects/Object.h"
 
 namespace host {
 

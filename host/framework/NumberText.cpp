@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstdint>
 
-#include "host/Lexer.h"
+#include "host/calls/Lexer.h"
 
 namespace host {
 

@@ -4,8 +4,8 @@
 // own: black is opaque, white is clear. A mask is a part of its picture: assigning one copies it.
 #pragma once
 
-#include "host/Object.h"
 #include "host/framework/PictureStorage.h"
+#include "host/objects/Object.h"
 
 namespace host {
 

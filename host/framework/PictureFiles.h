@@ -4,8 +4,8 @@
 #include <optional>
 #include <string>
 
-#include "host/Object.h"
 #include "host/images/ImageWriter.h"
+#include "host/objects/Object.h"
 
 namespace host {
 

@@ -6,7 +6,7 @@
 #include <new>
 #include <vector>
 
-#include "host/GuardedMemory.h"
+#include "host/objects/GuardedMemory.h"
 
 namespace host {
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <vector>
 
-#include "host/Call.h"
-#include "host/Overload.h"
+#include "host/calls/Call.h"
+#include "host/calls/Overload.h"
 #include "host/framework/MemoryBlock.h"
 #include "host/framework/Support.h"
 #include "host/images/ImageReader.h"

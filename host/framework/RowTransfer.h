@@ -8,8 +8,8 @@
 
 #include <string>
 
-#include "host/Object.h"
 #include "host/images/ImageWriter.h"
+#include "host/objects/Object.h"
 
 namespace host {
 

@@ -10,7 +10,7 @@
 #include <string>
 #include <type_traits>
 
-#include "host/Runtime.h"
+#include "host/calls/Runtime.h"
 #include "host/images/Image.h"
 #include "sdk/Declare.h"
 

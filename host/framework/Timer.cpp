@@ -4,7 +4,7 @@
 #include <chrono>
 #include <vector>
 
-#include "host/Call.h"
+#include "host/calls/Call.h"
 #include "host/framework/Support.h"
 
 namespace host {

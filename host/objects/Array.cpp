@@ -1,6 +1,6 @@
-#include "host/Array.h"
+#include "host/objects/Array.h"
 
-#include "host/Value.h"
+#include "host/objects/Value.h"
 
 namespace host {
 

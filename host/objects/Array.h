@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "host/Ref.h"
-#include "host/Type.h"
+#include "host/objects/Ref.h"
+#include "host/objects/Type.h"
 #include "sdk/PluginInterface.h"
 
 namespace host {

@@ -1,4 +1,4 @@
-#include "host/Class.h"
+#include "host/objects/Class.h"
 
 #include <algorithm>
 

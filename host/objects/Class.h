@@ -15,10 +15,10 @@
 #include <unordered_map>
 #include <vector>
 
-#include "host/Declaration.h"
-#include "host/Object.h"
-#include "host/Type.h"
-#include "host/Value.h"
+#include "host/calls/Declaration.h"
+#include "host/objects/Object.h"
+#include "host/objects/Type.h"
+#include "host/objects/Value.h"
 #include "sdk/PluginInterface.h"
 
 namespace host {

@@ -1,4 +1,4 @@
-#include "host/GuardedMemory.h"
+#include "host/objects/GuardedMemory.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,10 +1,10 @@
-#include "host/Object.h"
+#include "host/objects/Object.h"
 
 #include <new>
 
-#include "host/Class.h"
-#include "host/GuardedMemory.h"
-#include "host/Value.h"
+#include "host/objects/Class.h"
+#include "host/objects/GuardedMemory.h"
+#include "host/objects/Value.h"
 
 namespace host {
 

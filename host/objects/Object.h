@@ -15,7 +15,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "host/Ref.h"
+#include "host/objects/Ref.h"
 #include "sdk/PluginInterface.h"
 
 namespace host {

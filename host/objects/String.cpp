@@ -1,11 +1,11 @@
-#include "host/String.h"
+#include "host/objects/String.h"
 
 #include <utf8proc.h>
 
 #include <cstring>
 #include <new>
 
-#include "host/GuardedMemory.h"
+#include "host/objects/GuardedMemory.h"
 
 namespace host {
 

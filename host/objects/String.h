@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "host/Ref.h"
+#include "host/objects/Ref.h"
 #include "sdk/PluginInterface.h"
 
 namespace host {

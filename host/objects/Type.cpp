@@ -1,4 +1,4 @@
-#include "host/Type.h"
+#include "host/objects/Type.h"
 
 namespace host {
 

@@ -1,11 +1,11 @@
-#include "host/Value.h"
+#include "host/objects/Value.h"
 
 #include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <limits>
 
-#include "host/Class.h"
+#include "host/objects/Class.h"
 
 namespace host {
 

@@ -10,10 +10,10 @@
 #include <string>
 #include <string_view>
 
-#include "host/Array.h"
-#include "host/Object.h"
-#include "host/String.h"
-#include "host/Type.h"
+#include "host/objects/Array.h"
+#include "host/objects/Object.h"
+#include "host/objects/String.h"
+#include "host/objects/Type.h"
 
 namespace host {
 

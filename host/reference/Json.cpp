@@ -1,10 +1,10 @@
-#include "host/Json.h"
+#include "host/reference/Json.h"
 
 #include <charconv>
 #include <cmath>
 #include <cstdio>
 
-#include "host/String.h"
+#include "host/objects/String.h"
 
 namespace host {
 

@@ -1,10 +1,10 @@
-#include "host/Reference.h"
+#include "host/reference/Reference.h"
 
 #include <algorithm>
 #include <map>
 
-#include "host/ReferenceJson.h"
-#include "host/Spelling.h"
+#include "host/reference/ReferenceJson.h"
+#include "host/reference/Spelling.h"
 
 namespace host {
 

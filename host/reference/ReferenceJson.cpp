@@ -1,9 +1,9 @@
-#include "host/ReferenceJson.h"
+#include "host/reference/ReferenceJson.h"
 
 #include <functional>
 
-#include "host/Json.h"
-#include "host/Spelling.h"
+#include "host/reference/Json.h"
+#include "host/reference/Spelling.h"
 
 namespace host {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "host/Class.h"
+#include "host/objects/Class.h"
 
 namespace host {
 

@@ -1,6 +1,6 @@
-#include "host/Spelling.h"
+#include "host/reference/Spelling.h"
 
-#include "host/Runtime.h"
+#include "host/calls/Runtime.h"
 
 namespace host {
 

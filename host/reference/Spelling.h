@@ -1,7 +1,7 @@
 // Names of classes as the classes themselves spell them, where a declaration spells them otherwise.
 #pragma once
 
-#include "host/Declaration.h"
+#include "host/calls/Declaration.h"
 
 namespace host {
 

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <type_traits>
 
-#include "script/Ast.h"
+#include "host/script/Ast.h"
 
 namespace script {
 

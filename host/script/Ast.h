@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "script/Diagnostics.h"
-#include "script/Types.h"
+#include "host/script/Diagnostics.h"
+#include "host/script/Types.h"
 
 namespace host {
 struct Property;

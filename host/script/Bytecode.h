@@ -13,10 +13,10 @@
 #include <string>
 #include <vector>
 
-#include "host/Class.h"
-#include "host/Value.h"
-#include "script/Diagnostics.h"
-#include "script/Symbols.h"
+#include "host/objects/Class.h"
+#include "host/objects/Value.h"
+#include "host/script/Diagnostics.h"
+#include "host/script/Symbols.h"
 
 namespace script {
 

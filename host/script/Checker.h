@@ -1,9 +1,9 @@
 // Names, types and conversions of a parsed program, all before it runs.
 #pragma once
 
-#include "script/Ast.h"
-#include "script/Diagnostics.h"
-#include "script/Symbols.h"
+#include "host/script/Ast.h"
+#include "host/script/Diagnostics.h"
+#include "host/script/Symbols.h"
 
 namespace script {
 

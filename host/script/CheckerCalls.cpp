@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "script/CheckerState.h"
+#include "host/script/CheckerState.h"
 
 namespace script {
 

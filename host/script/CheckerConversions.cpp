@@ -1,11 +1,11 @@
 #include <algorithm>
 #include <limits>
 
-#include "host/Runtime.h"
-#include "host/Value.h"
-#include "script/Arithmetic.h"
-#include "script/CheckerState.h"
-#include "script/Literal.h"
+#include "host/calls/Runtime.h"
+#include "host/objects/Value.h"
+#include "host/script/Arithmetic.h"
+#include "host/script/CheckerState.h"
+#include "host/script/Literal.h"
 
 namespace script {
 

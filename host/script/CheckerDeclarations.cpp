@@ -1,8 +1,8 @@
 #include <algorithm>
 
-#include "host/Runtime.h"
-#include "script/Checker.h"
-#include "script/CheckerState.h"
+#include "host/calls/Runtime.h"
+#include "host/script/Checker.h"
+#include "host/script/CheckerState.h"
 
 namespace script {
 

@@ -1,7 +1,7 @@
 #include <limits>
 
-#include "script/CheckerState.h"
-#include "script/Literal.h"
+#include "host/script/CheckerState.h"
+#include "host/script/Literal.h"
 
 namespace script {
 

@@ -2,8 +2,8 @@
 // Array and Ubound; and assignments to members.
 #include <algorithm>
 
-#include "host/Runtime.h"
-#include "script/CheckerState.h"
+#include "host/calls/Runtime.h"
+#include "host/script/CheckerState.h"
 
 namespace script {
 

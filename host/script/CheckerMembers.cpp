@@ -1,7 +1,7 @@
 #include <algorithm>
 
-#include "host/Runtime.h"
-#include "script/CheckerState.h"
+#include "host/calls/Runtime.h"
+#include "host/script/CheckerState.h"
 
 namespace script {
 

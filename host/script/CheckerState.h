@@ -7,9 +7,9 @@
 #include <string_view>
 #include <vector>
 
-#include "script/Ast.h"
-#include "script/Diagnostics.h"
-#include "script/Symbols.h"
+#include "host/script/Ast.h"
+#include "host/script/Diagnostics.h"
+#include "host/script/Symbols.h"
 
 namespace script {
 

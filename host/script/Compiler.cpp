@@ -1,8 +1,8 @@
-#include "script/Compiler.h"
+#include "host/script/Compiler.h"
 
 #include <algorithm>
 
-#include "script/CompilerState.h"
+#include "host/script/CompilerState.h"
 
 namespace script {
 

@@ -3,9 +3,9 @@
 
 #include <deque>
 
-#include "script/Bytecode.h"
-#include "script/Diagnostics.h"
-#include "script/Symbols.h"
+#include "host/script/Bytecode.h"
+#include "host/script/Diagnostics.h"
+#include "host/script/Symbols.h"
 
 namespace script {
 

@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "script/CompilerState.h"
+#include "host/script/CompilerState.h"
 
 namespace script {
 

@@ -1,7 +1,7 @@
 #include <algorithm>
 
-#include "script/CompilerState.h"
-#include "script/Literal.h"
+#include "host/script/CompilerState.h"
+#include "host/script/Literal.h"
 
 namespace script {
 

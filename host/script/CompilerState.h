@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
-#include "script/Ast.h"
-#include "script/Compiler.h"
+#include "host/script/Ast.h"
+#include "host/script/Compiler.h"
 
 namespace script {
 

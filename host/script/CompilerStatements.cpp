@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <set>
 
-#include "script/CompilerState.h"
-#include "script/Literal.h"
+#include "host/script/CompilerState.h"
+#include "host/script/Literal.h"
 
 namespace script {
 

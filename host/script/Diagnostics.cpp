@@ -1,4 +1,4 @@
-#include "script/Diagnostics.h"
+#include "host/script/Diagnostics.h"
 
 #include <algorithm>
 

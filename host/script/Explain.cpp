@@ -1,9 +1,9 @@
-#include "script/Explain.h"
+#include "host/script/Explain.h"
 
 #include <algorithm>
 #include <optional>
 
-#include "host/Call.h"
+#include "host/calls/Call.h"
 
 namespace script {
 

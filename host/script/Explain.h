@@ -12,8 +12,8 @@
 #include <string>
 #include <string_view>
 
-#include "script/Diagnostics.h"
-#include "script/Machine.h"
+#include "host/script/Diagnostics.h"
+#include "host/script/Machine.h"
 
 namespace script {
 

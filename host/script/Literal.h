@@ -1,7 +1,7 @@
 // The values of literal nodes.
 #pragma once
 
-#include "script/Ast.h"
+#include "host/script/Ast.h"
 
 namespace script {
 

@@ -1,11 +1,11 @@
-#include "script/Machine.h"
+#include "host/script/Machine.h"
 
 #include <sys/resource.h>
 
 #include <algorithm>
 #include <cstring>
 
-#include "host/Call.h"
+#include "host/calls/Call.h"
 
 namespace script {
 

@@ -15,9 +15,9 @@
 #include <string_view>
 #include <vector>
 
-#include "host/Runtime.h"
-#include "script/Bytecode.h"
-#include "script/Compiler.h"
+#include "host/calls/Runtime.h"
+#include "host/script/Bytecode.h"
+#include "host/script/Compiler.h"
 
 namespace script {
 

@@ -1,8 +1,8 @@
 #include <array>
 
-#include "host/Call.h"
-#include "script/Machine.h"
-#include "script/MachineState.h"
+#include "host/calls/Call.h"
+#include "host/script/Machine.h"
+#include "host/script/MachineState.h"
 
 namespace script {
 

@@ -3,9 +3,9 @@
 #include <cmath>
 #include <limits>
 
-#include "script/Arithmetic.h"
-#include "script/Machine.h"
-#include "script/MachineState.h"
+#include "host/script/Arithmetic.h"
+#include "host/script/Machine.h"
+#include "host/script/MachineState.h"
 
 namespace script {
 

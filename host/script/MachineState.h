@@ -4,10 +4,10 @@
 #include <cstdint>
 #include <string>
 
-#include "host/Array.h"
-#include "host/Value.h"
-#include "script/Ast.h"
-#include "script/Bytecode.h"
+#include "host/objects/Array.h"
+#include "host/objects/Value.h"
+#include "host/script/Ast.h"
+#include "host/script/Bytecode.h"
 
 namespace script {
 

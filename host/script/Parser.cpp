@@ -1,9 +1,9 @@
-#include "script/Parser.h"
+#include "host/script/Parser.h"
 
 #include <algorithm>
 
-#include "host/Type.h"
-#include "script/ParserState.h"
+#include "host/objects/Type.h"
+#include "host/script/ParserState.h"
 
 namespace script {
 

@@ -6,8 +6,8 @@
 
 #include <memory>
 
-#include "script/Ast.h"
-#include "script/Diagnostics.h"
+#include "host/script/Ast.h"
+#include "host/script/Diagnostics.h"
 
 namespace script {
 

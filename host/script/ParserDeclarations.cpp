@@ -1,4 +1,4 @@
-#include "script/ParserState.h"
+#include "host/script/ParserState.h"
 
 namespace script {
 

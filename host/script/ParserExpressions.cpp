@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "script/ParserState.h"
+#include "host/script/ParserState.h"
 
 namespace script {
 

@@ -5,9 +5,9 @@
 #include <string_view>
 #include <vector>
 
-#include "host/Lexer.h"
-#include "script/Ast.h"
-#include "script/Diagnostics.h"
+#include "host/calls/Lexer.h"
+#include "host/script/Ast.h"
+#include "host/script/Diagnostics.h"
 
 namespace script {
 

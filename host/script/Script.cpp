@@ -1,14 +1,14 @@
-#include "script/Script.h"
+#include "host/script/Script.h"
 
 #include <fstream>
 #include <memory>
 #include <sstream>
 
-#include "script/Checker.h"
-#include "script/Compiler.h"
-#include "script/Machine.h"
-#include "script/Parser.h"
-#include "script/ScriptClasses.h"
+#include "host/script/Checker.h"
+#include "host/script/Compiler.h"
+#include "host/script/Machine.h"
+#include "host/script/Parser.h"
+#include "host/script/ScriptClasses.h"
 
 namespace script {
 

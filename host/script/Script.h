@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "script/Diagnostics.h"
+#include "host/script/Diagnostics.h"
 
 namespace script {
 

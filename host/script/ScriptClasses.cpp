@@ -1,10 +1,10 @@
-#include "script/ScriptClasses.h"
+#include "host/script/ScriptClasses.h"
 
 #include <algorithm>
 #include <map>
 #include <set>
 
-#include "script/MachineState.h"
+#include "host/script/MachineState.h"
 
 namespace script {
 

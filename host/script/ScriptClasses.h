@@ -2,8 +2,8 @@
 // instances like any others.
 #pragma once
 
-#include "script/Machine.h"
-#include "script/Symbols.h"
+#include "host/script/Machine.h"
+#include "host/script/Symbols.h"
 
 namespace script {
 

@@ -1,8 +1,8 @@
-#include "script/Symbols.h"
+#include "host/script/Symbols.h"
 
 #include <algorithm>
 
-#include "host/Runtime.h"
+#include "host/calls/Runtime.h"
 
 namespace script {
 

@@ -10,9 +10,9 @@
 #include <unordered_map>
 #include <vector>
 
-#include "host/Class.h"
-#include "script/Ast.h"
-#include "script/Types.h"
+#include "host/objects/Class.h"
+#include "host/script/Ast.h"
+#include "host/script/Types.h"
 
 namespace script {
 

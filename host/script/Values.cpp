@@ -2,12 +2,12 @@
 #include <cmath>
 #include <cstring>
 
-#include "host/Call.h"
+#include "host/calls/Call.h"
 #include "host/framework/Characters.h"
 #include "host/framework/NumberText.h"
-#include "script/Arithmetic.h"
-#include "script/Machine.h"
-#include "script/MachineState.h"
+#include "host/script/Arithmetic.h"
+#include "host/script/Machine.h"
+#include "host/script/MachineState.h"
 
 namespace script {
 

@@ -1,9 +1,9 @@
-#include "buffer/Destination.h"
+#include "plugin/buffer/Destination.h"
 
 #include <algorithm>
 
-#include "buffer/Picture.h"
-#include "plugin/HostServices.h"
+#include "plugin/buffer/Picture.h"
+#include "plugin/services/HostServices.h"
 
 namespace tqx {
 

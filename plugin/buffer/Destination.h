@@ -3,8 +3,8 @@
 
 #include <cstdint>
 
-#include "buffer/PixelBuffer.h"
-#include "rows/PixelLayout.h"
+#include "plugin/buffer/PixelBuffer.h"
+#include "plugin/rows/PixelLayout.h"
 
 namespace tqx {
 

@@ -1,8 +1,8 @@
-#include "buffer/FilePath.h"
+#include "plugin/buffer/FilePath.h"
 
 #include <cstring>
 
-#include "plugin/HostServices.h"
+#include "plugin/services/HostServices.h"
 
 namespace tqx {
 

@@ -3,9 +3,9 @@
 
 #include <optional>
 
-#include "buffer/ImageFormat.h"
-#include "buffer/PixelBuffer.h"
-#include "rows/Convert.h"
+#include "plugin/buffer/ImageFormat.h"
+#include "plugin/buffer/PixelBuffer.h"
+#include "plugin/rows/Convert.h"
 
 namespace tqx {
 

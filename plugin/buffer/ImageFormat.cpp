@@ -1,9 +1,9 @@
-#include "buffer/ImageFormat.h"
+#include "plugin/buffer/ImageFormat.h"
 
 #include <cstring>
 
-#include "buffer/PixelBuffer.h"
-#include "plugin/HostServices.h"
+#include "plugin/buffer/PixelBuffer.h"
+#include "plugin/services/HostServices.h"
 
 namespace tqx {
 

@@ -3,8 +3,8 @@
 
 #include <cstdint>
 
-#include "buffer/PixelBuffer.h"
-#include "buffer/RowWalk.h"
+#include "plugin/buffer/PixelBuffer.h"
+#include "plugin/buffer/RowWalk.h"
 
 namespace tqx {
 

@@ -1,16 +1,16 @@
-#include "buffer/MappedStorage.h"
+#include "plugin/buffer/MappedStorage.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <limits>
 
-#include "buffer/FilePath.h"
-#include "buffer/ImageFormat.h"
-#include "buffer/Picture.h"
-#include "buffer/Saturate.h"
-#include "buffer/ScratchFile.h"
 #include "platform/FileWindow.h"
-#include "plugin/HostServices.h"
+#include "plugin/buffer/FilePath.h"
+#include "plugin/buffer/ImageFormat.h"
+#include "plugin/buffer/Picture.h"
+#include "plugin/buffer/Saturate.h"
+#include "plugin/buffer/ScratchFile.h"
+#include "plugin/services/HostServices.h"
 
 namespace tqx {
 

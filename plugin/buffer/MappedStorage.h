@@ -7,7 +7,7 @@
 
 #include <cstdint>
 
-#include "buffer/PixelBuffer.h"
+#include "plugin/buffer/PixelBuffer.h"
 
 namespace tqx {
 

@@ -1,13 +1,13 @@
-#include "buffer/Picture.h"
+#include "plugin/buffer/Picture.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
-#include "buffer/ImageFormat.h"
-#include "buffer/MappedStorage.h"
 #include "platform/PixelMemory.h"
-#include "plugin/HostServices.h"
+#include "plugin/buffer/ImageFormat.h"
+#include "plugin/buffer/MappedStorage.h"
+#include "plugin/services/HostServices.h"
 
 namespace tqx {
 

@@ -1,8 +1,8 @@
-#include "buffer/PixelBuffer.h"
+#include "plugin/buffer/PixelBuffer.h"
 
 #include <type_traits>
 
-#include "plugin/HostServices.h"
+#include "plugin/services/HostServices.h"
 
 namespace tqx {
 

@@ -16,7 +16,7 @@
 
 #include <cstdint>
 
-#include "rows/PixelLayout.h"
+#include "plugin/rows/PixelLayout.h"
 #include "sdk/PluginInterface.h"
 
 namespace tqx {

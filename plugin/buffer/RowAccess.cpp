@@ -1,14 +1,14 @@
-#include "buffer/RowAccess.h"
+#include "plugin/buffer/RowAccess.h"
 
 #include <algorithm>
 #include <cstring>
 #include <optional>
 
-#include "buffer/FormatConversion.h"
-#include "buffer/ImageFormat.h"
-#include "buffer/PixelBuffer.h"
 #include "platform/PixelMemory.h"
-#include "plugin/HostServices.h"
+#include "plugin/buffer/FormatConversion.h"
+#include "plugin/buffer/ImageFormat.h"
+#include "plugin/buffer/PixelBuffer.h"
+#include "plugin/services/HostServices.h"
 
 namespace tqx {
 

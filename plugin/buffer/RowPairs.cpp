@@ -1,12 +1,12 @@
-#include "buffer/RowPairs.h"
+#include "plugin/buffer/RowPairs.h"
 
 #include <algorithm>
 #include <cstring>
 #include <limits>
 
-#include "buffer/MappedStorage.h"
-#include "buffer/Sharing.h"
 #include "platform/PixelMemory.h"
+#include "plugin/buffer/MappedStorage.h"
+#include "plugin/buffer/Sharing.h"
 
 namespace tqx {
 

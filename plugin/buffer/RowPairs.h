@@ -8,7 +8,7 @@
 
 #include <cstdint>
 
-#include "buffer/PixelBuffer.h"
+#include "plugin/buffer/PixelBuffer.h"
 
 namespace tqx {
 

@@ -9,7 +9,7 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "buffer/RowPairs.h"
+#include "plugin/buffer/RowPairs.h"
 
 namespace tqx {
 

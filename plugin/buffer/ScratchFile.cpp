@@ -1,4 +1,4 @@
-#include "buffer/ScratchFile.h"
+#include "plugin/buffer/ScratchFile.h"
 
 #include <fcntl.h>
 #include <sys/file.h>

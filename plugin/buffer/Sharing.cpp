@@ -1,4 +1,4 @@
-#include "buffer/Sharing.h"
+#include "plugin/buffer/Sharing.h"
 
 #include <sys/stat.h>
 
@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "rows/PixelSpan.h"
+#include "plugin/rows/PixelSpan.h"
 
 namespace tqx {
 

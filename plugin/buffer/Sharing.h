@@ -4,9 +4,9 @@
 // operation asks once and takes whichever of its forms gives what the plain order gives.
 #pragma once
 
-#include "buffer/Destination.h"
-#include "buffer/PixelBuffer.h"
-#include "rows/PixelLayout.h"
+#include "plugin/buffer/Destination.h"
+#include "plugin/buffer/PixelBuffer.h"
+#include "plugin/rows/PixelLayout.h"
 
 namespace tqx {
 

@@ -1,11 +1,11 @@
-#include "buffer/Views.h"
+#include "plugin/buffer/Views.h"
 
-#include "buffer/ImageFormat.h"
-#include "buffer/MappedStorage.h"
-#include "buffer/Picture.h"
-#include "buffer/PixelBuffer.h"
-#include "buffer/Saturate.h"
-#include "plugin/HostServices.h"
+#include "plugin/buffer/ImageFormat.h"
+#include "plugin/buffer/MappedStorage.h"
+#include "plugin/buffer/Picture.h"
+#include "plugin/buffer/PixelBuffer.h"
+#include "plugin/buffer/Saturate.h"
+#include "plugin/services/HostServices.h"
 
 namespace tqx {
 

@@ -1,4 +1,4 @@
-#include "plugin/ConstantDeclarations.h"
+#include "plugin/classes/ConstantDeclarations.h"
 
 #include <cinttypes>
 #include <cstdio>

@@ -1,7 +1,7 @@
 // The class PictureFactoryTQX: a script's subclass of it makes destination pictures.
 #include <iterator>
 
-#include "buffer/Destination.h"
+#include "plugin/buffer/Destination.h"
 #include "sdk/Declare.h"
 
 namespace tqx {

@@ -4,11 +4,11 @@
 #include <cstdlib>
 #include <ctime>
 
-#include "buffer/Destination.h"
-#include "buffer/MappedStorage.h"
-#include "buffer/PixelBuffer.h"
-#include "plugin/HostServices.h"
-#include "plugin/PictureClass.h"
+#include "plugin/buffer/Destination.h"
+#include "plugin/buffer/MappedStorage.h"
+#include "plugin/buffer/PixelBuffer.h"
+#include "plugin/classes/PictureClass.h"
+#include "plugin/services/HostServices.h"
 
 namespace tqx {
 

@@ -1,13 +1,13 @@
-#include "filters/AutoLevel.h"
+#include "plugin/filters/AutoLevel.h"
 
 #include <cstring>
 
-#include "buffer/Destination.h"
-#include "buffer/PixelBuffer.h"
-#include "buffer/Saturate.h"
-#include "ops/Rectangle.h"
-#include "rows/LookUp.h"
-#include "rows/Luminance.h"
+#include "plugin/buffer/Destination.h"
+#include "plugin/buffer/PixelBuffer.h"
+#include "plugin/buffer/Saturate.h"
+#include "plugin/ops/Rectangle.h"
+#include "plugin/rows/LookUp.h"
+#include "plugin/rows/Luminance.h"
 
 namespace tqx {
 

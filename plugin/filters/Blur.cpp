@@ -1,16 +1,16 @@
-#include "filters/Blur.h"
+#include "plugin/filters/Blur.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include "buffer/Destination.h"
-#include "buffer/Saturate.h"
-#include "buffer/Sharing.h"
-#include "filters/PackedRows.h"
 #include "platform/PixelMemory.h"
-#include "plugin/HostServices.h"
-#include "rows/BoxBlur.h"
-#include "rows/FractionalBlur.h"
+#include "plugin/buffer/Destination.h"
+#include "plugin/buffer/Saturate.h"
+#include "plugin/buffer/Sharing.h"
+#include "plugin/filters/PackedRows.h"
+#include "plugin/rows/BoxBlur.h"
+#include "plugin/rows/FractionalBlur.h"
+#include "plugin/services/HostServices.h"
 
 namespace tqx {
 

@@ -1,13 +1,13 @@
-#include "filters/Convolution.h"
+#include "plugin/filters/Convolution.h"
 
 #include <algorithm>
 
-#include "buffer/Destination.h"
-#include "buffer/Sharing.h"
-#include "filters/PackedRows.h"
 #include "platform/PixelMemory.h"
-#include "plugin/HostServices.h"
-#include "rows/Convolve.h"
+#include "plugin/buffer/Destination.h"
+#include "plugin/buffer/Sharing.h"
+#include "plugin/filters/PackedRows.h"
+#include "plugin/rows/Convolve.h"
+#include "plugin/services/HostServices.h"
 
 namespace tqx {
 

@@ -1,12 +1,12 @@
-#include "filters/Diffuse.h"
+#include "plugin/filters/Diffuse.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
-#include "buffer/Destination.h"
-#include "buffer/Sharing.h"
-#include "filters/PackedRows.h"
+#include "plugin/buffer/Destination.h"
+#include "plugin/buffer/Sharing.h"
+#include "plugin/filters/PackedRows.h"
 
 namespace tqx {
 

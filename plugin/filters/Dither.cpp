@@ -1,8 +1,8 @@
-#include "filters/Dither.h"
+#include "plugin/filters/Dither.h"
 
-#include "filters/DitherMatrices.h"
-#include "filters/PackedRows.h"
-#include "rows/Dither.h"
+#include "plugin/filters/DitherMatrices.h"
+#include "plugin/filters/PackedRows.h"
+#include "plugin/rows/Dither.h"
 
 namespace tqx {
 

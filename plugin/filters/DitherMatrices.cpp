@@ -1,4 +1,4 @@
-#include "filters/DitherMatrices.h"
+#include "plugin/filters/DitherMatrices.h"
 
 #include <iterator>
 

@@ -1,12 +1,12 @@
-#include "filters/Engrave.h"
+#include "plugin/filters/Engrave.h"
 
 #include <algorithm>
 
-#include "buffer/Destination.h"
-#include "buffer/Sharing.h"
-#include "filters/PackedRows.h"
 #include "platform/PixelMemory.h"
-#include "rows/Engrave.h"
+#include "plugin/buffer/Destination.h"
+#include "plugin/buffer/Sharing.h"
+#include "plugin/filters/PackedRows.h"
+#include "plugin/rows/Engrave.h"
 
 namespace tqx {
 

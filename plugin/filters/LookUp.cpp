@@ -1,9 +1,9 @@
-#include "filters/LookUp.h"
+#include "plugin/filters/LookUp.h"
 
 #include <cstdint>
 
-#include "buffer/RowWalk.h"
-#include "buffer/Sharing.h"
+#include "plugin/buffer/RowWalk.h"
+#include "plugin/buffer/Sharing.h"
 
 namespace tqx {
 

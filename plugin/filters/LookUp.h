@@ -1,8 +1,8 @@
 // A picture's bytes mapped through tables, one a channel.
 #pragma once
 
-#include "buffer/Destination.h"
-#include "rows/LookUp.h"
+#include "plugin/buffer/Destination.h"
+#include "plugin/rows/LookUp.h"
 
 namespace tqx {
 

@@ -1,13 +1,13 @@
-#include "filters/Neon.h"
+#include "plugin/filters/Neon.h"
 
 #include <algorithm>
 #include <cstring>
 #include <utility>
 
-#include "buffer/Destination.h"
-#include "filters/PackedRows.h"
 #include "platform/PixelMemory.h"
-#include "rows/Neon.h"
+#include "plugin/buffer/Destination.h"
+#include "plugin/filters/PackedRows.h"
+#include "plugin/rows/Neon.h"
 
 namespace tqx {
 

@@ -1,13 +1,13 @@
-#include "filters/Oil.h"
+#include "plugin/filters/Oil.h"
 
 #include <algorithm>
 #include <span>
 
-#include "buffer/Destination.h"
-#include "buffer/Sharing.h"
-#include "filters/OilColumns.h"
-#include "filters/PackedRows.h"
-#include "rows/OilHistogram.h"
+#include "plugin/buffer/Destination.h"
+#include "plugin/buffer/Sharing.h"
+#include "plugin/filters/OilColumns.h"
+#include "plugin/filters/PackedRows.h"
+#include "plugin/rows/OilHistogram.h"
 
 namespace tqx {
 

@@ -1,10 +1,10 @@
-#include "filters/OilColumns.h"
+#include "plugin/filters/OilColumns.h"
 
 #include <algorithm>
 #include <cstring>
 
-#include "filters/PackedRows.h"
 #include "platform/PixelMemory.h"
+#include "plugin/filters/PackedRows.h"
 
 namespace tqx {
 

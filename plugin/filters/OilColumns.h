@@ -4,8 +4,8 @@
 
 #include <cstdint>
 
-#include "buffer/Destination.h"
-#include "rows/OilHistogram.h"
+#include "plugin/buffer/Destination.h"
+#include "plugin/rows/OilHistogram.h"
 
 namespace tqx {
 

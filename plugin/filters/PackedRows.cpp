@@ -1,4 +1,4 @@
-#include "filters/PackedRows.h"
+#include "plugin/filters/PackedRows.h"
 
 #include <algorithm>
 

@@ -9,11 +9,11 @@
 
 #include <cstdint>
 
-#include "buffer/Destination.h"
-#include "buffer/Sharing.h"
 #include "platform/PixelMemory.h"
-#include "rows/Move.h"
-#include "rows/PixelLayout.h"
+#include "plugin/buffer/Destination.h"
+#include "plugin/buffer/Sharing.h"
+#include "plugin/rows/Move.h"
+#include "plugin/rows/PixelLayout.h"
 
 namespace tqx {
 

@@ -1,12 +1,12 @@
-#include "filters/Stamp.h"
+#include "plugin/filters/Stamp.h"
 
 #include <cstdint>
 
-#include "buffer/Destination.h"
-#include "buffer/Saturate.h"
-#include "filters/Blur.h"
-#include "filters/LookUp.h"
-#include "plugin/HostServices.h"
+#include "plugin/buffer/Destination.h"
+#include "plugin/buffer/Saturate.h"
+#include "plugin/filters/Blur.h"
+#include "plugin/filters/LookUp.h"
+#include "plugin/services/HostServices.h"
 
 namespace tqx {
 

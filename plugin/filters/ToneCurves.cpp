@@ -1,13 +1,13 @@
-#include "filters/ToneCurves.h"
+#include "plugin/filters/ToneCurves.h"
 
 #include <algorithm>
 #include <cmath>
 #include <optional>
 
-#include "buffer/Destination.h"
-#include "buffer/Saturate.h"
-#include "filters/LookUp.h"
-#include "plugin/HostServices.h"
+#include "plugin/buffer/Destination.h"
+#include "plugin/buffer/Saturate.h"
+#include "plugin/filters/LookUp.h"
+#include "plugin/services/HostServices.h"
 
 namespace tqx {
 

@@ -1,12 +1,12 @@
-#include "filters/Unsharp.h"
+#include "plugin/filters/Unsharp.h"
 
 #include <cmath>
 
-#include "buffer/Destination.h"
-#include "buffer/Sharing.h"
-#include "filters/PackedRows.h"
 #include "platform/PixelMemory.h"
-#include "rows/Unsharp.h"
+#include "plugin/buffer/Destination.h"
+#include "plugin/buffer/Sharing.h"
+#include "plugin/filters/PackedRows.h"
+#include "plugin/rows/Unsharp.h"
 
 namespace tqx {
 

@@ -1,4 +1,4 @@
-#include "geometry/BandAcross.h"
+#include "plugin/geometry/BandAcross.h"
 
 #include <algorithm>
 #include <cstring>

@@ -3,9 +3,9 @@
 
 #include <cstdint>
 
-#include "geometry/Contributions.h"
-#include "geometry/PixelArray.h"
-#include "geometry/ScaleJob.h"
+#include "plugin/geometry/Contributions.h"
+#include "plugin/geometry/PixelArray.h"
+#include "plugin/geometry/ScaleJob.h"
 
 namespace tqx {
 

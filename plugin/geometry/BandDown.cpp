@@ -1,4 +1,4 @@
-#include "geometry/BandDown.h"
+#include "plugin/geometry/BandDown.h"
 
 #include <algorithm>
 

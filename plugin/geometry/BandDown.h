@@ -8,10 +8,10 @@
 
 #include <cstdint>
 
-#include "geometry/Contributions.h"
-#include "geometry/PixelArray.h"
-#include "geometry/ScaleJob.h"
-#include "rows/ScaleDown.h"
+#include "plugin/geometry/Contributions.h"
+#include "plugin/geometry/PixelArray.h"
+#include "plugin/geometry/ScaleJob.h"
+#include "plugin/rows/ScaleDown.h"
 
 namespace tqx {
 

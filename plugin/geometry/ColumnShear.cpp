@@ -1,15 +1,15 @@
-#include "geometry/ColumnShear.h"
+#include "plugin/geometry/ColumnShear.h"
 
 #include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstring>
 
-#include "buffer/RowPairs.h"
-#include "buffer/Sharing.h"
 #include "platform/PixelMemory.h"
-#include "rows/Move.h"
-#include "rows/Skew.h"
+#include "plugin/buffer/RowPairs.h"
+#include "plugin/buffer/Sharing.h"
+#include "plugin/rows/Move.h"
+#include "plugin/rows/Skew.h"
 
 namespace tqx {
 

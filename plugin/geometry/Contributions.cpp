@@ -1,4 +1,4 @@
-#include "geometry/Contributions.h"
+#include "plugin/geometry/Contributions.h"
 
 #include <algorithm>
 #include <bit>

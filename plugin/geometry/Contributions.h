@@ -7,8 +7,8 @@
 
 #include <cstdint>
 
-#include "geometry/ScaleKernels.h"
-#include "rows/Taps.h"
+#include "plugin/geometry/ScaleKernels.h"
+#include "plugin/rows/Taps.h"
 
 namespace tqx {
 

@@ -1,14 +1,14 @@
-#include "geometry/Mirrors.h"
+#include "plugin/geometry/Mirrors.h"
 
 #include <algorithm>
 #include <cstring>
 
-#include "buffer/Destination.h"
-#include "buffer/InPlaceRows.h"
-#include "buffer/PixelBuffer.h"
-#include "buffer/RowPairs.h"
 #include "platform/PixelMemory.h"
-#include "rows/Move.h"
+#include "plugin/buffer/Destination.h"
+#include "plugin/buffer/InPlaceRows.h"
+#include "plugin/buffer/PixelBuffer.h"
+#include "plugin/buffer/RowPairs.h"
+#include "plugin/rows/Move.h"
 
 namespace tqx {
 

@@ -1,15 +1,15 @@
-#include "geometry/Rotate.h"
+#include "plugin/geometry/Rotate.h"
 
 #include <cmath>
 
-#include "buffer/Destination.h"
-#include "buffer/PixelBuffer.h"
-#include "buffer/RowPairs.h"
-#include "buffer/Saturate.h"
-#include "geometry/ColumnShear.h"
-#include "geometry/Turns.h"
-#include "plugin/HostServices.h"
-#include "rows/Skew.h"
+#include "plugin/buffer/Destination.h"
+#include "plugin/buffer/PixelBuffer.h"
+#include "plugin/buffer/RowPairs.h"
+#include "plugin/buffer/Saturate.h"
+#include "plugin/geometry/ColumnShear.h"
+#include "plugin/geometry/Turns.h"
+#include "plugin/rows/Skew.h"
+#include "plugin/services/HostServices.h"
 
 namespace tqx {
 

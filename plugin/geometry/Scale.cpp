@@ -1,13 +1,13 @@
-#include "geometry/Scale.h"
+#include "plugin/geometry/Scale.h"
 
 #include <algorithm>
 #include <cstdlib>
 
-#include "buffer/Destination.h"
-#include "buffer/ImageFormat.h"
-#include "buffer/Sharing.h"
-#include "geometry/ScaleJob.h"
-#include "plugin/HostServices.h"
+#include "plugin/buffer/Destination.h"
+#include "plugin/buffer/ImageFormat.h"
+#include "plugin/buffer/Sharing.h"
+#include "plugin/geometry/ScaleJob.h"
+#include "plugin/services/HostServices.h"
 
 namespace tqx {
 

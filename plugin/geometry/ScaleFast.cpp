@@ -1,14 +1,14 @@
-#include "geometry/ScaleFast.h"
+#include "plugin/geometry/ScaleFast.h"
 
 #include <algorithm>
 #include <optional>
 
-#include "buffer/FormatConversion.h"
-#include "buffer/PixelBuffer.h"
-#include "buffer/RowPairs.h"
-#include "buffer/Saturate.h"
-#include "rows/Convert.h"
-#include "rows/Nearest.h"
+#include "plugin/buffer/FormatConversion.h"
+#include "plugin/buffer/PixelBuffer.h"
+#include "plugin/buffer/RowPairs.h"
+#include "plugin/buffer/Saturate.h"
+#include "plugin/rows/Convert.h"
+#include "plugin/rows/Nearest.h"
 
 namespace tqx {
 

@@ -1,8 +1,8 @@
 #include <algorithm>
 
-#include "geometry/BandAcross.h"
-#include "geometry/BandDown.h"
-#include "geometry/ScaleJob.h"
+#include "plugin/geometry/BandAcross.h"
+#include "plugin/geometry/BandDown.h"
+#include "plugin/geometry/ScaleJob.h"
 
 namespace tqx {
 

@@ -2,9 +2,9 @@
 #include <cstdlib>
 #include <memory>
 
-#include "buffer/Sharing.h"
-#include "geometry/ScaleJob.h"
-#include "rows/ScaleDown.h"
+#include "plugin/buffer/Sharing.h"
+#include "plugin/geometry/ScaleJob.h"
+#include "plugin/rows/ScaleDown.h"
 
 namespace tqx {
 

@@ -3,9 +3,9 @@
 
 #include <cstdint>
 
-#include "buffer/PixelBuffer.h"
-#include "geometry/Contributions.h"
-#include "geometry/ScalePath.h"
+#include "plugin/buffer/PixelBuffer.h"
+#include "plugin/geometry/Contributions.h"
+#include "plugin/geometry/ScalePath.h"
 
 namespace tqx {
 

@@ -1,4 +1,4 @@
-#include "geometry/ScaleKernels.h"
+#include "plugin/geometry/ScaleKernels.h"
 
 #include <cmath>
 

@@ -1,6 +1,6 @@
-#include "geometry/ScalePath.h"
+#include "plugin/geometry/ScalePath.h"
 
-#include "buffer/Destination.h"
+#include "plugin/buffer/Destination.h"
 
 namespace tqx {
 

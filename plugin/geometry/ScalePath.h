@@ -1,10 +1,10 @@
 // Which channels a scaling reads, how they lie in the intermediate picture, and where they go.
 #pragma once
 
-#include "buffer/PixelBuffer.h"
-#include "rows/Move.h"
-#include "rows/ScaleAcross.h"
-#include "rows/ScaleSlots.h"
+#include "plugin/buffer/PixelBuffer.h"
+#include "plugin/rows/Move.h"
+#include "plugin/rows/ScaleAcross.h"
+#include "plugin/rows/ScaleSlots.h"
 
 namespace tqx {
 

@@ -1,9 +1,9 @@
-#include "geometry/TurnedBlock.h"
+#include "plugin/geometry/TurnedBlock.h"
 
 #include <algorithm>
 
-#include "buffer/RowPairs.h"
-#include "rows/Transpose.h"
+#include "plugin/buffer/RowPairs.h"
+#include "plugin/rows/Transpose.h"
 
 namespace tqx {
 

@@ -8,10 +8,10 @@
 
 #include <cstdint>
 
-#include "buffer/PixelBuffer.h"
-#include "geometry/TurnedTile.h"
 #include "platform/PixelMemory.h"
-#include "rows/Move.h"
+#include "plugin/buffer/PixelBuffer.h"
+#include "plugin/geometry/TurnedTile.h"
+#include "plugin/rows/Move.h"
 
 namespace tqx {
 

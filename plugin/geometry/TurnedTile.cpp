@@ -1,8 +1,8 @@
-#include "geometry/TurnedTile.h"
+#include "plugin/geometry/TurnedTile.h"
 
 #include <algorithm>
 
-#include "rows/Transpose.h"
+#include "plugin/rows/Transpose.h"
 
 namespace tqx {
 

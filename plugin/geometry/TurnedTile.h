@@ -6,8 +6,8 @@
 
 #include <cstdint>
 
-#include "buffer/PixelBuffer.h"
-#include "rows/Move.h"
+#include "plugin/buffer/PixelBuffer.h"
+#include "plugin/rows/Move.h"
 
 namespace tqx {
 

@@ -1,18 +1,18 @@
-#include "geometry/Turns.h"
+#include "plugin/geometry/Turns.h"
 
 #include <algorithm>
 #include <cstring>
 #include <limits>
 
-#include "buffer/Destination.h"
-#include "buffer/MappedStorage.h"
-#include "buffer/PixelBuffer.h"
-#include "buffer/RowPairs.h"
-#include "buffer/Sharing.h"
-#include "geometry/TurnedBlock.h"
-#include "geometry/TurnedTile.h"
 #include "platform/PixelMemory.h"
-#include "rows/Move.h"
+#include "plugin/buffer/Destination.h"
+#include "plugin/buffer/MappedStorage.h"
+#include "plugin/buffer/PixelBuffer.h"
+#include "plugin/buffer/RowPairs.h"
+#include "plugin/buffer/Sharing.h"
+#include "plugin/geometry/TurnedBlock.h"
+#include "plugin/geometry/TurnedTile.h"
+#include "plugin/rows/Move.h"
 
 namespace tqx {
 

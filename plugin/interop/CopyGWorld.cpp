@@ -1,12 +1,12 @@
-#include "interop/CopyGWorld.h"
+#include "plugin/interop/CopyGWorld.h"
 
 #include <cstring>
 
-#include "buffer/PixelBuffer.h"
-#include "interop/LockedPicture.h"
 #include "platform/Worlds.h"
-#include "plugin/HostServices.h"
-#include "rows/Convert.h"
+#include "plugin/buffer/PixelBuffer.h"
+#include "plugin/interop/LockedPicture.h"
+#include "plugin/rows/Convert.h"
+#include "plugin/services/HostServices.h"
 
 namespace tqx {
 

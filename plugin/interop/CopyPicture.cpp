@@ -1,11 +1,11 @@
-#include "interop/CopyPicture.h"
+#include "plugin/interop/CopyPicture.h"
 
-#include "buffer/PixelBuffer.h"
-#include "interop/LockedPicture.h"
-#include "ops/Rectangle.h"
 #include "platform/Worlds.h"
-#include "plugin/HostServices.h"
-#include "rows/Convert.h"
+#include "plugin/buffer/PixelBuffer.h"
+#include "plugin/interop/LockedPicture.h"
+#include "plugin/ops/Rectangle.h"
+#include "plugin/rows/Convert.h"
+#include "plugin/services/HostServices.h"
 
 namespace tqx {
 

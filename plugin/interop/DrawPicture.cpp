@@ -1,13 +1,13 @@
-#include "interop/DrawPicture.h"
+#include "plugin/interop/DrawPicture.h"
 
 #include <algorithm>
 
-#include "buffer/PixelBuffer.h"
-#include "interop/LockedPicture.h"
-#include "ops/CopyRectangle.h"
-#include "plugin/HostServices.h"
-#include "rows/Convert.h"
-#include "rows/HostPixels.h"
+#include "plugin/buffer/PixelBuffer.h"
+#include "plugin/interop/LockedPicture.h"
+#include "plugin/ops/CopyRectangle.h"
+#include "plugin/rows/Convert.h"
+#include "plugin/rows/HostPixels.h"
+#include "plugin/services/HostServices.h"
 
 namespace tqx {
 

@@ -1,10 +1,10 @@
-#include "interop/HostPicture.h"
+#include "plugin/interop/HostPicture.h"
 
-#include "buffer/ImageFormat.h"
-#include "buffer/Picture.h"
-#include "buffer/PixelBuffer.h"
 #include "platform/Worlds.h"
-#include "plugin/HostServices.h"
+#include "plugin/buffer/ImageFormat.h"
+#include "plugin/buffer/Picture.h"
+#include "plugin/buffer/PixelBuffer.h"
+#include "plugin/services/HostServices.h"
 
 namespace tqx {
 

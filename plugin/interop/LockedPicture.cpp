@@ -1,8 +1,8 @@
-#include "interop/LockedPicture.h"
+#include "plugin/interop/LockedPicture.h"
 
 #include <cstring>
 
-#include "plugin/HostServices.h"
+#include "plugin/services/HostServices.h"
 
 namespace tqx {
 

@@ -8,7 +8,7 @@
 #include <cstdint>
 
 #include "platform/Worlds.h"
-#include "rows/PixelLayout.h"
+#include "plugin/rows/PixelLayout.h"
 #include "sdk/PluginInterface.h"
 
 namespace tqx {

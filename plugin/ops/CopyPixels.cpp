@@ -1,13 +1,13 @@
-#include "ops/CopyPixels.h"
+#include "plugin/ops/CopyPixels.h"
 
-#include "buffer/Destination.h"
-#include "buffer/FormatConversion.h"
-#include "buffer/MappedStorage.h"
-#include "buffer/PixelBuffer.h"
-#include "buffer/RowPairs.h"
-#include "buffer/RowWalk.h"
-#include "ops/CopyRectangle.h"
-#include "rows/Convert.h"
+#include "plugin/buffer/Destination.h"
+#include "plugin/buffer/FormatConversion.h"
+#include "plugin/buffer/MappedStorage.h"
+#include "plugin/buffer/PixelBuffer.h"
+#include "plugin/buffer/RowPairs.h"
+#include "plugin/buffer/RowWalk.h"
+#include "plugin/ops/CopyRectangle.h"
+#include "plugin/rows/Convert.h"
 
 namespace tqx {
 

@@ -1,17 +1,17 @@
-#include "ops/Fill.h"
+#include "plugin/ops/Fill.h"
 
 #include <algorithm>
 #include <cstring>
 #include <limits>
 
-#include "buffer/Destination.h"
-#include "buffer/InPlaceRows.h"
-#include "buffer/PixelBuffer.h"
-#include "buffer/RowPairs.h"
-#include "buffer/RowWalk.h"
-#include "ops/PatternRows.h"
-#include "ops/Rectangle.h"
-#include "rows/Fill.h"
+#include "plugin/buffer/Destination.h"
+#include "plugin/buffer/InPlaceRows.h"
+#include "plugin/buffer/PixelBuffer.h"
+#include "plugin/buffer/RowPairs.h"
+#include "plugin/buffer/RowWalk.h"
+#include "plugin/ops/PatternRows.h"
+#include "plugin/ops/Rectangle.h"
+#include "plugin/rows/Fill.h"
 
 namespace tqx {
 

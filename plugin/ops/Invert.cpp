@@ -1,8 +1,8 @@
-#include "ops/Invert.h"
+#include "plugin/ops/Invert.h"
 
-#include "buffer/Destination.h"
-#include "ops/PatternRows.h"
-#include "rows/Fill.h"
+#include "plugin/buffer/Destination.h"
+#include "plugin/ops/PatternRows.h"
+#include "plugin/rows/Fill.h"
 
 namespace tqx {
 

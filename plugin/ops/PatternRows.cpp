@@ -1,7 +1,7 @@
-#include "ops/PatternRows.h"
+#include "plugin/ops/PatternRows.h"
 
-#include "buffer/Destination.h"
-#include "buffer/InPlaceRows.h"
+#include "plugin/buffer/Destination.h"
+#include "plugin/buffer/InPlaceRows.h"
 
 namespace tqx {
 

@@ -3,9 +3,9 @@
 
 #include <cstdint>
 
-#include "buffer/PixelBuffer.h"
-#include "ops/Rectangle.h"
-#include "rows/Fill.h"
+#include "plugin/buffer/PixelBuffer.h"
+#include "plugin/ops/Rectangle.h"
+#include "plugin/rows/Fill.h"
 
 namespace tqx {
 

@@ -1,10 +1,10 @@
-#include "rows/BoxBlur.h"
+#include "plugin/rows/BoxBlur.h"
 
 #include <algorithm>
 
-#include "rows/BoxBlurForms.h"
-#include "rows/LoopForms.h"
-#include "rows/Mean.h"
+#include "plugin/rows/BoxBlurForms.h"
+#include "plugin/rows/LoopForms.h"
+#include "plugin/rows/Mean.h"
 
 namespace rows {
 

@@ -1,8 +1,8 @@
-#include "rows/BoxBlurForms.h"
+#include "plugin/rows/BoxBlurForms.h"
 
 #ifdef ROWS_X86
 
-#include "rows/Mean.h"
+#include "plugin/rows/Mean.h"
 
 namespace rows {
 

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "rows/X86.h"
+#include "plugin/rows/X86.h"
 
 namespace rows {
 

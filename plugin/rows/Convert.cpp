@@ -1,4 +1,4 @@
-#include "rows/Convert.h"
+#include "plugin/rows/Convert.h"
 
 #include <algorithm>
 

@@ -3,9 +3,9 @@
 
 #include <cstdint>
 
-#include "rows/Gray.h"
-#include "rows/Move.h"
-#include "rows/PixelLayout.h"
+#include "plugin/rows/Gray.h"
+#include "plugin/rows/Move.h"
+#include "plugin/rows/PixelLayout.h"
 
 namespace rows {
 

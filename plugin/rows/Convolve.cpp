@@ -1,9 +1,9 @@
-#include "rows/Convolve.h"
+#include "plugin/rows/Convolve.h"
 
 #include <algorithm>
 
-#include "rows/ConvolveForms.h"
-#include "rows/LoopForms.h"
+#include "plugin/rows/ConvolveForms.h"
+#include "plugin/rows/LoopForms.h"
 
 namespace rows {
 

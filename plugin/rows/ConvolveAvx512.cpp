@@ -1,4 +1,4 @@
-#include "rows/ConvolveForms.h"
+#include "plugin/rows/ConvolveForms.h"
 
 #ifdef ROWS_X86
 

@@ -1,8 +1,8 @@
 // The wider form of a convolution, for Convolve.cpp alone.
 #pragma once
 
-#include "rows/Convolve.h"
-#include "rows/X86.h"
+#include "plugin/rows/Convolve.h"
+#include "plugin/rows/X86.h"
 
 namespace rows {
 

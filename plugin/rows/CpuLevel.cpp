@@ -1,4 +1,4 @@
-#include "rows/CpuLevel.h"
+#include "plugin/rows/CpuLevel.h"
 
 #include <algorithm>
 

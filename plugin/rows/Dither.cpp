@@ -1,7 +1,7 @@
-#include "rows/Dither.h"
+#include "plugin/rows/Dither.h"
 
-#include "rows/CpuLevel.h"
-#include "rows/DitherForms.h"
+#include "plugin/rows/CpuLevel.h"
+#include "plugin/rows/DitherForms.h"
 
 namespace rows {
 

@@ -1,5 +1,5 @@
-#include "rows/DitherForms.h"
-#include "rows/TableRegisters.h"
+#include "plugin/rows/DitherForms.h"
+#include "plugin/rows/TableRegisters.h"
 
 #ifdef ROWS_X86
 

@@ -1,8 +1,8 @@
 // The wider form of dithering, for Dither.cpp alone.
 #pragma once
 
-#include "rows/Dither.h"
-#include "rows/X86.h"
+#include "plugin/rows/Dither.h"
+#include "plugin/rows/X86.h"
 
 namespace rows {
 

@@ -1,9 +1,9 @@
-#include "rows/Engrave.h"
+#include "plugin/rows/Engrave.h"
 
 #include <algorithm>
 
-#include "rows/EngraveForms.h"
-#include "rows/LoopForms.h"
+#include "plugin/rows/EngraveForms.h"
+#include "plugin/rows/LoopForms.h"
 
 namespace rows {
 

@@ -1,4 +1,4 @@
-#include "rows/EngraveForms.h"
+#include "plugin/rows/EngraveForms.h"
 
 #ifdef ROWS_X86
 

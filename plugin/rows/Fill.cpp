@@ -1,4 +1,4 @@
-#include "rows/Fill.h"
+#include "plugin/rows/Fill.h"
 
 #include <algorithm>
 #include <cstring>

@@ -3,8 +3,8 @@
 
 #include <cstdint>
 
-#include "rows/PixelLayout.h"
-#include "rows/PixelSpan.h"
+#include "plugin/rows/PixelLayout.h"
+#include "plugin/rows/PixelSpan.h"
 
 namespace rows {
 

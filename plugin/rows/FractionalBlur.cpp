@@ -1,7 +1,7 @@
-#include "rows/FractionalBlur.h"
+#include "plugin/rows/FractionalBlur.h"
 
-#include "rows/FractionalBlurForms.h"
-#include "rows/LoopForms.h"
+#include "plugin/rows/FractionalBlurForms.h"
+#include "plugin/rows/LoopForms.h"
 
 namespace rows {
 

@@ -2,8 +2,8 @@
 #include <cmath>
 #include <cstring>
 
-#include "rows/FractionalBlurForms.h"
-#include "rows/TableRegisters.h"
+#include "plugin/rows/FractionalBlurForms.h"
+#include "plugin/rows/TableRegisters.h"
 
 #ifdef ROWS_X86
 

@@ -1,8 +1,8 @@
 // The wider form of three-tap averages, for FractionalBlur.cpp alone.
 #pragma once
 
-#include "rows/FractionalBlur.h"
-#include "rows/X86.h"
+#include "plugin/rows/FractionalBlur.h"
+#include "plugin/rows/X86.h"
 
 namespace rows {
 

@@ -1,10 +1,10 @@
-#include "rows/Gray.h"
+#include "plugin/rows/Gray.h"
 
 #include <algorithm>
 
-#include "rows/CpuLevel.h"
-#include "rows/PixelSpan.h"
-#include "rows/X86.h"
+#include "plugin/rows/CpuLevel.h"
+#include "plugin/rows/PixelSpan.h"
+#include "plugin/rows/X86.h"
 
 namespace rows {
 

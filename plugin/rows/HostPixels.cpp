@@ -1,7 +1,7 @@
-#include "rows/HostPixels.h"
+#include "plugin/rows/HostPixels.h"
 
-#include "rows/CpuLevel.h"
-#include "rows/HostPixelsForms.h"
+#include "plugin/rows/CpuLevel.h"
+#include "plugin/rows/HostPixelsForms.h"
 
 namespace rows {
 

@@ -1,4 +1,4 @@
-#include "rows/HostPixelsForms.h"
+#include "plugin/rows/HostPixelsForms.h"
 
 #ifdef ROWS_X86
 

@@ -4,8 +4,8 @@
 
 #include <cstdint>
 
-#include "rows/HostPixels.h"
-#include "rows/X86.h"
+#include "plugin/rows/HostPixels.h"
+#include "plugin/rows/X86.h"
 
 namespace rows {
 

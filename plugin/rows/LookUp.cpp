@@ -1,9 +1,9 @@
-#include "rows/LookUp.h"
+#include "plugin/rows/LookUp.h"
 
 #include <algorithm>
 
-#include "rows/CpuLevel.h"
-#include "rows/LookUpForms.h"
+#include "plugin/rows/CpuLevel.h"
+#include "plugin/rows/LookUpForms.h"
 
 namespace rows {
 

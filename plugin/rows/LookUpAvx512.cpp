@@ -1,5 +1,5 @@
-#include "rows/LookUpForms.h"
-#include "rows/TableRegisters.h"
+#include "plugin/rows/LookUpForms.h"
+#include "plugin/rows/TableRegisters.h"
 
 #ifdef ROWS_X86
 

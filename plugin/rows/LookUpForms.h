@@ -1,8 +1,8 @@
 // The wider form of table look-ups, for LookUp.cpp alone.
 #pragma once
 
-#include "rows/LookUp.h"
-#include "rows/X86.h"
+#include "plugin/rows/LookUp.h"
+#include "plugin/rows/X86.h"
 
 namespace rows {
 

@@ -11,8 +11,8 @@
 // Run and whatever it calls must be ROWS_INLINE: only inlined code is compiled for the level.
 #pragma once
 
-#include "rows/CpuLevel.h"
-#include "rows/X86.h"
+#include "plugin/rows/CpuLevel.h"
+#include "plugin/rows/X86.h"
 
 #define ROWS_INLINE [[gnu::always_inline]] inline
 

@@ -1,10 +1,10 @@
-#include "rows/Luminance.h"
+#include "plugin/rows/Luminance.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include "rows/CpuLevel.h"
-#include "rows/X86.h"
+#include "plugin/rows/CpuLevel.h"
+#include "plugin/rows/X86.h"
 
 namespace rows {
 

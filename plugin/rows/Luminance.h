@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "rows/PixelLayout.h"
+#include "plugin/rows/PixelLayout.h"
 
 namespace rows {
 

@@ -1,10 +1,10 @@
-#include "rows/Move.h"
+#include "plugin/rows/Move.h"
 
 #include <algorithm>
 #include <cstring>
 
-#include "rows/CpuLevel.h"
-#include "rows/MoveForms.h"
+#include "plugin/rows/CpuLevel.h"
+#include "plugin/rows/MoveForms.h"
 
 namespace rows {
 

@@ -1,4 +1,4 @@
-#include "rows/MoveForms.h"
+#include "plugin/rows/MoveForms.h"
 
 #ifdef ROWS_X86
 

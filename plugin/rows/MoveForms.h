@@ -5,8 +5,8 @@
 
 #include <cstdint>
 
-#include "rows/Move.h"
-#include "rows/X86.h"
+#include "plugin/rows/Move.h"
+#include "plugin/rows/X86.h"
 
 namespace rows {
 

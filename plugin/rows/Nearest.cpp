@@ -1,9 +1,9 @@
-#include "rows/Nearest.h"
+#include "plugin/rows/Nearest.h"
 
 #include <cstring>
 
-#include "rows/CpuLevel.h"
-#include "rows/NearestForms.h"
+#include "plugin/rows/CpuLevel.h"
+#include "plugin/rows/NearestForms.h"
 
 namespace rows {
 

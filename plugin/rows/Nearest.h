@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "rows/PixelSpan.h"
+#include "plugin/rows/PixelSpan.h"
 
 namespace rows {
 

@@ -1,4 +1,4 @@
-#include "rows/NearestForms.h"
+#include "plugin/rows/NearestForms.h"
 
 #ifdef ROWS_X86
 

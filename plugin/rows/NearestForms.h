@@ -1,8 +1,8 @@
 // The wider form of picking pixels, for Nearest.cpp alone.
 #pragma once
 
-#include "rows/Nearest.h"
-#include "rows/X86.h"
+#include "plugin/rows/Nearest.h"
+#include "plugin/rows/X86.h"
 
 namespace rows {
 

@@ -1,9 +1,9 @@
-#include "rows/Neon.h"
+#include "plugin/rows/Neon.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include "rows/LoopForms.h"
+#include "plugin/rows/LoopForms.h"
 
 namespace rows {
 

@@ -1,10 +1,10 @@
-#include "rows/OilHistogram.h"
+#include "plugin/rows/OilHistogram.h"
 
 #include <algorithm>
 
-#include "rows/CpuLevel.h"
-#include "rows/LoopForms.h"
-#include "rows/OilHistogramForms.h"
+#include "plugin/rows/CpuLevel.h"
+#include "plugin/rows/LoopForms.h"
+#include "plugin/rows/OilHistogramForms.h"
 
 namespace rows {
 

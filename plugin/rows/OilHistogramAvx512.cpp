@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "rows/OilHistogramForms.h"
+#include "plugin/rows/OilHistogramForms.h"
 
 #ifdef ROWS_X86
 

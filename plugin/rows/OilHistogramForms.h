@@ -1,8 +1,8 @@
 // The wider forms of the oil filter's histograms, for OilHistogram.cpp alone.
 #pragma once
 
-#include "rows/OilHistogram.h"
-#include "rows/X86.h"
+#include "plugin/rows/OilHistogram.h"
+#include "plugin/rows/X86.h"
 
 namespace rows {
 

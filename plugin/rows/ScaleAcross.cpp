@@ -1,7 +1,7 @@
-#include "rows/ScaleAcross.h"
+#include "plugin/rows/ScaleAcross.h"
 
-#include "rows/CpuLevel.h"
-#include "rows/ScaleForms.h"
+#include "plugin/rows/CpuLevel.h"
+#include "plugin/rows/ScaleForms.h"
 
 namespace rows {
 

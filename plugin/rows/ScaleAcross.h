@@ -11,8 +11,8 @@
 
 #include <cstdint>
 
-#include "rows/PixelLayout.h"
-#include "rows/Taps.h"
+#include "plugin/rows/PixelLayout.h"
+#include "plugin/rows/Taps.h"
 
 namespace rows {
 

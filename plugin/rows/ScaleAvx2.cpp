@@ -1,8 +1,8 @@
-#include "rows/ScaleForms.h"
+#include "plugin/rows/ScaleForms.h"
 
 #ifdef ROWS_X86
 
-#include "rows/ScaleTurns.h"
+#include "plugin/rows/ScaleTurns.h"
 
 namespace rows {
 

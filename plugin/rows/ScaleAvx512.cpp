@@ -2,13 +2,13 @@
 // of a short sum. Multiplying by the total's reciprocal misses the rounded quotient by less than
 // three units in the last place. What the quotient is rounded to next, a single or a whole number,
 // is then the same unless a boundary of that rounding is nearer than this. Those few are divided.
-#include "rows/ScaleForms.h"
+#include "plugin/rows/ScaleForms.h"
 
 #ifdef ROWS_X86
 
 #include <bit>
 
-#include "rows/ScaleTurns.h"
+#include "plugin/rows/ScaleTurns.h"
 
 namespace rows {
 

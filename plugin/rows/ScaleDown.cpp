@@ -1,9 +1,9 @@
-#include "rows/ScaleDown.h"
+#include "plugin/rows/ScaleDown.h"
 
 #include <cstring>
 
-#include "rows/CpuLevel.h"
-#include "rows/ScaleForms.h"
+#include "plugin/rows/CpuLevel.h"
+#include "plugin/rows/ScaleForms.h"
 
 namespace rows {
 

@@ -7,7 +7,7 @@
 
 #include <cstdint>
 
-#include "rows/Taps.h"
+#include "plugin/rows/Taps.h"
 
 namespace rows {
 

@@ -4,9 +4,9 @@
 
 #include <cstdint>
 
-#include "rows/ScaleDown.h"
-#include "rows/Taps.h"
-#include "rows/X86.h"
+#include "plugin/rows/ScaleDown.h"
+#include "plugin/rows/Taps.h"
+#include "plugin/rows/X86.h"
 
 namespace rows {
 

@@ -1,4 +1,4 @@
-#include "rows/ScaleSlots.h"
+#include "plugin/rows/ScaleSlots.h"
 
 #include <cstring>
 

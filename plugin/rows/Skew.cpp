@@ -1,9 +1,9 @@
-#include "rows/Skew.h"
+#include "plugin/rows/Skew.h"
 
 #include <algorithm>
 
-#include "rows/LoopForms.h"
-#include "rows/SkewForms.h"
+#include "plugin/rows/LoopForms.h"
+#include "plugin/rows/SkewForms.h"
 
 namespace rows {
 

@@ -10,9 +10,9 @@
 
 #include <cstdint>
 
-#include "rows/Fill.h"
-#include "rows/PixelLayout.h"
-#include "rows/PixelSpan.h"
+#include "plugin/rows/Fill.h"
+#include "plugin/rows/PixelLayout.h"
+#include "plugin/rows/PixelSpan.h"
 
 namespace rows {
 

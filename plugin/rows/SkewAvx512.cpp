@@ -1,5 +1,5 @@
-#include "rows/SkewForms.h"
-#include "rows/TableRegisters.h"
+#include "plugin/rows/SkewForms.h"
+#include "plugin/rows/TableRegisters.h"
 
 #ifdef ROWS_X86
 

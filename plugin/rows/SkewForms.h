@@ -3,8 +3,8 @@
 
 #include <cstdint>
 
-#include "rows/Skew.h"
-#include "rows/X86.h"
+#include "plugin/rows/Skew.h"
+#include "plugin/rows/X86.h"
 
 namespace rows {
 

@@ -1,7 +1,7 @@
 // A table of 256 bytes in four registers, for the forms that look bytes up.
 #pragma once
 
-#include "rows/X86.h"
+#include "plugin/rows/X86.h"
 
 #ifdef ROWS_X86
 

@@ -1,10 +1,10 @@
-#include "rows/Transpose.h"
+#include "plugin/rows/Transpose.h"
 
 #include <algorithm>
 #include <cstring>
 
-#include "rows/CpuLevel.h"
-#include "rows/TransposeForms.h"
+#include "plugin/rows/CpuLevel.h"
+#include "plugin/rows/TransposeForms.h"
 
 namespace rows {
 

@@ -1,4 +1,4 @@
-#include "rows/TransposeForms.h"
+#include "plugin/rows/TransposeForms.h"
 
 #ifdef ROWS_X86
 

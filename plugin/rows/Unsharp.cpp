@@ -1,9 +1,9 @@
-#include "rows/Unsharp.h"
+#include "plugin/rows/Unsharp.h"
 
 #include <algorithm>
 
-#include "rows/LoopForms.h"
-#include "rows/UnsharpForms.h"
+#include "plugin/rows/LoopForms.h"
+#include "plugin/rows/UnsharpForms.h"
 
 namespace rows {
 

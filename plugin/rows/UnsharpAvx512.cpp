@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <cstring>
 
-#include "rows/TableRegisters.h"
-#include "rows/UnsharpForms.h"
+#include "plugin/rows/TableRegisters.h"
+#include "plugin/rows/UnsharpForms.h"
 
 #ifdef ROWS_X86
 

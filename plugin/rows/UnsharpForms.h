@@ -1,8 +1,8 @@
 // The wider form of sharpening, for Unsharp.cpp alone.
 #pragma once
 
-#include "rows/Unsharp.h"
-#include "rows/X86.h"
+#include "plugin/rows/Unsharp.h"
+#include "plugin/rows/X86.h"
 
 namespace rows {
 

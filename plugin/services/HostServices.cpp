@@ -1,4 +1,4 @@
-#include "plugin/HostServices.h"
+#include "plugin/services/HostServices.h"
 
 #include <cstring>
 

@@ -4,8 +4,8 @@
 #include <filesystem>
 #include <ostream>
 
-#include "host/GuardedMemory.h"
-#include "host/PluginLoader.h"
+#include "host/calls/PluginLoader.h"
+#include "host/objects/GuardedMemory.h"
 
 namespace support {
 

@@ -26,11 +26,11 @@
 #include <type_traits>
 #include <vector>
 
-#include "host/Call.h"
-#include "host/Class.h"
-#include "host/Overload.h"
-#include "host/Runtime.h"
-#include "host/Value.h"
+#include "host/calls/Call.h"
+#include "host/calls/Overload.h"
+#include "host/calls/Runtime.h"
+#include "host/objects/Class.h"
+#include "host/objects/Value.h"
 
 namespace support {
 

@@ -1,4 +1,4 @@
-#include "tests/script/Command.h"
+#include "tests/tqx/Command.h"
 
 #include <poll.h>
 #include <pty.h>

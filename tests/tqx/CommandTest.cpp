@@ -5,8 +5,8 @@
 #include <csignal>
 #include <filesystem>
 
-#include "tests/script/Command.h"
-#include "tests/script/ScriptOf.h"
+#include "tests/host/script/ScriptOf.h"
+#include "tests/tqx/Command.h"
 
 namespace {
 

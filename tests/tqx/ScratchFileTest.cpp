@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "tests/script/Command.h"
+#include "tests/tqx/Command.h"
 
 namespace {
 

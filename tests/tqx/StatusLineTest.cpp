@@ -2,8 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tests/script/Command.h"
-#include "tests/script/ScriptOf.h"
+#include "tests/host/script/ScriptOf.h"
+#include "tests/tqx/Command.h"
 
 namespace {
 

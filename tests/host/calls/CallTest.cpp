@@ -3,8 +3,8 @@
 
 #include <cmath>
 
-#include "host/Call.h"
-#include "tests/host/SampleTest.h"
+#include "host/calls/Call.h"
+#include "tests/host/calls/SampleTest.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "host/Declaration.h"
+#include "host/calls/Declaration.h"
 
 namespace {
 

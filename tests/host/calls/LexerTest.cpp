@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "host/Lexer.h"
+#include "host/calls/Lexer.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 
-#include "host/Overload.h"
-#include "tests/host/SampleTest.h"
+#include "host/calls/Overload.h"
+#include "tests/host/calls/SampleTest.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include <filesystem>
 #include <fstream>
 
-#include "host/PluginLoader.h"
-#include "tests/host/SampleTest.h"
+#include "host/calls/PluginLoader.h"
+#include "tests/host/calls/SampleTest.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "host/Runtime.h"
-#include "tests/host/SampleTest.h"
+#include "host/calls/Runtime.h"
+#include "tests/host/calls/SampleTest.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // Tests against the small sound plug-in instead of the one under test.
 #pragma once
 
-#include "host/PluginLoader.h"
+#include "host/calls/PluginLoader.h"
 #include "tests/support/PluginFixture.h"
 
 inline std::string TestPluginPath(const std::string& name) { return TQX_TEST_PLUGIN_FOLDER "/" + name + ".so"; }

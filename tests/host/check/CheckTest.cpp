@@ -7,7 +7,7 @@
 
 #include "host/check/Check.h"
 #include "host/check/Children.h"
-#include "tests/host/SampleTest.h"
+#include "tests/host/calls/SampleTest.h"
 
 namespace {
 

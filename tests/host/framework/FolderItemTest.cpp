@@ -1,7 +1,7 @@
 #include <filesystem>
 
 #include "host/framework/Paths.h"
-#include "tests/host/FrameworkTest.h"
+#include "tests/host/framework/FrameworkTest.h"
 
 namespace host {
 namespace {

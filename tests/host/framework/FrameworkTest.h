@@ -2,9 +2,9 @@
 // fixture finds leaks.
 #pragma once
 
-#include "host/Overload.h"
-#include "tests/host/ImageTestFiles.h"
-#include "tests/host/SampleTest.h"
+#include "host/calls/Overload.h"
+#include "tests/host/calls/SampleTest.h"
+#include "tests/host/images/ImageTestFiles.h"
 
 namespace host {
 

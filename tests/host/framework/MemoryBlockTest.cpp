@@ -3,7 +3,7 @@
 #include <cmath>
 
 #include "host/framework/MemoryBlock.h"
-#include "tests/host/FrameworkTest.h"
+#include "tests/host/framework/FrameworkTest.h"
 
 namespace host {
 namespace {

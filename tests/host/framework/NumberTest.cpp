@@ -1,6 +1,6 @@
 #include <cmath>
 
-#include "tests/host/FrameworkTest.h"
+#include "tests/host/framework/FrameworkTest.h"
 
 namespace host {
 namespace {

@@ -1,6 +1,6 @@
 #include "host/framework/Picture.h"
 #include "platform/Worlds.h"
-#include "tests/host/FrameworkTest.h"
+#include "tests/host/framework/FrameworkTest.h"
 
 namespace host {
 namespace {

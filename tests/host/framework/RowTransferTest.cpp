@@ -3,7 +3,7 @@
 
 #include "host/framework/FolderItem.h"
 #include "host/framework/RowTransfer.h"
-#include "tests/host/ImageTestFiles.h"
+#include "tests/host/images/ImageTestFiles.h"
 #include "tests/support/PluginFixture.h"
 
 namespace host {

@@ -1,5 +1,5 @@
 #include "host/framework/Application.h"
-#include "tests/host/FrameworkTest.h"
+#include "tests/host/framework/FrameworkTest.h"
 
 namespace host {
 namespace {

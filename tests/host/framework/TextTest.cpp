@@ -3,7 +3,7 @@
 
 #include "host/framework/Md5.h"
 #include "host/framework/NumberText.h"
-#include "tests/host/FrameworkTest.h"
+#include "tests/host/framework/FrameworkTest.h"
 
 namespace host {
 namespace {

@@ -2,7 +2,7 @@
 // else is an error that names the file. A part of an image is never passed off as one.
 #include <map>
 
-#include "tests/host/ImageTestFiles.h"
+#include "tests/host/images/ImageTestFiles.h"
 
 namespace host {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <csignal>
 
-#include "tests/host/ImageTestFiles.h"
+#include "tests/host/images/ImageTestFiles.h"
 
 namespace host {
 namespace {

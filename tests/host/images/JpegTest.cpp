@@ -1,7 +1,7 @@
 #include <cstdlib>
 
 #include "host/images/JpegLibrary.h"
-#include "tests/host/ImageTestFiles.h"
+#include "tests/host/images/ImageTestFiles.h"
 
 namespace host {
 namespace {

@@ -3,7 +3,7 @@
 
 #include <cstdlib>
 
-#include "tests/host/ImageTestFiles.h"
+#include "tests/host/images/ImageTestFiles.h"
 
 namespace host {
 namespace {

@@ -1,6 +1,6 @@
 #include <cstring>
 
-#include "tests/host/ImageTestFiles.h"
+#include "tests/host/images/ImageTestFiles.h"
 
 namespace host {
 namespace {

@@ -1,9 +1,9 @@
 // Objects and classes: layout, members by name, destructors, script classes.
 #include <gtest/gtest.h>
 
-#include "host/Class.h"
-#include "host/GuardedMemory.h"
-#include "tests/host/SampleTest.h"
+#include "host/objects/Class.h"
+#include "host/objects/GuardedMemory.h"
+#include "tests/host/calls/SampleTest.h"
 
 namespace {
 

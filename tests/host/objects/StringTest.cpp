@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "host/String.h"
+#include "host/objects/String.h"
 
 namespace {
 

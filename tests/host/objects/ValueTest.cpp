@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "host/Value.h"
+#include "host/objects/Value.h"
 
 namespace {
 

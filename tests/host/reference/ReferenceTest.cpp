@@ -2,9 +2,9 @@
 
 #include <sstream>
 
-#include "host/Json.h"
-#include "host/Reference.h"
-#include "tests/host/SampleTest.h"
+#include "host/reference/Json.h"
+#include "host/reference/Reference.h"
+#include "tests/host/calls/SampleTest.h"
 
 namespace {
 

@@ -16,7 +16,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "tests/script/Command.h"
+#include "tests/tqx/Command.h"
 
 namespace {
 

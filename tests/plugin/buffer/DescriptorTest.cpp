@@ -1,6 +1,6 @@
 // The set-up of a stand-alone description, which no member shows by itself; linked into the test.
-#include "buffer/ImageFormat.h"
-#include "buffer/PixelBuffer.h"
+#include "plugin/buffer/ImageFormat.h"
+#include "plugin/buffer/PixelBuffer.h"
 #include "tests/support/Formats.h"
 
 namespace tqx {

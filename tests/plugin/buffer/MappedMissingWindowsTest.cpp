@@ -4,7 +4,7 @@
 #include <cerrno>
 #include <climits>
 
-#include "tests/buffer/MappedStage.h"
+#include "tests/plugin/buffer/MappedStage.h"
 #include "tests/support/Formats.h"
 
 namespace {

@@ -2,7 +2,7 @@
 // what it works on, through whatever view, and wherever windows end.
 #include <set>
 
-#include "tests/buffer/MappedStage.h"
+#include "tests/plugin/buffer/MappedStage.h"
 #include "tests/support/Formats.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "tests/buffer/MappedStage.h"
+#include "tests/plugin/buffer/MappedStage.h"
 
 #include <algorithm>
 #include <cerrno>

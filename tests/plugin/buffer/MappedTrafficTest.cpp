@@ -3,7 +3,7 @@
 #include <functional>
 #include <vector>
 
-#include "tests/buffer/MappedStage.h"
+#include "tests/plugin/buffer/MappedStage.h"
 #include "tests/support/Formats.h"
 
 namespace {

@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "plugin/ConstantDeclarations.h"
+#include "plugin/classes/ConstantDeclarations.h"
 
 namespace {
 

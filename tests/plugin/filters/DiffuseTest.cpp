@@ -1,8 +1,8 @@
 #include <climits>
 #include <cstdlib>
 
-#include "tests/filters/FilterScenes.h"
-#include "tests/filters/RandomScenes.h"
+#include "tests/plugin/filters/FilterScenes.h"
+#include "tests/plugin/filters/RandomScenes.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "tests/filters/FilterScenes.h"
+#include "tests/plugin/filters/FilterScenes.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 #include <cmath>
 
-#include "tests/filters/FilterScenes.h"
-#include "tests/filters/RandomScenes.h"
+#include "tests/plugin/filters/FilterScenes.h"
+#include "tests/plugin/filters/RandomScenes.h"
 #include "tests/support/Interpose.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "tests/filters/RandomScenes.h"
+#include "tests/plugin/filters/RandomScenes.h"
 
 #include <algorithm>
 #include <climits>

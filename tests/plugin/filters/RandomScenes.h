@@ -2,7 +2,7 @@
 // and without, of any sizes. A seed always gives the same scene.
 #pragma once
 
-#include "tests/filters/FilterScenes.h"
+#include "tests/plugin/filters/FilterScenes.h"
 
 namespace scenes {
 

@@ -2,8 +2,8 @@
 #include <limits>
 #include <numeric>
 
-#include "tests/filters/FilterScenes.h"
-#include "tests/filters/RandomScenes.h"
+#include "tests/plugin/filters/FilterScenes.h"
+#include "tests/plugin/filters/RandomScenes.h"
 #include "tests/support/Interpose.h"
 
 namespace {

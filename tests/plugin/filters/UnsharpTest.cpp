@@ -2,8 +2,8 @@
 #include <cmath>
 #include <limits>
 
-#include "tests/filters/FilterScenes.h"
-#include "tests/filters/RandomScenes.h"
+#include "tests/plugin/filters/FilterScenes.h"
+#include "tests/plugin/filters/RandomScenes.h"
 #include "tests/support/Interpose.h"
 
 namespace {

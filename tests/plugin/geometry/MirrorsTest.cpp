@@ -1,4 +1,4 @@
-#include "tests/geometry/ReferenceTurns.h"
+#include "tests/plugin/geometry/ReferenceTurns.h"
 #include "tests/support/Interpose.h"
 #include "tests/support/Scene.h"
 

@@ -1,7 +1,7 @@
 #include <cmath>
 #include <limits>
 
-#include "tests/geometry/ReferenceTurns.h"
+#include "tests/plugin/geometry/ReferenceTurns.h"
 #include "tests/support/Interpose.h"
 #include "tests/support/Scene.h"
 

@@ -1,4 +1,4 @@
-#include "tests/geometry/ScaleReference.h"
+#include "tests/plugin/geometry/ScaleReference.h"
 
 #include <algorithm>
 

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstring>
 
-#include "tests/geometry/ScaleReference.h"
+#include "tests/plugin/geometry/ScaleReference.h"
 #include "tests/support/Scene.h"
 
 namespace {

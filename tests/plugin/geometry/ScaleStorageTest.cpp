@@ -2,7 +2,7 @@
 // code that runs in yields.
 #include <cstring>
 
-#include "tests/geometry/ScaleReference.h"
+#include "tests/plugin/geometry/ScaleReference.h"
 #include "tests/support/Formats.h"
 #include "tests/support/Interpose.h"
 #include "tests/support/MappedPictures.h"

@@ -1,6 +1,6 @@
 #include <tuple>
 
-#include "tests/geometry/ScaleReference.h"
+#include "tests/plugin/geometry/ScaleReference.h"
 #include "tests/support/Formats.h"
 #include "tests/support/PluginFixture.h"
 

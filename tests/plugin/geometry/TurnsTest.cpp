@@ -1,6 +1,6 @@
 #include <limits>
 
-#include "tests/geometry/ReferenceTurns.h"
+#include "tests/plugin/geometry/ReferenceTurns.h"
 #include "tests/support/Interpose.h"
 #include "tests/support/Scene.h"
 

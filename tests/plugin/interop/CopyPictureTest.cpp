@@ -1,8 +1,8 @@
 #include <string>
 
 #include "host/framework/FolderItem.h"
-#include "tests/interop/HostModels.h"
-#include "tests/ops/Rectangles.h"
+#include "tests/plugin/interop/HostModels.h"
+#include "tests/plugin/ops/Rectangles.h"
 #include "tests/support/Interpose.h"
 
 namespace {

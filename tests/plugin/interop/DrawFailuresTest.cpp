@@ -2,8 +2,8 @@
 #include <functional>
 #include <string>
 
-#include "host/HostFunctionSlot.h"
-#include "tests/interop/HostModels.h"
+#include "host/calls/HostFunctionSlot.h"
+#include "tests/plugin/interop/HostModels.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include <string>
 
-#include "tests/interop/HostModels.h"
-#include "tests/ops/Rectangles.h"
+#include "tests/plugin/interop/HostModels.h"
+#include "tests/plugin/ops/Rectangles.h"
 #include "tests/support/Interpose.h"
 
 namespace {

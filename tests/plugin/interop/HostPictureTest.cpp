@@ -1,5 +1,5 @@
-#include "host/HostFunctionSlot.h"
-#include "tests/interop/HostModels.h"
+#include "host/calls/HostFunctionSlot.h"
+#include "tests/plugin/interop/HostModels.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #include <limits>
 
-#include "tests/ops/Rectangles.h"
+#include "tests/plugin/ops/Rectangles.h"
 #include "tests/support/Interpose.h"
 #include "tests/support/Scene.h"
 

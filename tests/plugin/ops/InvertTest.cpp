@@ -1,4 +1,4 @@
-#include "tests/ops/Rectangles.h"
+#include "tests/plugin/ops/Rectangles.h"
 #include "tests/support/Scene.h"
 
 namespace {

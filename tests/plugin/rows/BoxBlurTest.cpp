@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "rows/BoxBlur.h"
-#include "tests/rows/Levels.h"
+#include "plugin/rows/BoxBlur.h"
+#include "tests/plugin/rows/Levels.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "rows/Convert.h"
-#include "tests/rows/Levels.h"
+#include "plugin/rows/Convert.h"
+#include "tests/plugin/rows/Levels.h"
 
 namespace {
 

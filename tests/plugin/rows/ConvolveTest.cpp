@@ -2,8 +2,8 @@
 
 #include <climits>
 
-#include "rows/Convolve.h"
-#include "tests/rows/Levels.h"
+#include "plugin/rows/Convolve.h"
+#include "tests/plugin/rows/Levels.h"
 
 namespace {
 

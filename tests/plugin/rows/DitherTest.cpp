@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "rows/Dither.h"
-#include "tests/rows/Levels.h"
+#include "plugin/rows/Dither.h"
+#include "tests/plugin/rows/Levels.h"
 
 namespace {
 

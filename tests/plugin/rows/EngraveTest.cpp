@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "rows/Engrave.h"
-#include "tests/rows/Levels.h"
+#include "plugin/rows/Engrave.h"
+#include "tests/plugin/rows/Levels.h"
 
 namespace {
 

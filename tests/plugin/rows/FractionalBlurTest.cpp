@@ -2,8 +2,8 @@
 
 #include <cmath>
 
-#include "rows/FractionalBlur.h"
-#include "tests/rows/Levels.h"
+#include "plugin/rows/FractionalBlur.h"
+#include "tests/plugin/rows/Levels.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "rows/HostPixels.h"
-#include "tests/rows/Levels.h"
+#include "plugin/rows/HostPixels.h"
+#include "tests/plugin/rows/Levels.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "rows/CpuLevel.h"
+#include "plugin/rows/CpuLevel.h"
 #include "tests/support/Formats.h"
 
 namespace rows_test {

@@ -4,8 +4,8 @@
 #include <random>
 #include <vector>
 
-#include "rows/CpuLevel.h"
-#include "rows/Luminance.h"
+#include "plugin/rows/CpuLevel.h"
+#include "plugin/rows/Luminance.h"
 
 namespace {
 

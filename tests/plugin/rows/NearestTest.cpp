@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "rows/Nearest.h"
-#include "tests/rows/Levels.h"
+#include "plugin/rows/Nearest.h"
+#include "tests/plugin/rows/Levels.h"
 
 namespace {
 

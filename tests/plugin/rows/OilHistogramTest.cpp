@@ -4,9 +4,9 @@
 #include <random>
 #include <vector>
 
-#include "rows/CpuLevel.h"
-#include "rows/OilHistogram.h"
-#include "tests/rows/Levels.h"
+#include "plugin/rows/CpuLevel.h"
+#include "plugin/rows/OilHistogram.h"
+#include "tests/plugin/rows/Levels.h"
 
 namespace {
 

@@ -6,10 +6,10 @@
 #include <cstring>
 #include <vector>
 
-#include "rows/ScaleAcross.h"
-#include "rows/ScaleDown.h"
-#include "rows/ScaleSlots.h"
-#include "tests/rows/Levels.h"
+#include "plugin/rows/ScaleAcross.h"
+#include "plugin/rows/ScaleDown.h"
+#include "plugin/rows/ScaleSlots.h"
+#include "tests/plugin/rows/Levels.h"
 
 namespace {
 

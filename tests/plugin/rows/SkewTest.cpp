@@ -2,8 +2,8 @@
 
 #include <cmath>
 
-#include "rows/Skew.h"
-#include "tests/rows/Levels.h"
+#include "plugin/rows/Skew.h"
+#include "tests/plugin/rows/Levels.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "rows/Transpose.h"
-#include "tests/rows/Levels.h"
+#include "plugin/rows/Transpose.h"
+#include "tests/plugin/rows/Levels.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include <cmath>
 #include <limits>
 
-#include "rows/Unsharp.h"
-#include "tests/rows/Levels.h"
+#include "plugin/rows/Unsharp.h"
+#include "tests/plugin/rows/Levels.h"
 
 namespace {
 

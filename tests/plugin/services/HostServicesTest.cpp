@@ -2,8 +2,8 @@
 #include <string>
 #include <tuple>
 
-#include "host/HostFunctionSlot.h"
-#include "plugin/HostServices.h"
+#include "host/calls/HostFunctionSlot.h"
+#include "plugin/services/HostServices.h"
 #include "tests/support/Interpose.h"
 #include "tests/support/PluginFixture.h"
 
