@@ -2,6 +2,8 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 
+#include "host/calls/Runtime.h"
+#include "host/framework/Framework.h"
 #include "tqx/Commands.h"
 
 #ifndef TQX_VERSION
@@ -48,6 +50,7 @@ int main(int argc, char** argv) {
     check->add_flag("--json", checkSettings.json, "For programs: all results, as JSON");
 
     CLI11_PARSE(app, argc, argv);
+    host::RegisterFramework(host::Runtime::Get());
     if (run->parsed()) {
         for (const std::string& argument : run->remaining()) runSettings.arguments.push_back(argument);
         return tqx::Run(settings, runSettings);

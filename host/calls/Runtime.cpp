@@ -9,7 +9,6 @@
 #include "host/calls/Exceptions.h"
 #include "host/calls/HostFunctions.h"
 #include "host/calls/Variant.h"
-#include "host/framework/Framework.h"
 
 namespace host {
 
@@ -43,7 +42,6 @@ void Runtime::Start() {
     RegisterVariant(*this);
     RegisterExceptions(*this);
     BindCoreFunctions(*this);
-    RegisterFramework(*this);
 }
 
 // --- Classes ------------------------------------------------------------------------------

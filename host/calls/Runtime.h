@@ -32,7 +32,8 @@ struct Conversion {
 
 class Runtime {
   public:
-    // The one runtime, made with its built-in classes and the framework on first use.
+    // The one runtime, made with its built-in classes on first use. Whoever assembles a program adds the
+    // framework to it (RegisterFramework) before scripts or plug-ins come.
     static Runtime& Get();
 
     // --- Classes ------------------------------------------------------------------------------

@@ -31,6 +31,7 @@
 #include "host/calls/Runtime.h"
 #include "host/objects/Class.h"
 #include "host/objects/Value.h"
+#include "tests/support/Places.h"
 
 namespace support {
 
@@ -181,7 +182,7 @@ class PluginTest : public ::testing::Test {
     void TearDown() override;
 
     // The plug-in to load.
-    virtual std::string PluginPath() const { return TQX_PLUGIN_PATH; }
+    virtual std::string PluginPath() const { return PluginFile(); }
 
     // A path for a scratch file of this test, in a folder that goes with the test.
     std::string ScratchPath(const std::string& name);

@@ -9,6 +9,8 @@
 #include <csignal>
 #include <sstream>
 
+#include "tests/support/Places.h"
+
 namespace {
 
 // Reads both ends until they close or the time is over. A terminal that closes ends with an error.
@@ -59,7 +61,7 @@ Outcome Run(const std::vector<std::string>& arguments, Ends out, Ends err,
             const std::function<void(int process, const Outcome&)>& onOutput) {
     Outcome outcome;
     if (out.read < 0 || err.read < 0) return outcome;
-    std::vector<std::string> words = {std::string(TQX_BINARY_DIR) + "/bin/tqx", "--plugin", TQX_PLUGIN_PATH};
+    std::vector<std::string> words = {support::CommandFile(), "--plugin", support::PluginFile()};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> argv;
     for (const std::string& word : words) argv.push_back(const_cast<char*>(word.c_str()));

@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "tests/host/script/ScriptOf.h"
+#include "tests/support/Places.h"
 #include "tests/tqx/Command.h"
 
 namespace {
@@ -43,18 +44,18 @@ TEST(Command, NamesThePluginThatCannotBeLoaded) {
 }
 
 TEST(Command, CheckPraisesASoundPlugin) {
-    const Outcome outcome = RunCommand({"--plugin", TQX_TEST_PLUGIN_FOLDER "/Faulty0.so", "check"});
+    const Outcome outcome = RunCommand({"--plugin", support::TestPluginFolder() + "/Faulty0.so", "check"});
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_THAT(outcome.out, testing::StartsWith("ok      declarations"));
     EXPECT_THAT(outcome.out, Not(HasSubstr("FAILED")));
 }
 
 TEST(Command, CheckFailsWithTheScriptThatShowsAFault) {
-    const Outcome outcome = RunCommand({"--plugin", TQX_TEST_PLUGIN_FOLDER "/Faulty1.so", "check"});
+    const Outcome outcome = RunCommand({"--plugin", support::TestPluginFolder() + "/Faulty1.so", "check"});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_THAT(outcome.out, HasSubstr("FAILED  calls"));
     EXPECT_THAT(outcome.out, HasSubstr("          Dim result As Faulty = p.Link(nil)\n"));
-    const Outcome json = RunCommand({"--plugin", TQX_TEST_PLUGIN_FOLDER "/Faulty1.so", "check", "--json"});
+    const Outcome json = RunCommand({"--plugin", support::TestPluginFolder() + "/Faulty1.so", "check", "--json"});
     EXPECT_EQ(json.exitCode, 1);
     EXPECT_THAT(json.out, testing::StartsWith("{\n  \"plugin\": "));
     EXPECT_THAT(json.out, HasSubstr("\"ok\": false"));

@@ -9,6 +9,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "tests/support/Places.h"
 #include "tests/tqx/Command.h"
 
 namespace {
@@ -16,7 +17,7 @@ namespace {
 namespace fs = std::filesystem;
 using testing::HasSubstr;
 
-const fs::path kExamples = fs::path(TQX_SOURCE_DIR) / "examples";
+const fs::path kExamples = fs::path(support::SourceFolder()) / "examples";
 
 // Two pictures and a text: a slope from dark red to light blue, and the same with one dot.
 constexpr const char* kMakePictures = R"(

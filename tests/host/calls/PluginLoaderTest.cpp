@@ -5,6 +5,7 @@
 
 #include "host/calls/PluginLoader.h"
 #include "tests/host/calls/SampleTest.h"
+#include "tests/support/Places.h"
 
 namespace {
 
@@ -61,8 +62,8 @@ TEST(PluginLoader, NamesEveryFaultOfAClass) {
 
 TEST(PluginLoader, LoadsAFileOnce) {
     const host::Plugin& plugin = host::LoadPlugin(TestPluginPath("Sample"));
-    EXPECT_EQ(&host::LoadPlugin(TQX_TEST_PLUGIN_FOLDER "/../" +
-                                std::filesystem::path(TQX_TEST_PLUGIN_FOLDER).filename().string() + "/Sample.so"),
+    EXPECT_EQ(&host::LoadPlugin(support::TestPluginFolder() + "/../" +
+                                std::filesystem::path(support::TestPluginFolder()).filename().string() + "/Sample.so"),
               &plugin);
     ASSERT_EQ(plugin.classes.size(), 2U);
     EXPECT_EQ(plugin.classes[0]->name(), "Sample");

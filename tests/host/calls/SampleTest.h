@@ -2,9 +2,10 @@
 #pragma once
 
 #include "host/calls/PluginLoader.h"
+#include "tests/support/Places.h"
 #include "tests/support/PluginFixture.h"
 
-inline std::string TestPluginPath(const std::string& name) { return TQX_TEST_PLUGIN_FOLDER "/" + name + ".so"; }
+inline std::string TestPluginPath(const std::string& name) { return support::TestPluginFolder() + "/" + name + ".so"; }
 
 class SampleTest : public support::PluginTest {
   protected:

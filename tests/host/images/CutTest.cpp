@@ -3,6 +3,7 @@
 #include <map>
 
 #include "tests/host/images/ImageTestFiles.h"
+#include "tests/support/Places.h"
 
 namespace host {
 namespace {
@@ -12,7 +13,8 @@ namespace fs = std::filesystem;
 // The small files that the fuzzers of a format start from, those that can be read.
 std::map<std::string, std::string> FilesOf(const std::string& format) {
     std::map<std::string, std::string> files;
-    for (const fs::directory_entry& entry : fs::directory_iterator(fs::path(TQX_SOURCE_DIR) / "fuzz/corpus" / format))
+    for (const fs::directory_entry& entry :
+         fs::directory_iterator(fs::path(support::SourceFolder()) / "fuzz/corpus" / format))
         if (ReadFailure(entry.path().string()).empty()) files[entry.path().filename()] = ReadBytes(entry.path());
     return files;
 }

@@ -7,6 +7,7 @@
 
 #include "host/images/JpegLibrary.h"
 #include "tests/host/images/ImageTestFiles.h"
+#include "tests/support/Places.h"
 
 namespace host {
 namespace {
@@ -21,7 +22,7 @@ struct Cost {
 Cost RunScript(const TemporaryDirectory& directory, const std::string& script, std::vector<std::string> arguments) {
     WriteBytes(directory.Path("script.rbs"), script);
     const std::string messages = directory.Path("messages");
-    std::vector<std::string> words{std::string(TQX_BINARY_DIR) + "/bin/tqx", "--plugin", TQX_PLUGIN_PATH, "run",
+    std::vector<std::string> words{support::CommandFile(), "--plugin", support::PluginFile(), "run",
                                    directory.Path("script.rbs")};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> argv;

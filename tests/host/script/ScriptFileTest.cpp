@@ -16,6 +16,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "tests/support/Places.h"
 #include "tests/tqx/Command.h"
 
 namespace {
@@ -68,7 +69,7 @@ std::vector<fs::path> ScriptsBelow(const fs::path& folder) {
     return scripts;
 }
 
-const fs::path kFolder = fs::path(TQX_SOURCE_DIR) / "tests" / "scripts";
+const fs::path kFolder = fs::path(support::SourceFolder()) / "tests" / "scripts";
 
 class ScriptFile : public testing::TestWithParam<fs::path> {};
 

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/Places.h"
 #include "tests/support/PluginFixture.h"
 
 namespace {
@@ -12,7 +13,7 @@ class MembersPage : public support::PluginTest {
   protected:
     void SetUp() override {
         PluginTest::SetUp();
-        std::ifstream page(TQX_SOURCE_DIR "/docs/members.md");
+        std::ifstream page(support::SourceFolder() + "/docs/members.md");
         bool inBlock = false;
         for (std::string line; std::getline(page, line);) {
             if (line == "```")

@@ -11,6 +11,7 @@
 
 #include "sdk/HostFunctions.h"
 #include "sdk/PluginInterface.h"
+#include "tests/support/Places.h"
 
 namespace {
 
@@ -64,7 +65,7 @@ void StartCopy(const std::vector<std::string>& hiddenFunctions = {}) {
     const auto folder = std::filesystem::temp_directory_path() / ("tqx-start-" + std::to_string(getpid()));
     std::filesystem::create_directories(folder);
     const auto copy = folder / ("copy" + std::to_string(++number) + ".so");
-    std::filesystem::copy_file(TQX_PLUGIN_PATH, copy);
+    std::filesystem::copy_file(support::PluginFile(), copy);
     void* const library = dlopen(copy.c_str(), RTLD_NOW | RTLD_LOCAL);
     std::filesystem::remove_all(folder);
     ASSERT_NE(library, nullptr) << dlerror();
@@ -163,11 +164,12 @@ std::string OutputOf(const std::string& command) {
 }
 
 TEST(Library, ExportsOneSymbol) {
-    EXPECT_EQ(OutputOf("nm -D --defined-only " TQX_PLUGIN_PATH " | awk '{print $NF}'"), "REALPluginMain\n");
+    EXPECT_EQ(OutputOf("nm -D --defined-only " + support::PluginFile() + " | awk '{print $NF}'"), "REALPluginMain\n");
 }
 
 TEST(Library, NeedsOnlyTheRunTime) {
-    const std::string needed = OutputOf("readelf -d " TQX_PLUGIN_PATH " | sed -n 's/.*NEEDED.*\\[\\(.*\\)\\]/\\1/p'");
+    const std::string needed =
+        OutputOf("readelf -d " + support::PluginFile() + " | sed -n 's/.*NEEDED.*\\[\\(.*\\)\\]/\\1/p'");
     EXPECT_NE(needed.find("libc.so"), std::string::npos);
     std::istringstream lines(needed);
     for (std::string line; std::getline(lines, line);) {

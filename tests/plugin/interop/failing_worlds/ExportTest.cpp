@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 
 #include "tests/support/Formats.h"
+#include "tests/support/Places.h"
 #include "tests/support/PluginFixture.h"
 #include "tests/support/plugins/FailingWorlds.h"
 
@@ -26,7 +27,7 @@ Value Exported(const Ref<Object>& buffer, const Export& one) {
 
 class FailingWorlds : public PluginTest, public ::testing::WithParamInterface<Export> {
   protected:
-    std::string PluginPath() const override { return TQX_TEST_PLUGIN_FOLDER "/FailingWorlds.so"; }
+    std::string PluginPath() const override { return support::TestPluginFolder() + "/FailingWorlds.so"; }
 
     void SetUp() override {
         PluginTest::SetUp();

@@ -1,0 +1,13 @@
+// Where the build put what the tests run, and where the sources stand.
+#pragma once
+
+#include <string>
+
+namespace support {
+
+std::string PluginFile();        // the plug-in under test
+std::string CommandFile();       // the desk host's command
+std::string TestPluginFolder();  // the small plug-ins for tests
+std::string SourceFolder();      // the top of the source tree
+
+}  // namespace support
