@@ -2,7 +2,7 @@
 
 build_packages="g++ cmake ninja-build pkg-config ccache libffi-dev libpng-dev libjpeg62-turbo-dev libtiff-dev
     libwebp-dev libgif-dev libexif-dev libcli11-dev libutf8proc-dev nlohmann-json3-dev"
-test_packages="libgtest-dev libgmock-dev libbenchmark-dev valgrind binutils"
+test_packages="libgtest-dev libgmock-dev libbenchmark-dev libmpfr-dev valgrind binutils"
 format_packages="clang-format"
 photo_packages="lomiri-wallpapers-16.04"
 

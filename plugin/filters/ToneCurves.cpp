@@ -7,6 +7,7 @@
 #include "plugin/buffer/Destination.h"
 #include "plugin/buffer/Saturate.h"
 #include "plugin/filters/LookUp.h"
+#include "plugin/rows/Elementary.h"
 #include "plugin/services/HostServices.h"
 
 namespace tqx {
@@ -46,7 +47,7 @@ sdk::Object* ApplyCurves(const Operation& operation, const Curves& curves) {
 rows::Table GammaTable(double gamma) {
     rows::Table table;
     const double exponent = 1.0 / gamma;
-    for (int i = 0; i < 256; ++i) table.entry[i] = TruncateToByte(std::fma(std::pow(i / 255.0, exponent), 255.0, 0.5));
+    for (int i = 0; i < 256; ++i) table.entry[i] = TruncateToByte(std::fma(rows::Pow(i / 255.0, exponent), 255.0, 0.5));
     return table;
 }
 
@@ -78,13 +79,13 @@ Gained GainAt(double t, double power) {
     // The guards pin the first and the last entry, whatever the parameters: intended.
     if (t < 0.001) return {0, 1};
     if (t > 0.999) return {1, 0};
-    const double x = t < 0.5 ? 0.5 * std::pow(2 * t, power) : 1 - 0.5 * std::pow(2 * (1 - t), power);
+    const double x = t < 0.5 ? 0.5 * rows::Pow(2 * t, power) : 1 - 0.5 * rows::Pow(2 * (1 - t), power);
     return {x, 1 - x};
 }
 
 rows::Table GainTable(double gain, double bias) {
     rows::Table table;
-    const double power = std::log(1 - gain) / std::log(0.5);
+    const double power = rows::Log(1 - gain) / rows::Log(0.5);
     const double k = 1 / bias - 2;
     for (int i = 0; i < 256; ++i) {
         const Gained gained = GainAt(i / 255.0, power);

@@ -8,6 +8,7 @@
 #include "plugin/buffer/Saturate.h"
 #include "plugin/geometry/ColumnShear.h"
 #include "plugin/geometry/Turns.h"
+#include "plugin/rows/Elementary.h"
 #include "plugin/rows/Skew.h"
 #include "plugin/services/HostServices.h"
 
@@ -25,7 +26,10 @@ struct Residual {
     double tangent;  // of half the angle
 
     explicit Residual(double angle)
-        : degrees(angle), sine(std::sin(Radians())), cosine(std::cos(Radians())), tangent(std::tan(Radians() * 0.5)) {}
+        : degrees(angle),
+          sine(rows::Sin(Radians())),
+          cosine(rows::Cos(Radians())),
+          tangent(rows::Tan(Radians() * 0.5)) {}
 
     double Radians() const { return degrees * 3.141592653589793 / 180; }
 };

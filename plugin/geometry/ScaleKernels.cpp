@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "plugin/rows/Elementary.h"
+
 namespace tqx {
 
 namespace {
@@ -19,7 +21,7 @@ double Box(double x) { return std::abs(x) <= 0.5 ? 1 : 0; }
 
 double Sinc(double u) {
     if (u == 0) return 1;
-    return std::sin(kPi * u) / (kPi * u);
+    return rows::Sin(kPi * u) / (kPi * u);
 }
 
 // The sinc function under the main lobe of a wider one (Lanczos window; Duchon, Lanczos Filtering

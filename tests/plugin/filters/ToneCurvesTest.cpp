@@ -5,6 +5,7 @@
 #include "tests/plugin/filters/FilterScenes.h"
 #include "tests/plugin/filters/RandomScenes.h"
 #include "tests/support/Interpose.h"
+#include "tests/support/TrueValues.h"
 
 namespace {
 
@@ -20,7 +21,7 @@ int ClampedByte(double value) {
     return value > 255 ? 255 : static_cast<int>(value);
 }
 
-int Gamma(double gamma, int i) { return ClampedByte(std::fma(std::pow(i / 255.0, 1.0 / gamma), 255.0, 0.5)); }
+int Gamma(double gamma, int i) { return ClampedByte(std::fma(TruePow(i / 255.0, 1.0 / gamma), 255.0, 0.5)); }
 
 // One row with every byte value in every channel, through a filter into a new picture.
 class ToneCurves : public PluginTest {
@@ -171,7 +172,7 @@ TEST_F(ToneCurves, ThreeGammasOfAGrayPictureLoseTheirFractions) {
 TEST_F(ToneCurves, GainAndBiasOfOneHalfAreTheIdentity) { EXPECT_EQ(CurveOf(11, "GainFilter", 0.5, 0.5), Identity()); }
 
 int Gain(double gain, double bias, int i) {
-    const double p = std::log(1 - gain) / std::log(0.5);
+    const double p = TrueLog(1 - gain) / TrueLog(0.5);
     const double k = 1 / bias - 2;
     const double t = i / 255.0;
     double x, rest;
@@ -180,7 +181,7 @@ int Gain(double gain, double bias, int i) {
     } else if (t > 0.999) {
         return 255;
     } else {
-        x = t < 0.5 ? 0.5 * std::pow(2 * t, p) : 1 - 0.5 * std::pow(2 * (1 - t), p);
+        x = t < 0.5 ? 0.5 * TruePow(2 * t, p) : 1 - 0.5 * TruePow(2 * (1 - t), p);
         rest = 1 - x;
     }
     const double product = rest == 0 ? 0 : rest * k;

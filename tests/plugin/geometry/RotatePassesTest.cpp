@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "tests/support/Scene.h"
+#include "tests/support/TrueValues.h"
 
 namespace {
 
@@ -96,7 +97,7 @@ class Skewer {
 // The three passes into these pictures; gives the sizes that were asked for.
 std::string Shear(const ModelPicture& p, const std::vector<Twin>& passes, double angle, const Background& background) {
     const double theta = angle * 3.141592653589793 / 180;
-    const double s = std::sin(theta), t = std::tan(theta * 0.5), c = std::cos(theta);
+    const double s = TrueSin(theta), t = TrueTan(theta * 0.5), c = TrueCos(theta);
     const int width = p.width, height = p.height;
     const ModelPicture &a = passes[0].model, &b = passes[1].model, &z = passes[2].model;
     Skewer skewer(ShearedOf(p), background);

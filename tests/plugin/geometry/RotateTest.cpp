@@ -4,6 +4,7 @@
 #include "tests/plugin/geometry/ReferenceTurns.h"
 #include "tests/support/Interpose.h"
 #include "tests/support/Scene.h"
+#include "tests/support/TrueValues.h"
 
 namespace {
 
@@ -75,7 +76,7 @@ void SkewColumn(const ModelPicture& source, const ModelPicture& dest, int x, dou
 
 ModelPicture ReferenceShears(const ModelPicture& p, double r, const Colors& colors, bool endsLikeARow = false) {
     const double theta = r * 3.141592653589793 / 180;
-    const double s = std::sin(theta), t = std::tan(theta * 0.5), c = std::cos(theta);
+    const double s = TrueSin(theta), t = TrueTan(theta * 0.5), c = TrueCos(theta);
     const int width = p.width, height = p.height;
     const ModelPicture a = NewModel(width + static_cast<int>(height * std::abs(t)), height, p.format);
     for (int y = 0; y < height; ++y) SkewRow(p, a, y, t * ((t >= 0 ? y : y - height) + 0.5), colors);
@@ -199,8 +200,8 @@ TEST_F(Rotate, TakesTheLowBytesOfItsBackground) {
 TEST_F(Rotate, MakesAPictureThatHoldsTheTurnedOne) {
     const auto rotated = RotateLive(New("PictureTQX", 100, 50, kRGB), 10);
     const double angle = 10 * 3.141592653589793 / 180;
-    EXPECT_EQ(GetInt(rotated, "Width"), static_cast<int>(50 * std::sin(angle) + 100 * std::cos(angle)) + 1);
-    EXPECT_EQ(GetInt(rotated, "Height"), static_cast<int>(100 * std::sin(angle) + 50 * std::cos(angle)) + 1);
+    EXPECT_EQ(GetInt(rotated, "Width"), static_cast<int>(50 * TrueSin(angle) + 100 * TrueCos(angle)) + 1);
+    EXPECT_EQ(GetInt(rotated, "Height"), static_cast<int>(100 * TrueSin(angle) + 50 * TrueCos(angle)) + 1);
 }
 
 TEST_F(Rotate, AFlatPictureOnItsOwnBackgroundStaysNearlyFlat) {

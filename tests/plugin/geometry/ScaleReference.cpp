@@ -2,11 +2,13 @@
 
 #include <algorithm>
 
+#include "tests/support/TrueValues.h"
+
 namespace scale_test {
 
 namespace {
 
-double Sinc(double u) { return u == 0 ? 1.0 : std::sin(3.141592653589793 * u) / (3.141592653589793 * u); }
+double Sinc(double u) { return u == 0 ? 1.0 : support::TrueSin(3.141592653589793 * u) / (3.141592653589793 * u); }
 
 double Mitchell(double t) {
     const double t2 = t * t, t3 = t2 * t;
