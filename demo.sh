@@ -5,7 +5,7 @@ cd "$(dirname "$0")"
 . tools/packages.sh
 install_packages $build_packages $photo_packages
 
-CMAKE_EXTRA="-DTQX_TESTS=OFF -DTQX_BENCHMARKS=OFF" build release
+CMAKE_EXTRA="${CMAKE_EXTRA:-} -DTQX_TESTS=OFF -DTQX_BENCHMARKS=OFF" build release
 photo=$(dpkg -L $photo_packages | grep '/seeding_by_Clements_Engelhardt\.jpg$')
 result=$PWD/build/gamma.jpg
 
