@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "tests/tqx/Command.h"
+#include "tests/support/Command.h"
 
 namespace {
 

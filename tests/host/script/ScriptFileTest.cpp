@@ -16,8 +16,8 @@
 #include <fstream>
 #include <sstream>
 
+#include "tests/support/Command.h"
 #include "tests/support/Places.h"
-#include "tests/tqx/Command.h"
 
 namespace {
 

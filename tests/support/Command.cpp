@@ -1,13 +1,16 @@
-#include "tests/tqx/Command.h"
+#include "tests/support/Command.h"
 
+#include <fcntl.h>
 #include <poll.h>
 #include <pty.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <csignal>
 #include <sstream>
+#include <utility>
 
 #include "tests/support/Places.h"
 
@@ -57,8 +60,35 @@ Ends MakeTerminal() {
     return ends;
 }
 
-Outcome Run(const std::vector<std::string>& arguments, Ends out, Ends err,
-            const std::function<void(int process, const Outcome&)>& onOutput) {
+// A file of its own that is read from its beginning; -1 when it can't be made.
+int FileOf(const std::string& text) {
+    const int file = open("/tmp", O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
+    if (file < 0 || pwrite(file, text.data(), text.size(), 0) != static_cast<ssize_t>(text.size())) return -1;
+    return file;
+}
+
+// How the process is surrounded beside its words.
+struct Surroundings {
+    int input = -1;  // -1: that of the test
+    Ends out, err;
+    bool closedOut = false;
+    OnOutput onOutput;
+};
+
+[[noreturn]] void Become(const std::vector<char*>& argv, const Surroundings& around) {
+    if (around.input >= 0) dup2(around.input, STDIN_FILENO);
+    dup2(around.out.write, STDOUT_FILENO);
+    dup2(around.err.write, STDERR_FILENO);
+    for (const int end : {around.out.read, around.out.write, around.err.read, around.err.write}) close(end);
+    if (around.closedOut) close(STDOUT_FILENO);
+    const rlimit noCore{0, 0};
+    setrlimit(RLIMIT_CORE, &noCore);
+    execv(argv[0], argv.data());
+    _exit(127);
+}
+
+Outcome Run(const std::vector<std::string>& arguments, const Surroundings& around) {
+    const auto& [input, out, err, closedOut, onOutput] = around;
     Outcome outcome;
     if (out.read < 0 || err.read < 0) return outcome;
     std::vector<std::string> words = {support::CommandFile(), "--plugin", support::PluginFile()};
@@ -67,13 +97,7 @@ Outcome Run(const std::vector<std::string>& arguments, Ends out, Ends err,
     for (const std::string& word : words) argv.push_back(const_cast<char*>(word.c_str()));
     argv.push_back(nullptr);
     const pid_t child = fork();
-    if (child == 0) {
-        dup2(out.write, STDOUT_FILENO);
-        dup2(err.write, STDERR_FILENO);
-        for (const int end : {out.read, out.write, err.read, err.write}) close(end);
-        execv(argv[0], argv.data());
-        _exit(127);
-    }
+    if (child == 0) Become(argv, around);
     close(out.write);
     close(err.write);
     outcome.ended = Drain(out.read, err.read, outcome, [&] {
@@ -90,13 +114,42 @@ Outcome Run(const std::vector<std::string>& arguments, Ends out, Ends err,
 
 }  // namespace
 
-Outcome RunCommand(const std::vector<std::string>& words,
-                   const std::function<void(int process, const Outcome&)>& onOutput) {
-    return Run(words, MakePipe(), MakePipe(), onOutput);
+Outcome RunCommand(const std::vector<std::string>& words, const OnOutput& onOutput) {
+    return Run(words, {.out = MakePipe(), .err = MakePipe(), .onOutput = onOutput});
+}
+
+Outcome RunCommandFed(const std::string& input, const std::vector<std::string>& words) {
+    const int file = FileOf(input);
+    const Outcome outcome = Run(words, {.input = file, .out = MakePipe(), .err = MakePipe()});
+    close(file);
+    return outcome;
+}
+
+Outcome RunCommandInto(const std::string& file, const std::vector<std::string>& words) {
+    Ends out = MakePipe();
+    if (!file.empty()) {
+        close(std::exchange(out.write, open(file.c_str(), O_WRONLY | O_CLOEXEC)));
+    }
+    return Run(words, {.out = out, .err = MakePipe(), .closedOut = file.empty()});
+}
+
+Outcome RunCommandWithoutReader(const std::vector<std::string>& words) {
+    Ends out = MakePipe();
+    const Ends unread = MakePipe();
+    close(unread.read);
+    close(std::exchange(out.write, unread.write));
+    return Run(words, {.out = out, .err = MakePipe()});
 }
 
 Outcome RunCommandOnTerminal(const std::vector<std::string>& words) {
-    return Run(words, MakePipe(), MakeTerminal(), {});
+    return Run(words, {.out = MakePipe(), .err = MakeTerminal()});
+}
+
+bool HasTerminals() {
+    const Ends ends = MakeTerminal();
+    close(ends.read);
+    close(ends.write);
+    return ends.read >= 0;
 }
 
 std::vector<std::string> LinesOf(const std::string& text) {

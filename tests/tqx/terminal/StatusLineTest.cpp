@@ -3,12 +3,19 @@
 #include <gtest/gtest.h>
 
 #include "tests/host/script/ScriptOf.h"
-#include "tests/tqx/Command.h"
+#include "tests/support/Command.h"
 
 namespace {
 
 using testing::HasSubstr;
 using testing::Not;
+
+class StatusLine : public testing::Test {
+  protected:
+    void SetUp() override {
+        if (!HasTerminals()) GTEST_SKIP() << "this machine has no pseudo-terminals";
+    }
+};
 
 const std::string kErase = "\r\033[K";
 
@@ -20,7 +27,7 @@ std::string BlursFor(double seconds) {
            std::to_string(seconds * 1e6) + "\nPrint \"done\"\n";
 }
 
-TEST(StatusLine, ShowsTheMemberAtWorkAfterASecondAndIsGoneAtTheEnd) {
+TEST_F(StatusLine, ShowsTheMemberAtWorkAfterASecondAndIsGoneAtTheEnd) {
     const ScriptOf script(BlursFor(2.5));
     const Outcome outcome = RunCommandOnTerminal({"run", script.path()});
     EXPECT_EQ(outcome.exitCode, 0);
@@ -33,14 +40,14 @@ TEST(StatusLine, ShowsTheMemberAtWorkAfterASecondAndIsGoneAtTheEnd) {
     EXPECT_THAT(outcome.err, Not(HasSubstr("\n")));
 }
 
-TEST(StatusLine, NamesTheScriptWhileNoMemberIsAtWork) {
+TEST_F(StatusLine, NamesTheScriptWhileNoMemberIsAtWork) {
     const ScriptOf script("Dim start As Double = Microseconds\nWhile Microseconds - start < 1500000\nWend\n");
     const Outcome outcome = RunCommandOnTerminal({"run", script.path()});
     EXPECT_THAT(outcome.err, testing::AnyOf(HasSubstr("the script, "), HasSubstr("Microseconds, ")));
     EXPECT_THAT(outcome.err, testing::EndsWith(kErase));
 }
 
-TEST(StatusLine, IsOutOfTheWayOfMessages) {
+TEST_F(StatusLine, IsOutOfTheWayOfMessages) {
     const ScriptOf script(
         "Dim start As Double = Microseconds\nWhile Microseconds - start < 1500000\nWend\n"
         "Raise New IOException\n");
@@ -51,7 +58,7 @@ TEST(StatusLine, IsOutOfTheWayOfMessages) {
     EXPECT_EQ(outcome.err.find(", 1.", message), std::string::npos) << outcome.err;
 }
 
-TEST(StatusLine, IsNeverSeenInAQuickScriptNorInAPipe) {
+TEST_F(StatusLine, IsNeverSeenInAQuickScriptNorInAPipe) {
     const ScriptOf quick(BlursFor(0.05));
     EXPECT_EQ(RunCommandOnTerminal({"run", quick.path()}).err, "");
     const ScriptOf slow(BlursFor(1.5));
