@@ -161,7 +161,7 @@ void Machine::Execute(std::size_t floor) {
 }
 
 void Machine::Run() {
-    attention = interrupted = false;
+    attention = interrupted.load();  // it may have come before the program began
     memory_.reset(new std::byte[(kMostStackValues + 1) * sizeof(host::Value)]);  // untouched until it is used
     stack_ = reinterpret_cast<host::Value*>(memory_.get());
     frames_.reserve(kMostFrames + 1);

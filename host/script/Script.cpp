@@ -1,8 +1,6 @@
 #include "host/script/Script.h"
 
-#include <fstream>
 #include <memory>
-#include <sstream>
 
 #include "host/script/Checker.h"
 #include "host/script/Compiler.h"
@@ -13,8 +11,6 @@
 namespace script {
 
 namespace {
-
-constexpr std::size_t kLargestScript = 64 << 20;
 
 // Everything that belongs to one script. It stays while an instance of a class of the script is
 // alive, since that instance may call back.
@@ -88,22 +84,6 @@ bool ReportLeftovers(const LoadedScript& script, const Alive& before, const RunO
 }
 
 }  // namespace
-
-std::optional<Source> ReadSource(const std::string& path, const std::function<void(std::string_view)>& complain) {
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream text;
-    if (file) text << file.rdbuf();
-    if (!file || text.bad()) {
-        complain(path + ": the script can't be read\n");
-        return {};
-    }
-    Source source{path, std::move(text).str()};
-    if (source.text.size() > kLargestScript) {
-        complain(path + ": this is too large for a script\n");
-        return {};
-    }
-    return source;
-}
 
 std::string CheckScript(const Source& source) {
     LoadedScript script(source);

@@ -19,7 +19,8 @@ struct RunOptions {
     std::vector<MemberObserver*> observers;          // borrowed
 };
 
-// The text of a file; nothing, after a message to `complain`, when it can't be read.
+// The text of a file, or of standard input for "-"; nothing, after a message to `complain`, when it
+// can't be read.
 std::optional<Source> ReadSource(const std::string& path, const std::function<void(std::string_view)>& complain);
 
 // Checks and runs a script. Gives its exit code: 0, what it handed to Quit, 130 after Ctrl-C, or 1
