@@ -121,7 +121,9 @@ inline constexpr HostFunctionName<Object*(Object* picture)> kpluginPictureGraphi
 // --- Files ----------------------------------------------------------------------------------
 
 // Where a folder item lies; false when the host can't tell. Every host has the first; the
-// second is the older form of the same.
+// second is the older form of the same. A plug-in that makes a scratch file there keeps it open for
+// reading and writing and locked (flock, exclusive) while it works in it: by that a host that has
+// to end at once knows the files to remove.
 inline constexpr HostFunctionName<bool(Object* folderItem, FileReference*)> kREALFSRefFromFolderItem{
     "REALFSRefFromFolderItem"};
 inline constexpr HostFunctionName<bool(Object* folderItem, FileReference*)> kREALFSSpecFromFolderItem{

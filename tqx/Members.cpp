@@ -1,10 +1,9 @@
 // The reference of a plug-in, from nothing but the records that it registered.
-#include <cstdio>
-
 #include "host/calls/PluginLoader.h"
 #include "host/calls/Runtime.h"
 #include "host/reference/Reference.h"
 #include "tqx/Commands.h"
+#include "tqx/Output.h"
 
 namespace tqx {
 
@@ -29,7 +28,10 @@ int Members(const Settings& settings, const MembersSettings& members) {
     std::string text;
     const std::vector<const host::Class*> classes = ClassesFor(members.wanted);
     const bool found = host::DescribeClasses(classes, {members.wanted, members.json}, text);
-    std::fwrite(text.data(), 1, text.size(), found ? stdout : stderr);
+    if (found)
+        WriteOutput(text);
+    else
+        Complain(text);
     return found ? 0 : 1;
 }
 

@@ -1,6 +1,5 @@
 #include <unistd.h>
 
-#include <csignal>
 #include <cstdio>
 #include <filesystem>
 
@@ -10,6 +9,9 @@
 #include "host/script/Machine.h"
 #include "host/script/Script.h"
 #include "tqx/Commands.h"
+#include "tqx/Output.h"
+#include "tqx/PluginFiles.h"
+#include "tqx/Signals.h"
 #include "tqx/StatusLine.h"
 
 namespace tqx {
@@ -24,22 +26,9 @@ std::string OwnPlugin() {
     return (command.parent_path().parent_path() / "lib" / "tqx" / "PictureTQX.so").string();
 }
 
-// The first Ctrl-C ends the script in order; the second does not wait.
-void OnInterrupt(int) {
-    static volatile std::sig_atomic_t count = 0;
-    count = count + 1;
-    if (count > 1) std::_Exit(130);
-    script::Machine::Interrupt();
-}
-
+// A script whose output is lost has nothing more to do.
 void Print(std::string_view line) {
-    if (!line.empty()) std::fwrite(line.data(), 1, line.size(), stdout);
-    std::fputc('\n', stdout);
-}
-
-void Complain(std::string_view text) {
-    std::fflush(stdout);
-    std::fwrite(text.data(), 1, text.size(), stderr);
+    if (!WriteLine(line)) throw script::Terminated{1};
 }
 
 }  // namespace
@@ -70,8 +59,9 @@ int Run(const Settings& settings, const RunSettings& run) {
     if (!source || !LoadPlugin(settings)) return 1;
     host::SetApplicationArguments(run.arguments);
     host::DefaultImageReadSettings() = {run.maxPixels, !run.noOrientation};
-    std::signal(SIGINT, OnInterrupt);
     std::setvbuf(stdout, nullptr, _IOLBF, 0);  // each line is seen when it is printed, in a pipe too
+    NotePluginFiles();
+    HandleSignals();
     StatusLine status(isatty(STDERR_FILENO) != 0);
     const auto complain = [&status](std::string_view text) { status.Around([text] { Complain(text); }); };
     script::Explainer explainer(source->path, ClassesOfPlugins(), complain);
@@ -80,9 +70,7 @@ int Run(const Settings& settings, const RunSettings& run) {
     options.complain = complain;
     options.observers.push_back(&status);
     if (run.explain) options.observers.push_back(&explainer);
-    const int exitCode = script::RunScript(*source, options);
-    std::fflush(stdout);
-    return exitCode;
+    return EndAfterSignals(script::RunScript(*source, options));
 }
 
 }  // namespace tqx

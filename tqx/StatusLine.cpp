@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "host/calls/Call.h"
+#include "platform/ScratchFiles.h"
 
 namespace tqx {
 
@@ -39,7 +40,9 @@ std::string TextOf(const CallUnderWay& call) {
 }
 
 StatusLine::StatusLine(bool shown) {
-    if (shown) thread_ = std::thread([this] { Watch(); });
+    if (!shown) return;
+    const platform::HeldSignals held;  // for the thread's whole life: they are the script's
+    thread_ = std::thread([this] { Watch(); });
 }
 
 StatusLine::~StatusLine() {

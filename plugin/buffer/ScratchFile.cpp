@@ -110,11 +110,11 @@ int MakeScratchFile(const char* path, std::int64_t size, std::int64_t pageSize) 
 }
 
 void DeleteScratchFile(int descriptor, const char* path) {
-    const bool named = PathNames(path, descriptor);
+    // Before it is closed: a process that is ended in between leaves no file behind.
+    if (PathNames(path, descriptor)) unlink(path);
     // Others may still hold the file open; its blocks go now.
     SetLength(descriptor, 0);
     close(descriptor);
-    if (named) unlink(path);
 }
 
 }  // namespace tqx

@@ -6,8 +6,8 @@
 #include <filesystem>
 
 #include "tests/host/script/ScriptOf.h"
+#include "tests/support/Command.h"
 #include "tests/support/Places.h"
-#include "tests/tqx/Command.h"
 
 namespace {
 

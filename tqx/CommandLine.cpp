@@ -1,0 +1,151 @@
+#include "tqx/CommandLine.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <functional>
+
+#include "tqx/Commands.h"
+#include "tqx/Output.h"
+#include "tqx/ScriptWords.h"
+
+#ifndef TQX_VERSION
+#error "the build sets TQX_VERSION"
+#endif
+
+namespace tqx {
+
+namespace {
+
+constexpr const char* kExitCodes =
+    "Exit code: 0; what the script hands to Quit; 1 after an error, which standard error\n"
+    "tells; 2 for words that are not understood; 128 + n where signal n ended the script.";
+
+// What the words can mean. The options write into the settings.
+class CommandLine {
+  public:
+    CommandLine();
+    int Execute(std::vector<std::string> words);
+
+  private:
+    void AddRun();
+    void AddMembers();
+    void AddCheck();
+    void Choose(std::vector<std::string>& words);
+    void TakeScript(std::vector<std::string>& words, std::size_t from);
+    int Obey();
+    int Refuse(const std::string& problem) const;
+    CLI::App* Find(const std::string& command);
+
+    CLI::App app_{"Runs scripts that work on pictures through a plug-in."};
+    Settings settings_;
+    RunSettings run_;
+    MembersSettings members_;
+    CheckSettings check_;
+    CLI::App* chosen_ = nullptr;
+};
+
+std::string NotACount(const std::string& text) {
+    const bool digits = !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+    return digits ? "" : '"' + text + "\" is not a number of pixels, 0 or more";
+}
+
+CommandLine::CommandLine() {
+    app_.name("tqx");
+    app_.set_version_flag("--version", "tqx " TQX_VERSION);
+    app_.get_option("--version")->description("Print the version");
+    app_.set_help_flag("-h,--help", "Print this help, or a command's: tqx COMMAND --help");
+    app_.require_subcommand(1);
+    app_.add_option("--plugin", settings_.plugin, "Use this plug-in instead of the one beside the command")
+        ->envname("TQX_PLUGIN")
+        ->take_last()
+        ->type_name("PATH");
+    AddRun();
+    AddMembers();
+    AddCheck();
+}
+
+void CommandLine::AddRun() {
+    CLI::App* const run = app_.add_subcommand("run", "Run a script");
+    // For the help only: these words never reach the parser.
+    run->add_option("SCRIPT", "The script's file; - is standard input")->type_name("");
+    run->add_option("ARG", "Arguments that the script reads with App.Arguments: whatever follows its name")
+        ->type_name("")
+        ->expected(0, -1);
+    run->add_flag("--explain", run_.explain, "Tell why calls of the plug-in gave nothing");
+    run->add_option("--max-pixels", run_.maxPixels, "Refuse picture files of more pixels; 0 reads any")
+        ->type_name("COUNT")
+        ->capture_default_str()
+        ->check(CLI::Validator([](const std::string& text) { return NotACount(text); }, ""));
+    run->add_flag("--no-orientation", run_.noOrientation, "Don't turn pictures upright");
+    run->footer(kExitCodes);
+}
+
+void CommandLine::AddMembers() {
+    CLI::App* const members = app_.add_subcommand("members", "Print the members of the plug-in's classes");
+    members->add_option("CLASS", members_.wanted, "Only this class, or one member of it: Class.Member")->type_name("");
+    members->add_flag("--json", members_.json, "For programs: everything, as JSON");
+}
+
+void CommandLine::AddCheck() {
+    CLI::App* const check = app_.add_subcommand("check", "Test the plug-in: everything that it registers is called");
+    check->add_flag("--json", check_.json, "For programs: all results, as JSON");
+}
+
+// Null for a name that no command has.
+CLI::App* CommandLine::Find(const std::string& command) {
+    const auto found = app_.get_subcommands([&](const CLI::App* one) { return one->get_name() == command; });
+    return found.empty() ? nullptr : found.front();
+}
+
+int CommandLine::Refuse(const std::string& problem) const {
+    const std::string command = chosen_ ? "tqx " + chosen_->get_name() : "tqx";
+    Complain(command + ": " + problem + "\nTry " + command + " --help.\n");
+    return kWrongUsage;
+}
+
+void CommandLine::TakeScript(std::vector<std::string>& words, std::size_t from) {
+    const std::size_t first = FirstPlainWord(*chosen_, words, from);
+    run_.arguments = TakeFrom(words, first);
+    if (run_.arguments.empty()) return;
+    run_.script = run_.arguments.front();
+    run_.arguments.erase(run_.arguments.begin());
+}
+
+// Leaves the words that are for the parser.
+void CommandLine::Choose(std::vector<std::string>& words) {
+    const std::size_t command = FirstPlainWord(app_, words, 0);
+    if (command == words.size()) return;
+    chosen_ = Find(words[command]);
+    if (!chosen_) throw WrongWords{"there is no command " + words[command]};
+    if (chosen_->get_name() == "run") TakeScript(words, command + 1);
+}
+
+int CommandLine::Execute(std::vector<std::string> words) {
+    try {
+        Choose(words);
+        std::reverse(words.begin(), words.end());  // as the parser wants them
+        app_.parse(words);
+        return Obey();
+    } catch (const CLI::Success& help) {
+        return app_.exit(help);
+    } catch (const CLI::RequiredError&) {
+        return Refuse("a command is missing");
+    } catch (const CLI::ParseError& error) {
+        return Refuse(error.what());
+    } catch (const WrongWords& wrong) {
+        return Refuse(wrong.what);
+    }
+}
+
+int CommandLine::Obey() {
+    if (Find("check")->parsed()) return Check(settings_, check_);
+    if (Find("members")->parsed()) return Members(settings_, members_);
+    if (run_.script.empty()) throw WrongWords{"a script is missing"};
+    return Run(settings_, run_);
+}
+
+}  // namespace
+
+int Execute(std::vector<std::string> words) { return CommandLine().Execute(std::move(words)); }
+
+}  // namespace tqx
