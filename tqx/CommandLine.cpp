@@ -2,7 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <functional>
+#include <sstream>
 
 #include "tqx/Commands.h"
 #include "tqx/Output.h"
@@ -127,7 +127,10 @@ int CommandLine::Execute(std::vector<std::string> words) {
         app_.parse(words);
         return Obey();
     } catch (const CLI::Success& help) {
-        return app_.exit(help);
+        std::ostringstream text;
+        app_.exit(help, text, text);
+        WriteOutput(text.str());
+        return 0;
     } catch (const CLI::RequiredError&) {
         return Refuse("a command is missing");
     } catch (const CLI::ParseError& error) {
