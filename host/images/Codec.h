@@ -95,6 +95,9 @@ class HeldImage final : public Decoder {
 
 // --- Writing --------------------------------------------------------------------------------
 
+// Which of the PNM family: whatever suits the rows, grays, colours, or the one that names its layout.
+enum class PnmKind { Any, Gray, Colors, Named };
+
 // What to write; the stream stays the caller's.
 struct Output {
     std::FILE* stream;
@@ -102,6 +105,7 @@ struct Output {
     std::int32_t height;
     PixelLayout layout;  // of the rows that the caller has
     std::optional<std::int32_t> quality;
+    PnmKind pnmKind = PnmKind::Any;
 };
 
 class Encoder {

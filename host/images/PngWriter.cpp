@@ -59,7 +59,7 @@ class PngEncoder final : public Encoder {
 
     static void OnWrite(png_structp png, png_bytep bytes, std::size_t length) {
         auto* self = static_cast<PngEncoder*>(png_get_io_ptr(png));
-        if (std::fwrite(bytes, 1, length, self->output_.stream) != length) png_error(png, "the disk may be full");
+        if (std::fwrite(bytes, 1, length, self->output_.stream) != length) png_error(png, "not all was taken");
     }
 
     static void OnFlush(png_structp) {}

@@ -162,20 +162,25 @@ class PnmDecoder final : public Decoder {
     std::vector<std::uint8_t> row_;
 };
 
-// P5 for gray, P6 for colours, P7 where there is alpha.
+PixelLayout LayoutOfKind(PnmKind kind, PixelLayout layout) {
+    switch (kind) {
+        case PnmKind::Gray:
+            return PixelLayout::Gray;
+        case PnmKind::Colors:
+            return PixelLayout::Rgb;
+        default:
+            return layout;
+    }
+}
+
+// P5 for gray, P6 for colours, P7 where there is alpha or the name asks for it.
 class PnmEncoder final : public Encoder {
   public:
     explicit PnmEncoder(const Output& output) : output_(output) {
-        layout = output.layout;
-        char head[128];
-        const int channels = BytesPerPixel(layout);
-        if (HasAlpha(layout))
-            std::snprintf(head, sizeof head,
-                          "P7\nWIDTH %d\nHEIGHT %d\nDEPTH %d\nMAXVAL 255\nTUPLTYPE %s_ALPHA\nENDHDR\n", output.width,
-                          output.height, channels, IsGray(layout) ? "GRAYSCALE" : "RGB");
-        else
-            std::snprintf(head, sizeof head, "P%d\n%d %d\n255\n", IsGray(layout) ? 5 : 6, output.width, output.height);
-        WriteExactly(output.stream, head, std::strlen(head));
+        layout = LayoutOfKind(output.pnmKind, output.layout);
+        const bool named = output.pnmKind == PnmKind::Named || HasAlpha(layout);
+        const std::string head = named ? NamedHead() : NumberedHead();
+        WriteExactly(output.stream, head.data(), head.size());
     }
 
     void WriteRow(const std::uint8_t* pixels) override {
@@ -185,6 +190,17 @@ class PnmEncoder final : public Encoder {
     void Finish() override {}
 
   private:
+    std::string NumberedHead() const {
+        return (IsGray(layout) ? "P5\n" : "P6\n") + std::to_string(output_.width) + " " +
+               std::to_string(output_.height) + "\n255\n";
+    }
+
+    std::string NamedHead() const {
+        return "P7\nWIDTH " + std::to_string(output_.width) + "\nHEIGHT " + std::to_string(output_.height) +
+               "\nDEPTH " + std::to_string(BytesPerPixel(layout)) + "\nMAXVAL 255\nTUPLTYPE " +
+               (IsGray(layout) ? "GRAYSCALE" : "RGB") + (HasAlpha(layout) ? "_ALPHA" : "") + "\nENDHDR\n";
+    }
+
     Output output_;
 };
 
