@@ -72,9 +72,10 @@ void CommandLine::AddRun() {
         ->type_name("")
         ->expected(0, -1);
     run->add_flag("--explain", run_.explain, "Tell why calls of the plug-in gave nothing");
-    run->add_option("--max-pixels", run_.maxPixels, "Refuse picture files of more pixels; 0 reads any")
+    run->add_option("--max-pixels", run_.maxPixels,
+                    "Refuse picture files of more pixels; 0 reads any. Without it a file may have 16777216 and 1024 "
+                    "for each of its bytes, but no more than 268435456")
         ->type_name("COUNT")
-        ->capture_default_str()
         ->check(CLI::Validator([](const std::string& text) { return NotACount(text); }, ""));
     run->add_flag("--no-orientation", run_.noOrientation, "Don't turn pictures upright");
     run->footer(kExitCodes);

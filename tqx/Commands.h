@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,9 +17,9 @@ struct Settings {
 struct RunSettings {
     std::string script;
     std::vector<std::string> arguments;
-    bool explain = false;                                           // tell why calls of the plug-in gave nothing
-    bool noOrientation = false;                                     // leave pictures as they lie in their files
-    std::int64_t maxPixels = host::ImageReadSettings().pixelLimit;  // largest picture read; 0: any
+    bool explain = false;                   // tell why calls of the plug-in gave nothing
+    bool noOrientation = false;             // leave pictures as they lie in their files
+    std::optional<std::int64_t> maxPixels;  // of the largest picture read; 0: any; none: by the file's size
 };
 
 struct MembersSettings {

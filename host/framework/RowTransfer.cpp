@@ -89,8 +89,7 @@ Ref<Object> NewRowBlock(std::size_t bytes) {
 void ReadFileInto(const std::string& path, Object* picture) {
     const RowObject rows(picture);
     ImageReadSettings settings = DefaultImageReadSettings();
-    if (settings.pixelLimit > 0)
-        settings.pixelLimit = std::max(settings.pixelLimit, std::int64_t{rows.width} * rows.height);
+    settings.pixelsAtHand = std::int64_t{rows.width} * rows.height;
     ImageReader reader(path, settings);
     const ImageInfo& info = reader.Info();
     if (info.width != rows.width || info.height != rows.height)

@@ -34,6 +34,7 @@ struct Input {
     Stream stream;
     std::int64_t size;        // bytes
     std::int64_t pixelLimit;  // 0: none
+    bool limitedBySize;       // the limit is that of a file of this size
 
     // Refuses a size without pixels or with more than the limit; to be called before memory is
     // taken for the image.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -45,10 +46,20 @@ class ImageError : public std::runtime_error {
     Kind kind;
 };
 
+// How many pixels a file may hold where nobody says. A few bytes can state any size, and be a whole
+// image of it; so the limit grows with the file: every picture of a camera or a scanner, and every
+// drawing of some content, has far more than a byte for a thousand pixels.
+constexpr std::int64_t kMostPixels = std::int64_t{1} << 28;
+constexpr std::int64_t kFreePixels = std::int64_t{1} << 24;  // for the smallest of files
+constexpr std::int64_t kPixelsPerByte = 1024;
+
 // How files are read where the caller doesn't say; the command's options change it.
 struct ImageReadSettings {
-    std::int64_t pixelLimit = std::int64_t{1} << 28;  // width × height; 0: none (--max-pixels)
-    bool applyOrientation = true;                     // turn pictures upright (--no-orientation)
+    // Width × height; 0: any. None: for a file of n bytes kFreePixels + kPixelsPerByte × n, and no
+    // more than kMostPixels (--max-pixels).
+    std::optional<std::int64_t> pixelLimit;
+    bool applyOrientation = true;   // turn pictures upright (--no-orientation)
+    std::int64_t pixelsAtHand = 0;  // the caller has room for so many already: they are never refused
 };
 
 ImageReadSettings& DefaultImageReadSettings();

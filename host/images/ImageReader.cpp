@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -28,9 +29,10 @@ void Input::CheckSize(std::int64_t width, std::int64_t height) const {
     const std::string sides = std::to_string(width) + " x " + std::to_string(height) + " pixels";
     if (width > INT32_MAX / 4 || height > INT32_MAX) FailFormat("is too large: " + sides);
     // Both sides fit 32 bits, so their product fits 64.
-    if (pixelLimit > 0 && width * height > pixelLimit)
-        FailFormat("is too large: " + sides + " are more than the limit of " + std::to_string(pixelLimit) +
-                   "; the option --max-pixels lifts it");
+    if (pixelLimit == 0 || width * height <= pixelLimit) return;
+    const std::string ofSize = limitedBySize ? " for a file of " + std::to_string(size) + " bytes" : "";
+    FailFormat("is too large: " + sides + " are more than the limit of " + std::to_string(pixelLimit) + ofSize +
+               "; the option --max-pixels lifts it");
 }
 
 void ReadExactly(std::FILE* stream, void* bytes, std::size_t length) {
@@ -118,6 +120,15 @@ std::int64_t SizeOf(std::FILE* stream) {
     return size;
 }
 
+Input NewInput(Stream stream, const ImageReadSettings& settings) {
+    const std::int64_t size = SizeOf(stream.get());
+    const std::int64_t bySize = kFreePixels + std::max<std::int64_t>(size, 0) * kPixelsPerByte;
+    std::int64_t limit = settings.pixelLimit.value_or(std::min(bySize, kMostPixels));
+    bool limitedBySize = !settings.pixelLimit && limit == bySize;
+    if (limit > 0 && limit < settings.pixelsAtHand) limit = settings.pixelsAtHand, limitedBySize = false;
+    return {std::move(stream), size, limit, limitedBySize};
+}
+
 // Runs a step of a codec and turns what it throws into ImageError.
 template <class Step>
 void Run(const std::string& name, Step step) {
@@ -153,9 +164,7 @@ ImageReader::ImageReader(const void* bytes, std::size_t length, const std::strin
 ImageReader::~ImageReader() = default;
 
 void ImageReader::Open(std::FILE* stream, const ImageReadSettings& settings) {
-    codec::Input input{codec::Stream(stream), 0, settings.pixelLimit};
-    input.size = codec::SizeOf(stream);
-    decoder_ = codec::OpenBySignature(std::move(input));
+    decoder_ = codec::OpenBySignature(codec::NewInput(codec::Stream(stream), settings));
     if (settings.applyOrientation) decoder_ = codec::Upright(std::move(decoder_));
     info_ = decoder_->info;
     row_.resize(decoder_->RowBytes());

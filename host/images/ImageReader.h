@@ -1,11 +1,13 @@
 // Image files read row by row: PNG, JPEG, TIFF, WebP, GIF (first frame), BMP and PNM, recognised
 // by their first bytes.
 //
-// A file of more pixels than the limit is refused before memory is taken for it, and so is, as far
-// as its structure shows it, one that is cut short. Rows are decoded as they are asked for where
-// the format allows it. The whole image is held (at BytesPerPixel a pixel) for interlaced files,
-// for WebP, and for files whose orientation wants more than a mirror; large JPEG files of several
-// scans keep their coefficients in a scratch file.
+// What a file of n bytes may cost is bounded. Where the caller sets no limit of his own, it holds at
+// most 2^24 + 1024 n pixels, and never more than 2^28 (Image.h). A file of more is refused before
+// memory is taken for it, and so is, as far as its structure shows it, one that is cut short.
+// Reading takes at most 16 bytes a pixel, 80 MB and n bytes, as a rule far less: rows are decoded
+// as they are asked for where the format allows it. The whole image is held (at BytesPerPixel a
+// pixel) for interlaced files, for WebP, and for files whose orientation wants more than a mirror;
+// large JPEG files of several scans keep their coefficients in a scratch file of 6 bytes a pixel.
 #pragma once
 
 #include <memory>

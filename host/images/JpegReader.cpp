@@ -148,11 +148,16 @@ class JpegDecoder final : public Decoder {
                     static_cast<std::uint8_t>(((inks_[i + channel] ^ flip) * (inks_[i + 3] ^ flip) + 127) / 255);
     }
 
+    // Exif data count before XMP data.
     std::int32_t FindOrientation() const {
-        for (jpeg_saved_marker_ptr marker = jpeg_.marker_list; marker; marker = marker->next)
-            if (marker->data_length >= 6 && std::memcmp(marker->data, "Exif\0\0", 6) == 0)
-                return ExifOrientation(marker->data, marker->data_length);
-        return 1;
+        constexpr std::string_view exifMark("Exif\0\0", 6), xmpMark("http://ns.adobe.com/xap/1.0/\0", 29);
+        std::optional<std::int32_t> exif, xmp;
+        for (jpeg_saved_marker_ptr marker = jpeg_.marker_list; marker; marker = marker->next) {
+            const std::string_view data(reinterpret_cast<const char*>(marker->data), marker->data_length);
+            if (!exif && data.starts_with(exifMark)) exif = ExifOrientation(marker->data, marker->data_length);
+            if (!xmp && data.starts_with(xmpMark)) xmp = XmpOrientation(data);
+        }
+        return exif.value_or(xmp.value_or(1));
     }
 
     [[noreturn]] void Fail(const char* text) {

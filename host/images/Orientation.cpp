@@ -28,16 +28,35 @@ struct ExifBytes {
 constexpr std::uint32_t kOrientationTag = 0x0112;
 constexpr std::uint32_t kShortType = 3;
 
-std::int32_t OrientationInDirectory(const ExifBytes& bytes) {
+std::optional<std::int32_t> OrientationInDirectory(const ExifBytes& bytes) {
     const std::size_t directory = bytes.Number(4, 4);
     const std::uint32_t count = bytes.Number(directory, 2);
     for (std::uint32_t i = 0; i < count; ++i) {
         const std::size_t entry = directory + 2 + std::size_t{12} * i;
         if (bytes.Number(entry, 2) != kOrientationTag || bytes.Number(entry + 2, 2) != kShortType) continue;
         const std::uint32_t value = bytes.Number(entry + 8, 2);
-        return value >= 1 && value <= 8 ? static_cast<std::int32_t>(value) : 1;
+        if (value >= 1 && value <= 8) return static_cast<std::int32_t>(value);
     }
-    return 1;
+    return std::nullopt;
+}
+
+// --- Texts ----------------------------------------------------------------------------------
+
+constexpr std::string_view kSpaces = " \t\r\n";
+
+std::string_view Trimmed(std::string_view text) {
+    text.remove_prefix(std::min(text.size(), text.find_first_not_of(kSpaces)));
+    return text.substr(0, text.find_last_not_of(kSpaces) + 1);
+}
+
+// What follows the name in XMP: ="6" or >6<.
+std::optional<std::int32_t> XmpValue(std::string_view text) {
+    text = Trimmed(text);
+    if (text.starts_with('>')) return OrientationDigit(text.substr(1, text.find('<') - 1));
+    if (!text.starts_with('=')) return std::nullopt;
+    text = Trimmed(text.substr(1));
+    if (!text.starts_with('"') && !text.starts_with('\'')) return std::nullopt;
+    return OrientationDigit(text.substr(1, text.find(text[0], 1) - 1));
 }
 
 // --- Turning --------------------------------------------------------------------------------
@@ -94,12 +113,26 @@ class TurnedDecoder final : public Decoder {
 
 }  // namespace
 
-std::int32_t ExifOrientation(const std::uint8_t* data, std::size_t length) {
+std::optional<std::int32_t> ExifOrientation(const std::uint8_t* data, std::size_t length) {
     if (length >= 6 && std::memcmp(data, "Exif\0\0", 6) == 0) data += 6, length -= 6;
-    if (length < 8) return 1;
+    if (length < 8) return std::nullopt;
     if (std::memcmp(data, "MM\0*", 4) == 0) return OrientationInDirectory({data, length, true});
     if (std::memcmp(data, "II*\0", 4) == 0) return OrientationInDirectory({data, length, false});
-    return 1;
+    return std::nullopt;
+}
+
+std::optional<std::int32_t> OrientationDigit(std::string_view text) {
+    text = Trimmed(text);
+    if (text.size() != 1 || text[0] < '1' || text[0] > '8') return std::nullopt;
+    return text[0] - '0';
+}
+
+std::optional<std::int32_t> XmpOrientation(std::string_view text) {
+    constexpr std::string_view name = "tiff:Orientation";
+    for (std::size_t at = text.find(name); at != std::string_view::npos; at = text.find(name, at + 1))
+        // A window, so that many names in a row don't cost time; nobody writes more spaces.
+        if (const auto value = XmpValue(text.substr(at + name.size(), 64))) return value;
+    return std::nullopt;
 }
 
 DecoderPointer Upright(DecoderPointer source) {

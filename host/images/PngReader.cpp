@@ -1,10 +1,9 @@
 #include <png.h>
-#include <zlib.h>
 
 #include <cstring>
 
 #include "host/images/Codec.h"
-#include "host/images/Orientation.h"
+#include "host/images/PngChunks.h"
 
 namespace host::codec {
 
@@ -13,46 +12,7 @@ namespace {
 // Deflate never makes more than this many bytes out of one.
 constexpr std::int64_t kMostInflation = 1032;
 
-// Text, profiles and the like are skipped by the library: nothing here reads them through it, and a
-// damaged one is no reason to refuse the pixels.
-const png_byte kSkippedChunks[] = "iCCP\0iTXt\0tEXt\0zTXt\0eXIf\0sPLT\0hIST\0";
-
-// --- Chunks -------------------------------------------------------------------------------------
-
-constexpr std::int64_t kSignatureBytes = 8;
-constexpr std::int64_t kMostExifBytes = 1 << 20;
-
-std::uint32_t Big(const std::uint8_t* bytes) {
-    return std::uint32_t{bytes[0]} << 24 | std::uint32_t{bytes[1]} << 16 | std::uint32_t{bytes[2]} << 8 | bytes[3];
-}
-
-// The orientation in a chunk whose name was just read; 1 where its check sum is wrong.
-std::int32_t OrientationOfChunk(std::FILE* stream, std::uint32_t length) {
-    std::vector<std::uint8_t> bytes(length + std::size_t{4});  // with the check sum
-    ReadExactly(stream, bytes.data(), bytes.size());
-    const uLong sum = crc32(crc32(0, reinterpret_cast<const Bytef*>("eXIf"), 4), bytes.data(), length);
-    return sum == Big(bytes.data() + length) ? ExifOrientation(bytes.data(), length) : 1;
-}
-
-// Goes from chunk to chunk for the orientation, which may stand behind the pixels. A file that
-// doesn't reach its end fails here, before anybody takes memory for the picture.
-std::int32_t WalkChunks(const Input& input) {
-    std::FILE* stream = input.stream.get();
-    std::int32_t orientation = 1;
-    for (std::int64_t at = kSignatureBytes;;) {
-        std::uint8_t head[8];
-        if (fseeko(stream, at, SEEK_SET) != 0) FailFormat("is cut short");
-        ReadExactly(stream, head, sizeof head);
-        const std::uint32_t length = Big(head);
-        at += std::int64_t{length} + 12;
-        if (at > input.size) FailFormat("is cut short");
-        if (std::memcmp(head + 4, "IEND", 4) == 0) return orientation;
-        if (std::memcmp(head + 4, "eXIf", 4) == 0 && length <= kMostExifBytes)
-            orientation = OrientationOfChunk(stream, length);
-    }
-}
-
-// --- Pixels -------------------------------------------------------------------------------------
+constexpr int kAllButPixels = -1;
 
 class PngDecoder final : public Decoder {
   public:
@@ -69,18 +29,19 @@ class PngDecoder final : public Decoder {
 
     // Reads everything before the pixels; true when rows come in several passes.
     bool ReadHead() {
+        const std::int32_t orientation = WalkPngChunks(input_);
         Guarded([this] {
             png_set_read_fn(png_, this, OnRead);
             png_set_user_limits(png_, 0x7fffffff, 0x7fffffff);
-            png_set_keep_unknown_chunks(png_, PNG_HANDLE_CHUNK_NEVER, kSkippedChunks,
-                                        static_cast<int>(sizeof kSkippedChunks / 5));
+            // Text, profiles, units and the like are skipped: nothing here reads them through the
+            // library, and a damaged one is no reason to refuse the pixels.
+            png_set_keep_unknown_chunks(png_, PNG_HANDLE_CHUNK_NEVER, nullptr, kAllButPixels);
             png_read_info(png_, details_);
         });
         const std::int64_t width = png_get_image_width(png_, details_);
         const std::int64_t height = png_get_image_height(png_, details_);
         input_.CheckSize(width, height);
         CheckEnoughData(width, height);
-        const std::int32_t orientation = FindOrientation();
         int passes = 1;
         Guarded([this, &passes] {
             png_set_scale_16(png_);
@@ -127,13 +88,6 @@ class PngDecoder final : public Decoder {
     void CheckEnoughData(std::int64_t width, std::int64_t height) const {
         const std::int64_t bits = std::int64_t{png_get_bit_depth(png_, details_)} * png_get_channels(png_, details_);
         if ((width * bits + 7) / 8 * height > input_.size * kMostInflation) FailFormat("is cut short");
-    }
-
-    std::int32_t FindOrientation() const {
-        const off_t position = ftello(input_.stream.get());
-        const std::int32_t orientation = WalkChunks(input_);
-        if (fseeko(input_.stream.get(), position, SEEK_SET) != 0) FailFile("can't be read");
-        return orientation;
     }
 
     // Checks the check sum of the pixels and that the file is whole.

@@ -25,10 +25,6 @@ struct DeleteDemuxer {
     void operator()(WebPDemuxer* demuxer) const { WebPDemuxDelete(demuxer); }
 };
 
-struct DeleteAnimation {
-    void operator()(WebPAnimDecoder* animation) const { WebPAnimDecoderDelete(animation); }
-};
-
 using Bytes = std::vector<std::uint8_t>;
 
 // The length that the file states of itself; the library misses only what it needs.
@@ -38,14 +34,22 @@ void CheckLength(const Bytes& file) {
     if (stated + 8 > file.size()) FailFormat("is cut short");
 }
 
+// The content of the first chunk of a name; empty when there is none.
+std::string_view ChunkIn(const WebPDemuxer* demuxer, const char* name) {
+    WebPChunkIterator chunk{};
+    if (!demuxer || !WebPDemuxGetChunk(demuxer, name, 1, &chunk)) return {};
+    const std::string_view content(reinterpret_cast<const char*>(chunk.chunk.bytes), chunk.chunk.size);
+    WebPDemuxReleaseChunkIterator(&chunk);
+    return content;  // part of the file
+}
+
+// Exif data count before XMP data.
 std::int32_t OrientationIn(const Bytes& file) {
     const WebPData data{file.data(), file.size()};
     const std::unique_ptr<WebPDemuxer, DeleteDemuxer> demuxer(WebPDemux(&data));
-    WebPChunkIterator chunk{};
-    if (!demuxer || !WebPDemuxGetChunk(demuxer.get(), "EXIF", 1, &chunk)) return 1;
-    const std::int32_t orientation = ExifOrientation(chunk.chunk.bytes, chunk.chunk.size);
-    WebPDemuxReleaseChunkIterator(&chunk);
-    return orientation;
+    const std::string_view exif = ChunkIn(demuxer.get(), "EXIF");
+    const auto orientation = ExifOrientation(reinterpret_cast<const std::uint8_t*>(exif.data()), exif.size());
+    return orientation ? *orientation : XmpOrientation(ChunkIn(demuxer.get(), "XMP ")).value_or(1);
 }
 
 void FailStatus(VP8StatusCode status) {
@@ -54,25 +58,35 @@ void FailStatus(VP8StatusCode status) {
     if (status != VP8_STATUS_OK) FailFormat("is a damaged WebP file");
 }
 
-void Decode(const Bytes& file, HeldImage& image) {
+// Decodes a coded picture of so many rows into the image, from a place on.
+void DecodeAt(const WebPData& coded, HeldImage& image, int left, int top, int height) {
     WebPDecoderConfig config;
     if (!WebPInitDecoderConfig(&config)) FailFormat("can't be read: the WebP library is of another version");
+    const std::size_t before = static_cast<std::size_t>(left) * BytesPerPixel(image.info.layout);
     config.output.colorspace = image.Alpha() ? MODE_RGBA : MODE_RGB;
     config.output.is_external_memory = 1;
-    config.output.u.RGBA = {image.Row(0), static_cast<int>(image.RowBytes()),
-                            image.RowBytes() * static_cast<std::size_t>(image.info.height)};
-    const VP8StatusCode status = WebPDecode(file.data(), file.size(), &config);
+    config.output.u.RGBA = {image.Row(top) + before, static_cast<int>(image.RowBytes()),
+                            image.RowBytes() * static_cast<std::size_t>(height) - before};
+    const VP8StatusCode status = WebPDecode(coded.bytes, coded.size, &config);
     WebPFreeDecBuffer(&config.output);
     FailStatus(status);
 }
 
+struct Frame : WebPIterator {
+    Frame() : WebPIterator{} {}
+    ~Frame() { WebPDemuxReleaseIterator(this); }
+    Frame(const Frame&) = delete;
+    Frame& operator=(const Frame&) = delete;
+};
+
+// The first picture of an animation, on the clear canvas that it is shown on.
 void DecodeFirstFrame(const Bytes& file, HeldImage& image) {
     const WebPData data{file.data(), file.size()};
-    const std::unique_ptr<WebPAnimDecoder, DeleteAnimation> animation(WebPAnimDecoderNew(&data, nullptr));
-    std::uint8_t* canvas = nullptr;
-    int time = 0;
-    if (!animation || !WebPAnimDecoderGetNext(animation.get(), &canvas, &time)) FailFormat("is cut short or damaged");
-    std::memcpy(image.Row(0), canvas, image.RowBytes() * static_cast<std::size_t>(image.info.height));
+    const std::unique_ptr<WebPDemuxer, DeleteDemuxer> demuxer(WebPDemux(&data));
+    Frame frame;
+    if (!demuxer || !WebPDemuxGetFrame(demuxer.get(), 1, &frame) || !frame.complete)
+        FailFormat("is cut short or damaged");
+    DecodeAt(frame.fragment, image, frame.x_offset, frame.y_offset, frame.height);
 }
 
 // --- Writing --------------------------------------------------------------------------------
@@ -158,7 +172,7 @@ DecoderPointer OpenWebP(Input input) {
     if (features.has_animation)
         DecodeFirstFrame(file, *image);
     else
-        Decode(file, *image);
+        DecodeAt({file.data(), file.size()}, *image, 0, 0, features.height);
     return image;
 }
 

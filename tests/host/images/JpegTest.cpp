@@ -43,6 +43,13 @@ std::string WithOrientation(std::string jpeg, char orientation, bool bigEndian) 
     return jpeg;
 }
 
+// The file with an XMP segment that states an orientation.
+std::string WithXmp(std::string jpeg, char orientation) {
+    const std::string body =
+        std::string("http://ns.adobe.com/xap/1.0/\0<rdf:Description tiff:Orientation=\"", 64) + orientation + "\"/>";
+    return jpeg.insert(2, std::string("\xff\xe1\0", 3) + char(body.size() + 2) + body);
+}
+
 // A JPEG file written by the library itself, with settings of the caller's.
 void WriteJpeg(const std::string& path, const TestImage& image, J_COLOR_SPACE colors, bool progressive,
                const std::function<void(jpeg_compress_struct&)>& adjust = {}) {
@@ -68,6 +75,21 @@ void WriteJpeg(const std::string& path, const TestImage& image, J_COLOR_SPACE co
     jpeg_finish_compress(&jpeg);
     jpeg_destroy_compress(&jpeg);
     std::fclose(stream);
+}
+
+TEST(JpegFiles, OrientationInXmpIsAppliedWhereExifSaysNone) {
+    TemporaryDirectory directory;
+    const std::string path = directory.Path("a.jpg");
+    WriteImage(path, MakeTestImage(16, 8, PixelLayout::Gray));
+    const std::string plain = ReadBytes(path);
+    const auto width = [&](const std::string& bytes) {
+        WriteBytes(path, bytes);
+        return ReadImage(path).width;
+    };
+    EXPECT_EQ(width(WithXmp(plain, '6')), 8);
+    EXPECT_EQ(width(WithXmp(plain, '0')), 16);
+    EXPECT_EQ(width(WithXmp(WithOrientation(plain, 1, true), '6')), 16);
+    EXPECT_EQ(width(WithOrientation(WithXmp(plain, '1'), 6, false)), 8);
 }
 
 TEST(JpegFiles, ComeBackNearly) {

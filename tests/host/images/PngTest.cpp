@@ -168,6 +168,91 @@ TEST(PngFiles, DamagedOrientationIsUpright) {
     EXPECT_EQ(ReadImage(directory.Path("a.png")).pixels, (Bytes{1, 2, 3, 4, 5, 6}));
 }
 
+// One row of three grays with texts: a key and what it stands for each, packed as the kind says.
+void WriteWithTexts(const std::string& path, const std::vector<std::pair<std::string, std::string>>& texts, int kind) {
+    WritePng(path,
+             [&](png_structp png, png_infop info) {
+                 Describe(png, info, 3, 1, 8, PNG_COLOR_TYPE_GRAY);
+                 for (auto [key, text] : texts) {
+                     png_text entry{};
+                     entry.compression = kind;
+                     entry.key = key.data();
+                     entry.text = text.data();
+                     (kind >= PNG_ITXT_COMPRESSION_NONE ? entry.itxt_length : entry.text_length) = text.size();
+                     png_set_text(png, info, &entry, 1);
+                 }
+             },
+             {{1, 2, 3}});
+}
+
+// Exif data as a text of hex digits.
+std::string RawProfile(const std::string& name, const Bytes& data) {
+    std::string text = "\n" + name + "\n      " + std::to_string(data.size()) + "\n";
+    for (std::size_t i = 0; i < data.size(); ++i) {
+        char digits[3];
+        std::snprintf(digits, sizeof digits, "%02x", data[i]);
+        text += digits;
+        if (i % 36 == 35) text += "\n";
+    }
+    return text + "\n";
+}
+
+constexpr int kTextKinds[] = {PNG_TEXT_COMPRESSION_NONE, PNG_TEXT_COMPRESSION_zTXt, PNG_ITXT_COMPRESSION_NONE,
+                              PNG_ITXT_COMPRESSION_zTXt};
+const Bytes kUpright{1, 2, 3}, kMirrored{3, 2, 1};
+
+TEST(PngFiles, OrientationAmongTheTextsIsApplied) {
+    TemporaryDirectory directory;
+    const std::string path = directory.Path("a.png");
+    Bytes marked = Exif(2);
+    marked.insert(marked.begin(), {'E', 'x', 'i', 'f', 0, 0});
+    const std::string xmp = "<x:xmpmeta><rdf:Description tiff:Orientation=\"2\"/></x:xmpmeta>";
+    const std::pair<std::string, std::string> texts[] = {
+        {"Raw profile type exif", RawProfile("exif", Exif(2))},
+        {"Raw profile type APP1", RawProfile("generic profile", marked)},
+        {"Raw profile type xmp", RawProfile("xmp", Bytes(xmp.begin(), xmp.end()))},
+        {"XML:com.adobe.xmp", xmp},
+        {"XML:com.adobe.xmp", "<tiff:Orientation> 2\n</tiff:Orientation>"},
+        {"XML:com.adobe.xmp", "tiff:Orientation = '2'"},
+        {"exif:Orientation", "2"},
+        {"Orientation", "2"},
+    };
+    for (const int kind : kTextKinds)
+        for (const auto& text : texts) {
+            WriteWithTexts(path, {{"Title", "2"}, text}, kind);
+            EXPECT_EQ(ReadImage(path).pixels, kMirrored) << text.first << " " << text.second << " " << kind;
+            EXPECT_EQ(ReadImage(path, {0, false}).pixels, kUpright);
+        }
+}
+
+TEST(PngFiles, TextsThatMakeNoOrientationAreUpright) {
+    TemporaryDirectory directory;
+    const std::string path = directory.Path("a.png");
+    for (const char* xmp : {"", "tiff:Orientation", "tiff:Orientation=", "tiff:Orientation=\"", "tiff:Orientation=2",
+                            "tiff:Orientation=\"9\"", "tiff:Orientation=\"22\"", "tiff:Orientation>",
+                            "<tiff:Orientation>2", "<tiff:Orientation>0</tiff:Orientation>"}) {
+        WriteWithTexts(path, {{"XML:com.adobe.xmp", xmp}}, PNG_ITXT_COMPRESSION_NONE);
+        // An element that is never closed is still read as one.
+        EXPECT_EQ(ReadImage(path).pixels, std::string(xmp) == "<tiff:Orientation>2" ? kMirrored : kUpright) << xmp;
+    }
+    for (const char* text :
+         {"", "\n", "\nexif\n", "\nexif\n 4\n", "\nexif\n 4\n4578", "\nexif\n 4\nxyz", "457869660000"}) {
+        WriteWithTexts(path, {{"Raw profile type exif", text}}, PNG_TEXT_COMPRESSION_NONE);
+        EXPECT_EQ(ReadImage(path).pixels, kUpright) << text;
+    }
+}
+
+TEST(PngFiles, ExifCountsBeforeXmpAndXmpBeforePlainText) {
+    TemporaryDirectory directory;
+    const std::string path = directory.Path("a.png");
+    const std::pair<std::string, std::string> exif{"Raw profile type exif", RawProfile("exif", Exif(1))},
+        xmp{"XML:com.adobe.xmp", "tiff:Orientation=\"2\""}, upright{"Orientation", "1"};
+    WriteWithTexts(path, {exif, xmp, upright}, PNG_TEXT_COMPRESSION_NONE);
+    EXPECT_EQ(ReadImage(path).pixels, kUpright);
+    WriteWithTexts(path, {xmp, upright}, PNG_TEXT_COMPRESSION_NONE);
+    EXPECT_EQ(ReadImage(path).pixels, kMirrored);
+}
+
 TEST(PngFiles, CutShortAnywhereIsAnErrorThatNamesTheFile) {
     TemporaryDirectory directory;
     WriteImage(directory.Path("whole.png"), MakeTestImage(40, 40, PixelLayout::Rgb));
@@ -208,7 +293,12 @@ TEST(PngFiles, AbsurdSizeIsRefusedBeforeMemoryIsTaken) {
     const char sum[] = {char(crc >> 24), char(crc >> 16), char(crc >> 8), char(crc)};
     bytes.replace(12, 21, head + std::string(sum, 4));
     WriteBytes(directory.Path("a.png"), bytes);
-    EXPECT_EQ(ReadFailure(directory.Path("a.png")),
+    EXPECT_EQ(
+        ReadFailure(directory.Path("a.png")),
+        directory.Path("a.png") +
+            ": is too large: 60000 x 60000 pixels are more than the limit of 16845824 for a file of 67 bytes; the "
+            "option --max-pixels lifts it");
+    EXPECT_EQ(ReadFailure(directory.Path("a.png"), {1 << 28, true}),
               directory.Path("a.png") +
                   ": is too large: 60000 x 60000 pixels are more than the limit of 268435456; the option --max-pixels "
                   "lifts it");

@@ -88,6 +88,15 @@ TEST(WebPFiles, EveryOrientationIsTurnedUpright) {
     }
 }
 
+TEST(WebPFiles, OrientationInXmpIsApplied) {
+    TemporaryDirectory directory;
+    const std::string pixels = PixelChunk(directory, MakeTestImage(3, 2, PixelLayout::Rgb));
+    const std::string head = Chunk("VP8X", Little(0x04, 4) + Little(2, 3) + Little(1, 3));
+    WriteBytes(directory.Path("a.webp"),
+               Chunk("RIFF", "WEBP" + head + pixels + Chunk("XMP ", "<tiff:Orientation>8</tiff:Orientation>")));
+    EXPECT_EQ(ReadImage(directory.Path("a.webp")).width, 2);
+}
+
 TEST(WebPFiles, AnAnimationGivesItsFirstPicture) {
     TemporaryDirectory directory;
     TestImage image = MakeTestImage(4, 2, PixelLayout::Rgba);
