@@ -44,8 +44,9 @@ struct Head {
     std::int64_t height = 0;  // below 0: rows from the top down
     std::uint32_t bits = 0;   // a pixel
     std::uint32_t compression = kPlain;
-    std::uint32_t pixelsAt = 0;  // from the file's start
-    Mask masks[4];               // red, green, blue, alpha
+    std::uint32_t pixelsAt = 0;        // from the file's start
+    std::uint32_t descriptionEnd = 0;  // the same; masks or a palette may follow
+    Mask masks[4];                     // red, green, blue, alpha
     Rgb palette[256] = {};
 
     std::int64_t RowBytes() const { return (width * bits + 31) / 32 * 4; }
@@ -64,13 +65,17 @@ void ReadMasks(Head& head, const std::uint8_t* description, std::size_t length, 
     if (length < kLongHead + 4 * count) {
         ReadExactly(stream, after, 4 * count);
         masks = after;
+        if (head.pixelsAt < head.descriptionEnd + 4 * count)
+            FailFormat("is a damaged BMP file (its pixels lie in its masks)");
     }
     for (std::size_t i = 0; i < count; ++i) head.masks[i].bits = Little(masks + 4 * i, 4);
 }
 
+// The entries that are said to be used, or all that fit before the pixels.
 void ReadPalette(Head& head, std::uint32_t used, std::size_t entryBytes, std::FILE* stream) {
     const std::uint32_t most = 1u << head.bits;
-    const std::uint32_t count = used == 0 || used > most ? most : used;
+    const auto room = static_cast<std::uint32_t>((head.pixelsAt - head.descriptionEnd) / entryBytes);
+    const std::uint32_t count = std::min(used == 0 || used > most ? most : used, room);
     for (std::uint32_t i = 0; i < count; ++i) {
         std::uint8_t entry[4] = {};
         ReadExactly(stream, entry, entryBytes);
@@ -105,6 +110,7 @@ Head ReadHead(const Input& input) {
     ReadExactly(input.stream.get(), bytes + kFileHead + 4, length - 4);
     Head head;
     head.pixelsAt = Little(bytes + 10, 4);
+    head.descriptionEnd = static_cast<std::uint32_t>(kFileHead + length);
     const bool isShort = length == kShortHead;
     const auto side = [&](std::size_t at) {
         return isShort ? std::int64_t{Little(description + 4 + at / 2, 2)}
@@ -115,6 +121,7 @@ Head ReadHead(const Input& input) {
     head.bits = Little(description + (isShort ? 10 : 14), 2);
     if (!isShort) head.compression = Little(description + 16, 4);
     if (!IsKnown(head)) FailFormat("is a BMP file of an unknown kind");
+    if (head.pixelsAt < head.descriptionEnd) FailFormat("is a damaged BMP file (its pixels lie in its head)");
     input.CheckSize(head.width, std::abs(head.height));
     if (head.bits >= 16)
         ReadMasks(head, description, length, input.stream.get());
@@ -132,7 +139,7 @@ class BmpDecoder final : public Decoder {
   public:
     BmpDecoder(Input input, const Head& head) : input_(std::move(input)), head_(head) {
         info = Describe(head);
-        if (head_.RowBytes() * info.height > input_.size) FailFormat("is cut short");
+        if (head_.pixelsAt + head_.RowBytes() * info.height > input_.size) FailFormat("is cut short");
         row_.resize(static_cast<std::size_t>(head_.RowBytes()));
     }
 

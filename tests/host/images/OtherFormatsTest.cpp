@@ -186,6 +186,32 @@ TEST(BmpFiles, RunLengthsAreUnpacked) {
               (Bytes{1, 2, 3, 10, 20, 30, 255, 255, 255, 1, 2, 3, 10, 20, 30, 1, 2, 3}));
 }
 
+// The file with its pixels said to lie elsewhere.
+std::string WithPixelsAt(std::string bmp, unsigned place) { return bmp.replace(10, 4, Little(place, 4)); }
+
+TEST(BmpFiles, PixelsInTheHeadAreDamage) {
+    TemporaryDirectory directory;
+    const std::string path = directory.Path("a.bmp");
+    const std::string rgb = Bmp(1, 1, 24, 0, {}, {3, 2, 1, 0}), runs = Bmp(1, 1, 8, 1, kPalette, {1, 1, 0, 1}, 4);
+    for (const std::string& whole : {rgb, runs})
+        for (const unsigned place : {0U, 13U, 14U, 53U}) {
+            WriteBytes(path, WithPixelsAt(whole, place));
+            EXPECT_EQ(ReadFailure(path), path + ": is a damaged BMP file (its pixels lie in its head)") << place;
+        }
+    const Bytes five65{0, 0xf8, 0, 0, 0xe0, 7, 0, 0, 0x1f, 0, 0, 0};
+    WriteBytes(path, WithPixelsAt(Bmp(1, 1, 16, 3, five65, {0xe0, 7, 0, 0}), 65));
+    EXPECT_EQ(ReadFailure(path), path + ": is a damaged BMP file (its pixels lie in its masks)");
+    WriteBytes(path, WithPixelsAt(rgb, 55));
+    EXPECT_EQ(ReadFailure(path), path + ": is cut short");
+}
+
+TEST(BmpFiles, APaletteEndsWhereThePixelsBegin) {
+    TemporaryDirectory directory;
+    // All 256 entries are said to be used; two are there.
+    const Bytes two{0, 0, 0, 0, 3, 2, 1, 0};
+    EXPECT_EQ(ReadBmp(directory, Bmp(2, 1, 8, 0, two, {1, 7, 0, 0})), (Bytes{1, 2, 3, 0, 0, 0}));
+}
+
 TEST(BmpFiles, UnknownKindsCutsAndDamageAreErrors) {
     TemporaryDirectory directory;
     const auto failure = [&](const std::string& bytes) {
