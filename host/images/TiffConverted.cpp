@@ -1,5 +1,5 @@
-// TIFF files of colours and samples that only the library can convert: inks, luminance with
-// colour differences, logarithms, and the like.
+// TIFF files of colours and samples that only the library can convert: luminance with colour
+// differences, logarithms, and the like.
 #include <algorithm>
 
 #include "host/images/TiffDescription.h"
@@ -31,6 +31,7 @@ class ConvertedDecoder final : public Decoder {
         if (!TIFFRGBAImageOK(file_->get(), reason) || !TIFFRGBAImageBegin(&image_, file_->get(), 1, reason))
             FailFormat(std::string("is a TIFF file of a kind that can't be read (") + reason + ")");
         began_ = true;
+        file_->StartPixels();
         image_.req_orientation = ORIENTATION_TOPLEFT;
         height_ = static_cast<std::int32_t>(std::min(BlocksOfTiff(*file_, d).height, d.height));
         packed_ = LazyBytes(std::size_t{d.width} * static_cast<std::size_t>(height_) * 4);
@@ -46,7 +47,8 @@ class ConvertedDecoder final : public Decoder {
         if (row == 0) {
             image_.row_offset = next_;
             const auto rows = static_cast<std::uint32_t>(std::min(height_, info.height - next_));
-            if (!TIFFRGBAImageGet(&image_, packed, static_cast<std::uint32_t>(info.width), rows)) FailTiff(*file_);
+            const bool got = TIFFRGBAImageGet(&image_, packed, static_cast<std::uint32_t>(info.width), rows);
+            if (!got || file_->IsDamaged()) FailTiff(*file_);
         }
         const std::uint32_t* from = packed + std::size_t(row) * static_cast<std::size_t>(info.width);
         for (std::int32_t x = 0; x < info.width; ++x, pixels += BytesPerPixel(info.layout))

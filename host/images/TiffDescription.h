@@ -12,23 +12,21 @@ struct TiffDescription {
     int alphaSample = -1;  // none
     bool premultiplied = false;
     bool knownPhotometric = false;
+    bool knownInks = true;  // those of IsInks
 
     std::int64_t Pixels() const { return std::int64_t{width} * height; }
-    int ColorSamples() const { return photometric == PHOTOMETRIC_RGB ? 3 : 1; }
     bool IsPalette() const { return photometric == PHOTOMETRIC_PALETTE; }
+    bool IsInks() const { return photometric == PHOTOMETRIC_SEPARATED; }  // cyan, magenta, yellow, black
+    bool IsLab() const { return photometric == PHOTOMETRIC_CIELAB || photometric == PHOTOMETRIC_ICCLAB; }
+    bool IsGray() const { return photometric == PHOTOMETRIC_MINISBLACK || photometric == PHOTOMETRIC_MINISWHITE; }
+    int ColorSamples() const;
     bool Separate() const { return planar == PLANARCONFIG_SEPARATE; }
 
     // Samples of single precision, 0 to 1.
-    bool IsReal() const { return format == SAMPLEFORMAT_IEEEFP && bits == 32 && !IsPalette(); }
+    bool IsReal() const { return format == SAMPLEFORMAT_IEEEFP && bits == 32 && !IsPalette() && !IsLab(); }
 
     // Whether the samples can be read here.
-    bool IsPlain() const {
-        const bool known = photometric == PHOTOMETRIC_MINISBLACK || photometric == PHOTOMETRIC_MINISWHITE ||
-                           photometric == PHOTOMETRIC_RGB || (IsPalette() && bits <= 8);
-        const bool whole = (format == SAMPLEFORMAT_UINT || format == SAMPLEFORMAT_VOID) &&
-                           (bits == 1 || bits == 2 || bits == 4 || bits == 8 || bits == 16);
-        return knownPhotometric && known && (whole || IsReal()) && samples >= ColorSamples();
-    }
+    bool IsPlain() const;
 };
 
 TiffDescription DescribeTiff(TIFF* tiff);
@@ -41,7 +39,10 @@ struct TiffBlocks {
 
 TiffBlocks BlocksOfTiff(const TiffFile& file, const TiffDescription& d);
 
-// Fails where a strip or tile lies beyond the file's end.
+// Fails where the pixels are packed in a way that can't be read.
+void CheckCompression(std::uint16_t compression);
+
+// Fails where a strip or tile lies beyond the file's end, or plain pixels reach into the description.
 void CheckBlocksInFile(TIFF* tiff, const TiffDescription& d, std::int64_t size);
 
 // Fails with the library's last message.

@@ -2,7 +2,9 @@
 
 #include <sys/stat.h>
 
+#include <cstring>
 #include <new>
+#include <string_view>
 
 namespace host::codec {
 
@@ -51,12 +53,28 @@ TiffFile::~TiffFile() {
     if (tiff_) TIFFClose(tiff_);
 }
 
+void TiffFile::Keep(const char* format, va_list arguments) {
+    std::vsnprintf(message_, sizeof message_, format, arguments);
+    damaged_ = true;
+}
+
 int TiffFile::OnError(TIFF*, void* self, const char*, const char* format, va_list arguments) {
-    auto* file = static_cast<TiffFile*>(self);
-    std::vsnprintf(file->message_, sizeof file->message_, format, arguments);
+    static_cast<TiffFile*>(self)->Keep(format, arguments);
     return 1;
 }
 
-int TiffFile::OnWarning(TIFF*, void*, const char*, const char*, va_list) { return 1; }
+// Of the warnings those of the fax and JPEG decoders tell of data that made no sense. Spare bytes
+// between the segments of JPEG data are harmless.
+int TiffFile::OnWarning(TIFF*, void* self, const char* module, const char* format, va_list arguments) {
+    const std::string_view decoder = module ? module : "";
+    if (!decoder.starts_with("Fax") && !decoder.starts_with("JPEG")) return 1;
+    char text[256];
+    va_list copy;
+    va_copy(copy, arguments);
+    std::vsnprintf(text, sizeof text, format, copy);
+    va_end(copy);
+    if (!std::strstr(text, "extraneous bytes")) static_cast<TiffFile*>(self)->Keep(format, arguments);
+    return 1;
+}
 
 }  // namespace host::codec

@@ -24,11 +24,19 @@ class TiffFile {
     // The library's last message; empty when there was none.
     const char* message() const { return message_; }
 
+    // The library gives pixels for data that it complained about. From StartPixels on, whatever it
+    // said that means lost ones is damage.
+    void StartPixels() { damaged_ = false; }
+    bool IsDamaged() const { return damaged_; }
+
   private:
+    void Keep(const char* format, va_list arguments);
+
     static int OnError(TIFF*, void* self, const char* module, const char* format, va_list arguments);
     static int OnWarning(TIFF*, void* self, const char* module, const char* format, va_list arguments);
 
     char message_[256] = "";
+    bool damaged_ = false;
     TIFF* tiff_;
 };
 

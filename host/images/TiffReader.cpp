@@ -1,9 +1,10 @@
-// The first picture of a TIFF file. Grays, colours and palettes of 1 to 16 bits or of reals
-// are read here row by row (or by rows of strips and tiles); everything else the library converts.
+// The first picture of a TIFF file. Grays, colours, palettes, inks and L*a*b* of 1 to 16 bits or of
+// reals are read here row by row (or by rows of strips and tiles); everything else the library
+// converts.
 #include <algorithm>
 #include <cstring>
 
-#include "host/images/TiffDescription.h"
+#include "host/images/TiffColors.h"
 
 namespace host::codec {
 
@@ -34,16 +35,15 @@ std::int64_t MostExpansion(std::uint16_t compression) {
 class TiffDecoder final : public Decoder {
   public:
     TiffDecoder(Input input, std::unique_ptr<TiffFile> file, const TiffDescription& description)
-        : input_(std::move(input)), file_(std::move(file)), d_(description) {
-        const bool gray = !d_.IsPalette() && d_.ColorSamples() == 1;
+        : input_(std::move(input)), file_(std::move(file)), d_(description), colors_(file_->get(), description) {
         info = {ImageFileFormat::Tiff, static_cast<std::int32_t>(d_.width), static_cast<std::int32_t>(d_.height),
-                LayoutOf(gray, d_.alphaSample >= 0), d_.orientation};
+                LayoutOf(d_.IsGray(), d_.alphaSample >= 0), d_.orientation};
         for (int i = 0; i < d_.ColorSamples(); ++i) wanted_.push_back(i);
         if (d_.alphaSample >= 0) wanted_.push_back(d_.alphaSample);
         samples_.resize(std::size_t{d_.width} * wanted_.size());
         CheckEnoughData();
-        if (d_.IsPalette()) ReadPalette();
         ChooseBlocks();
+        file_->StartPixels();
     }
 
     void ReadRow(std::uint8_t* pixels) override {
@@ -55,7 +55,8 @@ class TiffDecoder final : public Decoder {
             UnpackBlocks(next_ % blocks_.height);
         }
         ++next_;
-        Finish(pixels);
+        if (file_->IsDamaged()) FailTiff(*file_);
+        colors_.Convert(samples_.data(), pixels);
     }
 
   private:
@@ -68,18 +69,6 @@ class TiffDecoder final : public Decoder {
         const std::int64_t rowBytes = (std::int64_t{d_.width} * d_.samples * d_.bits + 7) / 8;
         const std::int64_t expansion = MostExpansion(d_.compression);
         if (expansion > 0 && rowBytes > input_.size * expansion / d_.height) FailFormat("is cut short");
-    }
-
-    void ReadPalette() {
-        std::uint16_t* parts[3];
-        if (!TIFFGetField(tiff(), TIFFTAG_COLORMAP, &parts[0], &parts[1], &parts[2]))
-            FailFormat("is a damaged TIFF file (no colours)");
-        const std::size_t count = std::size_t{1} << d_.bits;
-        bool small = true;  // some writers forget that entries have 16 bits
-        for (const auto* part : parts) small = small && std::all_of(part, part + count, [](int v) { return v < 256; });
-        for (std::size_t i = 0; i < count; ++i)
-            for (const auto* part : parts)
-                palette_.push_back(static_cast<std::uint8_t>(small ? part[i] : part[i] >> 8));
     }
 
     // Rows come one by one from strips of whole pixels; everything else by rows of blocks.
@@ -134,66 +123,44 @@ class TiffDecoder final : public Decoder {
             }
     }
 
-    // The wanted samples of a row of a block, as 8 bits; palette indexes as they are.
+    // The wanted samples of a row of a block, as TiffColors takes them; palette indexes as they are.
     void UnpackBlockRow(const std::uint8_t* packed, std::uint32_t x, std::uint32_t count, std::size_t plane) {
         for (std::size_t i = 0; i < wanted_.size(); ++i) {
             if (d_.Separate() && i != plane) continue;
             const std::size_t stride = d_.Separate() ? 1 : d_.samples;
             std::size_t at = d_.Separate() ? 0 : static_cast<std::size_t>(wanted_[i]);
-            std::uint8_t* sample = samples_.data() + x * wanted_.size() + i;
+            std::uint16_t* sample = samples_.data() + x * wanted_.size() + i;
             for (std::uint32_t k = 0; k < count; ++k, at += stride, sample += wanted_.size())
                 *sample = SampleAt(packed, at);
         }
     }
 
-    std::uint8_t SampleAt(const std::uint8_t* packed, std::size_t at) const {
+    std::uint16_t SampleAt(const std::uint8_t* packed, std::size_t at) const {
         if (d_.bits == 8) return packed[at];
         if (d_.bits == 16) {
             std::uint16_t wide;
             std::memcpy(&wide, packed + 2 * at, 2);
-            return static_cast<std::uint8_t>((std::uint32_t{wide} * 255 + 32895) >> 16);
+            return wide;
         }
         if (d_.bits == 32) {
             float real;
             std::memcpy(&real, packed + 4 * at, 4);
-            return static_cast<std::uint8_t>(real > 0 ? std::min(real, 1.0f) * 255 + 0.5f : 0);  // 0: no number too
+            return static_cast<std::uint16_t>(real > 0 ? std::min(real, 1.0f) * 65535 + 0.5f : 0);  // 0: no number too
         }
         const std::size_t bit = at * d_.bits;
         const unsigned most = (1u << d_.bits) - 1;
         const unsigned value = packed[bit / 8] >> (8 - d_.bits - bit % 8) & most;
-        return static_cast<std::uint8_t>(d_.IsPalette() ? value : value * 255 / most);
-    }
-
-    // Samples into pixels: palette, inverted grays, colours that were multiplied by alpha.
-    void Finish(std::uint8_t* pixels) const {
-        const std::size_t channels = wanted_.size(), colors = std::size_t(d_.ColorSamples());
-        const std::uint8_t* sample = samples_.data();
-        for (std::uint32_t x = 0; x < d_.width; ++x, sample += channels) {
-            if (d_.IsPalette()) {
-                pixels = std::copy_n(palette_.data() + std::size_t{sample[0]} * 3, 3, pixels);
-            } else {
-                for (std::size_t i = 0; i < colors; ++i) *pixels++ = Color(sample, i);
-            }
-            if (d_.alphaSample >= 0) *pixels++ = sample[colors];
-        }
-    }
-
-    std::uint8_t Color(const std::uint8_t* sample, std::size_t i) const {
-        unsigned value = sample[i];
-        if (d_.photometric == PHOTOMETRIC_MINISWHITE) value = 255 - value;
-        const unsigned alpha = d_.premultiplied ? sample[d_.ColorSamples()] : 255;
-        if (alpha == 0) return 0;
-        return static_cast<std::uint8_t>(std::min(255u, (value * 255 + alpha / 2) / alpha));
+        return static_cast<std::uint16_t>(d_.IsPalette() ? value : value * 255 / most);
     }
 
     Input input_;
     std::unique_ptr<TiffFile> file_;
     TiffDescription d_;
-    std::vector<int> wanted_;            // sample numbers: colours, then alpha
-    std::vector<std::uint8_t> samples_;  // one row of the wanted samples
-    std::vector<std::uint8_t> palette_;  // red, green, blue
-    LazyBytes block_;                    // a row as stored, or all blocks that a row lies in
-    TiffBlocks blocks_;                  // of height 0: rows are read one by one
+    TiffColors colors_;
+    std::vector<int> wanted_;             // sample numbers: colours, then alpha
+    std::vector<std::uint16_t> samples_;  // one row of the wanted samples
+    LazyBytes block_;                     // a row as stored, or all blocks that a row lies in
+    TiffBlocks blocks_;                   // of height 0: rows are read one by one
     std::uint32_t blocksAcross_ = 0;
     std::size_t blockBytes_ = 0;
     std::size_t blockRowBytes_ = 0;
@@ -208,6 +175,7 @@ DecoderPointer OpenTiff(Input input) {
     if (!file->get()) FailTiff(*file);
     const TiffDescription description = DescribeTiff(file->get());
     input.CheckSize(description.width, description.height);
+    CheckCompression(description.compression);
     // The old way of JPEG in TIFF keeps its pixels elsewhere.
     if (description.compression != COMPRESSION_OJPEG) CheckBlocksInFile(file->get(), description, input.size);
     if (!description.IsPlain()) return OpenConvertedTiff(std::move(input), std::move(file), description);
