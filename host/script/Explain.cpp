@@ -1,9 +1,11 @@
 #include "host/script/Explain.h"
 
-#include <algorithm>
-#include <optional>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
 
 #include "host/calls/Call.h"
+#include "host/calls/PluginLoader.h"
 
 namespace script {
 
@@ -13,85 +15,19 @@ using host::Kind;
 using host::SameName;
 using host::Value;
 
-bool IsConstructor(const host::Method& method) { return SameName(method.declaration.name, "Constructor"); }
+constexpr const char* kSkipped = "skipped pixels";
 
-std::optional<std::int64_t> NumberProperty(host::Object* object, std::string_view name) {
-    const host::Property* property = object ? object->type->FindProperty(name) : nullptr;
-    const bool field = property && property->getter.fieldOffset >= 0;  // reading one has no effects
-    if (!field) return {};
-    return host::GetProperty(*property, object).ToInt64();
+bool IsConstructor(const MemberUse& use) { return use.method && SameName(use.method->declaration.name, "Constructor"); }
+
+bool GivesNothing(const MemberUse& use) {
+    return use.method && (use.assigned || use.method->declaration.result.kind == Kind::None) && !IsConstructor(use);
 }
 
-// Why an object has nothing to give.
-std::string ReasonAgainstState(host::Object* object, const std::string& what, const ClosedObjects& closed) {
-    if (const auto found = closed.find(object); found != closed.end())
-        return what + " was closed in line " + std::to_string(found->second.line);
-    if (NumberProperty(object, "Valid") == 0) return what + " is not valid: its constructor failed";
-    return {};
-}
-
-// Why an object can't be worked on.
-std::string ReasonAgainstObject(host::Object* object, const std::string& what, const ClosedObjects& closed) {
-    std::string reason = ReasonAgainstState(object, what, closed);
-    if (!reason.empty()) return reason;
-    for (const char* side : {"Width", "Height"})
-        if (const auto size = NumberProperty(object, side); size && *size <= 0)
-            return what + " has a " + side + " of " + std::to_string(*size);
-    return {};
-}
-
-bool EndsWith(std::string_view text, std::string_view end) {
-    return text.size() >= end.size() && SameName(text.substr(text.size() - end.size()), end);
-}
-
-// A parameter called like a family of constants ("ImageFormat" of ImageFormatRGB, "matrix" of
-// DitherLines4x4Matrix) takes one of them.
-std::string ReasonAgainstConstant(const host::Class& type, const host::Parameter& parameter, std::int64_t value) {
-    std::string_view name = parameter.name;
-    if (name.size() > 3 && SameName(name.substr(0, 3), "the")) name.remove_prefix(3);
-    if (name.size() < 4) return {};
-    std::size_t family = 0;
-    for (const host::Constant& constant : type.constants()) {
-        const bool begins = constant.name.size() > name.size() && SameName(constant.name.substr(0, name.size()), name);
-        if (!begins && !EndsWith(constant.name, name)) continue;
-        ++family;
-        if (constant.value.ToInt64() != value) continue;
-        return EndsWith(constant.name, "Unknown") ? parameter.name + " is " + constant.name : std::string();
-    }
-    if (family < 2) return {};
-    return parameter.name + " is " + std::to_string(value) + ", which is none of the constants of that name";
-}
-
-bool IsSize(std::string_view name) {
-    return EndsWith(name, "width") || EndsWith(name, "height") || SameName(name, "w") || SameName(name, "h");
-}
-
-std::string ReasonAgainstNumber(const host::Method& method, host::Object* self, const host::Parameter& parameter,
-                                std::int64_t value) {
-    if (IsSize(parameter.name) && value <= 0) return parameter.name + " is " + std::to_string(value);
-    if (SameName(parameter.name, "index")) {
-        const auto height = NumberProperty(self, "Height");
-        if (height && (value < 0 || value >= *height))
-            return "index " + std::to_string(value) + " is not in 0 to " + std::to_string(*height - 1);
-    }
-    return ReasonAgainstConstant(*method.owner, parameter, value);
-}
-
-// A method that gives an object and takes one of that class first makes it when it gets nil.
-bool MayBeNil(const host::Method& method, std::size_t index) {
-    const host::Parameter& parameter = method.declaration.parameters[index];
-    return parameter.optional || (index == 0 && parameter.type == method.declaration.result);
-}
-
-std::string ResultText(const MemberUse& use, const Value& result) {
-    if (IsConstructor(*use.method))
-        return NumberProperty(use.self, "Valid") == 0 ? "made a picture that is not valid" : "";
-    if (use.assigned) return "did nothing";
-    switch (use.method->declaration.result.kind) {
-        case Kind::None:
-            return "did nothing";
+// A result that says no; empty for any other.
+std::string RefusalText(const Value& result) {
+    switch (result.kind()) {
         case Kind::Object:
-            return result.object() ? "" : "gave Nil";
+            return result.IsNil() ? "gave Nil" : "";
         case Kind::Boolean:
             return result.ToBoolean() ? "" : "gave False";
         case Kind::String:
@@ -101,90 +37,134 @@ std::string ResultText(const MemberUse& use, const Value& result) {
     }
 }
 
-// A number that only the plug-in sets is 0 while there is nothing to count. A Boolean is an
-// answer.
-std::string ReadText(const host::Property& property, const Value& result) {
-    if (result.IsWhole() && !property.writable() && result.ToInt64() == 0) return "is 0";
-    const bool reference = property.type.kind == Kind::Object || property.type.kind == Kind::Array;
-    return reference && result.IsNil() ? "is Nil" : "";
+// A Boolean property is an answer.
+std::string EmptinessText(const Value& result) {
+    if (result.IsNumber() && result.ToDouble() == 0) return "is 0";
+    if (result.kind() == Kind::String && result.text().empty()) return "is empty";
+    return result.IsNil() ? "is Nil" : "";
 }
 
-// A property that can be read back without effects tells whether it took the value.
+// A number that was set and reads otherwise. Only fields are read: that has no effects.
 std::string WrittenText(const MemberUse& use) {
-    if (!use.assigned->IsNumber()) return {};
-    const auto kept = NumberProperty(use.self, use.Name());
-    if (!kept || *kept == use.assigned->ToInt64()) return {};
-    return "is " + std::to_string(*kept) + " after it was set to " + std::to_string(use.assigned->ToInt64());
-}
-
-// The state alone counts for properties: a picture without pixels has them all.
-std::string ReasonAgainstProperty(const MemberUse& use, const ClosedObjects& closed) {
-    std::string reason = ReasonAgainstState(use.self, "the " + use.self->type->name(), closed);
-    if (reason.empty() && use.assigned && use.assigned->IsNumber() && use.assigned->ToDouble() < 0)
-        reason = "the value is negative";
-    return reason;
+    if (!use.assigned->IsNumber() || use.property->getter.fieldOffset < 0) return {};
+    const Value kept = host::GetProperty(*use.property, use.self);
+    if (kept.ToInt64() == use.assigned->ToInt64()) return {};
+    return "is " + std::to_string(kept.ToInt64()) + " after it was set to " + std::to_string(use.assigned->ToInt64());
 }
 
 }  // namespace
 
-std::string ReasonAgainst(const MemberUse& use, const ClosedObjects& closed) {
-    std::string reason;
-    if (use.property) return use.self ? ReasonAgainstProperty(use, closed) : reason;
-    const host::Method& method = *use.method;
-    if (use.self && !IsConstructor(method))
-        reason = ReasonAgainstObject(use.self, "the " + use.self->type->name(), closed);
-    const std::size_t count = std::min(use.arguments.size(), method.declaration.parameters.size());
-    std::string nil;  // the weakest reason: some methods take it for an argument left out
-    for (std::size_t i = 0; i < count && reason.empty(); ++i) {
-        const host::Parameter& parameter = method.declaration.parameters[i];
-        const Value& value = use.arguments[i];
-        if (value.object()) reason = ReasonAgainstObject(value.object(), "the argument " + parameter.name, closed);
-        if (value.kind() == Kind::Integer) reason = ReasonAgainstNumber(method, use.self, parameter, value.ToInt64());
-        if (value.kind() == Kind::Array && host::UpperBound(value.array()) < 0)
-            reason = "the array " + parameter.name + " is empty";
-        if (value.IsNil() && !MayBeNil(method, i) && nil.empty()) nil = "the argument " + parameter.name + " is Nil";
+std::unique_ptr<explain::Table> ReadTable(const std::string& pluginPath,
+                                          const std::function<void(std::string_view)>& complain) {
+    const std::string path = std::filesystem::path(pluginPath).replace_extension(".explain").string();
+    std::ifstream file(path, std::ios::binary);
+    if (!file) return nullptr;
+    std::ostringstream text;
+    text << file.rdbuf();
+    try {
+        return std::make_unique<explain::Table>(std::move(text).str());
+    } catch (const explain::ExpressionError& error) {
+        complain(path + ':' + error.what() + '\n');
+        return nullptr;
     }
-    if (use.assigned && use.assigned->IsNil()) nil = "the value is Nil";
-    return reason.empty() ? nil : reason;
 }
 
-void Explainer::Tell(const MemberUse& use, const std::string& outcome, const std::string& reason) const {
+explain::Scope ScopeOf(const MemberUse& use, const Value& result) {
+    explain::Scope scope;
+    if (use.self) scope.names["self"] = {Value(host::Ref<host::Object>::Share(use.self)), "the " + use.Owner()->name()};
+    for (std::size_t i = 0; i < use.arguments.size(); ++i) {
+        const std::string& name = use.method->declaration.parameters[i].name;
+        scope.names[name] = {use.arguments[i], name};
+    }
+    if (use.assigned) scope.names["value"] = {*use.assigned, "the value"};
+    if (!result.IsNothing()) scope.names["result"] = {result, "the result"};
+    return scope;
+}
+
+Explainer::Explainer(std::string path, std::set<const host::Class*> classes, std::function<void(std::string_view)> tell)
+    : path_(std::move(path)), classes_(std::move(classes)), tell_(std::move(tell)) {
+    const auto closedAt = [this](std::span<const explain::Subject> arguments) -> std::optional<Value> {
+        const auto found = arguments.size() == 1 ? closed_.find(arguments[0].value.object()) : closed_.end();
+        if (found == closed_.end()) return Value("");
+        return Value(" in line " + std::to_string(found->second.line));
+    };
+    for (const host::Plugin* plugin : host::LoadedPlugins()) {
+        const std::shared_ptr<explain::Table> table = ReadTable(plugin->path, tell_);
+        if (!table) continue;
+        table->Define("ClosedAt", closedAt);
+        for (const host::Class* type : plugin->classes) tables_[type] = table;
+    }
+}
+
+const explain::Section* Explainer::SectionOf(const MemberUse& use) const {
+    const auto table = tables_.find(use.Owner());
+    if (table == tables_.end()) return nullptr;
+    const bool assigned = use.assigned != nullptr;
+    const std::string& name = use.Owner()->name();
+    return use.method ? table->second->Find(name, use.method->declaration, assigned)
+                      : table->second->Find(name, use.property->name, assigned);
+}
+
+// The first precondition of a use that is broken; empty for none.
+std::string Explainer::ReasonOf(const MemberUse& use, const Value& result, bool refused) const {
+    const explain::Section* const section = SectionOf(use);
+    if (!section) return {};
+    const auto broken = tables_.at(use.Owner())->Broken(*section, ScopeOf(use, result), refused);
+    return broken.empty() ? std::string() : broken.front().sentence;
+}
+
+Explainer::Finding Explainer::FindWithoutResult(const MemberUse& use) const {
+    if (std::string reason = ReasonOf(use, {}, true); !reason.empty()) return {"did nothing", std::move(reason)};
+    if (std::string reason = ReasonOf(use, {}, false); !reason.empty()) return {kSkipped, std::move(reason)};
+    return {};
+}
+
+Explainer::Finding Explainer::FindWithResult(const MemberUse& use, const Value& result) const {
+    const explain::Section* const section = SectionOf(use);
+    std::string outcome = use.method ? RefusalText(result) : use.assigned ? WrittenText(use) : EmptinessText(result);
+    if (section && !section->refusalText.empty())
+        outcome = section->refusal.Holds(ScopeOf(use, result)) ? section->refusalText : "";
+    if (!outcome.empty()) {
+        std::string reason = ReasonOf(use, result, true);
+        // A property may well be Nil or 0.
+        if (reason.empty() && use.method) reason = "no reason for it is known";
+        return reason.empty() ? Finding{} : Finding{std::move(outcome), std::move(reason)};
+    }
+    std::string reason = ReasonOf(use, result, false);
+    return reason.empty() ? Finding{} : Finding{kSkipped, std::move(reason)};
+}
+
+void Explainer::Tell(const MemberUse& use, const Finding& finding) const {
     tell_(path_ + ':' + std::to_string(use.at.line) + ':' + std::to_string(use.at.column) + ": " + use.Name() + ' ' +
-          outcome + ": " + reason + '\n');
+          finding.outcome + ": " + finding.reason + '\n');
 }
 
 void Explainer::OnNil(const MemberUse& use) {
     if (!IsOurs(use)) return;
     const char* deed = use.method ? "was called" : use.assigned ? "was set" : "was read";
-    Tell(use, deed, "there is Nil instead of a " + use.Owner()->name());
+    Tell(use, {deed, "there is Nil instead of a " + use.Owner()->name()});
 }
 
 void Explainer::Before(const MemberUse& use) {
-    reasons_.push_back(IsOurs(use) ? ReasonAgainst(use, closed_) : std::string());
+    found_.push_back(IsOurs(use) && GivesNothing(use) ? FindWithoutResult(use) : Finding{});
+}
+
+// Which objects are closed, and which are new.
+void Explainer::NoteLives(const MemberUse& use, const Value& result) {
+    const explain::Section* const section = SectionOf(use);
+    if (section && section->closes) closed_[use.self] = use.at;
+    if (IsConstructor(use)) closed_.erase(use.self);
+    if (result.object() != use.self) closed_.erase(result.object());
 }
 
 void Explainer::After(const MemberUse& use, const Value& result) {
-    std::string reason = std::move(reasons_.back());
-    reasons_.pop_back();
+    Finding finding = std::move(found_.back());
+    found_.pop_back();
     if (!IsOurs(use)) return;
-    if (use.property) {
-        const std::string outcome = use.assigned ? WrittenText(use) : ReadText(*use.property, result);
-        // A Nil or 0 without a reason is as good a value as any.
-        const bool untold = outcome.empty() || (!use.assigned && reason.empty());
-        if (!untold) Tell(use, outcome, reason.empty() ? "the reason can't be seen from outside" : reason);
-        return;
-    }
-    const host::Method& method = *use.method;
-    if (SameName(method.declaration.name, "Close")) {
-        closed_[use.self] = use.at;
-        return;
-    }
-    if (IsConstructor(method)) closed_.erase(use.self);
-    closed_.erase(result.object());
-    const std::string outcome = ResultText(use, result);
-    const bool gives = (method.declaration.result.kind != Kind::None && !use.assigned) || IsConstructor(method);
-    if (outcome.empty() || (!gives && reason.empty())) return;
-    Tell(use, outcome, reason.empty() ? "the reason can't be seen from outside" : reason);
+    NoteLives(use, result);
+    if (host::Runtime::Get().HasRaised()) return;  // the exception says why
+    if (!GivesNothing(use)) finding = FindWithResult(use, result);
+    if (!finding.outcome.empty()) Tell(use, finding);
 }
 
 }  // namespace script
