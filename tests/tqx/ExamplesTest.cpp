@@ -120,6 +120,14 @@ TEST_F(Examples, ToneCurve) { EXPECT_EQ(Run("tone_curve.rbs", {"1"}), "128 becam
 
 TEST_F(Examples, Watermark) { EXPECT_EQ(Run("watermark.rbs"), "A ring of 8 pixels\n"); }
 
+// Clear at the edge, opaque in the middle, half way where the border ends, and not inverted.
+TEST_F(Examples, Transparency) {
+    EXPECT_EQ(Run("transparency.rbs", {"8"}), "Alpha 0 at the edge, 141 at the border, 255 in the middle\n");
+    const std::vector<Rgb> pixels = Pixels("result.png");
+    ASSERT_EQ(pixels.size(), 48u * 32u);
+    EXPECT_EQ(pixels[16 * 48 + 24], SlopeAt(24, 16));
+}
+
 TEST_F(Examples, Unsharp) { EXPECT_EQ(Run("unsharp.rbs"), "Sharpened 48 x 32\n"); }
 
 TEST_F(Examples, Dither) { EXPECT_THAT(Run("dither.rbs"), HasSubstr("% white\n")); }

@@ -1,6 +1,11 @@
 // When operations let the host run.
+#include <fstream>
+#include <map>
+#include <set>
+
 #include "tests/support/Interpose.h"
 #include "tests/support/PictureOperations.h"
+#include "tests/support/Places.h"
 
 namespace {
 
@@ -67,6 +72,56 @@ TEST_F(Yields, NeverComeOfAnIntervalOf0OrLess) {
             EXPECT_EQ(CallsOf("REALYieldToRB"), yields) << operation.member;
             EXPECT_EQ(clock.readings(), readings) << operation.member << " asks for the time";
         }
+}
+
+// How often an operation yields for a picture of so many rows, of the format that makes it yield most.
+std::int64_t MostYields(const PictureOperation& operation, int height) {
+    std::int64_t most = 0;
+    for (const int format : {kRGB, kRGBA, 12 /* gray with alpha */}) {
+        FakeClock clock(1000);
+        clock.AdvancePerReading(1000);
+        Pictures pictures{New("PictureTQX", 10, height, format), New("PictureTQX", 10, height, format),
+                          New("PictureTQX", 20, 20, format), New("PictureTQX", 20, 20, kScaling)};
+        Set(pictures.self, "YieldTicks", 1);
+        const std::int64_t before = CallsOf("REALYieldToRB");
+        Outcome outcome(pictures);
+        operation.run(pictures, outcome);
+        most = std::max(most, CallsOf("REALYieldToRB") - before);
+    }
+    return most;
+}
+
+// "Rotate180/1" as the page writes it: the form with a destination has its own place.
+std::string NameOnPage(const std::string& member) {
+    return member == "Rotate180/1" ? "Rotate180(dest)" : member.substr(0, member.find('/'));
+}
+
+// The members in a row of the table that begins with these words.
+std::set<std::string> MembersOnPage(const std::string& begin) {
+    std::ifstream page(SourceFolder() + "/docs/conventions.md");
+    std::set<std::string> members;
+    for (std::string line; std::getline(page, line);) {
+        if (!line.starts_with("| " + begin + " |")) continue;
+        for (std::size_t at = line.find('`'); at != std::string::npos; at = line.find('`', at + 1)) {
+            const std::size_t end = line.find('`', at + 1);
+            members.insert(line.substr(at + 1, end - at - 1));
+            at = end;
+        }
+    }
+    return members;
+}
+
+TEST_F(Yields, ComeByRowsOrOnceOrNeverAsThePageOfConventionsSays) {
+    std::map<std::string, std::set<std::string>> measured;
+    for (const PictureOperation& operation : PictureOperations()) {
+        const std::int64_t few = MostYields(operation, 6), more = MostYields(operation, 14);
+        const char* const kind = few == 0 && more == 0 ? "never"
+                                 : few == more         ? "only before the work"
+                                                       : "after each row or pair of rows";
+        measured[kind].insert(NameOnPage(operation.member));
+    }
+    for (const char* const kind : {"never", "only before the work", "after each row or pair of rows"})
+        EXPECT_EQ(measured[kind], MembersOnPage(kind)) << kind;
 }
 
 }  // namespace
