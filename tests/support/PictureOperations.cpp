@@ -247,6 +247,7 @@ void PrintTo(const PictureOperation& operation, std::ostream* stream) { *stream 
 std::string OperationName(const PictureOperation& operation) {
     std::string name = operation.member;
     std::erase(name, '/');
+    std::erase(name, ':');
     const bool assignment = name.ends_with('=');
     std::erase(name, '=');
     return assignment ? "Set" + name : name;

@@ -1,6 +1,7 @@
 #include "tests/plugin/buffer/MappedStage.h"
 
 #include <algorithm>
+#include <bit>
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
@@ -23,8 +24,18 @@ constexpr int kRight = 2;
 constexpr int kTop = 2;
 constexpr int kBottom = 1;
 
+// Bytes of a row as they lie, and in an order that is the same everywhere; both ways. The floats of
+// the one format that has any are in the machine's order.
+Bytes Reordered(Bytes bytes, int format) {
+    if (format != kScaling || std::endian::native == std::endian::little) return bytes;
+    for (auto word = bytes.begin(); word != bytes.end(); word += sizeof(float))
+        std::reverse(word, word + sizeof(float));
+    return bytes;
+}
+
 void FillRow(const Ref<Object>& picture, int y, const Bytes& bytes) {
-    std::copy(bytes.begin(), bytes.end(), RowAddress(picture, y));
+    const Bytes row = Reordered(bytes, static_cast<int>(GetInt(picture, "ImageFormat")));
+    std::copy(row.begin(), row.end(), RowAddress(picture, y));
 }
 
 }  // namespace
@@ -59,9 +70,12 @@ Bytes Stage::RootBytes() const {
     Bytes bytes;
     for (const Root& root : roots_) {
         const auto height = static_cast<int>(GetInt(root.picture, "Height"));
+        const auto format = static_cast<int>(GetInt(root.picture, "ImageFormat"));
         for (int y = 0; y < height; ++y) {
             const std::uint8_t* row = RowAddress(root.picture, y);
-            if (row) bytes.insert(bytes.end(), row, row + root.bytesPerRow);
+            if (!row) continue;
+            const Bytes ordered = Reordered({row, row + root.bytesPerRow}, format);
+            bytes.insert(bytes.end(), ordered.begin(), ordered.end());
         }
     }
     return bytes;

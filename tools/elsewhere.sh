@@ -1,0 +1,45 @@
+#!/usr/bin/env bash
+# Builds the plug-in for other machines, emulates them and holds what every member gives there
+# against the same digests as here: tools/elsewhere.sh [aarch64] [s390x]
+#
+# aarch64 has its bytes in the usual order, s390x in the other one. What a machine needs of Debian
+# is unpacked below build/elsewhere; nothing foreign is installed.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+. tools/packages.sh
+install_packages $build_packages $elsewhere_packages
+
+debian_name() {
+    case $1 in
+        aarch64) echo arm64 ;;
+        *) echo "$1" ;;
+    esac
+}
+
+# unpack_libraries MACHINE FOLDER
+unpack_libraries() {
+    [ ! -e "$2/.complete" ] || return 0
+    rm -rf "$2"
+    local include
+    include=$(echo $elsewhere_libraries | tr ' ' ,)
+    mmdebstrap --quiet --variant=extract --arch="$(debian_name "$1")" --include="$include" \
+        "$(. /etc/os-release && echo "$VERSION_CODENAME")" "$2"
+    touch "$2/.complete"
+}
+
+for machine in "${@:-aarch64 s390x}"; do
+    for machine in $machine; do
+        echo "== $machine"
+        folder=build/elsewhere/$machine
+        mkdir -p "$folder"
+        unpack_libraries "$machine" "$PWD/$folder/root"
+        TQX_MACHINE=$machine TQX_MACHINE_ROOT=$PWD/$folder/root cmake -G Ninja -S . -B "$folder/build" \
+            --toolchain cmake/Elsewhere.cmake -DCMAKE_BUILD_TYPE=Release -DTQX_BENCHMARKS=OFF \
+            >"$folder/configure.log" 2>&1 || { cat "$folder/configure.log"; exit 1; }
+        cmake --build "$folder/build" --target digest_tests rows_tests
+        for program in digest_tests rows_tests; do
+            echo "== $machine: $program"
+            qemu-"$machine" -L "$folder/root" "$folder/build/bin/$program" --gtest_brief=1
+        done
+    done
+done
