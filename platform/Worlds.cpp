@@ -8,6 +8,9 @@ namespace platform {
 
 namespace {
 
+// Bytes of a world's pixels, and one more than it may have.
+constexpr std::int64_t kSizeLimit = std::int64_t{1} << 31;
+
 // Rows start at multiples of this many bytes.
 constexpr std::int64_t kRowAlignment = 16;
 
@@ -30,7 +33,7 @@ sdk::GWorld* NewGWorld(std::int32_t depth, std::int32_t width, std::int32_t heig
     if ((depth != 32 && depth != 24 && depth != 8) || width < 1 || height < 1) return nullptr;
     const std::int64_t used = std::int64_t{width} * (depth / 8);
     const std::int64_t rowBytes = (used + kRowAlignment - 1) / kRowAlignment * kRowAlignment;
-    if (rowBytes > INT32_MAX) return nullptr;
+    if (rowBytes >= kSizeLimit || rowBytes * height >= kSizeLimit) return nullptr;
     auto* world = static_cast<sdk::GWorld*>(std::calloc(1, sizeof(sdk::GWorld)));
     std::uint8_t* const pixels = AllocatePixelsToFill(rowBytes * height);
     if (!world || !pixels) {

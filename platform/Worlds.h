@@ -32,8 +32,8 @@ struct PixMap {
     bool purged = false;        // the pixels are lost: LockPixels refuses
 };
 
-// A new world, its pixels of any bytes. Null when the depth is not 32, 24 or 8, a side is below 1, a row
-// reaches 2^31 bytes or memory is short. `colors` (may be null) is not owned.
+// A new world, its pixels of any bytes. Null when the depth is not 32, 24 or 8, a side is below 1, the
+// pixels reach 2^31 bytes or memory is short. `colors` (may be null) is not owned.
 sdk::GWorld* NewGWorld(std::int32_t depth, std::int32_t width, std::int32_t height, const ColorTable* colors = nullptr);
 
 // Frees a world from NewGWorld and its pixels, whoever made it. Null is ignored.

@@ -116,6 +116,9 @@ bool MakeWorld(PictureStorage& storage, const platform::ColorTable* colors) {
     return true;
 }
 
+// Bytes of a picture's pixels, and one more than it may have.
+constexpr std::int64_t kSizeLimit = std::int64_t{1} << 31;
+
 // A storage of zero bytes.
 bool Allocate(PictureStorage& storage, std::int32_t width, std::int32_t height, std::int32_t depth,
               const platform::ColorTable* colors) {
@@ -123,7 +126,7 @@ bool Allocate(PictureStorage& storage, std::int32_t width, std::int32_t height, 
     if (width < 1 || height < 1) return false;
     const std::int64_t used = std::int64_t{width} * BytesOf(depth);
     const std::int64_t rowBytes = (used + kRowAlignment - 1) / kRowAlignment * kRowAlignment;
-    if (rowBytes > INT32_MAX) return false;
+    if (rowBytes >= kSizeLimit || rowBytes * height >= kSizeLimit) return false;
     storage = {nullptr, nullptr, static_cast<std::int32_t>(rowBytes), width, height, depth, PixelOwner::Host};
     storage.bytes = static_cast<std::uint8_t*>(AllocateGuarded(TotalBytes(storage)));
     if (storage.bytes && MakeWorld(storage, colors)) return true;

@@ -54,8 +54,15 @@ sdk::Object* Export(PixelBuffer& buffer, const Rectangle& area, const Exported& 
     return HandOver(world);
 }
 
+// Whether the pixels of a host picture would reach 2^31 bytes. The host is not asked to make one.
+bool IsTooLarge(std::int32_t width, std::int32_t height) {
+    constexpr std::int64_t kSizeLimit = std::int64_t{1} << 31, kHostPixel = 4;
+    return width > 0 && std::int64_t{width} * height >= kSizeLimit / kHostPixel;
+}
+
 // Gives a picture a mask of width × height with another picture's pixels.
 bool AttachMask(sdk::Object* picture, sdk::Object* mask, std::int32_t width, std::int32_t height) {
+    if (IsTooLarge(width, height)) return false;
     const OwnedObject hostMask(host.REALGetPictureMask(picture, true, width, height));
     return hostMask && DrawOntoPicture(hostMask.Get(), mask, width, height);
 }

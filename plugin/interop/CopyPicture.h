@@ -23,7 +23,8 @@ sdk::Object* CopyMask(sdk::Object* self, std::int32_t x, std::int32_t y, std::in
 
 // The colours, and alpha, where the picture has it, as their mask. The mask is width × height as
 // called, not as cut: intended. Where CopyMask gives nil, without alpha or for any other reason, the
-// picture comes without a mask; a mask that can't be attached gives nil.
+// picture comes without a mask; a mask that can't be attached, or would take 2^31 bytes
+// or more, gives nil.
 sdk::Object* CopyPictureWithMask(sdk::Object* self);
 sdk::Object* CopyPictureWithMask(sdk::Object* self, std::int32_t x, std::int32_t y, std::int32_t width,
                                  std::int32_t height);

@@ -50,6 +50,12 @@ TEST(Worlds, AreRefusedWhenARowIsTooLong) {
     EXPECT_FALSE(Make(8, std::numeric_limits<int>::max(), 1));  // the padding reaches 2^31
 }
 
+TEST(Worlds, AreRefusedWhenTheirPixelsReachTwoGigabytes) {
+    EXPECT_FALSE(Make(32, 1 << 15, 1 << 14));
+    EXPECT_FALSE(Make(8, 1, 1 << 27)) << "rows are sixteen bytes long";
+    EXPECT_TRUE(Make(8, 1, (1 << 27) - 1));
+}
+
 TEST(Worlds, AreRefusedWhenMemoryIsShort) {
     EXPECT_FALSE(Make(8, (1 << 30), std::numeric_limits<int>::max()));
     const support::FailingAllocations failing(1 << 20);

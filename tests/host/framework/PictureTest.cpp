@@ -63,6 +63,12 @@ TEST_F(PictureTest, SizesAndDepthsThatCantBeRaise) {
     EXPECT_EQ(GetInt(ObjectOf("NewPicture", 4, 4), "Depth"), 32);
 }
 
+TEST_F(PictureTest, OfTwoGigabytesIsRefused) {
+    EXPECT_FALSE(ObjectOf("NewPicture", 1 << 15, 1 << 14, 32));
+    EXPECT_FALSE(ObjectOf("NewPicture", 1, 937593372, 32));
+    TakeThrown();
+}
+
 TEST_F(PictureTest, SurfaceRaisesOutside) {
     const auto surface = GetObject(New("Picture", 4, 3, 32), "RGBSurface");
     for (auto [x, y] : {std::pair{4, 0}, {0, 3}, {-1, 0}, {0, -1}, {INT32_MAX, INT32_MIN}}) {

@@ -203,6 +203,16 @@ TEST_F(CopyPicture, WithMaskTakesTheMasksSizeFromTheCall) {
     EXPECT_EQ(GetInt(MaskOf(picture), "Height"), 9);
 }
 
+// The mask is as large as called, not as cut. Nobody asks the host for one of that size.
+TEST_F(CopyPicture, WithAMaskOfTwoGigabytesIsNil) {
+    const auto picture = New("PictureTQX", 40, 30, kRGBA);
+    const std::int64_t before = CallsOf("pluginPictureGraphicsGetter");
+    for (const auto& [width, height] : {std::pair{1, 937593372}, {937593372, 1}, {1 << 15, 1 << 14}})
+        EXPECT_FALSE(CallObject(picture, "CopyPictureWithMask", 3, 11, width, height)) << width;
+    EXPECT_EQ(CallsOf("pluginPictureGraphicsGetter"), before);
+    EXPECT_TRUE(CallObject(picture, "CopyPictureWithMask", 3, 11, 50, 60));
+}
+
 TEST_F(CopyPicture, IsReadBackWithItsMask) {
     const auto buffer = Buffer(7, 5, kRGBA);
     const auto again = New("PictureTQX", 7, 5, kRGBA);
