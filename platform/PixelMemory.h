@@ -25,19 +25,4 @@ std::uint8_t* AllocatePixelsUntouched(std::int64_t size);
 // same module frees.
 void FreePixels(std::uint8_t* pixels);
 
-// A block of zero bytes for the time of a call.
-class PixelBlock {
-  public:
-    explicit PixelBlock(std::int64_t size) : bytes_(AllocatePixels(size)) {}
-    PixelBlock(const PixelBlock&) = delete;
-    PixelBlock& operator=(const PixelBlock&) = delete;
-    ~PixelBlock() { FreePixels(bytes_); }
-
-    std::uint8_t* Bytes() const { return bytes_; }  // null when memory was short
-    explicit operator bool() const { return bytes_ != nullptr; }
-
-  private:
-    std::uint8_t* bytes_;
-};
-
 }  // namespace platform

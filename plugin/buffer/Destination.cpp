@@ -93,7 +93,8 @@ Operation BeginOperation(sdk::Object* self, sdk::Object* dest, std::int32_t widt
     operation.destination = BufferOf(result.Get());
     operation.result = result.Give();
     const bool stands = YieldAndKeep(*operation.destination) && sourceWatch.Holds();
-    operation.ready = ChooseChannels(source, &operation.channels) && stands && source.Width > 0 && source.Height > 0;
+    operation.ready =
+        ChooseChannels(source, &operation.channels) && stands && source.Width > 0 && !RowsOf(source).IsEmpty();
     return operation;
 }
 

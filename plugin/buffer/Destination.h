@@ -50,14 +50,17 @@ struct Operation {
     // The columns and rows that both pictures have; what lies outside the destination is skipped.
     std::int32_t CommonWidth() const;
     std::int32_t CommonHeight() const;
+
+    // The rows that both storages have.
+    RowRange Rows() const { return CommonRows(RowsOf(*source), RowsOf(*destination)); }
 };
 
 // The common beginning of the operations that take a `dest`: the source must be usable, else the
 // result is nil; yields for it; takes `dest`, retained, or for nil makes one of width × height in
 // the source's format; the destination must be usable, else it is released and the result is nil;
 // yields for it; chooses the channel set from the source's flags. Not ready, with the destination
-// as the result, when the source is neither gray nor RGB, has no pixels, or when script code
-// closed a picture in a yield.
+// as the result, when the source is neither gray nor RGB, has no pixels or no row, or when script
+// code closed a picture in a yield.
 Operation BeginOperation(sdk::Object* self, sdk::Object* dest, std::int32_t width, std::int32_t height);
 
 // The same for a destination of the source's size.

@@ -14,10 +14,11 @@ namespace tqx {
 template <class Work>
 void ForRowsInPlace(PixelBuffer& buffer, std::int32_t first, std::int32_t count, const Work& work) {
     const StorageWatch watch(buffer);
-    RowWalk walk(buffer, first, count);
-    for (std::int32_t i = 0; i < count; ++i) {
-        walk.To(first + i);
-        if (std::uint8_t* const row = RowAddress(buffer, first + i)) work(row);
+    const RowRange range = CommonRows(RowsOf(buffer), {first, first + count});
+    RowWalk walk(buffer, range);
+    for (std::int32_t y = range.first; y < range.end; ++y) {
+        walk.To(y);
+        if (std::uint8_t* const row = RowAddress(buffer, y)) work(row);
         if (!YieldAndKeep(buffer, watch)) return;
     }
 }

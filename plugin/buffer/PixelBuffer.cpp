@@ -2,6 +2,7 @@
 
 #include <type_traits>
 
+#include "plugin/buffer/MappedStorage.h"
 #include "plugin/services/HostServices.h"
 
 namespace tqx {
@@ -46,6 +47,23 @@ std::uint8_t* MemoryRowAddress(PixelBuffer& buffer, std::int32_t y) {
 
 std::uint8_t* MirroredMemoryRowAddress(PixelBuffer& buffer, std::int32_t y) {
     return AddressOfStorageRow(buffer, MirroredStorageRow(buffer, y));
+}
+
+bool IsMirrored(const PixelBuffer& buffer) {
+    return buffer.rowAddress == &MirroredMemoryRowAddress || buffer.rowAddress == &MirroredMappedRowAddress;
+}
+
+std::int64_t StorageRowOf(const PixelBuffer& buffer, std::int32_t y) {
+    return IsMirrored(buffer) ? MirroredStorageRow(buffer, y) : StorageRow(buffer, y);
+}
+
+RowRange RowsOf(const PixelBuffer& buffer) {
+    // Storage rows, then rows from the end that lies at storage row RowOffset.
+    const std::int64_t first = std::max<std::int64_t>(0, -std::int64_t{buffer.RowOffset});
+    const std::int64_t end = std::min<std::int64_t>(buffer.Height, std::int64_t{buffer.storageRows} - buffer.RowOffset);
+    if (end <= first) return {0, 0};
+    if (!IsMirrored(buffer)) return {static_cast<std::int32_t>(first), static_cast<std::int32_t>(end)};
+    return {static_cast<std::int32_t>(buffer.Height - end), static_cast<std::int32_t>(buffer.Height - first)};
 }
 
 void Yield(PixelBuffer& buffer) {

@@ -14,6 +14,7 @@
 // leaves the description as it was and takes the storage away.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 #include "plugin/rows/PixelLayout.h"
@@ -100,9 +101,32 @@ std::uint8_t* MirroredMemoryRowAddress(PixelBuffer& buffer, std::int32_t y);
 std::int64_t StorageRow(const PixelBuffer& buffer, std::int32_t y);
 std::int64_t MirroredStorageRow(const PixelBuffer& buffer, std::int32_t y);
 
+// Whether row 0 is the picture's lowest storage row.
+bool IsMirrored(const PixelBuffer& buffer);
+
+// The storage row behind row y, however the picture counts its rows, or -1.
+std::int64_t StorageRowOf(const PixelBuffer& buffer, std::int32_t y);
+
 // The one way to a row: first byte of row y, or null where there is none.
 inline std::uint8_t* RowAddress(PixelBuffer& buffer, std::int32_t y) {
     return buffer.rowAddress ? buffer.rowAddress(buffer, y) : nullptr;
+}
+
+// Rows first .. end - 1 of a picture.
+struct RowRange {
+    std::int32_t first;
+    std::int32_t end;
+
+    constexpr bool IsEmpty() const { return end <= first; }
+};
+
+// The picture's rows that its storage has. A clip may claim 2^31 - 1 rows of a storage of ten, so
+// loops over rows go over these and not from 0 to Height: the address of any other row is null.
+RowRange RowsOf(const PixelBuffer& buffer);
+
+// The rows that are in both ranges.
+constexpr RowRange CommonRows(const RowRange& a, const RowRange& b) {
+    return {std::max(a.first, b.first), std::min(a.end, b.end)};
 }
 
 // Whether an operation can work on the picture: valid, with a row-address operation, storage and

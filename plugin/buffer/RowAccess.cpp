@@ -4,10 +4,10 @@
 #include <cstring>
 #include <optional>
 
-#include "platform/PixelMemory.h"
 #include "plugin/buffer/FormatConversion.h"
 #include "plugin/buffer/ImageFormat.h"
 #include "plugin/buffer/PixelBuffer.h"
+#include "plugin/buffer/Scratch.h"
 #include "plugin/services/HostServices.h"
 
 namespace tqx {
@@ -167,10 +167,10 @@ sdk::String* GetRowStringInFormat(sdk::Object* self, std::int32_t index, std::in
     if (!row) return nullptr;
     const auto work = PlanGet(buffer, format, false);
     if (!work || work->rowBytes < 1) return nullptr;
-    const platform::PixelBlock scratch(work->rowBytes);
-    if (!scratch.Bytes()) return nullptr;
-    rows::ConvertRow(work->conversion, row, scratch.Bytes(), buffer.Width);
-    return BuildHostString(scratch.Bytes(), work->rowBytes, sdk::Encoding::None);
+    const ScratchBytes scratch(work->rowBytes);
+    if (!scratch.data()) return nullptr;
+    rows::ConvertRow(work->conversion, row, scratch.data(), buffer.Width);
+    return BuildHostString(scratch.data(), work->rowBytes, sdk::Encoding::None);
 }
 
 void SetRowStringInFormat(sdk::Object* self, std::int32_t index, std::int32_t format, sdk::String* bytes) {
@@ -186,12 +186,13 @@ sdk::String* GetDataStringInFormat(sdk::Object* self, std::int32_t format) {
     if (!work || work->rowBytes < 1 || buffer.Height < 1) return nullptr;
     std::int64_t size;
     if (__builtin_mul_overflow(work->rowBytes, buffer.Height, &size)) return nullptr;
-    const platform::PixelBlock scratch(size);
-    if (!scratch.Bytes()) return nullptr;
-    for (std::int32_t y = 0; y < buffer.Height; ++y)
+    const ScratchBytes scratch(size);
+    if (!scratch.data()) return nullptr;
+    const RowRange range = RowsOf(buffer);
+    for (std::int32_t y = range.first; y < range.end; ++y)
         if (const std::uint8_t* const row = RowAddress(buffer, y))
-            rows::ConvertRow(work->conversion, row, scratch.Bytes() + y * work->rowBytes, buffer.Width);
-    return BuildHostString(scratch.Bytes(), size, sdk::Encoding::None);
+            rows::ConvertRow(work->conversion, row, scratch.data() + y * work->rowBytes, buffer.Width);
+    return BuildHostString(scratch.data(), size, sdk::Encoding::None);
 }
 
 void SetDataStringInFormat(sdk::Object* self, std::int32_t format, sdk::String* bytes) {

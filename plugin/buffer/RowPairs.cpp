@@ -10,14 +10,6 @@
 
 namespace tqx {
 
-bool IsMirrored(const PixelBuffer& buffer) {
-    return buffer.rowAddress == &MirroredMemoryRowAddress || buffer.rowAddress == &MirroredMappedRowAddress;
-}
-
-std::int64_t StorageRowOf(const PixelBuffer& buffer, std::int32_t y) {
-    return IsMirrored(buffer) ? MirroredStorageRow(buffer, y) : StorageRow(buffer, y);
-}
-
 std::int32_t RowsInWindow(const PixelBuffer& buffer) {
     if (!buffer.IsMapping) return std::numeric_limits<std::int32_t>::max();
     return static_cast<std::int32_t>(std::max<std::int64_t>(std::int64_t{buffer.windowRows} - 2, 1));

@@ -12,12 +12,6 @@
 
 namespace tqx {
 
-// The storage row behind row y, however the picture counts its rows, or -1.
-std::int64_t StorageRowOf(const PixelBuffer& buffer, std::int32_t y);
-
-// Whether row 0 is the picture's lowest storage row.
-bool IsMirrored(const PixelBuffer& buffer);
-
 // How many neighbouring rows a mapped picture's window holds, whichever of them is asked for first:
 // it begins up to two rows above that one. At least 1; of a picture in memory, no limit.
 std::int32_t RowsInWindow(const PixelBuffer& buffer);

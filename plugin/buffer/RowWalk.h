@@ -15,11 +15,9 @@ namespace tqx {
 
 class RowWalk {
   public:
-    // Over `count` rows from row `first` on. The picture outlives the walk.
-    RowWalk(PixelBuffer& buffer, std::int32_t first, std::int32_t count)
-        : buffer_(buffer),
-          placed_(buffer.IsMapping && IsMirrored(buffer) ? first : first + count),
-          end_(first + count) {}
+    // Over a range of rows. The picture outlives the walk.
+    RowWalk(PixelBuffer& buffer, const RowRange& range)
+        : buffer_(buffer), placed_(buffer.IsMapping && IsMirrored(buffer) ? range.first : range.end), end_(range.end) {}
 
     // Makes ready for row y, which is not above those before. Ends addresses of the picture, as any
     // row address does.

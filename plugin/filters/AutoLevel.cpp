@@ -29,17 +29,22 @@ Rectangle ClipArea(const PixelBuffer& buffer, std::int32_t x, std::int32_t y, st
     return ClipRectangle(x, y, w, h, buffer.Width, buffer.Height);
 }
 
+RowRange RowsIn(const PixelBuffer& buffer, const Rectangle& area) {
+    return CommonRows(RowsOf(buffer), {area.y, area.y + area.height});
+}
+
 // The first byte of a row that the rectangle's columns begin at; null when there is no such row.
-std::uint8_t* AreaRow(PixelBuffer& buffer, const Rectangle& area, std::int32_t line) {
-    std::uint8_t* const row = RowAddress(buffer, area.y + line);
+std::uint8_t* AreaRow(PixelBuffer& buffer, const Rectangle& area, std::int32_t y) {
+    std::uint8_t* const row = RowAddress(buffer, y);
     return row ? row + std::int64_t{area.x} * buffer.PixelSize : nullptr;
 }
 
 // False when script code took the picture's storage in a yield.
 bool CountArea(PixelBuffer& buffer, const StorageWatch& watch, const Rectangle& area, rows::Histogram* histogram) {
     const rows::PixelLayout layout = LayoutOf(buffer, rows::ChannelSet::Rgb);
-    for (std::int32_t line = 0; line < area.height; ++line) {
-        if (const std::uint8_t* const row = AreaRow(buffer, area, line))
+    const RowRange range = RowsIn(buffer, area);
+    for (std::int32_t y = range.first; y < range.end; ++y) {
+        if (const std::uint8_t* const row = AreaRow(buffer, area, y))
             rows::CountLuminance(layout, row, area.width, histogram);
         Yield(buffer);
         if (!watch.Holds()) return false;
@@ -86,8 +91,9 @@ rows::Table StretchTable(const Levels& levels) {
 void StretchArea(PixelBuffer& buffer, const Rectangle& area, const rows::Table& table) {
     const rows::PixelLayout layout = LayoutOf(buffer, rows::ChannelSet::Rgb);
     const rows::LookUpPlan plan = rows::PlanLookUp(rows::ChannelSet::Rgb, {{&table, &table, &table}}, layout, layout);
-    for (std::int32_t line = 0; line < area.height; ++line)
-        if (std::uint8_t* const row = AreaRow(buffer, area, line)) rows::LookUpRow(plan, row, row, area.width);
+    const RowRange range = RowsIn(buffer, area);
+    for (std::int32_t y = range.first; y < range.end; ++y)
+        if (std::uint8_t* const row = AreaRow(buffer, area, y)) rows::LookUpRow(plan, row, row, area.width);
 }
 
 }  // namespace

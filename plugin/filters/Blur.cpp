@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
-#include "platform/PixelMemory.h"
 #include "plugin/buffer/Destination.h"
 #include "plugin/buffer/Saturate.h"
+#include "plugin/buffer/Scratch.h"
 #include "plugin/buffer/Sharing.h"
 #include "plugin/filters/PackedRows.h"
 #include "plugin/rows/BoxBlur.h"
@@ -28,12 +28,17 @@ struct BlurWork {
     const Operation& operation;
     std::int32_t width;
     std::int32_t height;
+    RowRange rows;  // of that size, those that the source's storage has
     Sharing sharing;
 
     explicit BlurWork(const Operation& begun)
-        : operation(begun), width(begun.CommonWidth()), height(begun.CommonHeight()), sharing(SharingOf(begun)) {}
+        : operation(begun),
+          width(begun.CommonWidth()),
+          height(begun.CommonHeight()),
+          rows(CommonRows(RowsOf(*begun.source), {0, height})),
+          sharing(SharingOf(begun)) {}
 
-    bool IsEmpty() const { return width < 1 || height < 1; }
+    bool IsEmpty() const { return width < 1 || rows.IsEmpty(); }
 
     // Whether a row may go along the row before it is stored: what is stored would be read back.
     bool CanFuse() const { return HasBytesOfItsOwn(*operation.destination, operation.channels); }
@@ -63,18 +68,18 @@ class OriginalRows {
         first_ = first;
         count_ = count;
         ring_.Restart(first, count);
-        for (std::int32_t y = 0; everyRowKept_ && y < work_.height; ++y) ring_.Row(y);
+        for (std::int32_t y = work_.rows.first; everyRowKept_ && y < work_.rows.end; ++y) ring_.Row(y);
     }
 
     // A row at or below the one that is about to be written. Good until the next call.
     const std::uint8_t* Coming(std::int32_t y) {
-        return everyRowKept_ ? ring_.Row(y) : rows_.Lasting(y, first_, count_, scratch_.Bytes());
+        return everyRowKept_ ? ring_.Row(y) : rows_.Lasting(y, first_, count_, scratch_.data());
     }
 
     // A row at or above the one that was written last. Good until the next call.
     const std::uint8_t* Past(std::int32_t y) {
         if (!live_) return ring_.Row(y);
-        return rows_.Lasting(y, first_, count_, scratch_.Bytes() + rows_.BytesOf(count_));
+        return rows_.Lasting(y, first_, count_, scratch_.data() + rows_.BytesOf(count_));
     }
 
     // Keeps row y, about to be written. False when the picture has no such row.
@@ -88,7 +93,7 @@ class OriginalRows {
     std::int32_t first_ = 0;
     std::int32_t count_ = 0;
     RowRing ring_;
-    platform::PixelBlock scratch_;
+    ScratchBytes scratch_;
 };
 
 // The running sums of a box blur's columns.
@@ -96,19 +101,21 @@ template <class Sum>
 class ColumnSums {
   public:
     // For rows of `bytes` bytes at most.
-    ColumnSums(OriginalRows& rows, std::int32_t radius, std::int32_t height, std::int64_t bytes)
-        : rows_(rows), radius_(radius), height_(height), block_(bytes * static_cast<std::int64_t>(sizeof(Sum))) {}
+    ColumnSums(OriginalRows& rows, std::int32_t radius, const BlurWork& work, std::int64_t bytes)
+        : rows_(rows), radius_(radius), height_(work.height), present_(work.rows), sums_(bytes) {}
 
-    explicit operator bool() const { return static_cast<bool>(block_); }
+    explicit operator bool() const { return static_cast<bool>(sums_); }
 
-    // Sums rows -radius to radius: the first row for those above it, the last for those below.
+    // Sums the rows up to `radius` away from the first one that is there: the picture's first row
+    // for those above it, the last for those below. Rows that aren't there count nothing.
     void Prime(std::int64_t bytes) {
-        const std::int32_t inside = std::min(radius_, height_ - 1);
+        const std::int64_t reach = std::int64_t{present_.first} + radius_;
+        const auto end = static_cast<std::int32_t>(std::min<std::int64_t>(reach + 1, present_.end));
         count_ = static_cast<std::int32_t>(bytes);
-        std::fill_n(Sums(), count_, Sum{0});
-        Add(0, radius_ + 1);
-        for (std::int32_t y = 1; y <= inside; ++y) Add(y, 1);
-        Add(height_ - 1, radius_ - inside);
+        std::fill_n(sums_.data(), count_, Sum{0});
+        for (std::int32_t y = present_.first; y < end; ++y) Add(y, 1);
+        if (present_.first == 0) Add(0, radius_);
+        if (present_.end == height_) Add(height_ - 1, static_cast<std::int32_t>(reach - (height_ - 1)));
     }
 
     // Stores row y's means and moves on to the next row.
@@ -117,28 +124,27 @@ class ColumnSums {
         const auto next = static_cast<std::int32_t>(std::min(std::int64_t{y} + radius_ + 1, std::int64_t{height_} - 1));
         const std::uint8_t* const leaving = last ? nullptr : rows_.Past(std::max(y - radius_, 0));
         const std::uint8_t* const entering = last ? nullptr : rows_.Coming(next);
-        rows::SlideRow(Sums(), 2 * radius_ + 1, leaving, entering, count_, result);
+        rows::SlideRow(sums_.data(), 2 * radius_ + 1, leaving, entering, count_, result);
     }
 
   private:
-    Sum* Sums() { return reinterpret_cast<Sum*>(block_.Bytes()); }
-
     void Add(std::int32_t y, std::int32_t times) {
         if (times < 1) return;
-        if (const std::uint8_t* const row = rows_.Coming(y)) rows::AddRow(row, times, count_, Sums());
+        if (const std::uint8_t* const row = rows_.Coming(y)) rows::AddRow(row, times, count_, sums_.data());
     }
 
     OriginalRows& rows_;
     std::int32_t radius_;
     std::int32_t height_;
+    RowRange present_;
     std::int32_t count_ = 0;  // bytes of a row
-    platform::PixelBlock block_;
+    Scratch<Sum> sums_;
 };
 
 // Two packed rows of the work's width.
 struct RowPair {
-    platform::PixelBlock row;
-    platform::PixelBlock result;
+    ScratchBytes row;
+    ScratchBytes result;
 
     explicit RowPair(std::int64_t bytes) : row(bytes), result(bytes) {}
     explicit operator bool() const { return row && result; }
@@ -149,10 +155,10 @@ struct RowPair {
 template <class AlongRow>
 void BlurDestinationRows(const BlurWork& work, const PackedRows& source, RowPair& pair, const AlongRow& alongRow) {
     const PackedRows rows(*work.operation.destination, *work.operation.destination, work.operation.channels);
-    for (std::int32_t y = 0; y < work.height; ++y) {
-        if (!source.Have(y) || !rows.Read(y, 0, work.width, pair.row.Bytes())) continue;
-        alongRow(pair.row.Bytes(), pair.result.Bytes());
-        rows.Write(y, 0, work.width, pair.result.Bytes());
+    for (std::int32_t y = work.rows.first; y < work.rows.end; ++y) {
+        if (!source.Have(y) || !rows.Read(y, 0, work.width, pair.row.data())) continue;
+        alongRow(pair.row.data(), pair.result.data());
+        rows.Write(y, 0, work.width, pair.result.data());
     }
 }
 
@@ -161,8 +167,8 @@ template <class AlongRow>
 void WriteBlurredRow(const PackedRows& rows, std::int32_t y, std::int32_t width, RowPair& pair,
                      const AlongRow& alongRow) {
     std::uint8_t* const direct = rows.PackedInPlace(y, 0, width);
-    alongRow(pair.row.Bytes(), direct ? direct : pair.result.Bytes());
-    if (!direct) rows.Write(y, 0, width, pair.result.Bytes());
+    alongRow(pair.row.data(), direct ? direct : pair.result.data());
+    if (!direct) rows.Write(y, 0, width, pair.result.data());
 }
 
 // How many columns to work on at once.
@@ -178,25 +184,24 @@ void BoxBlurWith(const BlurWork& work, std::int32_t radius) {
     const PackedRows rows(work.operation);
     const std::int32_t strip = StripWidth(work, rows, radius);
     OriginalRows originals(work, rows, radius, strip);
-    ColumnSums<Sum> sums(originals, radius, work.height, rows.BytesOf(strip));
+    ColumnSums<Sum> sums(originals, radius, work, rows.BytesOf(strip));
     RowPair pair(rows.BytesOf(work.width));
     if (!originals || !sums || !pair) return;
     const auto alongRow = [&](const std::uint8_t* row, std::uint8_t* result) {
         rows::BlurRow(row, rows.Channels(), work.width, radius, result);
     };
     const bool fused = strip == work.width && work.CanFuse();
-    for (std::int32_t first = 0; first < work.width; first += strip) {
-        const std::int32_t count = std::min(strip, work.width - first);
-        originals.Start(first, count);
-        sums.Prime(rows.BytesOf(count));
-        for (std::int32_t y = 0; y < work.height; ++y) {
+    for (const rows::Block columns : rows::Blocks(work.width, strip)) {
+        originals.Start(columns.first, columns.count);
+        sums.Prime(rows.BytesOf(columns.count));
+        for (std::int32_t y = work.rows.first; y < work.rows.end; ++y) {
             const bool present = originals.Keep(y);
-            sums.Slide(y, pair.row.Bytes());
+            sums.Slide(y, pair.row.data());
             if (!present) continue;
             if (fused)
                 WriteBlurredRow(rows, y, work.width, pair, alongRow);
             else
-                rows.Write(y, first, count, pair.row.Bytes());
+                rows.Write(y, columns.first, columns.count, pair.row.data());
         }
     }
     if (!fused) BlurDestinationRows(work, rows, pair, alongRow);
@@ -227,19 +232,19 @@ void FractionalBlur(const BlurWork& work, const rows::ThreeTaps& taps) {
     RowRing ring(rows, overlapping ? work.height : 3, work.width);
     RowPair pair(bytes);
     if (!ring || !pair) return;
-    for (std::int32_t y = 0; overlapping && y < work.height; ++y) ring.Row(y);
+    for (std::int32_t y = work.rows.first; overlapping && y < work.rows.end; ++y) ring.Row(y);
     const auto alongRow = [&](const std::uint8_t* row, std::uint8_t* result) {
         rows::MixAlongRow(plan, row, rows.Channels(), work.width, result);
     };
     const bool fused = work.CanFuse();
-    for (std::int32_t y = 0; y < work.height; ++y) {
+    for (std::int32_t y = work.rows.first; y < work.rows.end; ++y) {
         if (y + 1 < work.height) ring.Row(y + 1);  // while it is what it was
         if (!ring.Row(y)) continue;
-        MixColumns(plan, ring, y, work.height, bytes, pair.row.Bytes());
+        MixColumns(plan, ring, y, work.height, bytes, pair.row.data());
         if (fused)
             WriteBlurredRow(rows, y, work.width, pair, alongRow);
         else
-            rows.Write(y, 0, work.width, pair.row.Bytes());
+            rows.Write(y, 0, work.width, pair.row.data());
     }
     if (!fused) BlurDestinationRows(work, rows, pair, alongRow);
 }
@@ -266,7 +271,7 @@ sdk::Object* BoxBlurFractionalFilter(sdk::Object* self, sdk::Object* dest, doubl
     const Operation operation = BeginOperation(self, dest);
     if (!operation) return operation.result;
     const BlurWork work(operation);
-    const double fraction = radius - std::floor(radius);
+    const double fraction = std::isfinite(radius) ? radius - std::floor(radius) : 0;
     if (!work.IsEmpty()) FractionalBlur(work, {fraction, 1 / (2 * fraction + 1)});
     return operation.result;
 }

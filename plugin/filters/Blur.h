@@ -23,8 +23,8 @@ sdk::Object* BoxBlurFilter(sdk::Object* self, sdk::Object* dest, double radius);
 sdk::Object* BoxBlurFilter(sdk::Object* self, sdk::Object* dest, double radius, std::int32_t iterations);
 
 // Mixes each pixel with its neighbours by the fraction f of the radius alone: 0.4 and 7.4 are the
-// same, a whole number copies; intended. Of each direction: (f (left + right) + centre) / (2 f + 1),
-// truncated. The first row and the last column count as their own neighbours on both sides; the
+// same, a whole number copies, and so does what is no finite number; intended. Of each direction: (f (left + right) +
+// centre) / (2 f + 1), truncated. The first row and the last column count as their own neighbours on both sides; the
 // last row and the first column only beyond the edge: intended.
 sdk::Object* BoxBlurFractionalFilter(sdk::Object* self, sdk::Object* dest, double radius);
 

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "platform/PixelMemory.h"
 #include "plugin/buffer/Destination.h"
+#include "plugin/buffer/Scratch.h"
 #include "plugin/buffer/Sharing.h"
 #include "plugin/filters/PackedRows.h"
 #include "plugin/rows/Convolve.h"
@@ -42,17 +42,18 @@ rows::KernelRows RowsAround(RowRing& ring, const PackedRows& rows, std::int32_t 
 void ConvolveByRows(const Operation& operation, const rows::Kernel& kernel, bool inPlace) {
     const PackedRows rows(operation);
     RowRing ring(rows, kRows, rows.Width());
-    const platform::PixelBlock result(rows.BytesOf(rows.Width()));
+    const ScratchBytes result(rows.BytesOf(rows.Width()));
     if (!ring || !result) return;
-    for (std::int32_t y = 0; y < operation.CommonHeight(); ++y) {
+    const RowRange range = operation.Rows();
+    for (std::int32_t y = range.first; y < range.end; ++y) {
         std::uint8_t* const centre = ring.Row(y);
         if (!centre) continue;
         const rows::KernelRows around = RowsAround(ring, rows, y, centre);
         if (inPlace)
             rows::ConvolveInOrder(kernel, around, 0, around.width, centre);
         else
-            rows::ConvolveRow(kernel, around, result.Bytes());
-        rows.Write(y, 0, rows.Width(), inPlace ? centre : result.Bytes());
+            rows::ConvolveRow(kernel, around, result.data());
+        rows.Write(y, 0, rows.Width(), inPlace ? centre : result.data());
     }
 }
 
@@ -76,7 +77,8 @@ void ConvolvePixel(const PackedRows& rows, const rows::Kernel& kernel, std::int3
 
 void ConvolveByPixels(const Operation& operation, const rows::Kernel& kernel) {
     const PackedRows rows(operation);
-    for (std::int32_t y = 0; y < operation.CommonHeight(); ++y) {
+    const RowRange range = operation.Rows();
+    for (std::int32_t y = range.first; y < range.end; ++y) {
         if (!rows.Have(y)) continue;
         for (std::int32_t x = 0; x < operation.CommonWidth(); ++x) ConvolvePixel(rows, kernel, x, y);
     }

@@ -19,8 +19,8 @@ constexpr std::int64_t kMostBytesKept = 64 << 20;
 // Around a pixel of a narrow picture no more than so many: all are looked at for each row.
 constexpr std::int64_t kRowsAlwaysKept = 65;
 
-// Draws places around pixels. Every pixel of the source draws twice, written or not, so that the
-// generator's sequence does not depend on the destination.
+// Draws places around pixels. Every pixel of the rows that the source's storage has draws twice,
+// written or not, so that the generator's sequence does not depend on the destination.
 class Scatter {
   public:
     Scatter(const PixelBuffer& source, std::int32_t level)
@@ -61,8 +61,9 @@ void DiffuseRowByPixels(const Operation& operation, const PackedRows& rows, cons
 bool CollectRows(RowRing& ring, const Scatter& scatter, std::int32_t y, const std::uint8_t** byOffset) {
     const std::int64_t first = scatter.FirstRow(y);
     for (std::int64_t row = first; row <= scatter.LastRow(y); ++row) {
-        byOffset[row - first] = ring.Row(row);
-        if (!byOffset[row - first]) return false;
+        const std::uint8_t* const packed = ring.Row(row);
+        if (!packed) return false;
+        byOffset[row - first] = packed;
     }
     return true;
 }
@@ -83,18 +84,18 @@ void DiffuseRow(const Scatter& scatter, const std::uint8_t* const* byOffset, std
 void DiffuseByRows(const Operation& operation, const Scatter& scatter, bool inPlace) {
     const PackedRows rows(operation);
     RowRing ring(rows, scatter.Range(), rows.Width());
-    const platform::PixelBlock result(rows.BytesOf(rows.Width()));
-    const platform::PixelBlock addresses(ring.Capacity() * static_cast<std::int64_t>(sizeof(std::uint8_t*)));
-    auto** const byOffset = reinterpret_cast<const std::uint8_t**>(addresses.Bytes());
-    for (std::int32_t y = 0; y < rows.Height(); ++y) {
-        if (!ring || !result || !byOffset || !rows.Have(y) || !CollectRows(ring, scatter, y, byOffset)) {
+    const ScratchBytes result(rows.BytesOf(rows.Width()));
+    const Scratch<const std::uint8_t*> byOffset(ring.Capacity());
+    const RowRange range = rows.SourceRows();
+    for (std::int32_t y = range.first; y < range.end; ++y) {
+        if (!ring || !result || !byOffset || !rows.Have(y) || !CollectRows(ring, scatter, y, byOffset.data())) {
             DiffuseRowByPixels(operation, rows, scatter, y);
             if (inPlace) ring.Restart(0, rows.Width());
             continue;
         }
-        std::uint8_t* const packed = inPlace ? ring.Row(y) : result.Bytes();
+        std::uint8_t* const packed = inPlace ? ring.Row(y) : result.data();
         rows::ForChannelSet(operation.channels, [&]<rows::ChannelSet Set>() {
-            DiffuseRow<rows::ChannelCount(Set)>(scatter, byOffset, y, rows.Width(), packed);
+            DiffuseRow<rows::ChannelCount(Set)>(scatter, byOffset.data(), y, rows.Width(), packed);
         });
         rows.Write(y, 0, rows.Width(), packed);
     }
@@ -110,7 +111,8 @@ bool KeepsRows(const Operation& operation, const Scatter& scatter) {
 
 void DiffuseByPixels(const Operation& operation, const Scatter& scatter) {
     const PackedRows rows(operation);
-    for (std::int32_t y = 0; y < rows.Height(); ++y) DiffuseRowByPixels(operation, rows, scatter, y);
+    const RowRange range = rows.SourceRows();
+    for (std::int32_t y = range.first; y < range.end; ++y) DiffuseRowByPixels(operation, rows, scatter, y);
 }
 
 }  // namespace

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "platform/PixelMemory.h"
 #include "plugin/buffer/Destination.h"
+#include "plugin/buffer/Scratch.h"
 #include "plugin/buffer/Sharing.h"
 #include "plugin/filters/PackedRows.h"
 #include "plugin/rows/Engrave.h"
@@ -28,7 +28,7 @@ void EngraveRowByItself(std::uint8_t* row, int channels, std::int32_t width, std
 
 // Two packed rows: a pixel's own and its neighbour's.
 struct RowCopies {
-    platform::PixelBlock own, other;
+    ScratchBytes own, other;
 
     explicit RowCopies(std::int64_t bytes) : own(bytes), other(bytes) {}
     explicit operator bool() const { return own && other; }
@@ -41,16 +41,17 @@ void EngraveApart(const Operation& operation, std::int32_t level) {
     const std::int64_t bytes = rows.BytesOf(width);
     const RowCopies copies(bytes);
     if (!copies) return;
-    for (std::int32_t y = 0; y < operation.CommonHeight(); ++y) {
-        const std::uint8_t* other = rows.Lasting(Neighbour(y, level, rows.Height()), 0, width, copies.other.Bytes());
+    const RowRange range = operation.Rows();
+    for (std::int32_t y = range.first; y < range.end; ++y) {
+        const std::uint8_t* other = rows.Lasting(Neighbour(y, level, rows.Height()), 0, width, copies.other.data());
         if (!other) {
-            std::fill_n(copies.other.Bytes(), bytes, std::uint8_t{0});
-            other = copies.other.Bytes();
+            std::fill_n(copies.other.data(), bytes, std::uint8_t{0});
+            other = copies.other.data();
         }
-        const std::uint8_t* const own = rows.Lasting(y, 0, width, copies.own.Bytes());
+        const std::uint8_t* const own = rows.Lasting(y, 0, width, copies.own.data());
         if (!own) continue;
         std::uint8_t* const direct = rows.PackedInPlace(y, 0, width);
-        std::uint8_t* const result = direct ? direct : copies.own.Bytes();
+        std::uint8_t* const result = direct ? direct : copies.own.data();
         rows::EngraveShiftedRow(own, other, rows.Channels(), width, level, result);
         if (!direct) rows.Write(y, 0, width, result);
     }
@@ -63,23 +64,25 @@ void EngraveInPlace(const Operation& operation, std::int32_t level) {
     const std::int64_t bytes = rows.BytesOf(width);
     const RowCopies copies(bytes);
     if (!copies) return;
-    std::uint8_t* const own = copies.own.Bytes();
-    for (std::int32_t y = 0; y < rows.Height(); ++y) {
+    std::uint8_t* const own = copies.own.data();
+    const RowRange range = operation.Rows();
+    for (std::int32_t y = range.first; y < range.end; ++y) {
         const std::int32_t otherRow = Neighbour(y, level, rows.Height());
-        if (!rows.Read(otherRow, 0, width, copies.other.Bytes()))
-            std::fill_n(copies.other.Bytes(), bytes, std::uint8_t{0});
+        if (!rows.Read(otherRow, 0, width, copies.other.data()))
+            std::fill_n(copies.other.data(), bytes, std::uint8_t{0});
         if (!rows.Read(y, 0, width, own)) continue;
         if (otherRow == y && level < 0)
             EngraveRowByItself(own, rows.Channels(), width, level);
         else
-            rows::EngraveShiftedRow(own, copies.other.Bytes(), rows.Channels(), width, level, own);
+            rows::EngraveShiftedRow(own, copies.other.data(), rows.Channels(), width, level, own);
         rows.Write(y, 0, width, own);
     }
 }
 
 void EngraveByPixels(const Operation& operation, std::int32_t level) {
     const PackedRows rows(operation);
-    for (std::int32_t y = 0; y < operation.CommonHeight(); ++y)
+    const RowRange range = operation.Rows();
+    for (std::int32_t y = range.first; y < range.end; ++y)
         for (std::int32_t x = 0; x < operation.CommonWidth(); ++x) {
             std::uint8_t pixel[4], other[4] = {};
             rows.Read(Neighbour(y, level, rows.Height()), Neighbour(x, level, rows.Width()), 1, other);

@@ -30,9 +30,9 @@ void LookUpPicture(const Operation& operation, const Curves& curves) {
         rows::PlanLookUp(operation.channels, TablesOf(curves, operation.channels), operation.From(), operation.To());
     const auto lookUp = SharingOf(operation) == Sharing::Overlapping ? &rows::LookUpInOrder : &rows::LookUpRow;
     const std::int32_t width = operation.CommonWidth();
-    const std::int32_t height = operation.CommonHeight();
-    RowWalk sourceWalk(*operation.source, 0, height), destinationWalk(*operation.destination, 0, height);
-    for (std::int32_t y = 0; y < height; ++y) {
+    const RowRange range = operation.Rows();
+    RowWalk sourceWalk(*operation.source, range), destinationWalk(*operation.destination, range);
+    for (std::int32_t y = range.first; y < range.end; ++y) {
         sourceWalk.To(y);
         destinationWalk.To(y);
         const std::uint8_t* const source = RowAddress(*operation.source, y);

@@ -4,8 +4,8 @@
 #include <cstring>
 #include <utility>
 
-#include "platform/PixelMemory.h"
 #include "plugin/buffer/Destination.h"
+#include "plugin/buffer/Scratch.h"
 #include "plugin/filters/PackedRows.h"
 #include "plugin/rows/Neon.h"
 
@@ -30,9 +30,9 @@ class RowsAndNext {
     bool Read(std::int32_t y, std::uint8_t* packed) const {
         const std::uint8_t* const row = y < source_.Height ? RowAddress(source_, y) : nullptr;
         const std::int64_t present = row ? std::clamp<std::int64_t>(source_.RowSize, 0, wanted_) : 0;
-        if (present > 0) std::memcpy(raw_.Bytes(), row, static_cast<std::size_t>(present));
-        std::fill(raw_.Bytes() + present, raw_.Bytes() + wanted_, std::uint8_t{0});
-        rows_.Pack(raw_.Bytes(), pixels_, packed);
+        if (present > 0) std::memcpy(raw_.data(), row, static_cast<std::size_t>(present));
+        std::fill(raw_.data() + present, raw_.data() + wanted_, std::uint8_t{0});
+        rows_.Pack(raw_.data(), pixels_, packed);
         return row != nullptr;
     }
 
@@ -41,7 +41,7 @@ class RowsAndNext {
     const PackedRows& rows_;
     std::int64_t pixels_;
     std::int64_t wanted_;  // bytes of a row, up to the last channel of the pixel past the end
-    platform::PixelBlock raw_;
+    ScratchBytes raw_;
 };
 
 }  // namespace
@@ -52,18 +52,19 @@ sdk::Object* NeonFilter(sdk::Object* self, sdk::Object* dest) {
     const PackedRows rows(operation);
     const RowsAndNext source(*operation.source, rows);
     const std::int64_t bytes = rows.BytesOf(std::int64_t{rows.Width()} + 1);
-    const platform::PixelBlock first(bytes), second(bytes), result(bytes);
+    const ScratchBytes first(bytes), second(bytes), result(bytes);
     if (!source || !first || !second || !result) return operation.result;
     // Both rows are copied before the upper one is written, and the lower copy becomes the next
     // upper one: what a destination that shares memory makes of it meanwhile doesn't count.
-    std::uint8_t* row = first.Bytes();
-    std::uint8_t* below = second.Bytes();
-    bool present = source.Read(0, row);
-    for (std::int32_t y = 0; y < operation.CommonHeight(); ++y) {
+    std::uint8_t* row = first.data();
+    std::uint8_t* below = second.data();
+    const RowRange range = operation.Rows();
+    bool present = source.Read(range.first, row);
+    for (std::int32_t y = range.first; y < range.end; ++y) {
         const bool belowPresent = source.Read(y + 1, below);
         if (present) {
-            rows::NeonRow(row, below, rows.Channels(), rows.BytesOf(rows.Width()), result.Bytes());
-            rows.Write(y, 0, rows.Width(), result.Bytes());
+            rows::NeonRow(row, below, rows.Channels(), rows.BytesOf(rows.Width()), result.data());
+            rows.Write(y, 0, rows.Width(), result.data());
         }
         std::swap(row, below);
         present = belowPresent;

@@ -31,6 +31,12 @@ Neighbours NeighboursOf(std::int64_t centre, std::int64_t range, std::int32_t ex
     return {std::max<std::int64_t>(centre - range, 0), std::min<std::int64_t>(centre + range, extent - 1)};
 }
 
+// Of rows, those that are there.
+Neighbours LinesAround(std::int64_t centre, std::int64_t range, const RowRange& present) {
+    return {std::max<std::int64_t>(centre - range, present.first),
+            std::min<std::int64_t>(centre + range, std::int64_t{present.end} - 1)};
+}
+
 // The histograms of one neighbourhood, a channel each, and the colour that comes of them.
 template <rows::ChannelSet Set>
 class Painter {
@@ -115,20 +121,20 @@ template <rows::ChannelSet Set>
 bool PaintByRows(const Operation& operation, std::int32_t levels, std::int64_t range, bool inPlace) {
     const PackedRows rows(operation, PackedOrder::OfTheSet);
     RowRing ring(rows, range < 0 ? 1 : 2 * range + 1, rows.Width());
-    const platform::PixelBlock result(rows.BytesOf(rows.Width()));
-    const platform::PixelBlock addresses(ring.Capacity() * static_cast<std::int64_t>(sizeof(std::uint8_t*)));
-    if (!ring || !result || !addresses) return false;
+    const ScratchBytes result(rows.BytesOf(rows.Width()));
+    const Scratch<std::uint8_t*> around(ring.Capacity());
+    if (!ring || !result || !around) return false;
     Painter<Set> painter(levels);
-    auto* const around = reinterpret_cast<std::uint8_t**>(addresses.Bytes());
-    for (std::int32_t y = 0; y < rows.Height(); ++y) {
-        const Neighbours lines = NeighboursOf(y, range, rows.Height());
+    const RowRange painted = rows.SourceRows();
+    for (std::int32_t y = painted.first; y < painted.end; ++y) {
+        const Neighbours lines = LinesAround(y, range, painted);
         std::size_t present = 0;
         for (std::int64_t line = lines.first; line <= lines.last; ++line)
-            if (std::uint8_t* const row = ring.Row(line)) around[present++] = row;
+            if (std::uint8_t* const row = ring.Row(line)) around[static_cast<std::int64_t>(present++)] = row;
         std::uint8_t* const centre = ring.Row(y);
         if (!centre) continue;
-        PaintRow(painter, {around, present}, centre, range, rows.Width(), result.Bytes(), inPlace);
-        rows.Write(y, 0, rows.Width(), result.Bytes());
+        PaintRow(painter, {around.data(), present}, centre, range, rows.Width(), result.data(), inPlace);
+        rows.Write(y, 0, rows.Width(), result.data());
         painter.KeepBlue();
     }
     return true;
@@ -140,8 +146,9 @@ void PaintByPixels(const Operation& operation, std::int32_t levels, std::int64_t
     const PackedRows rows(operation, PackedOrder::OfTheSet);
     Painter<Set> painter(levels);
     std::uint8_t pixel[4];
-    for (std::int32_t y = 0; y < rows.Height(); ++y) {
-        const Neighbours lines = NeighboursOf(y, range, rows.Height());
+    const RowRange painted = rows.SourceRows();
+    for (std::int32_t y = painted.first; y < painted.end; ++y) {
+        const Neighbours lines = LinesAround(y, range, painted);
         for (std::int32_t x = 0; x < rows.Width() && rows.Read(y, x, 1, pixel); ++x) {
             const Neighbours columns = NeighboursOf(x, range, rows.Width());
             painter.Empty();

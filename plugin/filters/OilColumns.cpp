@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "platform/PixelMemory.h"
+#include "plugin/buffer/Scratch.h"
 #include "plugin/filters/PackedRows.h"
 
 namespace tqx {
@@ -35,8 +35,8 @@ class Histograms {
           channels_(channels),
           columns_(columns),
           total_((columns + 1) * std::int64_t{channels} + 1),
-          counts_(total_ * bins_ * static_cast<std::int64_t>(sizeof(std::uint16_t))),
-          sums_(HasSums() ? total_ * bins_ * static_cast<std::int64_t>(sizeof(std::uint32_t)) : 1) {}
+          counts_(total_, bins_),
+          sums_(HasSums() ? total_ : 0, bins_) {}
 
     explicit operator bool() const { return counts_ && sums_; }
 
@@ -47,8 +47,8 @@ class Histograms {
     }
 
     void Empty() {
-        std::memset(counts_.Bytes(), 0, static_cast<std::size_t>(total_ * bins_) * sizeof(std::uint16_t));
-        if (HasSums()) std::memset(sums_.Bytes(), 0, static_cast<std::size_t>(total_ * bins_) * sizeof(std::uint32_t));
+        std::memset(counts_.data(), 0, static_cast<std::size_t>(total_ * bins_) * sizeof(std::uint16_t));
+        if (HasSums()) std::memset(sums_.data(), 0, static_cast<std::size_t>(total_ * bins_) * sizeof(std::uint32_t));
     }
 
     void EmptyNeighbourhood() {
@@ -99,12 +99,8 @@ class Histograms {
     std::int64_t IndexOf(std::int32_t column, int channel) const {
         return (std::int64_t{column} * channels_ + channel) * bins_;
     }
-    std::uint16_t* Counts(std::int32_t column, int channel) {
-        return reinterpret_cast<std::uint16_t*>(counts_.Bytes()) + IndexOf(column, channel);
-    }
-    std::uint32_t* Sums(std::int32_t column, int channel) {
-        return reinterpret_cast<std::uint32_t*>(sums_.Bytes()) + IndexOf(column, channel);
-    }
+    std::uint16_t* Counts(std::int32_t column, int channel) { return counts_.data() + IndexOf(column, channel); }
+    std::uint32_t* Sums(std::int32_t column, int channel) { return sums_.data() + IndexOf(column, channel); }
     const std::uint16_t* CountsOrNone(std::int32_t column, int channel) {
         return column < 0 ? Counts(columns_ + 1, 0) : Counts(column, channel);
     }
@@ -117,8 +113,8 @@ class Histograms {
     int channels_;
     std::int32_t columns_;
     std::int64_t total_;
-    platform::PixelBlock counts_;
-    platform::PixelBlock sums_;
+    Scratch<std::uint16_t> counts_;
+    Scratch<std::uint32_t> sums_;
 };
 
 // Paints strips of a picture.
@@ -136,37 +132,41 @@ class ColumnPainter {
     explicit operator bool() const { return histograms_ && row_ && result_; }
 
     void Paint(rows::OilHistogram* blue) {
-        for (std::int32_t first = 0; first < rows_.Width(); first += strip_)
-            PaintStrip({first, std::min(first + strip_, rows_.Width())}, blue);
+        for (const rows::Block strip : rows::Blocks(rows_.Width(), strip_))
+            PaintStrip({strip.first, strip.End()}, blue);
     }
 
   private:
     void PaintStrip(const Span& painted, rows::OilHistogram* blue) {
-        const Span seen{std::max(painted.first - range_, 0), std::min(painted.last + range_, rows_.Width())};
+        const Span seen{std::max(painted.first - range_, 0), UpTo(painted.last, rows_.Width())};
+        const RowRange present = rows_.SourceRows();
         histograms_.Empty();
-        for (std::int32_t y = 0; y < std::min(range_, rows_.Height()); ++y) AddRow(y, seen, 1);
-        for (std::int32_t y = 0; y < rows_.Height(); ++y) {
-            if (y > range_) AddRow(y - range_ - 1, seen, -1);
-            if (y + range_ < rows_.Height()) AddRow(y + range_, seen, 1);
+        for (std::int32_t y = present.first; y < UpTo(present.first, present.end); ++y) AddRow(y, seen, 1);
+        for (std::int32_t y = present.first; y < present.end; ++y) {
+            if (y - range_ > present.first) AddRow(y - range_ - 1, seen, -1);
+            if (present.end - y > range_) AddRow(y + range_, seen, 1);
             if (!rows_.HasSource(y)) continue;
             PaintRow(painted, seen);
-            rows_.Write(y, painted.first, painted.Count(), result_.Bytes());
+            rows_.Write(y, painted.first, painted.Count(), result_.data());
             if (painted.last == rows_.Width() && rows_.Channels() == 3) histograms_.CopyTo(2, blue);
         }
     }
 
+    // The place a range further on, or the end.
+    std::int32_t UpTo(std::int32_t at, std::int32_t end) const { return end - at > range_ ? at + range_ : end; }
+
     void AddRow(std::int32_t y, const Span& seen, int times) {
-        if (const std::uint8_t* const row = rows_.Lasting(y, seen.first, seen.Count(), row_.Bytes()))
+        if (const std::uint8_t* const row = rows_.Lasting(y, seen.first, seen.Count(), row_.data()))
             histograms_.AddRow(row, seen.Count(), times);
     }
 
     void PaintRow(const Span& painted, const Span& seen) {
-        std::uint8_t* means = result_.Bytes();
+        std::uint8_t* means = result_.data();
         histograms_.EmptyNeighbourhood();
-        for (std::int32_t x = seen.first; x < std::min(painted.first + range_, seen.last); ++x)
+        for (std::int32_t x = seen.first; x < UpTo(painted.first, seen.last); ++x)
             histograms_.Slide(x - seen.first, -1, means);
         for (std::int32_t x = painted.first; x < painted.last; ++x, means += rows_.Channels()) {
-            const std::int32_t entering = x + range_ < seen.last ? x + range_ - seen.first : -1;
+            const std::int32_t entering = seen.last - x > range_ ? x + range_ - seen.first : -1;
             const std::int32_t leaving = x - range_ > seen.first ? x - range_ - 1 - seen.first : -1;
             histograms_.Slide(entering, x == painted.first ? -1 : leaving, means);
         }
@@ -176,8 +176,8 @@ class ColumnPainter {
     std::int32_t range_;
     std::int32_t strip_;  // columns painted at once
     Histograms histograms_;
-    platform::PixelBlock row_;     // where the picture's own isn't packed
-    platform::PixelBlock result_;  // of a strip
+    ScratchBytes row_;     // where the picture's own isn't packed
+    ScratchBytes result_;  // of a strip
 };
 
 }  // namespace

@@ -90,21 +90,22 @@ bool PackedRows::Have(std::int32_t y) const {
 RowRing::RowRing(const PackedRows& rows, std::int64_t capacity, std::int32_t width)
     : rows_(rows),
       count_(width),
-      capacity_(std::clamp<std::int64_t>(capacity, 1, std::max(rows.Height(), 1))),
+      range_(rows.SourceRows()),
+      capacity_(std::clamp<std::int64_t>(capacity, 1, std::max(range_.end - range_.first, 1))),
       stride_(RoundUp(rows.BytesOf(width)) + kMargin),
-      bytes_(kMargin + capacity_ * stride_),
-      slots_(capacity_ * static_cast<std::int64_t>(sizeof(Slot))) {}
+      bytes_(capacity_, stride_, kMargin),
+      slots_(capacity_) {}
 
 void RowRing::Restart(std::int32_t first, std::int32_t count) {
     first_ = first;
     count_ = count;
-    std::fill_n(reinterpret_cast<Slot*>(slots_.Bytes()), capacity_, Slot{});
+    std::fill_n(slots_.data(), capacity_, Slot{});
 }
 
 std::uint8_t* RowRing::Row(std::int64_t y) {
-    if (y < 0 || y >= rows_.Height()) return nullptr;
-    Slot& slot = reinterpret_cast<Slot*>(slots_.Bytes())[y % capacity_];
-    std::uint8_t* const row = bytes_.Bytes() + kMargin + y % capacity_ * stride_;
+    if (y < range_.first || y >= range_.end) return nullptr;
+    Slot& slot = slots_[y % capacity_];
+    std::uint8_t* const row = bytes_.data() + kMargin + y % capacity_ * stride_;
     if (slot.rowPlusOne != y + 1) slot = {y + 1, rows_.Read(static_cast<std::int32_t>(y), first_, count_, row)};
     return slot.present ? row : nullptr;
 }

@@ -9,9 +9,10 @@
 
 #include <cstdint>
 
-#include "platform/PixelMemory.h"
 #include "plugin/buffer/Destination.h"
+#include "plugin/buffer/Scratch.h"
 #include "plugin/buffer/Sharing.h"
+#include "plugin/rows/Blocks.h"
 #include "plugin/rows/Move.h"
 #include "plugin/rows/PixelLayout.h"
 
@@ -34,6 +35,9 @@ class PackedRows {
     int Channels() const { return channels_; }
     std::int32_t Height() const { return source_.Height; }
     std::int32_t Width() const { return source_.Width; }
+
+    // The rows that the source's storage has.
+    RowRange SourceRows() const { return RowsOf(source_); }
 
     // Bytes of a packed row of so many pixels.
     std::int64_t BytesOf(std::int64_t pixels) const { return pixels * channels_; }
@@ -84,20 +88,21 @@ void ChangeEachPixel(const Operation& operation, const PackedRows& rows, const C
     const std::int32_t width = operation.CommonWidth();
     const bool byRows = SharingOf(operation) != Sharing::Overlapping;
     const std::int32_t step = byRows ? width : 1;
-    const platform::PixelBlock copies(rows.BytesOf(step));
+    const ScratchBytes copies(rows.BytesOf(step));
     if (!copies) return;
     const auto pixelsAt = [&](std::int32_t y, std::int32_t first) -> const std::uint8_t* {
-        if (byRows) return rows.Packed(y, first, step, copies.Bytes());
-        return rows.Read(y, first, step, copies.Bytes()) ? copies.Bytes() : nullptr;
+        if (byRows) return rows.Packed(y, first, step, copies.data());
+        return rows.Read(y, first, step, copies.data()) ? copies.data() : nullptr;
     };
-    for (std::int32_t y = 0; y < operation.CommonHeight(); ++y)
-        for (std::int32_t first = 0; first < width; first += step) {
-            const std::uint8_t* const pixels = pixelsAt(y, first);
+    const RowRange range = operation.Rows();
+    for (std::int32_t y = range.first; y < range.end; ++y)
+        for (const rows::Block part : rows::Blocks(width, step)) {
+            const std::uint8_t* const pixels = pixelsAt(y, part.first);
             if (!pixels) break;
-            std::uint8_t* const direct = byRows ? rows.PackedInPlace(y, first, step) : nullptr;
-            std::uint8_t* const result = direct ? direct : copies.Bytes();
-            change(y, first, step, pixels, result);
-            if (!direct) rows.Write(y, first, step, result);
+            std::uint8_t* const direct = byRows ? rows.PackedInPlace(y, part.first, step) : nullptr;
+            std::uint8_t* const result = direct ? direct : copies.data();
+            change(y, part.first, step, pixels, result);
+            if (!direct) rows.Write(y, part.first, step, result);
         }
 }
 
@@ -109,7 +114,7 @@ class RowRing {
     static constexpr std::int64_t kMargin = 64;
 
     // For `width` columns at most, all of them until told otherwise. No more rows are kept than the
-    // source has.
+    // source's storage has.
     RowRing(const PackedRows& rows, std::int64_t capacity, std::int32_t width);
 
     // False when memory was short.
@@ -134,10 +139,11 @@ class RowRing {
     const PackedRows& rows_;
     std::int32_t first_ = 0;
     std::int32_t count_;
+    RowRange range_;
     std::int64_t capacity_;
     std::int64_t stride_;
-    platform::PixelBlock bytes_;
-    platform::PixelBlock slots_;
+    ScratchBytes bytes_;
+    Scratch<Slot> slots_;
 };
 
 }  // namespace tqx

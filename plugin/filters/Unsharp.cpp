@@ -2,8 +2,8 @@
 
 #include <cmath>
 
-#include "platform/PixelMemory.h"
 #include "plugin/buffer/Destination.h"
+#include "plugin/buffer/Scratch.h"
 #include "plugin/buffer/Sharing.h"
 #include "plugin/filters/PackedRows.h"
 #include "plugin/rows/Unsharp.h"
@@ -56,16 +56,16 @@ class Sharpening {
             rows::UnsharpRow(plan_, references, bytes, row);
             return true;
         }
-        if (!picture_.Read(y, first, Step(), samples_.Bytes())) return false;
-        rows::UnsharpRow(plan_, references, bytes, samples_.Bytes());
-        picture_.Write(y, first, Step(), samples_.Bytes());
+        if (!picture_.Read(y, first, Step(), samples_.data())) return false;
+        rows::UnsharpRow(plan_, references, bytes, samples_.data());
+        picture_.Write(y, first, Step(), samples_.data());
         return true;
     }
 
   private:
     const std::uint8_t* References(std::int32_t y, std::int32_t first) const {
-        if (sharing_ == Sharing::Apart) return reference_.Packed(y, first, Step(), references_.Bytes());
-        return reference_.Read(y, first, Step(), references_.Bytes()) ? references_.Bytes() : nullptr;
+        if (sharing_ == Sharing::Apart) return reference_.Packed(y, first, Step(), references_.data());
+        return reference_.Read(y, first, Step(), references_.data()) ? references_.data() : nullptr;
     }
 
     PackedRows picture_;
@@ -73,17 +73,18 @@ class Sharpening {
     Sharing sharing_;
     bool byRows_;
     rows::UnsharpPlan plan_;
-    platform::PixelBlock samples_;
-    platform::PixelBlock references_;
+    ScratchBytes samples_;
+    ScratchBytes references_;
 };
 
 // False when memory is short.
 bool Sharpen(PixelBuffer& picture, PixelBuffer& reference, rows::ChannelSet set, const rows::UnsharpRule& rule) {
     const Sharpening sharpening(picture, reference, set, rule);
     if (!sharpening) return false;
-    for (std::int32_t y = 0; y < picture.Height; ++y)
-        for (std::int32_t first = 0; first < picture.Width; first += sharpening.Step())
-            if (!sharpening.At(y, first)) break;
+    const RowRange range = CommonRows(RowsOf(picture), RowsOf(reference));
+    for (std::int32_t y = range.first; y < range.end; ++y)
+        for (const rows::Block part : rows::Blocks(picture.Width, sharpening.Step()))
+            if (!sharpening.At(y, part.first)) break;
     return true;
 }
 

@@ -27,22 +27,22 @@ constexpr std::int64_t kSlack = 64;
 
 }  // namespace
 
-BandAcross::Strip BandAcross::StripOf(std::int32_t begin, std::int32_t end) const {
+BandAcross::Strip BandAcross::StripOf(const rows::Block& group) const {
     std::int32_t first = std::numeric_limits<std::int32_t>::max(), last = 0;
-    for (std::int32_t x = begin; x < end; ++x) {
+    for (std::int32_t x = group.first; x < group.End(); ++x) {
         first = std::min(first, lists_[x].first);
         last = std::max(last, lists_[x].first + std::max(lists_[x].count, 1) - 1);
     }
-    return {begin, end, first, last - first + 1};
+    return {group.first, group.End(), first, last - first + 1};
 }
 
 bool BandAcross::CutIntoStrips(std::int32_t columns) {
     if (!strips_.Allocate(std::int64_t{columns} / kGroup + 1)) return false;
     std::int32_t mostColumns = 0;
     for (std::int32_t begin = 0; begin < columns;) {
-        Strip strip = StripOf(begin, std::min(begin + kGroup, columns));
+        Strip strip = StripOf(rows::BlockAt(begin, columns, kGroup));
         while (strip.end < columns && strip.end - begin < kStripColumns) {
-            const Strip next = StripOf(strip.end, std::min(strip.end + kGroup, columns));
+            const Strip next = StripOf(rows::BlockAt(strip.end, columns, kGroup));
             const std::int32_t first = std::min(strip.firstColumn, next.firstColumn);
             const std::int32_t end = std::max(strip.firstColumn + strip.columns, next.firstColumn + next.columns);
             if (end - first > kLaneColumns) break;
@@ -53,8 +53,8 @@ bool BandAcross::CutIntoStrips(std::int32_t columns) {
         begin = strip.end;
     }
     if (mostColumns > kMostLaneColumns) return false;
-    return lanes_.Allocate((std::int64_t{mostColumns} * path_->samples.bytes + kSlack) * kLanes) &&
-           sums_.Allocate((std::int64_t{kStripColumns} * path_->Values() + kSlack) * kLanes);
+    return lanes_.Allocate(std::int64_t{mostColumns} * path_->samples.bytes + kSlack, kLanes) &&
+           sums_.Allocate(std::int64_t{kStripColumns} * path_->Values() + kSlack, kLanes);
 }
 
 bool BandAcross::Prepare(const ScaleJob& job, std::int32_t columns) {
@@ -63,7 +63,7 @@ bool BandAcross::Prepare(const ScaleJob& job, std::int32_t columns) {
     if (!lists_.Start(*job.kernel, job.AcrossScale(columns))) return false;
     for (std::int32_t i = 0; i < lists_.Count(); ++i) lists_.BuildList(i);
     packedStride_ = (std::int64_t{source_->Width} * path_->samples.bytes + 2 * kSlack - 1) / kSlack * kSlack;
-    return CutIntoStrips(columns) && packed_.Allocate(packedStride_ * kLanes);
+    return CutIntoStrips(columns) && packed_.Allocate(kLanes, packedStride_);
 }
 
 unsigned BandAcross::Pack(std::int32_t y) {

@@ -3,9 +3,10 @@
 
 #include <cstdint>
 
+#include "plugin/buffer/Scratch.h"
 #include "plugin/geometry/Contributions.h"
-#include "plugin/geometry/PixelArray.h"
 #include "plugin/geometry/ScaleJob.h"
+#include "plugin/rows/Blocks.h"
 
 namespace tqx {
 
@@ -29,7 +30,7 @@ class BandAcross {
         std::int32_t columns;
     };
 
-    Strip StripOf(std::int32_t begin, std::int32_t end) const;
+    Strip StripOf(const rows::Block& group) const;
     bool CutIntoStrips(std::int32_t columns);
     unsigned Pack(std::int32_t y);
     void MakeStrip(const Strip& strip, double* rows, std::int64_t stride);
@@ -37,12 +38,12 @@ class BandAcross {
     PixelBuffer* source_ = nullptr;
     const ScalePath* path_ = nullptr;
     Contributions lists_;
-    PixelArray<Strip> strips_;
+    Scratch<Strip> strips_;
     std::int32_t stripCount_ = 0;
-    PixelArray<std::uint8_t> packed_;  // the sampled bytes of a band, row after row
+    Scratch<std::uint8_t> packed_;  // the sampled bytes of a band, row after row
     std::int64_t packedStride_ = 0;
-    PixelArray<double> lanes_;
-    PixelArray<float> sums_;
+    Scratch<double> lanes_;
+    Scratch<float> sums_;
 };
 
 }  // namespace tqx

@@ -47,13 +47,13 @@ bool BandDown::ChooseMemory() {
         span = std::max<std::int64_t>(span, std::int64_t{reaches_[y]} - lists_[y].first + 1);
     ringRows_ = (span + 2 * kLanes - 2) / kLanes * kLanes;  // a row may end with the first row of a band
     const bool enlarging = job_->height >= job_->source->Height;
-    carries_ = !enlarging && ringRows_ * stride_ * std::int64_t{sizeof(double)} > kMostRingBytes;
+    carries_ = !enlarging && ringRows_ > kMostRingBytes / std::int64_t{sizeof(double)} / stride_;
     if (carries_) {
         ringRows_ = kLanes;
         carriedRows_ = MostRowsUnderWay();
     }
-    return ring_.Allocate(ringRows_ * stride_) && ringRow_.Allocate(2 * ringRows_) &&
-           carried_.Allocate(carriedRows_ * stride_) && bytes_.Allocate(kBatch * stride_);
+    return ring_.Allocate(ringRows_, stride_) && ringRow_.Allocate(2, ringRows_) &&
+           carried_.Allocate(carriedRows_, stride_) && bytes_.Allocate(kBatch, stride_);
 }
 
 bool BandDown::Prepare(const ScaleJob& job) {
@@ -85,24 +85,24 @@ rows::DownRow BandDown::RowOf(std::int32_t y) const {
     return row;
 }
 
-void BandDown::AddBatch(std::int32_t begin, std::int32_t end) {
+void BandDown::AddBatch(const rows::Block& block) {
     rows::DownRow batch[kBatch] = {};
-    for (std::int32_t y = begin; y < end; ++y) {
-        batch[y - begin] = RowOf(y);
-        batch[y - begin].bytes = bytes_.data() + (y - begin) * stride_;
+    for (std::int32_t i = 0; i < block.count; ++i) {
+        batch[i] = RowOf(block.first + i);
+        batch[i].bytes = bytes_.data() + i * stride_;
     }
-    rows::SumDown(batch, end - begin, stride_);
-    for (std::int32_t y = begin; y < end; ++y) {
-        if (!batch[y - begin].ends) continue;
-        next_ = y + 1;
-        std::uint8_t* const row = RowAddress(*job_->self, y);
-        if (row) rows::MoveRow(job_->path.fromPacked, batch[y - begin].bytes, row, job_->columns);
+    rows::SumDown(batch, block.count, stride_);
+    for (std::int32_t i = 0; i < block.count; ++i) {
+        if (!batch[i].ends) continue;
+        next_ = block.first + i + 1;
+        std::uint8_t* const row = RowAddress(*job_->self, block.first + i);
+        if (row) rows::MoveRow(job_->path.fromPacked, batch[i].bytes, row, job_->columns);
     }
 }
 
 // The end of the rows of self that the latest band is added to.
 std::int32_t BandDown::EndOfWork() const {
-    const PixelArray<std::int32_t>& bounds = carries_ ? starts_ : reaches_;
+    const Scratch<std::int32_t>& bounds = carries_ ? starts_ : reaches_;
     std::int32_t end = next_;
     while (end < lists_.Count() && bounds[end] < bandBegin_ + kLanes) ++end;
     return end;
@@ -110,11 +110,7 @@ std::int32_t BandDown::EndOfWork() const {
 
 void BandDown::TakeBand() {
     const std::int32_t end = EndOfWork();
-    for (std::int32_t y = next_; y < end;) {
-        const std::int32_t batchEnd = std::min(y + kBatch, end);
-        AddBatch(y, batchEnd);
-        y = batchEnd;
-    }
+    for (const rows::Block batch : rows::Blocks(next_, end, kBatch)) AddBatch(batch);
     begun_ = std::max(begun_, end);
     bandBegin_ += kLanes;
 }

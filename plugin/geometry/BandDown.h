@@ -8,9 +8,10 @@
 
 #include <cstdint>
 
+#include "plugin/buffer/Scratch.h"
 #include "plugin/geometry/Contributions.h"
-#include "plugin/geometry/PixelArray.h"
 #include "plugin/geometry/ScaleJob.h"
+#include "plugin/rows/Blocks.h"
 #include "plugin/rows/ScaleDown.h"
 
 namespace tqx {
@@ -39,20 +40,20 @@ class BandDown {
     std::int64_t MostRowsUnderWay() const;
     rows::DownRow RowOf(std::int32_t y) const;
     std::int32_t EndOfWork() const;
-    void AddBatch(std::int32_t begin, std::int32_t end);
+    void AddBatch(const rows::Block& block);
 
     const ScaleJob* job_ = nullptr;
     Contributions lists_;
-    PixelArray<std::int32_t> starts_;   // no row of self from this one on uses rows above
-    PixelArray<std::int32_t> reaches_;  // no row of self up to this one uses rows below
-    std::int64_t stride_ = 0;           // values, whole pieces
-    PixelArray<double> ring_;
+    Scratch<std::int32_t> starts_;   // no row of self from this one on uses rows above
+    Scratch<std::int32_t> reaches_;  // no row of self up to this one uses rows below
+    std::int64_t stride_ = 0;        // values, whole pieces
+    Scratch<double> ring_;
     std::int64_t ringRows_ = 0;
-    PixelArray<const double*> ringRow_;  // the ring's rows twice in a row, so that runs may wrap
+    Scratch<const double*> ringRow_;  // the ring's rows twice in a row, so that runs may wrap
     bool carries_ = false;
-    PixelArray<double> carried_;
+    Scratch<double> carried_;
     std::int64_t carriedRows_ = 0;
-    PixelArray<std::uint8_t> bytes_;  // of a batch
+    Scratch<std::uint8_t> bytes_;  // of a batch
     std::int64_t bandBegin_ = 0;
     std::int32_t next_ = 0;   // first row of self that isn't complete
     std::int32_t begun_ = 0;  // first row of self that has no sums yet

@@ -5,9 +5,10 @@
 #include <cmath>
 #include <cstring>
 
-#include "platform/PixelMemory.h"
 #include "plugin/buffer/RowPairs.h"
+#include "plugin/buffer/Scratch.h"
 #include "plugin/buffer/Sharing.h"
+#include "plugin/rows/Blocks.h"
 #include "plugin/rows/Move.h"
 #include "plugin/rows/Skew.h"
 
@@ -59,13 +60,14 @@ class Strip {
 
     static std::int64_t BytesFor(std::int32_t columns) { return RingRows(columns) * columns * kMostBytes; }
 
-    // Shears columns x .. x + count - 1; gives the position of the column after them.
-    double Shear(std::int32_t x, std::int32_t count, double position, double slope) {
-        x_ = x;
-        count_ = count;
+    // Shears some columns; gives the position of the column after them.
+    double Shear(const rows::Block& columns, double position, double slope) {
+        x_ = columns.first;
+        count_ = columns.count;
         position = Place(position, slope);
         std::int64_t loaded = 0;
-        for (std::int32_t y = 0; y < destination_.Height; ++y) {
+        const RowRange range = RowsOf(destination_);
+        for (std::int32_t y = range.first; y < range.end; ++y) {
             const std::int64_t needed = std::min<std::int64_t>(source_.Height, y - least_ + 1);
             for (; loaded < needed; ++loaded) Load(static_cast<std::int32_t>(loaded));
             if (std::uint8_t* const row = RowAddress(destination_, y)) {
@@ -181,13 +183,15 @@ class ColumnInOrder {
     }
 
     void Shear(std::int32_t x, const Distance& distance) {
-        for (std::int32_t y = 0; y < destination_.Height; ++y) Store(x, y, background_);
+        const RowRange range = RowsOf(destination_);
+        for (std::int32_t y = range.first; y < range.end; ++y) Store(x, y, background_);
         std::uint8_t left[4];
         for (int c = 0; c < count_; ++c) left[c] = rows::LeftOfSkew(distance.weight, background_[c]);
         bool ends = false;
-        for (std::int32_t y = 0; y < source_.Height; ++y) {
+        const RowRange sheared = RowsOf(source_);
+        for (std::int32_t y = sheared.first; y < sheared.end; ++y) {
             const std::uint8_t* const row = RowAddress(source_, y);
-            ends = row != nullptr;
+            ends = row && y + 1 == source_.Height;
             if (!row) continue;
             std::uint8_t moved[4];
             for (int c = 0; c < count_; ++c) {
@@ -232,12 +236,11 @@ bool ShearColumns(PixelBuffer& source, PixelBuffer& destination, const ShearedCh
     }
     const bool mapped = source.IsMapping || destination.IsMapping;
     const std::int32_t columns = mapped ? kMappedStripColumns : kStripColumns;
-    const platform::PixelBlock ring(Strip::BytesFor(columns));
+    const ScratchBytes ring(Strip::BytesFor(columns));
     if (!ring) return false;
-    Strip strip(source, destination, channels, columns, ring.Bytes());
+    Strip strip(source, destination, channels, columns, ring.data());
     const std::int32_t width = std::min(source.Width, destination.Width);
-    for (std::int32_t x = 0; x < width; x += columns)
-        position = strip.Shear(x, std::min(columns, width - x), position, slope);
+    for (const rows::Block block : rows::Blocks(width, columns)) position = strip.Shear(block, position, slope);
     return true;
 }
 

@@ -75,16 +75,12 @@ void WeightStore::Keep(const double* reserved, std::int64_t count) {
     room_ += unused;
 }
 
-Contributions::~Contributions() { std::free(lists_); }
-
 bool Contributions::Start(const ScaleKernel& kernel, const AxisScale& scale) {
     kernel_ = &kernel;
     scale_ = scale;
     scale_.built = std::max(scale.built, 0);
     factor_ = static_cast<double>(scale.to) / static_cast<double>(scale.from);
-    std::free(lists_);
-    lists_ = static_cast<rows::Taps*>(std::calloc(static_cast<std::size_t>(scale_.built) + 1, sizeof(rows::Taps)));
-    return lists_ != nullptr;
+    return lists_.Allocate(scale_.built);
 }
 
 void Contributions::BuildList(std::int32_t i) {

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 
+#include "plugin/buffer/Scratch.h"
 #include "plugin/geometry/ScaleKernels.h"
 #include "plugin/rows/Taps.h"
 
@@ -48,12 +49,7 @@ class WeightStore {
 // The lists of one direction.
 class Contributions {
   public:
-    Contributions() = default;
-    ~Contributions();
-    Contributions(const Contributions&) = delete;
-    Contributions& operator=(const Contributions&) = delete;
-
-    // Starts anew for a direction; false when there is no memory for the lists.
+    // Starts for a direction, once; false when there is no memory for the lists.
     bool Start(const ScaleKernel& kernel, const AxisScale& scale);
 
     // Builds list i; call it for 0, 1, … in turn. A list whose weights find no memory is empty with
@@ -62,7 +58,7 @@ class Contributions {
 
     std::int32_t Count() const { return scale_.built; }
     const rows::Taps& operator[](std::int32_t i) const { return lists_[i]; }
-    const rows::Taps* Lists() const { return lists_; }
+    const rows::Taps* Lists() const { return lists_.data(); }
 
     // The most samples of a list.
     std::int32_t MostTaps() const { return mostTaps_; }
@@ -79,7 +75,7 @@ class Contributions {
     const ScaleKernel* kernel_ = nullptr;
     AxisScale scale_{};
     double factor_ = 1;
-    rows::Taps* lists_ = nullptr;
+    Scratch<rows::Taps> lists_;
     std::int32_t mostTaps_ = 0;
     WeightStore weights_;
     Remembered remembered_[kRemembered];

@@ -3,11 +3,12 @@
 #include <algorithm>
 #include <cstring>
 
-#include "platform/PixelMemory.h"
 #include "plugin/buffer/Destination.h"
 #include "plugin/buffer/InPlaceRows.h"
 #include "plugin/buffer/PixelBuffer.h"
 #include "plugin/buffer/RowPairs.h"
+#include "plugin/buffer/Scratch.h"
+#include "plugin/rows/Blocks.h"
 #include "plugin/rows/Move.h"
 
 namespace tqx {
@@ -29,8 +30,8 @@ class RowTrader {
           plan_(plan),
           reverses_(reverses),
           pairs_(buffer.IsMapping && buffer.YieldTicks <= 0 ? kMappedPairs : 1),
-          upper_(std::int64_t{buffer.RowSize} * pairs_),
-          lower_(std::int64_t{buffer.RowSize} * pairs_) {
+          upper_(pairs_, buffer.RowSize),
+          lower_(pairs_, buffer.RowSize) {
         // A block's rows may be shorter than their pixels; those past the copies' end don't move.
         const std::int64_t last = buffer.RowSize - (std::int64_t{plan.from.offset} + plan.from.size);
         if (last < 0) return;
@@ -64,11 +65,11 @@ class RowTrader {
 
     std::int32_t Opposite(std::int32_t y) const { return buffer_.Height - 1 - y; }
 
-    std::uint8_t* At(const platform::PixelBlock& copies, std::int32_t i) const {
-        return copies.Bytes() + std::int64_t{i} * buffer_.RowSize;
+    std::uint8_t* At(const ScratchBytes& copies, std::int32_t i) const {
+        return copies.data() + std::int64_t{i} * buffer_.RowSize;
     }
 
-    bool Copy(std::int32_t y, const platform::PixelBlock& to, std::int32_t i) {
+    bool Copy(std::int32_t y, const ScratchBytes& to, std::int32_t i) {
         const std::uint8_t* const row = RowAddress(buffer_, y);
         if (row) std::memcpy(At(to, i), row, bytes_);
         return row != nullptr;
@@ -76,7 +77,7 @@ class RowTrader {
 
     // Copies to the rows y .. y + count - 1 or to those opposite; a pair of which one row was not
     // there is left out.
-    void Write(std::int32_t y, std::int32_t count, const platform::PixelBlock& copies, bool opposite) {
+    void Write(std::int32_t y, std::int32_t count, const ScratchBytes& copies, bool opposite) {
         PlaceWindow(buffer_, opposite ? Opposite(y + count - 1) : y, opposite ? Opposite(y) : y + count - 1);
         for (std::int32_t i = 0; i < count; ++i)
             if (there_[i]) WriteRow(opposite ? Opposite(y + i) : y + i, At(copies, i));
@@ -95,12 +96,18 @@ class RowTrader {
     const rows::MovePlan& plan_;
     bool reverses_;
     std::int32_t pairs_;
-    platform::PixelBlock upper_;
-    platform::PixelBlock lower_;
+    ScratchBytes upper_;
+    ScratchBytes lower_;
     std::int32_t pixels_ = 0;  // that a copy holds
     std::size_t bytes_ = 0;    // of them, from the row's start
     bool there_[kMappedPairs];
 };
+
+// The upper rows of the pairs that the storage has.
+RowRange PairsOf(const PixelBuffer& buffer) {
+    const RowRange present = RowsOf(buffer);
+    return CommonRows(present, {buffer.Height - present.end, buffer.Height / 2});
+}
 
 // The middle one of an odd number of rows is in no pair: intended, also where rows are reversed.
 void TradeRows(PixelBuffer& buffer, bool reverses) {
@@ -110,9 +117,9 @@ void TradeRows(PixelBuffer& buffer, bool reverses) {
     RowTrader trader(buffer, plan, reverses);
     if (!trader.HasMemory()) return;
     const StorageWatch watch(buffer);
-    const std::int32_t pairs = buffer.Height / 2;
-    for (std::int32_t y = 0; y < pairs; y += trader.Pairs()) {
-        trader.Trade(y, std::min(trader.Pairs(), pairs - y));
+    const RowRange pairs = PairsOf(buffer);
+    for (const rows::Block block : rows::Blocks(pairs.first, pairs.end, trader.Pairs())) {
+        trader.Trade(block.first, block.count);
         if (!YieldAndKeep(buffer, watch)) return;
     }
 }

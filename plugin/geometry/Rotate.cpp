@@ -105,7 +105,8 @@ void ShearAcross(PixelBuffer& source, PixelBuffer& destination, const ShearedCha
     const rows::SkewPlan plan = PlanRows(source, destination, channels);
     RowPairs pairs(source, destination);
     const std::int32_t height = source.Height;
-    for (std::int32_t y = 0; y < height; ++y) {
+    const RowRange range = CommonRows(RowsOf(destination), {0, height});
+    for (std::int32_t y = range.first; y < range.end; ++y) {
         const double row = tangent >= 0 ? y : static_cast<double>(y) - height;
         ShearRow(pairs, source, destination, plan, y, tangent * (row + 0.5));
     }
@@ -117,7 +118,8 @@ void ShearBack(PixelBuffer& source, PixelBuffer& destination, const ShearedChann
     const rows::SkewPlan plan = PlanRows(source, destination, channels);
     RowPairs pairs(source, destination);
     double distance = start;
-    for (std::int32_t y = 0; y < rowCount; ++y, distance = distance + tangent)
+    const std::int32_t end = std::min(rowCount, RowsOf(destination).end);
+    for (std::int32_t y = 0; y < end; ++y, distance = distance + tangent)
         ShearRow(pairs, source, destination, plan, y, distance);
 }
 

@@ -29,9 +29,9 @@ bool Yields(const ScaleJob& job) {
 
 void CutToPictures(ScaleJob& job) {
     job.columns = std::clamp(job.self->Width, 0, job.width);
-    job.rows = std::clamp(job.self->Height, 0, job.height);
+    job.rows = std::clamp(RowsOf(*job.self).end, 0, job.height);
     job.keptColumns = std::clamp(job.intermediate->Width, 0, job.width);
-    job.keptRows = std::clamp(job.intermediate->Height, 0, job.source->Height);
+    job.keptRows = std::clamp(RowsOf(*job.intermediate).end, 0, job.source->Height);
 }
 
 // Whether the intermediate's rows lie apart, so that what is read from it is what was written: the
@@ -41,9 +41,19 @@ bool RowsLieApart(const ScaleJob& job) {
            std::abs(std::int64_t{job.intermediate->RowSize}) >= std::int64_t{job.keptColumns} * rows::kSlotPixelSize;
 }
 
+// Weights are kept for every row that the source claims: for very many that its storage doesn't have,
+// that is as if memory were short.
+constexpr std::int32_t kMostMissingRows = 1 << 24;
+
+std::int32_t MissingRows(const PixelBuffer& buffer) {
+    const RowRange present = RowsOf(buffer);
+    return buffer.Height - (present.end - present.first);
+}
+
 bool RunInOrder(const ScaleJob& job) { return ScaleAcrossInOrder(job) && ScaleDownInOrder(job); }
 
 bool RunPasses(const ScaleJob& job) {
+    if (RowsOf(*job.source).IsEmpty()) return ScaleDownInOrder(job);
     if (Yields(job) || MayShareStorage(*job.intermediate, *job.source) || MayShareStorage(*job.intermediate, *job.self))
         return RunInOrder(job);
     if (job.intermediateIsOurs && !MayShareStorage(*job.source, *job.self) && ScaleThroughBands(job)) return true;
@@ -57,6 +67,7 @@ bool Run(ScaleJob& job) {
         return false;
     if (!ChooseScalePath(*job.source, *job.self, &job.path) || !Begin(job)) return false;
     if (job.source->Width <= 0 || job.source->Height <= 0) return true;
+    if (MissingRows(*job.source) > kMostMissingRows) return false;
     CutToPictures(job);
     return RunPasses(job);
 }

@@ -7,6 +7,7 @@
 #include "plugin/buffer/PixelBuffer.h"
 #include "plugin/buffer/RowPairs.h"
 #include "plugin/buffer/Saturate.h"
+#include "plugin/rows/Blocks.h"
 #include "plugin/rows/Convert.h"
 #include "plugin/rows/Nearest.h"
 
@@ -55,23 +56,21 @@ class RowScaler {
 
     void ScalePicked(const std::uint8_t* source, std::uint8_t* destination) {
         alignas(64) std::uint8_t picked[kPixelsATime * 4];
-        for (std::int32_t x = 0; x < width_; x += kPixelsATime) {
-            const std::int32_t count = std::min(kPixelsATime, width_ - x);
-            rows::PickPixels(whole_.from, source, sourceWidth_, Columns(x, count), count, picked);
-            rows::ConvertRow(packed_, picked, destination + std::int64_t{x} * whole_.to.pixelSize, count);
+        for (const rows::Block part : rows::Blocks(width_, kPixelsATime)) {
+            rows::PickPixels(whole_.from, source, sourceWidth_, Columns(part), part.count, picked);
+            rows::ConvertRow(packed_, picked, destination + std::int64_t{part.first} * whole_.to.pixelSize, part.count);
         }
     }
 
     std::int32_t ColumnOf(std::int32_t x) const { return static_cast<std::int32_t>(step_ * x); }
 
-    // The source columns of x .. x + count - 1. The last place serves those that are not kept.
-    const std::int32_t* Columns(std::int32_t x, std::int32_t count) {
-        const std::int32_t end = x + count;
-        if (end <= known_) return columns_ + x;
-        const bool keeps = end <= kColumnsKept;
-        std::int32_t* const to = keeps ? columns_ + x : columns_ + kColumnsKept;
-        for (std::int32_t i = 0; i < count; ++i) to[i] = ColumnOf(x + i);
-        if (keeps) known_ = end;
+    // The source columns of some pixels. The last place serves those that are not kept.
+    const std::int32_t* Columns(const rows::Block& part) {
+        if (part.End() <= known_) return columns_ + part.first;
+        const bool keeps = part.End() <= kColumnsKept;
+        std::int32_t* const to = columns_ + (keeps ? part.first : kColumnsKept);
+        for (std::int32_t i = 0; i < part.count; ++i) to[i] = ColumnOf(part.first + i);
+        if (keeps) known_ = part.End();
         return to;
     }
 
@@ -107,7 +106,8 @@ void ScaleRows(PixelBuffer& source, PixelBuffer& destination, const rows::Conver
     const StorageWatch sourceWatch(source), destinationWatch(destination);
     RowPairs pairs(source, destination);
     const double step = static_cast<double>(source.Height) / height;
-    for (std::int32_t y = 0; y < height; ++y) {
+    const RowRange range = CommonRows(RowsOf(destination), {0, height});
+    for (std::int32_t y = range.first; y < range.end; ++y) {
         if (const RowPair pair = pairs.At(Truncate(step * y), y)) scaler.Scale(pair.source, pair.destination);
         if (!YieldAndKeep(destination, destinationWatch) || !sourceWatch.Holds()) return;
     }

@@ -36,10 +36,10 @@ void WriteBand(const ScaleJob& job, std::int32_t y, unsigned present, const doub
 
 Across ScaleAcrossInBands(const ScaleJob& job) {
     BandAcross across;
-    PixelArray<double> band;
+    Scratch<double> band;
     const std::int64_t values = std::int64_t{job.keptColumns} * job.path.Values();
     const std::int64_t stride = (values + rows::kPiece - 1) / rows::kPiece * rows::kPiece;
-    if (!across.Prepare(job, job.keptColumns) || !band.Allocate(stride * kLanes)) return Across::NotDone;
+    if (!across.Prepare(job, job.keptColumns) || !band.Allocate(kLanes, stride)) return Across::NotDone;
     Across result = Across::Complete;
     for (std::int64_t y = 0; y < job.keptRows; y += kLanes) {
         const auto row = static_cast<std::int32_t>(y);

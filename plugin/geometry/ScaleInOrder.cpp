@@ -1,18 +1,14 @@
 #include <algorithm>
-#include <cstdlib>
-#include <memory>
 
+#include "plugin/buffer/Scratch.h"
 #include "plugin/buffer/Sharing.h"
 #include "plugin/geometry/ScaleJob.h"
+#include "plugin/rows/Blocks.h"
 #include "plugin/rows/ScaleDown.h"
 
 namespace tqx {
 
 namespace {
-
-struct FreeMemory {
-    void operator()(void* memory) const { std::free(memory); }
-};
 
 bool BuildLists(const ScaleKernel& kernel, const AxisScale& scale, const ScalePictures& pictures,
                 Contributions& lists) {
@@ -60,11 +56,8 @@ void ColumnsDown(const ScaleJob& job, const rows::Taps& list, std::int32_t y, st
 }
 
 void RowDown(const ScaleJob& job, const rows::Taps& list, std::int32_t y, const Stretch& stretch) {
-    for (std::int32_t x = 0; x < job.columns;) {
-        const std::int32_t columns = std::min(stretch.columns, job.columns - x);
+    for (const auto [x, columns] : rows::Blocks(job.columns, stretch.columns))
         ColumnsDown(job, list, y, x, columns, stretch);
-        x += columns;
-    }
 }
 
 bool RowsDown(const ScaleJob& job, const Stretch& stretch) {
@@ -99,12 +92,10 @@ bool ScaleDownInOrder(const ScaleJob& job) {
     // written.
     if (MayShareStorage(*job.self, *job.intermediate)) return RowsDown(job, {fewSums, fewBytes, 1});
     const std::int32_t columns = std::max(job.columns, 1);
-    const std::int64_t values = std::int64_t{columns} * rows::kSlots;
-    const std::unique_ptr<void, FreeMemory> memory(
-        std::malloc(static_cast<std::size_t>(values) * (sizeof(double) + sizeof(std::uint8_t))));
-    if (!memory) return RowsDown(job, {fewSums, fewBytes, kFewColumns});
-    auto* const sums = static_cast<double*>(memory.get());
-    return RowsDown(job, {sums, reinterpret_cast<std::uint8_t*>(sums + values), columns});
+    const Scratch<double> sums(columns, rows::kSlots);
+    const ScratchBytes bytes(columns, rows::kSlots);
+    if (!sums || !bytes) return RowsDown(job, {fewSums, fewBytes, kFewColumns});
+    return RowsDown(job, {sums.data(), bytes.data(), columns});
 }
 
 }  // namespace tqx

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "plugin/buffer/RowPairs.h"
+#include "plugin/rows/Blocks.h"
 #include "plugin/rows/Transpose.h"
 
 namespace tqx {
@@ -28,19 +29,16 @@ TurnedBlock::TurnedBlock(rows::ChannelSet set, const rows::PixelLayout& from, co
       unpack_(rows::PlanMoves(rows::MovesBetween(set, PackedForTurn(set), to))),
       readStride_(StrideOf(std::int64_t{columns} * pixelSize_)),
       turnedStride_(StrideOf(std::int64_t{rows} * pixelSize_)),
-      read_(readStride_ * kRowsATime),
-      turned_(turnedStride_ * columns) {}
+      read_(kRowsATime, readStride_),
+      turned_(columns, turnedStride_) {}
 
 bool TurnedBlock::Take(PixelBuffer& source, std::int32_t left, std::int32_t right, std::int32_t top,
                        std::int32_t bottom) {
     columns_ = right - left;
     rows_ = bottom - top;
     const std::int32_t step = std::min(kRowsATime, RowsInWindow(source));
-    for (std::int32_t y = top; y < bottom;) {
-        const std::int32_t count = std::min(step, bottom - y);
-        if (!TakeRows(source, left, y, count, y - top)) return false;
-        y += count;
-    }
+    for (const rows::Block taken : rows::Blocks(top, bottom, step))
+        if (!TakeRows(source, left, taken.first, taken.count, taken.first - top)) return false;
     return true;
 }
 
@@ -54,24 +52,23 @@ bool TurnedBlock::TakeRows(PixelBuffer& source, std::int32_t left, std::int32_t 
         if (!row) return false;
         // The row that comes first becomes the first column of a left turn, the last of a right one.
         const std::int64_t line = upright ? i : count - 1 - i;
-        rows::MoveRow(pack_, row + std::int64_t{left} * source.PixelSize, read_.Bytes() + line * readStride_, columns_);
+        rows::MoveRow(pack_, row + std::int64_t{left} * source.PixelSize, read_.data() + line * readStride_, columns_);
     }
     const std::int64_t column = upright ? done : rows_ - done - count;
-    rows::TransposePixels(pixelSize_, read_.Bytes(), readStride_, turned_.Bytes() + column * pixelSize_, turnedStride_,
+    rows::TransposePixels(pixelSize_, read_.data(), readStride_, turned_.data() + column * pixelSize_, turnedStride_,
                           columns_, count);
     return true;
 }
 
 void TurnedBlock::Write(PixelBuffer& destination, std::int32_t column, std::int32_t row) const {
     const std::int32_t step = RowsInWindow(destination);
-    for (std::int32_t done = 0; done < columns_;) {
-        const std::int32_t end = done + std::min(step, columns_ - done);
-        PlaceWindow(destination, row + done, row + end - 1);
-        for (; done < end; ++done) {
-            std::uint8_t* const to = RowAddress(destination, row + done);
-            const std::int64_t line = quarter_ == Quarter::Left ? columns_ - 1 - done : done;
+    for (const rows::Block band : rows::Blocks(columns_, step)) {
+        PlaceWindow(destination, row + band.first, row + band.End() - 1);
+        for (std::int32_t i = band.first; i < band.End(); ++i) {
+            std::uint8_t* const to = RowAddress(destination, row + i);
+            const std::int64_t line = quarter_ == Quarter::Left ? columns_ - 1 - i : i;
             if (to)
-                rows::MoveRow(unpack_, turned_.Bytes() + line * turnedStride_,
+                rows::MoveRow(unpack_, turned_.data() + line * turnedStride_,
                               to + std::int64_t{column} * destination.PixelSize, rows_);
         }
     }

@@ -8,8 +8,8 @@
 
 #include <cstdint>
 
-#include "platform/PixelMemory.h"
 #include "plugin/buffer/PixelBuffer.h"
+#include "plugin/buffer/Scratch.h"
 #include "plugin/geometry/TurnedTile.h"
 #include "plugin/rows/Move.h"
 
@@ -39,8 +39,8 @@ class TurnedBlock {
     rows::MovePlan unpack_;
     std::int64_t readStride_;
     std::int64_t turnedStride_;
-    platform::PixelBlock read_;            // some rows of the source, packed
-    platform::PixelBlock turned_;          // column by column
+    ScratchBytes read_;                    // some rows of the source, packed
+    ScratchBytes turned_;                  // column by column
     std::int32_t columns_ = 0, rows_ = 0;  // that were taken
 };
 

@@ -4,14 +4,15 @@
 #include <cstring>
 #include <limits>
 
-#include "platform/PixelMemory.h"
 #include "plugin/buffer/Destination.h"
 #include "plugin/buffer/MappedStorage.h"
 #include "plugin/buffer/PixelBuffer.h"
 #include "plugin/buffer/RowPairs.h"
+#include "plugin/buffer/Scratch.h"
 #include "plugin/buffer/Sharing.h"
 #include "plugin/geometry/TurnedBlock.h"
 #include "plugin/geometry/TurnedTile.h"
+#include "plugin/rows/Blocks.h"
 #include "plugin/rows/Move.h"
 
 namespace tqx {
@@ -37,10 +38,14 @@ struct QuarterTurn {
     std::int32_t ColumnOf(std::int32_t y) const { return quarter == Quarter::Left ? y : height - 1 - y; }
 
     Reach Reached() const {
-        const std::int32_t across = std::min(width, destination.Height), down = std::min(height, destination.Width);
-        if (across <= 0 || down <= 0) return {};
-        if (quarter == Quarter::Left) return {width - across, width, 0, down};
-        return {0, across, height - down, height};
+        const std::int32_t down = std::min(height, destination.Width);
+        const RowRange written = CommonRows(RowsOf(destination), {0, width});
+        if (written.IsEmpty() || down <= 0) return {};
+        const RowRange present = RowsOf(source);
+        const bool left = quarter == Quarter::Left;
+        const RowRange read = CommonRows(present, left ? RowRange{0, down} : RowRange{height - down, height});
+        return {left ? width - written.end : written.first, left ? width - written.first : written.end, read.first,
+                read.end};
     }
 };
 
@@ -71,8 +76,8 @@ void TurnPixel(const QuarterTurn& turn, const rows::PixelMoves& moves, std::int3
 // The definition: blocks by rows, and the pixels of a block by rows.
 void TurnInOrder(const QuarterTurn& turn, const rows::PixelMoves& moves, std::int32_t block) {
     const Reach reach = turn.Reached();
-    for (std::int64_t y0 = 0; y0 < turn.height; y0 += block)
-        for (std::int64_t x0 = 0; x0 < turn.width; x0 += block) {
+    for (std::int64_t y0 = reach.top / block * block; y0 < reach.bottom; y0 += block)
+        for (std::int64_t x0 = reach.left / block * block; x0 < reach.right; x0 += block) {
             const std::int64_t right = std::min<std::int64_t>(x0 + block, reach.right);
             const std::int64_t bottom = std::min<std::int64_t>(y0 + block, reach.bottom);
             for (std::int64_t y = std::max<std::int64_t>(y0, reach.top); y < bottom; ++y)
@@ -96,14 +101,12 @@ void TurnBlock(const QuarterTurn& turn, TurnedTile& tile, const Reach& block) {
     const std::int32_t lowest = std::min(turn.RowOf(block.left), turn.RowOf(block.right - 1));
     PlaceWindow(turn.source, block.top, block.bottom - 1);
     PlaceWindow(turn.destination, lowest, lowest + columns - 1);
-    for (std::int32_t done = 0; done < columns; done += TurnedTile::kSide) {
-        const std::int32_t across = std::min(TurnedTile::kSide, columns - done);
-        const std::int32_t x = turn.quarter == Quarter::Left ? block.right - done - across : block.left + done;
-        for (std::int32_t y = block.top; y < block.bottom; y += TurnedTile::kSide) {
-            const std::int32_t down = std::min(TurnedTile::kSide, block.bottom - y);
-            const std::int32_t column = std::min(turn.ColumnOf(y), turn.ColumnOf(y + down - 1));
-            tile.Read(turn.source, x, y, across, down);
-            tile.Write(turn.destination, column, lowest + done);
+    for (const rows::Block across : rows::Blocks(columns, TurnedTile::kSide)) {
+        const std::int32_t x = turn.quarter == Quarter::Left ? block.right - across.End() : block.left + across.first;
+        for (const rows::Block down : rows::Blocks(block.top, block.bottom, TurnedTile::kSide)) {
+            const std::int32_t column = std::min(turn.ColumnOf(down.first), turn.ColumnOf(down.End() - 1));
+            tile.Read(turn.source, x, down.first, across.count, down.count);
+            tile.Write(turn.destination, column, lowest + across.first);
         }
     }
 }
@@ -111,15 +114,9 @@ void TurnBlock(const QuarterTurn& turn, TurnedTile& tile, const Reach& block) {
 // In any order: blocks only where there are windows to keep.
 void TurnByTiles(const QuarterTurn& turn, TurnedTile& tile, const Reach& reach) {
     const std::int32_t down = RowsInWindow(turn.source), across = RowsInWindow(turn.destination);
-    for (std::int32_t top = reach.top; top < reach.bottom;) {
-        const std::int32_t bottom = top + std::min(down, reach.bottom - top);
-        for (std::int32_t left = reach.left; left < reach.right;) {
-            const std::int32_t right = left + std::min(across, reach.right - left);
-            TurnBlock(turn, tile, {left, right, top, bottom});
-            left = right;
-        }
-        top = bottom;
-    }
+    for (const rows::Block lines : rows::Blocks(reach.top, reach.bottom, down))
+        for (const rows::Block columns : rows::Blocks(reach.left, reach.right, across))
+            TurnBlock(turn, tile, {columns.first, columns.End(), lines.first, lines.End()});
 }
 
 // Blocks between two files that are turned in memory, in pixels of the source. The destination is
@@ -131,19 +128,15 @@ constexpr std::int32_t kBlockColumns = 2048;
 bool HasManyWindows(const PixelBuffer& buffer) { return buffer.IsMapping && buffer.windowRows < buffer.Height; }
 
 void TurnThroughMemory(const QuarterTurn& turn, const Reach& reach, TurnedTile& tile, TurnedBlock& block) {
-    for (std::int32_t top = reach.top; top < reach.bottom;) {
-        const std::int32_t bottom = top + std::min(kBlockRows, reach.bottom - top);
-        for (std::int32_t left = reach.left; left < reach.right;) {
-            const std::int32_t right = left + std::min(kBlockColumns, reach.right - left);
-            if (block.Take(turn.source, left, right, top, bottom))
-                block.Write(turn.destination, std::min(turn.ColumnOf(top), turn.ColumnOf(bottom - 1)),
-                            std::min(turn.RowOf(left), turn.RowOf(right - 1)));
+    for (const rows::Block lines : rows::Blocks(reach.top, reach.bottom, kBlockRows))
+        for (const rows::Block columns : rows::Blocks(reach.left, reach.right, kBlockColumns)) {
+            const Reach part{columns.first, columns.End(), lines.first, lines.End()};
+            if (block.Take(turn.source, part.left, part.right, part.top, part.bottom))
+                block.Write(turn.destination, std::min(turn.ColumnOf(part.top), turn.ColumnOf(part.bottom - 1)),
+                            std::min(turn.RowOf(part.left), turn.RowOf(part.right - 1)));
             else
-                TurnByTiles(turn, tile, {left, right, top, bottom});
-            left = right;
+                TurnByTiles(turn, tile, part);
         }
-        top = bottom;
-    }
 }
 
 void TurnInAnyOrder(const QuarterTurn& turn, const Operation& operation) {
@@ -189,11 +182,12 @@ void TurnHalf(const Operation& operation, const rows::MovePlan& plan) {
     const std::int64_t first = (std::int64_t{source.Width} - width) * source.PixelSize;
     const std::int32_t band = std::min(RowsInWindow(source), RowsInWindow(destination));
     RowPairs pairs(source, destination);
-    for (std::int32_t y = source.Height - operation.CommonHeight(); y < source.Height;) {
-        const std::int32_t end = y + std::min(band, source.Height - y);
-        PlaceWindow(source, y, end - 1);
-        PlaceWindow(destination, source.Height - end, source.Height - 1 - y);
-        for (; y < end; ++y)
+    const RowRange written = RowsOf(destination);
+    const RowRange range = CommonRows(RowsOf(source), {source.Height - written.end, source.Height - written.first});
+    for (const rows::Block lines : rows::Blocks(range.first, range.end, band)) {
+        PlaceWindow(source, lines.first, lines.End() - 1);
+        PlaceWindow(destination, source.Height - lines.End(), source.Height - 1 - lines.first);
+        for (std::int32_t y = lines.first; y < lines.End(); ++y)
             if (const RowPair pair = pairs.At(y, source.Height - 1 - y))
                 rows::MoveRowReversed(plan, pair.source + first, pair.destination, width);
     }
@@ -203,17 +197,18 @@ void TurnHalf(const Operation& operation, const rows::MovePlan& plan) {
 // is below goes up as the turn of a turned row, which is the row that is there already.
 void TurnHalfWithin(PixelBuffer& buffer, const rows::MovePlan& plan) {
     constexpr std::int32_t kRowsATime = 8;
-    const platform::PixelBlock copies(std::int64_t{buffer.RowSize} * kRowsATime);
+    const ScratchBytes copies(kRowsATime, buffer.RowSize);
     if (!copies) return;
-    const std::int32_t rows = buffer.Height / 2 + buffer.Height % 2;
-    for (std::int32_t y = 0; y < rows; y += kRowsATime) {
-        const std::int32_t count = std::min(kRowsATime, rows - y);
+    const std::int32_t upper = buffer.Height / 2 + buffer.Height % 2;
+    const RowRange present = RowsOf(buffer);
+    const RowRange range = CommonRows(present, {buffer.Height - present.end, upper});
+    for (const auto [y, count] : rows::Blocks(range.first, range.end, kRowsATime)) {
         bool there[kRowsATime];
         PlaceWindow(buffer, y, y + count - 1);
         for (std::int32_t i = 0; i < count; ++i) {
             const std::uint8_t* const row = RowAddress(buffer, y + i);
             there[i] = row != nullptr;
-            if (row) std::memcpy(copies.Bytes() + std::int64_t{i} * buffer.RowSize, row, buffer.RowSize);
+            if (row) std::memcpy(copies.data() + std::int64_t{i} * buffer.RowSize, row, buffer.RowSize);
         }
         PlaceWindow(buffer, buffer.Height - y - count, buffer.Height - 1 - y);
         for (std::int32_t i = 0; i < count; ++i) {
@@ -221,7 +216,7 @@ void TurnHalfWithin(PixelBuffer& buffer, const rows::MovePlan& plan) {
             // The middle row is its own source: it repeats what it reads.
             const bool middle = y + i == buffer.Height - 1 - y - i;
             if (row)
-                rows::MoveRowReversed(plan, middle ? row : copies.Bytes() + std::int64_t{i} * buffer.RowSize, row,
+                rows::MoveRowReversed(plan, middle ? row : copies.data() + std::int64_t{i} * buffer.RowSize, row,
                                       buffer.Width);
         }
     }

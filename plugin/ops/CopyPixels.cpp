@@ -13,14 +13,23 @@ namespace tqx {
 
 namespace {
 
+// The rows that a picture has of `count` from row `first` on, counted from there.
+RowRange RowsFrom(const PixelBuffer& buffer, std::int32_t first, std::int32_t count) {
+    const RowRange range = CommonRows(RowsOf(buffer), {first, first + count});
+    return {range.first - first, range.end - first};
+}
+
 void CopyRows(PixelBuffer& source, PixelBuffer& destination, const CopyRectangle& area,
               const rows::ConversionPlan& conversion) {
     const StorageWatch sourceWatch(source), destinationWatch(destination);
     RowPairs pairs(source, destination);
-    RowWalk sourceWalk(source, area.sourceY, area.height), destinationWalk(destination, area.destY, area.height);
+    const RowRange range =
+        CommonRows(RowsFrom(source, area.sourceY, area.height), RowsFrom(destination, area.destY, area.height));
+    RowWalk sourceWalk(source, {area.sourceY + range.first, area.sourceY + range.end}),
+        destinationWalk(destination, {area.destY + range.first, area.destY + range.end});
     const std::int64_t first = std::int64_t{area.sourceX} * source.PixelSize;
     const std::int64_t destinationFirst = std::int64_t{area.destX} * destination.PixelSize;
-    for (std::int32_t i = 0; i < area.height; ++i) {
+    for (std::int32_t i = range.first; i < range.end; ++i) {
         sourceWalk.To(area.sourceY + i);
         destinationWalk.To(area.destY + i);
         if (const RowPair pair = pairs.At(area.sourceY + i, area.destY + i))

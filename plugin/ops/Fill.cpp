@@ -52,10 +52,11 @@ void FillPastRow(PixelBuffer& buffer, std::int32_t x, std::int32_t y, std::uint8
 void FillWholeRows(PixelBuffer& buffer, const Rectangle& area, std::uint8_t value) {
     if (area.IsEmpty() || !BeginInPlace(buffer)) return;
     const StorageWatch watch(buffer);
-    RowWalk walk(buffer, area.y, area.height);
-    for (std::int32_t i = 0; i < area.height; ++i) {
-        walk.To(area.y + i);
-        FillPastRow(buffer, area.x, area.y + i, value);
+    const RowRange range = CommonRows(RowsOf(buffer), {area.y, area.y + area.height});
+    RowWalk walk(buffer, range);
+    for (std::int32_t y = range.first; y < range.end; ++y) {
+        walk.To(y);
+        FillPastRow(buffer, area.x, y, value);
         if (!YieldAndKeep(buffer, watch)) return;
     }
 }

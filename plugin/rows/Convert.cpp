@@ -1,6 +1,6 @@
 #include "plugin/rows/Convert.h"
 
-#include <algorithm>
+#include "plugin/rows/Blocks.h"
 
 namespace rows {
 
@@ -108,8 +108,7 @@ void ConvertByGrays(const ConversionPlan& plan, const std::uint8_t* source, std:
     std::uint8_t grays[kPixelsATime];
     const PixelLayout& from = plan.conversion.from;
     const PixelLayout& to = plan.conversion.to;
-    for (std::int32_t x = 0; x < width; x += kPixelsATime) {
-        const std::int32_t count = std::min(kPixelsATime, width - x);
+    for (const auto [x, count] : Blocks(width, kPixelsATime)) {
         const std::uint8_t* const read = source + std::int64_t{x} * from.pixelSize;
         std::uint8_t* const written = destination + std::int64_t{x} * to.pixelSize;
         GrayRow(from, read, grays, count);

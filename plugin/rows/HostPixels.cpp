@@ -48,7 +48,7 @@ void BlendMaskedPlain(const MaskedPlan& plan, const std::uint8_t* picture, const
 // the same place before gives way.
 void PlanByte(MaskedPlan& plan, int host, std::int32_t offset, std::uint8_t origin, std::uint8_t flip) {
     for (std::int32_t pixel = 0; pixel < kStep; ++pixel) {
-        const std::int32_t at = pixel * plan.layout.pixelSize + offset - plan.span.offset;
+        const std::int32_t at = pixel * plan.layout.pixelSize + (offset - plan.span.offset);
         const std::int32_t from = pixel * kHostPixel + host;
         plan.index[at] = static_cast<std::uint8_t>(from) | origin;
         plan.inverse[from] = static_cast<std::uint8_t>(at);

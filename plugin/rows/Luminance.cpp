@@ -1,8 +1,8 @@
 #include "plugin/rows/Luminance.h"
 
-#include <algorithm>
 #include <cmath>
 
+#include "plugin/rows/Blocks.h"
 #include "plugin/rows/CpuLevel.h"
 #include "plugin/rows/X86.h"
 
@@ -60,8 +60,7 @@ void CountLuminance(const PixelLayout& layout, const std::uint8_t* row, std::int
     std::int32_t luminance[kPixelsATime];
     // Neighbouring pixels are often alike; two tables keep one count from waiting for the other.
     std::uint32_t second[256] = {};
-    for (std::int32_t x = 0; x < width; x += kPixelsATime) {
-        const std::int32_t count = std::min(kPixelsATime, width - x);
+    for (const auto [x, count] : Blocks(width, kPixelsATime)) {
         luminances(layout, row + std::int64_t{x} * layout.pixelSize, count, luminance);
         for (std::int32_t i = 0; i + 1 < count; i += 2) {
             ++histogram->count[luminance[i]];

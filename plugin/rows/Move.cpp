@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "plugin/rows/Blocks.h"
 #include "plugin/rows/CpuLevel.h"
 #include "plugin/rows/MoveForms.h"
 
@@ -179,8 +180,7 @@ void MirrorRow(const MovePlan& plan, std::uint8_t* row, std::int32_t width) {
     if (!plan.compact) return MirrorPlain(plan.moves, row, width);
     constexpr std::int32_t kPixelsATime = 252;  // whole steps of every form; four bytes each fit
     const std::int32_t half = width / 2;
-    for (std::int32_t done = 0; done < half; done += kPixelsATime) {
-        const std::int32_t count = std::min(kPixelsATime, half - done);
+    for (const auto [done, count] : Blocks(half, kPixelsATime)) {
         const std::int64_t size = plan.moves.toPixelSize;
         TradeEnds(plan, row + done * size, row + (std::int64_t{width} - done - count) * size, count);
     }

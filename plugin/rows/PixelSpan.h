@@ -10,7 +10,7 @@ namespace rows {
 struct PixelSpan {
     std::int32_t pixelSize;  // bytes
     std::int32_t offset;     // bytes from a pixel's start
-    std::int32_t size;       // bytes; 0: none
+    std::int64_t size;       // bytes; 0: none. Offsets may lie 2^31 - 1 apart.
 
     // Whether the touched bytes of neighbouring pixels don't interleave.
     constexpr bool IsCompact() const { return size <= pixelSize; }
@@ -23,7 +23,7 @@ struct PixelSpan {
 constexpr PixelSpan SpanOf(std::int32_t pixelSize, const std::int32_t* offsets, int count) {
     if (count < 1) return {pixelSize, 0, 0};
     const auto [least, most] = std::minmax_element(offsets, offsets + count);
-    return {pixelSize, *least, *most - *least + 1};
+    return {pixelSize, *least, std::int64_t{*most} - *least + 1};
 }
 
 // Whether rows of `width` pixels share no byte.

@@ -105,7 +105,7 @@ SkewPlan PlanSkew(int count, const PixelLayout& from, const PixelLayout& to, con
     plan.inPlace = KeepPlaces(plan);
     for (int pixel = 0; plan.inPlace && pixel < 64 / to.pixelSize; ++pixel)
         for (int c = 0; c < count; ++c)
-            plan.channels |= std::uint64_t{1} << (pixel * to.pixelSize + to.offset[c] - plan.toSpan.offset);
+            plan.channels |= std::uint64_t{1} << (pixel * to.pixelSize + (to.offset[c] - plan.toSpan.offset));
     return plan;
 }
 

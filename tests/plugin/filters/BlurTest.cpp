@@ -92,8 +92,9 @@ int Mixed(double fraction, int neighbours, int centre) {
     return std::isnan(value) ? 0 : static_cast<int>(value);
 }
 
+// A radius that is no finite number copies.
 Reference FractionalWalk(double radius) {
-    const double fraction = radius - std::floor(radius);
+    const double fraction = std::isfinite(radius) ? radius - std::floor(radius) : 0;
     return TwoPasses(
         [=](const Plane& plane, int x, int y) {
             const int centre = Get(plane, x, y);

@@ -18,16 +18,17 @@ Filter Diffused(int level) {
     };
 }
 
-// Draws and copies pixel by pixel, all channels of a pixel read before one is written.
+// Draws and copies pixel by pixel, all channels of a pixel read before one is written. Rows that the
+// source doesn't have draw nothing.
 Reference Walk(int level) {
     return [=](const Pixels& source, const Pixels& destination) {
         std::srand(kSeed);
         const std::int64_t range = 2 * std::int64_t{level} + 1;
         for (int y = 0; y < source.height; ++y)
-            for (int x = 0; x < source.width; ++x) {
+            for (int x = 0; x < source.width && source.Has(x, y); ++x) {
                 const std::int64_t sx = std::clamp<std::int64_t>(x + std::rand() % range - level, 0, source.width - 1);
                 const std::int64_t sy = std::clamp<std::int64_t>(y + std::rand() % range - level, 0, source.height - 1);
-                if (!source.Has(x, y) || !source.Has(sx, sy) || !destination.Has(x, y)) continue;
+                if (!source.Has(sx, sy) || !destination.Has(x, y)) continue;
                 std::vector<std::uint8_t> pixel;
                 for (const Channel channel : source.channels) pixel.push_back(*source.At(sx, sy, channel));
                 for (std::size_t c = 0; c < pixel.size(); ++c) *destination.At(x, y, source.channels[c]) = pixel[c];
