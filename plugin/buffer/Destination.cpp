@@ -1,8 +1,7 @@
 #include "plugin/buffer/Destination.h"
 
-#include <algorithm>
-
 #include "plugin/buffer/Picture.h"
+#include "plugin/buffer/PixelBuffer.h"
 #include "plugin/services/HostServices.h"
 
 namespace tqx {
@@ -35,9 +34,6 @@ sdk::Object* MakePicture(Constructor construct, std::int32_t width, std::int32_t
     return BufferOf(picture.Get())->Valid ? picture.Give() : nullptr;
 }
 
-// Yields for a picture; false when script code took its storage meanwhile.
-bool YieldAndKeep(PixelBuffer& buffer) { return YieldAndKeep(buffer, StorageWatch(buffer)) && IsUsable(buffer); }
-
 }  // namespace
 
 sdk::Object* MakeDestination(sdk::Object* owner, std::int32_t width, std::int32_t height, std::int32_t format) {
@@ -65,46 +61,6 @@ sdk::Object* CreatePictureTQXShared(std::int32_t width, std::int32_t height, std
 
 sdk::Object* CreatePictureTQX(sdk::Object* self, std::int32_t width, std::int32_t height, std::int32_t format) {
     return MakeDestination(self, width, height, format);
-}
-
-std::int32_t Operation::CommonWidth() const { return std::min(source->Width, destination->Width); }
-
-std::int32_t Operation::CommonHeight() const { return std::min(source->Height, destination->Height); }
-
-bool ChooseChannels(const PixelBuffer& buffer, rows::ChannelSet* channels) {
-    using rows::ChannelSet;
-    if (!buffer.IsGray && !buffer.IsRGB) return false;
-    if (buffer.HasAlpha)
-        *channels = buffer.IsGray ? ChannelSet::GrayAlpha : ChannelSet::RgbAlpha;
-    else
-        *channels = buffer.IsGray ? ChannelSet::Gray : ChannelSet::Rgb;
-    return true;
-}
-
-Operation BeginOperation(sdk::Object* self, sdk::Object* dest, std::int32_t width, std::int32_t height) {
-    Operation operation;
-    PixelBuffer& source = *BufferOf(self);
-    if (!IsUsable(source) || !YieldAndKeep(source)) return operation;
-    const StorageWatch sourceWatch(source);
-    OwnedObject result =
-        dest ? OwnedObject::Retain(dest) : OwnedObject(MakeDestination(self, width, height, source.ImageFormat));
-    if (!result || !IsUsable(*BufferOf(result.Get()))) return operation;
-    operation.source = &source;
-    operation.destination = BufferOf(result.Get());
-    operation.result = result.Give();
-    const bool stands = YieldAndKeep(*operation.destination) && sourceWatch.Holds();
-    operation.ready =
-        ChooseChannels(source, &operation.channels) && stands && source.Width > 0 && !RowsOf(source).IsEmpty();
-    return operation;
-}
-
-Operation BeginOperation(sdk::Object* self, sdk::Object* dest) {
-    const PixelBuffer& source = *BufferOf(self);
-    return BeginOperation(self, dest, source.Width, source.Height);
-}
-
-bool BeginInPlace(PixelBuffer& buffer) {
-    return IsUsable(buffer) && YieldAndKeep(buffer) && buffer.Width > 0 && buffer.Height > 0;
 }
 
 }  // namespace tqx

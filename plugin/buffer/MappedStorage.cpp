@@ -152,13 +152,13 @@ void ShareMapping(const PixelBuffer& parent, PixelBuffer& view) {
     MapFirstWindow(view);
 }
 
-SecondWindow::SecondWindow(const PixelBuffer& buffer) : picture_(buffer) {
+OwnWindow::OwnWindow(const PixelBuffer& buffer) : picture_(buffer) {
     picture_.ownsFile = picture_.windowMapped = false;
     picture_.data = nullptr;
     picture_.firstMappedRow = picture_.lastMappedRow = -1;
 }
 
-SecondWindow::~SecondWindow() { UnmapWindow(picture_); }
+OwnWindow::~OwnWindow() { UnmapWindow(picture_); }
 
 void ReleaseMapping(PixelBuffer& buffer) {
     UnmapWindow(buffer);

@@ -32,15 +32,14 @@ std::uint8_t* MirroredMappedRowAddress(PixelBuffer& buffer, std::int32_t y);
 // `parent` through a window of its own, and maps that for the view's row 0.
 void ShareMapping(const PixelBuffer& parent, PixelBuffer& view);
 
-// Another window on the rows of a mapped picture, for a loop that goes through two parts of it by
-// turns: with one window it would slide at every step. What is written through one is read through
-// the other. The picture keeps its storage meanwhile.
-class SecondWindow {
+// Another window on the rows of a mapped picture: what is written through one is read through the
+// other. Rows may only be asked for while the picture has its storage.
+class OwnWindow {
   public:
-    explicit SecondWindow(const PixelBuffer& buffer);
-    SecondWindow(const SecondWindow&) = delete;
-    SecondWindow& operator=(const SecondWindow&) = delete;
-    ~SecondWindow();
+    explicit OwnWindow(const PixelBuffer& buffer);
+    OwnWindow(const OwnWindow&) = delete;
+    OwnWindow& operator=(const OwnWindow&) = delete;
+    ~OwnWindow();
 
     PixelBuffer& Picture() { return picture_; }
 

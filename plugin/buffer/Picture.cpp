@@ -43,17 +43,12 @@ std::int64_t RowOverhang(const PixelBuffer& buffer) {
 }
 
 void CopyDescription(const PixelBuffer& from, PixelBuffer& to) {
-    to.TotalSize = from.TotalSize;
-    to.RowOffset = from.RowOffset;
+    CopyGeometry(from, to);
     to.RedOffset = from.RedOffset;
     to.GreenOffset = from.GreenOffset;
     to.BlueOffset = from.BlueOffset;
     to.GrayOffset = from.GrayOffset;
     to.AlphaOffset = from.AlphaOffset;
-    to.Width = from.Width;
-    to.Height = from.Height;
-    to.PixelSize = from.PixelSize;
-    to.RowSize = from.RowSize;
     to.ImageFormat = from.ImageFormat;
     to.IsGray = from.IsGray;
     to.IsRGB = from.IsRGB;
@@ -62,7 +57,6 @@ void CopyDescription(const PixelBuffer& from, PixelBuffer& to) {
     to.HasBlue = from.HasBlue;
     to.HasGray = from.HasGray;
     to.HasAlpha = from.HasAlpha;
-    to.Valid = from.Valid;
     to.rowAddress = from.rowAddress;
 }
 

@@ -3,7 +3,6 @@
 #include <type_traits>
 
 #include "plugin/buffer/MappedStorage.h"
-#include "plugin/services/HostServices.h"
 
 namespace tqx {
 
@@ -66,27 +65,14 @@ RowRange RowsOf(const PixelBuffer& buffer) {
     return {static_cast<std::int32_t>(buffer.Height - end), static_cast<std::int32_t>(buffer.Height - first)};
 }
 
-void Yield(PixelBuffer& buffer) {
-    if (buffer.YieldTicks > 0) PeriodicYield(buffer.YieldTicks, &buffer.lastYieldTick);
-}
-
-bool YieldAndKeep(PixelBuffer& buffer, const StorageWatch& watch) {
-    if (watch.Holds()) Yield(buffer);
-    return watch.Holds();
-}
-
-rows::PixelLayout LayoutOf(const PixelBuffer& buffer, rows::ChannelSet set) {
-    switch (set) {
-        case rows::ChannelSet::Gray:
-            return {buffer.PixelSize, {buffer.GrayOffset}};
-        case rows::ChannelSet::GrayAlpha:
-            return {buffer.PixelSize, {buffer.GrayOffset, buffer.AlphaOffset}};
-        case rows::ChannelSet::Rgb:
-            return {buffer.PixelSize, {buffer.RedOffset, buffer.GreenOffset, buffer.BlueOffset}};
-        case rows::ChannelSet::RgbAlpha:
-            break;
-    }
-    return {buffer.PixelSize, {buffer.RedOffset, buffer.GreenOffset, buffer.BlueOffset, buffer.AlphaOffset}};
+void CopyGeometry(const PixelBuffer& from, PixelBuffer& to) {
+    to.Valid = from.Valid;
+    to.PixelSize = from.PixelSize;
+    to.RowSize = from.RowSize;
+    to.Width = from.Width;
+    to.Height = from.Height;
+    to.RowOffset = from.RowOffset;
+    to.TotalSize = from.TotalSize;
 }
 
 }  // namespace tqx

@@ -5,9 +5,9 @@
 // pixel memory, or in windows of a file mapped into memory. Views (clips, single channels, the
 // RGB part, a mirrored view) are further PixelBuffers over the same storage.
 //
-// Rows are reached only through RowAddress, so every operation works with every storage and
-// every view. A clip's left edge is folded into its channel offsets, never into a pointer: the
-// data pointer of a view stays the storage's base. Channel c of pixel x in row y is the byte at
+// Rows are reached only through RowAddress, and by operations through a RowCursor, so every
+// operation works with every storage and every view. A clip's left edge is folded into its channel offsets, never into
+// a pointer: the data pointer of a view stays the storage's base. Channel c of pixel x in row y is the byte at
 // RowAddress(buffer, y) + x × PixelSize + the channel's offset.
 //
 // A new instance is all zero. The constructors alone set Valid, and nothing clears it; Close
@@ -17,7 +17,6 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "plugin/rows/PixelLayout.h"
 #include "sdk/PluginInterface.h"
 
 namespace tqx {
@@ -73,7 +72,7 @@ struct PixelBuffer {
     std::int32_t lastMappedRow;
     std::int32_t windowRows;         // rows of one window; of unmapped storage, all its rows
     std::int32_t storageRows;        // rows that the storage has
-    std::uint32_t generation;        // counts the storages taken away; see StorageWatch
+    std::uint32_t generation;        // counts the storages taken away; see RowCursor
     std::uint32_t parentGeneration;  // the parent's generation when this view was made
 };
 
@@ -135,26 +134,7 @@ inline bool IsUsable(const PixelBuffer& buffer) {
     return buffer.Valid && buffer.rowAddress && buffer.data && buffer.Height != 0;
 }
 
-// Lets the host run if the picture asks for it and its interval has passed. Script code may run
-// meanwhile: ask a StorageWatch afterwards.
-void Yield(PixelBuffer& buffer);
-
-// Tells whether a picture still has the storage it had when the watch began: script code that
-// ran in a yield may have closed the picture or built it anew.
-class StorageWatch {
-  public:
-    explicit StorageWatch(const PixelBuffer& buffer) : buffer_(&buffer), generation_(buffer.generation) {}
-    bool Holds() const { return buffer_->generation == generation_; }
-
-  private:
-    const PixelBuffer* buffer_;
-    std::uint32_t generation_;
-};
-
-// Yields for a watched picture; false when script code took its storage, in this yield or before.
-bool YieldAndKeep(PixelBuffer& buffer, const StorageWatch& watch);
-
-// Where the channels of a set lie in the picture's pixels.
-rows::PixelLayout LayoutOf(const PixelBuffer& buffer, rows::ChannelSet set);
+// What every view and copy takes as it is from the picture that it is made of.
+void CopyGeometry(const PixelBuffer& from, PixelBuffer& to);
 
 }  // namespace tqx

@@ -3,6 +3,8 @@
 
 #include <cstdint>
 
+#include "plugin/buffer/PixelBuffer.h"
+
 namespace tqx {
 
 // What is left of a rectangle, in pixels: inside the picture, or empty.
@@ -13,6 +15,7 @@ struct Rectangle {
     std::int32_t height;
 
     constexpr bool IsEmpty() const { return width <= 0 || height <= 0; }
+    constexpr RowRange Rows() const { return {y, y + height}; }
     constexpr bool operator==(const Rectangle&) const = default;
 };
 
@@ -46,6 +49,12 @@ constexpr Rectangle ClipRectangle(std::int32_t x, std::int32_t y, std::int32_t w
     const Span columns = ClipSpan(x, width, pictureWidth);
     const Span lines = ClipSpan(y, height, pictureHeight);
     return {columns.start, lines.start, columns.size, lines.size};
+}
+
+// Cuts a rectangle to a picture.
+inline Rectangle ClipTo(const PixelBuffer& buffer, std::int32_t x, std::int32_t y, std::int32_t width,
+                        std::int32_t height) {
+    return ClipRectangle(x, y, width, height, buffer.Width, buffer.Height);
 }
 
 }  // namespace tqx

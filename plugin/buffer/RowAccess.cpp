@@ -7,6 +7,7 @@
 #include "plugin/buffer/FormatConversion.h"
 #include "plugin/buffer/ImageFormat.h"
 #include "plugin/buffer/PixelBuffer.h"
+#include "plugin/buffer/RowCursor.h"
 #include "plugin/buffer/Scratch.h"
 #include "plugin/services/HostServices.h"
 
@@ -188,9 +189,10 @@ sdk::String* GetDataStringInFormat(sdk::Object* self, std::int32_t format) {
     if (__builtin_mul_overflow(work->rowBytes, buffer.Height, &size)) return nullptr;
     const ScratchBytes scratch(size);
     if (!scratch.data()) return nullptr;
-    const RowRange range = RowsOf(buffer);
+    RowCursor picture(buffer);
+    const RowRange range = picture.Rows();
     for (std::int32_t y = range.first; y < range.end; ++y)
-        if (const std::uint8_t* const row = RowAddress(buffer, y))
+        if (const std::uint8_t* const row = picture.Row(y))
             rows::ConvertRow(work->conversion, row, scratch.data() + y * work->rowBytes, buffer.Width);
     return BuildHostString(scratch.data(), size, sdk::Encoding::None);
 }
@@ -200,9 +202,10 @@ void SetDataStringInFormat(sdk::Object* self, std::int32_t format, sdk::String* 
     if (!CheckNotNil(bytes) || !buffer.Valid || !bytes->data) return;
     const auto work = PlanSet(buffer, format, false);
     if (!work || work->rowBytes < 1) return;
+    RowCursor picture(buffer);
     std::int64_t begin = 0;
     for (std::int32_t y = 0; y < buffer.Height && begin < bytes->length; ++y, begin += work->rowBytes)
-        if (std::uint8_t* const row = RowAddress(buffer, y))
+        if (std::uint8_t* const row = picture.Row(y))
             WriteRow(*work, {bytes->data + begin, bytes->length - begin}, row);
 }
 

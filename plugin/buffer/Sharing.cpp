@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstdlib>
 
+#include "plugin/buffer/Channels.h"
 #include "plugin/rows/PixelSpan.h"
 
 namespace tqx {

@@ -4,7 +4,6 @@
 // operation asks once and takes whichever of its forms gives what the plain order gives.
 #pragma once
 
-#include "plugin/buffer/Destination.h"
 #include "plugin/buffer/PixelBuffer.h"
 #include "plugin/rows/PixelLayout.h"
 
@@ -27,10 +26,6 @@ bool RowsMeet(const PixelBuffer& source, const PixelBuffer& destination);
 
 // How the channels of a set of two pictures relate. Where it can't tell it says Overlapping.
 Sharing SharingOf(const PixelBuffer& from, const PixelBuffer& to, rows::ChannelSet set);
-
-inline Sharing SharingOf(const Operation& operation) {
-    return SharingOf(*operation.source, *operation.destination, operation.channels);
-}
 
 // Whether every channel of every pixel has a byte of its own, so that what is written to a channel
 // is what is read from it later.

@@ -28,17 +28,6 @@ void ShareStorage(sdk::Object* parentObject, PixelBuffer& view, std::int32_t row
         view.data = parent.data;
 }
 
-// What every view takes from its parent as it is.
-void CopyGeometry(const PixelBuffer& parent, PixelBuffer& view) {
-    view.Valid = parent.Valid;
-    view.PixelSize = parent.PixelSize;
-    view.RowSize = parent.RowSize;
-    view.Width = parent.Width;
-    view.Height = parent.Height;
-    view.RowOffset = parent.RowOffset;
-    view.TotalSize = parent.TotalSize;
-}
-
 // One axis of a clip rectangle.
 struct ClipSpan {
     std::int32_t start;

@@ -2,10 +2,9 @@
 
 #include <cstring>
 
-#include "plugin/buffer/Destination.h"
-#include "plugin/buffer/PixelBuffer.h"
+#include "plugin/buffer/Operation.h"
+#include "plugin/buffer/Rectangle.h"
 #include "plugin/buffer/Saturate.h"
-#include "plugin/ops/Rectangle.h"
 #include "plugin/rows/LookUp.h"
 #include "plugin/rows/Luminance.h"
 
@@ -26,30 +25,16 @@ bool EndsBeforePicture(std::int32_t start, std::int32_t size) {
 
 Rectangle ClipArea(const PixelBuffer& buffer, std::int32_t x, std::int32_t y, std::int32_t w, std::int32_t h) {
     if (EndsBeforePicture(x, w) || EndsBeforePicture(y, h)) return {0, 0, 0, 0};
-    return ClipRectangle(x, y, w, h, buffer.Width, buffer.Height);
-}
-
-RowRange RowsIn(const PixelBuffer& buffer, const Rectangle& area) {
-    return CommonRows(RowsOf(buffer), {area.y, area.y + area.height});
-}
-
-// The first byte of a row that the rectangle's columns begin at; null when there is no such row.
-std::uint8_t* AreaRow(PixelBuffer& buffer, const Rectangle& area, std::int32_t y) {
-    std::uint8_t* const row = RowAddress(buffer, y);
-    return row ? row + std::int64_t{area.x} * buffer.PixelSize : nullptr;
+    return ClipTo(buffer, x, y, w, h);
 }
 
 // False when script code took the picture's storage in a yield.
-bool CountArea(PixelBuffer& buffer, const StorageWatch& watch, const Rectangle& area, rows::Histogram* histogram) {
-    const rows::PixelLayout layout = LayoutOf(buffer, rows::ChannelSet::Rgb);
-    const RowRange range = RowsIn(buffer, area);
-    for (std::int32_t y = range.first; y < range.end; ++y) {
-        if (const std::uint8_t* const row = AreaRow(buffer, area, y))
-            rows::CountLuminance(layout, row, area.width, histogram);
-        Yield(buffer);
-        if (!watch.Holds()) return false;
-    }
-    return true;
+bool CountArea(RowCursor& picture, const Rectangle& area, rows::Histogram* histogram) {
+    const rows::PixelLayout layout = LayoutOf(picture.Picture(), rows::ChannelSet::Rgb);
+    const std::int64_t first = std::int64_t{area.x} * layout.pixelSize;
+    return ForRowsInPlace(picture, area.Rows(), [&](const std::uint8_t* row) {
+        rows::CountLuminance(layout, row + first, area.width, histogram);
+    });
 }
 
 // The largest level up to which no more than `limit` pixels lie; 0 if there is none.
@@ -88,12 +73,13 @@ rows::Table StretchTable(const Levels& levels) {
     return table;
 }
 
-void StretchArea(PixelBuffer& buffer, const Rectangle& area, const rows::Table& table) {
-    const rows::PixelLayout layout = LayoutOf(buffer, rows::ChannelSet::Rgb);
+void StretchArea(RowCursor& picture, const Rectangle& area, const rows::Table& table) {
+    const rows::PixelLayout layout = LayoutOf(picture.Picture(), rows::ChannelSet::Rgb);
+    const std::int64_t first = std::int64_t{area.x} * layout.pixelSize;
     const rows::LookUpPlan plan = rows::PlanLookUp(rows::ChannelSet::Rgb, {{&table, &table, &table}}, layout, layout);
-    const RowRange range = RowsIn(buffer, area);
+    const RowRange range = CommonRows(picture.Rows(), area.Rows());
     for (std::int32_t y = range.first; y < range.end; ++y)
-        if (std::uint8_t* const row = AreaRow(buffer, area, y)) rows::LookUpRow(plan, row, row, area.width);
+        if (std::uint8_t* const row = picture.Row(y)) rows::LookUpRow(plan, row + first, row + first, area.width);
 }
 
 }  // namespace
@@ -102,11 +88,11 @@ bool AutoLevel(sdk::Object* self, std::int32_t x, std::int32_t y, std::int32_t w
     PixelBuffer& buffer = *BufferOf(self);
     if (!buffer.IsRGB || !buffer.Valid) return false;
     const Rectangle area = ClipArea(buffer, x, y, w, h);
-    if (area.IsEmpty() || !BeginInPlace(buffer)) return false;
-    const StorageWatch watch(buffer);
+    RowCursor picture(buffer);
+    if (area.IsEmpty() || !BeginInPlace(picture)) return false;
     rows::Histogram histogram{};
-    if (!CountArea(buffer, watch, area, &histogram)) return false;
-    StretchArea(buffer, area, StretchTable(FindLevels(histogram)));
+    if (!CountArea(picture, area, &histogram)) return false;
+    StretchArea(picture, area, StretchTable(FindLevels(histogram)));
     return true;
 }
 

@@ -3,10 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
-#include "plugin/buffer/Destination.h"
+#include "plugin/buffer/Operation.h"
 #include "plugin/buffer/Saturate.h"
 #include "plugin/buffer/Scratch.h"
-#include "plugin/buffer/Sharing.h"
 #include "plugin/filters/PackedRows.h"
 #include "plugin/rows/BoxBlur.h"
 #include "plugin/rows/FractionalBlur.h"
@@ -25,23 +24,23 @@ constexpr std::int64_t kKeptBytes = 16 << 20;
 
 // What both directions of a blur work on: the size that both pictures have.
 struct BlurWork {
-    const Operation& operation;
+    Operation& operation;
     std::int32_t width;
     std::int32_t height;
     RowRange rows;  // of that size, those that the source's storage has
     Sharing sharing;
 
-    explicit BlurWork(const Operation& begun)
+    explicit BlurWork(Operation& begun)
         : operation(begun),
           width(begun.CommonWidth()),
           height(begun.CommonHeight()),
-          rows(CommonRows(RowsOf(*begun.source), {0, height})),
-          sharing(SharingOf(begun)) {}
+          rows(CommonRows(begun.source.Rows(), {0, height})),
+          sharing(begun.Sharing()) {}
 
     bool IsEmpty() const { return width < 1 || rows.IsEmpty(); }
 
     // Whether a row may go along the row before it is stored: what is stored would be read back.
-    bool CanFuse() const { return HasBytesOfItsOwn(*operation.destination, operation.channels); }
+    bool CanFuse() const { return HasBytesOfItsOwn(operation.destination.Picture(), operation.channels); }
 };
 
 // Rows as the picture had them before the blur began, whatever was written meanwhile.
@@ -73,13 +72,13 @@ class OriginalRows {
 
     // A row at or below the one that is about to be written. Good until the next call.
     const std::uint8_t* Coming(std::int32_t y) {
-        return everyRowKept_ ? ring_.Row(y) : rows_.Lasting(y, first_, count_, scratch_.data());
+        return everyRowKept_ ? ring_.Row(y) : rows_.Packed(y, first_, count_, scratch_.data());
     }
 
     // A row at or above the one that was written last. Good until the next call.
     const std::uint8_t* Past(std::int32_t y) {
         if (!live_) return ring_.Row(y);
-        return rows_.Lasting(y, first_, count_, scratch_.data() + rows_.BytesOf(count_));
+        return rows_.Packed(y, first_, count_, scratch_.data() + rows_.BytesOf(count_));
     }
 
     // Keeps row y, about to be written. False when the picture has no such row.
@@ -142,19 +141,19 @@ class ColumnSums {
 };
 
 // Two packed rows of the work's width.
-struct RowPair {
+struct PackedPair {
     ScratchBytes row;
     ScratchBytes result;
 
-    explicit RowPair(std::int64_t bytes) : row(bytes), result(bytes) {}
+    explicit PackedPair(std::int64_t bytes) : row(bytes), result(bytes) {}
     explicit operator bool() const { return row && result; }
 };
 
 // Blurs along the rows of the destination, which it reads by its own layout. Rows that `source`
 // lacks were not written and stay.
 template <class AlongRow>
-void BlurDestinationRows(const BlurWork& work, const PackedRows& source, RowPair& pair, const AlongRow& alongRow) {
-    const PackedRows rows(*work.operation.destination, *work.operation.destination, work.operation.channels);
+void BlurDestinationRows(const BlurWork& work, const PackedRows& source, PackedPair& pair, const AlongRow& alongRow) {
+    const PackedRows rows(work.operation.destination, work.operation.destination, work.operation.channels);
     for (std::int32_t y = work.rows.first; y < work.rows.end; ++y) {
         if (!source.Have(y) || !rows.Read(y, 0, work.width, pair.row.data())) continue;
         alongRow(pair.row.data(), pair.result.data());
@@ -164,7 +163,7 @@ void BlurDestinationRows(const BlurWork& work, const PackedRows& source, RowPair
 
 // Stores row y of the destination, whole, blurred along the row.
 template <class AlongRow>
-void WriteBlurredRow(const PackedRows& rows, std::int32_t y, std::int32_t width, RowPair& pair,
+void WriteBlurredRow(const PackedRows& rows, std::int32_t y, std::int32_t width, PackedPair& pair,
                      const AlongRow& alongRow) {
     std::uint8_t* const direct = rows.PackedInPlace(y, 0, width);
     alongRow(pair.row.data(), direct ? direct : pair.result.data());
@@ -185,7 +184,7 @@ void BoxBlurWith(const BlurWork& work, std::int32_t radius) {
     const std::int32_t strip = StripWidth(work, rows, radius);
     OriginalRows originals(work, rows, radius, strip);
     ColumnSums<Sum> sums(originals, radius, work, rows.BytesOf(strip));
-    RowPair pair(rows.BytesOf(work.width));
+    PackedPair pair(rows.BytesOf(work.width));
     if (!originals || !sums || !pair) return;
     const auto alongRow = [&](const std::uint8_t* row, std::uint8_t* result) {
         rows::BlurRow(row, rows.Channels(), work.width, radius, result);
@@ -230,7 +229,7 @@ void FractionalBlur(const BlurWork& work, const rows::ThreeTaps& taps) {
     const rows::ThreeTapsPlan plan = rows::PlanThreeTaps(taps, std::int64_t{bytes} * work.height);
     const bool overlapping = work.sharing == Sharing::Overlapping;
     RowRing ring(rows, overlapping ? work.height : 3, work.width);
-    RowPair pair(bytes);
+    PackedPair pair(bytes);
     if (!ring || !pair) return;
     for (std::int32_t y = work.rows.first; overlapping && y < work.rows.end; ++y) ring.Row(y);
     const auto alongRow = [&](const std::uint8_t* row, std::uint8_t* result) {
@@ -252,12 +251,12 @@ void FractionalBlur(const BlurWork& work, const rows::ThreeTaps& taps) {
 }  // namespace
 
 sdk::Object* BoxBlurFilter(sdk::Object* self, sdk::Object* dest, double radius) {
-    const Operation operation = BeginOperation(self, dest);
-    if (!operation) return operation.result;
+    Operation operation(self, dest);
+    if (!operation) return operation.Give();
     const BlurWork work(operation);
     const std::int32_t whole = std::max(Truncate(radius), 0);
     if (!work.IsEmpty() && whole <= kLargestRadius) BoxBlur(work, whole);
-    return operation.result;
+    return operation.Give();
 }
 
 sdk::Object* BoxBlurFilter(sdk::Object* self, sdk::Object* dest, double radius, std::int32_t iterations) {
@@ -268,12 +267,12 @@ sdk::Object* BoxBlurFilter(sdk::Object* self, sdk::Object* dest, double radius, 
 }
 
 sdk::Object* BoxBlurFractionalFilter(sdk::Object* self, sdk::Object* dest, double radius) {
-    const Operation operation = BeginOperation(self, dest);
-    if (!operation) return operation.result;
+    Operation operation(self, dest);
+    if (!operation) return operation.Give();
     const BlurWork work(operation);
     const double fraction = std::isfinite(radius) ? radius - std::floor(radius) : 0;
     if (!work.IsEmpty()) FractionalBlur(work, {fraction, 1 / (2 * fraction + 1)});
-    return operation.result;
+    return operation.Give();
 }
 
 }  // namespace tqx

@@ -2,9 +2,8 @@
 
 #include <algorithm>
 
-#include "plugin/buffer/Destination.h"
+#include "plugin/buffer/Operation.h"
 #include "plugin/buffer/Scratch.h"
-#include "plugin/buffer/Sharing.h"
 #include "plugin/filters/PackedRows.h"
 #include "plugin/rows/Convolve.h"
 #include "plugin/services/HostServices.h"
@@ -39,7 +38,7 @@ rows::KernelRows RowsAround(RowRing& ring, const PackedRows& rows, std::int32_t 
 }
 
 // In place the copy of the row becomes the result, so that later rows see it.
-void ConvolveByRows(const Operation& operation, const rows::Kernel& kernel, bool inPlace) {
+void ConvolveByRows(Operation& operation, const rows::Kernel& kernel, bool inPlace) {
     const PackedRows rows(operation);
     RowRing ring(rows, kRows, rows.Width());
     const ScratchBytes result(rows.BytesOf(rows.Width()));
@@ -75,7 +74,7 @@ void ConvolvePixel(const PackedRows& rows, const rows::Kernel& kernel, std::int3
     rows.Write(y, x, 1, result + rows.BytesOf(x - first));
 }
 
-void ConvolveByPixels(const Operation& operation, const rows::Kernel& kernel) {
+void ConvolveByPixels(Operation& operation, const rows::Kernel& kernel) {
     const PackedRows rows(operation);
     const RowRange range = operation.Rows();
     for (std::int32_t y = range.first; y < range.end; ++y) {
@@ -100,14 +99,14 @@ sdk::Object* ApplyMatrix(sdk::Object* self, sdk::Object* dest, sdk::Array* matri
     const rows::Kernel kernel = ReadKernel(matrix, delta, scaleFactor);
     const PixelBuffer& source = *BufferOf(self);
     // Width and height are exchanged: intended.
-    const Operation operation = BeginOperation(self, dest, source.Height, source.Width);
-    if (!operation) return operation.result;
-    const Sharing sharing = SharingOf(operation);
+    Operation operation(self, dest, source.Height, source.Width);
+    if (!operation) return operation.Give();
+    const Sharing sharing = operation.Sharing();
     if (sharing == Sharing::Overlapping)
         ConvolveByPixels(operation, kernel);
     else
         ConvolveByRows(operation, kernel, sharing == Sharing::SamePixels);
-    return operation.result;
+    return operation.Give();
 }
 
 }  // namespace tqx

@@ -4,8 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "plugin/buffer/Destination.h"
-#include "plugin/buffer/Sharing.h"
+#include "plugin/buffer/Operation.h"
 #include "plugin/filters/PackedRows.h"
 
 namespace tqx {
@@ -48,7 +47,7 @@ class Scatter {
 };
 
 // The definition: each pixel fetched when its turn comes and written before the next.
-void DiffuseRowByPixels(const Operation& operation, const PackedRows& rows, const Scatter& scatter, std::int32_t y) {
+void DiffuseRowByPixels(Operation& operation, const PackedRows& rows, const Scatter& scatter, std::int32_t y) {
     const bool writes = y < operation.CommonHeight() && rows.Have(y);
     for (std::int32_t x = 0; x < rows.Width(); ++x) {
         const Scatter::Place place = scatter.Near(x, y);
@@ -81,7 +80,7 @@ void DiffuseRow(const Scatter& scatter, const std::uint8_t* const* byOffset, std
 }
 
 // In place the copy of the row becomes the result, so that later pixels and rows see it.
-void DiffuseByRows(const Operation& operation, const Scatter& scatter, bool inPlace) {
+void DiffuseByRows(Operation& operation, const Scatter& scatter, bool inPlace) {
     const PackedRows rows(operation);
     RowRing ring(rows, scatter.Range(), rows.Width());
     const ScratchBytes result(rows.BytesOf(rows.Width()));
@@ -102,14 +101,14 @@ void DiffuseByRows(const Operation& operation, const Scatter& scatter, bool inPl
 }
 
 // Whether copies of the rows around a pixel are few enough to be kept.
-bool KeepsRows(const Operation& operation, const Scatter& scatter) {
+bool KeepsRows(Operation& operation, const Scatter& scatter) {
     const std::int64_t rows = std::min<std::int64_t>(scatter.Range(), operation.source->Height);
     const std::int64_t rowBytes = std::int64_t{operation.source->Width} * rows::ChannelCount(operation.channels);
     return rows <= std::max<std::int64_t>(kRowsAlwaysKept, operation.source->Width) &&
            rows * (rowBytes + 2 * RowRing::kMargin) <= kMostBytesKept;
 }
 
-void DiffuseByPixels(const Operation& operation, const Scatter& scatter) {
+void DiffuseByPixels(Operation& operation, const Scatter& scatter) {
     const PackedRows rows(operation);
     const RowRange range = rows.SourceRows();
     for (std::int32_t y = range.first; y < range.end; ++y) DiffuseRowByPixels(operation, rows, scatter, y);
@@ -118,15 +117,15 @@ void DiffuseByPixels(const Operation& operation, const Scatter& scatter) {
 }  // namespace
 
 sdk::Object* DiffuseFilter(sdk::Object* self, sdk::Object* dest, std::int32_t level) {
-    const Operation operation = BeginOperation(self, dest);
-    if (!operation) return operation.result;
-    const Scatter scatter(*operation.source, level);
-    const Sharing sharing = SharingOf(operation);
+    Operation operation(self, dest);
+    if (!operation) return operation.Give();
+    const Scatter scatter(operation.source.Picture(), level);
+    const Sharing sharing = operation.Sharing();
     if (level >= 0 && sharing != Sharing::Overlapping && KeepsRows(operation, scatter))
         DiffuseByRows(operation, scatter, sharing == Sharing::SamePixels);
     else
         DiffuseByPixels(operation, scatter);
-    return operation.result;
+    return operation.Give();
 }
 
 }  // namespace tqx

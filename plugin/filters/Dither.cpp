@@ -28,9 +28,9 @@ rows::DitherTables BuildTables(const DitherMatrix& matrix, std::int32_t levels) 
 
 sdk::Object* DitherFilter(sdk::Object* self, sdk::Object* dest, std::int32_t matrix, std::int32_t levels) {
     if (levels < 2 || levels > 256) return nullptr;
-    const Operation operation = BeginOperation(self, dest);
+    Operation operation(self, dest);
     const DitherMatrix* const cells = FindDitherMatrix(matrix);
-    if (!operation || !cells) return operation.result;
+    if (!operation || !cells) return operation.Give();
     const rows::DitherTables tables = BuildTables(*cells, levels);
     const PackedRows rows(operation);
     ChangeEachPixel(
@@ -39,7 +39,7 @@ sdk::Object* DitherFilter(sdk::Object* self, sdk::Object* dest, std::int32_t mat
             const rows::DitherCells row{cells->threshold[y % cells->size], cells->size};
             rows::DitherRow(tables, row, first, rows.Channels(), count, pixels, result);
         });
-    return operation.result;
+    return operation.Give();
 }
 
 }  // namespace tqx

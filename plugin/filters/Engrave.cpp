@@ -2,9 +2,8 @@
 
 #include <algorithm>
 
-#include "plugin/buffer/Destination.h"
+#include "plugin/buffer/Operation.h"
 #include "plugin/buffer/Scratch.h"
-#include "plugin/buffer/Sharing.h"
 #include "plugin/filters/PackedRows.h"
 #include "plugin/rows/Engrave.h"
 
@@ -35,7 +34,7 @@ struct RowCopies {
 };
 
 // From one picture into another, by way of copies only where rows aren't packed.
-void EngraveApart(const Operation& operation, std::int32_t level) {
+void EngraveApart(Operation& operation, std::int32_t level) {
     const PackedRows rows(operation);
     const std::int32_t width = rows.Width();
     const std::int64_t bytes = rows.BytesOf(width);
@@ -43,12 +42,12 @@ void EngraveApart(const Operation& operation, std::int32_t level) {
     if (!copies) return;
     const RowRange range = operation.Rows();
     for (std::int32_t y = range.first; y < range.end; ++y) {
-        const std::uint8_t* other = rows.Lasting(Neighbour(y, level, rows.Height()), 0, width, copies.other.data());
+        const std::uint8_t* other = rows.Packed(Neighbour(y, level, rows.Height()), 0, width, copies.other.data());
         if (!other) {
             std::fill_n(copies.other.data(), bytes, std::uint8_t{0});
             other = copies.other.data();
         }
-        const std::uint8_t* const own = rows.Lasting(y, 0, width, copies.own.data());
+        const std::uint8_t* const own = rows.Packed(y, 0, width, copies.own.data());
         if (!own) continue;
         std::uint8_t* const direct = rows.PackedInPlace(y, 0, width);
         std::uint8_t* const result = direct ? direct : copies.own.data();
@@ -58,7 +57,7 @@ void EngraveApart(const Operation& operation, std::int32_t level) {
 }
 
 // The rows above have changed already, and are read so.
-void EngraveInPlace(const Operation& operation, std::int32_t level) {
+void EngraveInPlace(Operation& operation, std::int32_t level) {
     const PackedRows rows(operation);
     const std::int32_t width = rows.Width();
     const std::int64_t bytes = rows.BytesOf(width);
@@ -79,7 +78,7 @@ void EngraveInPlace(const Operation& operation, std::int32_t level) {
     }
 }
 
-void EngraveByPixels(const Operation& operation, std::int32_t level) {
+void EngraveByPixels(Operation& operation, std::int32_t level) {
     const PackedRows rows(operation);
     const RowRange range = operation.Rows();
     for (std::int32_t y = range.first; y < range.end; ++y)
@@ -95,9 +94,9 @@ void EngraveByPixels(const Operation& operation, std::int32_t level) {
 }  // namespace
 
 sdk::Object* EngraveFilter(sdk::Object* self, sdk::Object* dest, std::int32_t level) {
-    const Operation operation = BeginOperation(self, dest);
-    if (!operation) return operation.result;
-    switch (SharingOf(operation)) {
+    Operation operation(self, dest);
+    if (!operation) return operation.Give();
+    switch (operation.Sharing()) {
         case Sharing::Apart:
             EngraveApart(operation, level);
             break;
@@ -108,7 +107,7 @@ sdk::Object* EngraveFilter(sdk::Object* self, sdk::Object* dest, std::int32_t le
             EngraveByPixels(operation, level);
             break;
     }
-    return operation.result;
+    return operation.Give();
 }
 
 }  // namespace tqx

@@ -2,9 +2,6 @@
 
 #include <cstdint>
 
-#include "plugin/buffer/RowWalk.h"
-#include "plugin/buffer/Sharing.h"
-
 namespace tqx {
 
 namespace {
@@ -25,20 +22,15 @@ rows::Tables TablesOf(const Curves& curves, rows::ChannelSet set) {
 
 }  // namespace
 
-void LookUpPicture(const Operation& operation, const Curves& curves) {
+void LookUpPicture(Operation& operation, const Curves& curves) {
     const rows::LookUpPlan plan =
         rows::PlanLookUp(operation.channels, TablesOf(curves, operation.channels), operation.From(), operation.To());
-    const auto lookUp = SharingOf(operation) == Sharing::Overlapping ? &rows::LookUpInOrder : &rows::LookUpRow;
+    const auto lookUp = operation.Sharing() == Sharing::Overlapping ? &rows::LookUpInOrder : &rows::LookUpRow;
     const std::int32_t width = operation.CommonWidth();
     const RowRange range = operation.Rows();
-    RowWalk sourceWalk(*operation.source, range), destinationWalk(*operation.destination, range);
-    for (std::int32_t y = range.first; y < range.end; ++y) {
-        sourceWalk.To(y);
-        destinationWalk.To(y);
-        const std::uint8_t* const source = RowAddress(*operation.source, y);
-        std::uint8_t* const destination = RowAddress(*operation.destination, y);
-        if (source && destination) lookUp(plan, source, destination, width);
-    }
+    RowPairs pairs(operation.source, operation.destination);
+    for (std::int32_t y = range.first; y < range.end; ++y)
+        if (const RowPair pair = pairs.At(y, y)) lookUp(plan, pair.source, pair.destination, width);
 }
 
 }  // namespace tqx

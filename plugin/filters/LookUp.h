@@ -1,7 +1,7 @@
 // A picture's bytes mapped through tables, one a channel.
 #pragma once
 
-#include "plugin/buffer/Destination.h"
+#include "plugin/buffer/Operation.h"
 #include "plugin/rows/LookUp.h"
 
 namespace tqx {
@@ -16,6 +16,6 @@ struct Curves {
 };
 
 // Maps every channel of the operation's source into its destination.
-void LookUpPicture(const Operation& operation, const Curves& curves);
+void LookUpPicture(Operation& operation, const Curves& curves);
 
 }  // namespace tqx

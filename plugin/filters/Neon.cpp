@@ -4,7 +4,7 @@
 #include <cstring>
 #include <utility>
 
-#include "plugin/buffer/Destination.h"
+#include "plugin/buffer/Operation.h"
 #include "plugin/buffer/Scratch.h"
 #include "plugin/filters/PackedRows.h"
 #include "plugin/rows/Neon.h"
@@ -17,10 +17,10 @@ namespace {
 // row, and 0 for bytes that the row does not have.
 class RowsAndNext {
   public:
-    RowsAndNext(PixelBuffer& source, const PackedRows& rows)
+    RowsAndNext(RowCursor& source, const PackedRows& rows)
         : source_(source),
           rows_(rows),
-          pixels_(std::int64_t{source.Width} + 1),
+          pixels_(std::int64_t{source->Width} + 1),
           wanted_(rows.EndOf(pixels_)),
           raw_(wanted_) {}
 
@@ -28,8 +28,8 @@ class RowsAndNext {
 
     // All 0 and false for a row that the picture lacks.
     bool Read(std::int32_t y, std::uint8_t* packed) const {
-        const std::uint8_t* const row = y < source_.Height ? RowAddress(source_, y) : nullptr;
-        const std::int64_t present = row ? std::clamp<std::int64_t>(source_.RowSize, 0, wanted_) : 0;
+        const std::uint8_t* const row = y < source_->Height ? source_.Row(y) : nullptr;
+        const std::int64_t present = row ? std::clamp<std::int64_t>(source_->RowSize, 0, wanted_) : 0;
         if (present > 0) std::memcpy(raw_.data(), row, static_cast<std::size_t>(present));
         std::fill(raw_.data() + present, raw_.data() + wanted_, std::uint8_t{0});
         rows_.Pack(raw_.data(), pixels_, packed);
@@ -37,7 +37,7 @@ class RowsAndNext {
     }
 
   private:
-    PixelBuffer& source_;
+    RowCursor& source_;
     const PackedRows& rows_;
     std::int64_t pixels_;
     std::int64_t wanted_;  // bytes of a row, up to the last channel of the pixel past the end
@@ -47,13 +47,13 @@ class RowsAndNext {
 }  // namespace
 
 sdk::Object* NeonFilter(sdk::Object* self, sdk::Object* dest) {
-    const Operation operation = BeginOperation(self, dest);
-    if (!operation) return operation.result;
+    Operation operation(self, dest);
+    if (!operation) return operation.Give();
     const PackedRows rows(operation);
-    const RowsAndNext source(*operation.source, rows);
+    const RowsAndNext source(operation.source, rows);
     const std::int64_t bytes = rows.BytesOf(std::int64_t{rows.Width()} + 1);
     const ScratchBytes first(bytes), second(bytes), result(bytes);
-    if (!source || !first || !second || !result) return operation.result;
+    if (!source || !first || !second || !result) return operation.Give();
     // Both rows are copied before the upper one is written, and the lower copy becomes the next
     // upper one: what a destination that shares memory makes of it meanwhile doesn't count.
     std::uint8_t* row = first.data();
@@ -69,7 +69,7 @@ sdk::Object* NeonFilter(sdk::Object* self, sdk::Object* dest) {
         std::swap(row, below);
         present = belowPresent;
     }
-    return operation.result;
+    return operation.Give();
 }
 
 }  // namespace tqx

@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <span>
 
-#include "plugin/buffer/Destination.h"
-#include "plugin/buffer/Sharing.h"
+#include "plugin/buffer/Operation.h"
 #include "plugin/filters/OilColumns.h"
 #include "plugin/filters/PackedRows.h"
 #include "plugin/rows/OilHistogram.h"
@@ -118,7 +117,7 @@ void PaintRow(Painter<Set>& painter, std::span<std::uint8_t* const> around, std:
 
 // False when memory was short and nothing was done.
 template <rows::ChannelSet Set>
-bool PaintByRows(const Operation& operation, std::int32_t levels, std::int64_t range, bool inPlace) {
+bool PaintByRows(Operation& operation, std::int32_t levels, std::int64_t range, bool inPlace) {
     const PackedRows rows(operation, PackedOrder::OfTheSet);
     RowRing ring(rows, range < 0 ? 1 : 2 * range + 1, rows.Width());
     const ScratchBytes result(rows.BytesOf(rows.Width()));
@@ -142,7 +141,7 @@ bool PaintByRows(const Operation& operation, std::int32_t levels, std::int64_t r
 
 // The definition: every neighbourhood gathered anew from the pixels as they stand.
 template <rows::ChannelSet Set>
-void PaintByPixels(const Operation& operation, std::int32_t levels, std::int64_t range) {
+void PaintByPixels(Operation& operation, std::int32_t levels, std::int64_t range) {
     const PackedRows rows(operation, PackedOrder::OfTheSet);
     Painter<Set> painter(levels);
     std::uint8_t pixel[4];
@@ -167,17 +166,17 @@ void PaintByPixels(const Operation& operation, std::int32_t levels, std::int64_t
 
 sdk::Object* OilFilter(sdk::Object* self, sdk::Object* dest, std::int32_t levels, std::int32_t range) {
     if (levels < 1) return nullptr;
-    const Operation operation = BeginOperation(self, dest);
-    if (!operation) return operation.result;
+    Operation operation(self, dest);
+    if (!operation) return operation.Give();
     const std::int32_t bins = std::min(levels, 256);
-    const Sharing sharing = SharingOf(operation);
-    if (sharing == Sharing::Apart && PaintByColumns(operation, bins, range, &blueSlot)) return operation.result;
+    const Sharing sharing = operation.Sharing();
+    if (sharing == Sharing::Apart && PaintByColumns(operation, bins, range, &blueSlot)) return operation.Give();
     rows::ForChannelSet(operation.channels, [&]<rows::ChannelSet Set>() {
         if (sharing != Sharing::Overlapping && PaintByRows<Set>(operation, bins, range, sharing == Sharing::SamePixels))
             return;
         PaintByPixels<Set>(operation, bins, range);
     });
-    return operation.result;
+    return operation.Give();
 }
 
 }  // namespace tqx

@@ -120,7 +120,7 @@ class Histograms {
 // Paints strips of a picture.
 class ColumnPainter {
   public:
-    ColumnPainter(const Operation& operation, std::int32_t levels, std::int32_t range)
+    ColumnPainter(Operation& operation, std::int32_t levels, std::int32_t range)
         : rows_(operation, PackedOrder::OfTheSet),
           range_(range),
           strip_(std::min(rows_.Width(), std::max(Histograms::ColumnsThatStay(levels, rows_.Channels()) - 2 * range,
@@ -156,7 +156,7 @@ class ColumnPainter {
     std::int32_t UpTo(std::int32_t at, std::int32_t end) const { return end - at > range_ ? at + range_ : end; }
 
     void AddRow(std::int32_t y, const Span& seen, int times) {
-        if (const std::uint8_t* const row = rows_.Lasting(y, seen.first, seen.Count(), row_.data()))
+        if (const std::uint8_t* const row = rows_.Packed(y, seen.first, seen.Count(), row_.data()))
             histograms_.AddRow(row, seen.Count(), times);
     }
 
@@ -182,7 +182,7 @@ class ColumnPainter {
 
 }  // namespace
 
-bool PaintByColumns(const Operation& operation, std::int32_t levels, std::int32_t range, rows::OilHistogram* blue) {
+bool PaintByColumns(Operation& operation, std::int32_t levels, std::int32_t range, rows::OilHistogram* blue) {
     if (range < 0 || range > kLargestRange || rows::SetHasAlpha(operation.channels)) return false;
     if (operation.source->IsMapping || operation.destination->IsMapping || operation.source->Width < 1) return false;
     ColumnPainter painter(operation, levels, range);

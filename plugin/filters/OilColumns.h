@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "plugin/buffer/Destination.h"
+#include "plugin/buffer/Operation.h"
 #include "plugin/rows/OilHistogram.h"
 
 namespace tqx {
@@ -13,6 +13,6 @@ namespace tqx {
 // channels with alpha (which gathers pixel by pixel), for neighbourhoods too large to be counted in
 // 16 bits, and when memory is short. `levels` is 1 to 256. Leaves in `blue` the histogram of the
 // last painted pixel of a colour picture.
-bool PaintByColumns(const Operation& operation, std::int32_t levels, std::int32_t range, rows::OilHistogram* blue);
+bool PaintByColumns(Operation& operation, std::int32_t levels, std::int32_t range, rows::OilHistogram* blue);
 
 }  // namespace tqx

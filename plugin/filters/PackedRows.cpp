@@ -31,38 +31,33 @@ constexpr std::int64_t RoundUp(std::int64_t bytes) { return (bytes + 63) / 64 * 
 
 }  // namespace
 
-PackedRows::PackedRows(PixelBuffer& source, PixelBuffer& destination, rows::ChannelSet set, PackedOrder order)
+PackedRows::PackedRows(RowCursor& source, RowCursor& destination, rows::ChannelSet set, PackedOrder order)
     : source_(source), destination_(destination), channels_(rows::ChannelCount(set)) {
-    const rows::PixelLayout from = LayoutOf(source, set);
+    const rows::PixelLayout from = LayoutOf(source.Picture(), set);
     const rows::PixelLayout packed = PackedLayout(from, channels_, order);
     read_ = rows::PlanMoves(rows::MovesBetween(set, from, packed));
-    write_ = rows::PlanMoves(rows::MovesBetween(set, packed, LayoutOf(destination, set)));
+    write_ = rows::PlanMoves(rows::MovesBetween(set, packed, LayoutOf(destination.Picture(), set)));
 }
 
 bool PackedRows::Read(std::int32_t y, std::int32_t first, std::int32_t count, std::uint8_t* packed) const {
-    const std::uint8_t* const row = RowAddress(source_, y);
+    const std::uint8_t* const row = source_.Row(y);
     if (!row) return false;
-    rows::MoveRow(read_, row + std::int64_t{first} * source_.PixelSize, packed, count);
+    rows::MoveRow(read_, row + std::int64_t{first} * source_->PixelSize, packed, count);
     return true;
 }
 
 const std::uint8_t* PackedRows::Packed(std::int32_t y, std::int32_t first, std::int32_t count,
                                        std::uint8_t* scratch) const {
-    if (!read_.copies) return Read(y, first, count, scratch) ? scratch : nullptr;
-    const std::uint8_t* const row = RowAddress(source_, y);
-    return row ? row + std::int64_t{first} * source_.PixelSize + read_.from.offset : nullptr;
-}
-
-const std::uint8_t* PackedRows::Lasting(std::int32_t y, std::int32_t first, std::int32_t count,
-                                        std::uint8_t* scratch) const {
-    if (!source_.IsMapping) return Packed(y, first, count, scratch);
-    return Read(y, first, count, scratch) ? scratch : nullptr;
+    if (!read_.copies || source_->IsMapping) return Read(y, first, count, scratch) ? scratch : nullptr;
+    const std::uint8_t* const row = source_.Row(y);
+    return row ? row + std::int64_t{first} * source_->PixelSize + read_.from.offset : nullptr;
 }
 
 std::uint8_t* PackedRows::PackedInPlace(std::int32_t y, std::int32_t first, std::int32_t count) const {
-    if (!write_.copies || y >= destination_.Height || first + std::int64_t{count} > destination_.Width) return nullptr;
-    std::uint8_t* const row = RowAddress(destination_, y);
-    return row ? row + std::int64_t{first} * destination_.PixelSize + write_.to.offset : nullptr;
+    if (!write_.copies || y >= destination_->Height || first + std::int64_t{count} > destination_->Width)
+        return nullptr;
+    std::uint8_t* const row = destination_.Row(y);
+    return row ? row + std::int64_t{first} * destination_->PixelSize + write_.to.offset : nullptr;
 }
 
 void PackedRows::Pack(const std::uint8_t* row, std::int64_t count, std::uint8_t* packed) const {
@@ -74,18 +69,16 @@ std::int64_t PackedRows::EndOf(std::int64_t count) const {
 }
 
 void PackedRows::Write(std::int32_t y, std::int32_t first, std::int32_t count, const std::uint8_t* packed) const {
-    if (y >= destination_.Height || first >= destination_.Width) return;
-    std::uint8_t* const row = RowAddress(destination_, y);
+    if (y >= destination_->Height || first >= destination_->Width) return;
+    std::uint8_t* const row = destination_.Row(y);
     if (!row) return;
-    rows::MoveRow(write_, packed, row + std::int64_t{first} * destination_.PixelSize,
-                  std::min(count, destination_.Width - first));
+    rows::MoveRow(write_, packed, row + std::int64_t{first} * destination_->PixelSize,
+                  std::min(count, destination_->Width - first));
 }
 
-bool PackedRows::HasSource(std::int32_t y) const { return y < source_.Height && RowAddress(source_, y); }
+bool PackedRows::HasSource(std::int32_t y) const { return y < source_->Height && source_.Row(y); }
 
-bool PackedRows::Have(std::int32_t y) const {
-    return HasSource(y) && y < destination_.Height && RowAddress(destination_, y);
-}
+bool PackedRows::Have(std::int32_t y) const { return HasSource(y) && y < destination_->Height && destination_.Row(y); }
 
 RowRing::RowRing(const PackedRows& rows, std::int64_t capacity, std::int32_t width)
     : rows_(rows),

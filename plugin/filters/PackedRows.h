@@ -9,9 +9,8 @@
 
 #include <cstdint>
 
-#include "plugin/buffer/Destination.h"
+#include "plugin/buffer/Operation.h"
 #include "plugin/buffer/Scratch.h"
-#include "plugin/buffer/Sharing.h"
 #include "plugin/rows/Blocks.h"
 #include "plugin/rows/Move.h"
 #include "plugin/rows/PixelLayout.h"
@@ -27,17 +26,17 @@ enum class PackedOrder {
 // Reads packed rows from one picture and writes them to another.
 class PackedRows {
   public:
-    PackedRows(PixelBuffer& source, PixelBuffer& destination, rows::ChannelSet set,
+    PackedRows(RowCursor& source, RowCursor& destination, rows::ChannelSet set,
                PackedOrder order = PackedOrder::AsItSuits);
-    explicit PackedRows(const Operation& operation, PackedOrder order = PackedOrder::AsItSuits)
-        : PackedRows(*operation.source, *operation.destination, operation.channels, order) {}
+    explicit PackedRows(Operation& operation, PackedOrder order = PackedOrder::AsItSuits)
+        : PackedRows(operation.source, operation.destination, operation.channels, order) {}
 
     int Channels() const { return channels_; }
-    std::int32_t Height() const { return source_.Height; }
-    std::int32_t Width() const { return source_.Width; }
+    std::int32_t Height() const { return source_->Height; }
+    std::int32_t Width() const { return source_->Width; }
 
     // The rows that the source's storage has.
-    RowRange SourceRows() const { return RowsOf(source_); }
+    RowRange SourceRows() const { return source_.Rows(); }
 
     // Bytes of a packed row of so many pixels.
     std::int64_t BytesOf(std::int64_t pixels) const { return pixels * channels_; }
@@ -46,13 +45,10 @@ class PackedRows {
     // source has no such row.
     bool Read(std::int32_t y, std::int32_t first, std::int32_t count, std::uint8_t* packed) const;
 
-    // Pixels of row y from column `first` on, packed: the row's own bytes where they are packed
-    // already, good until the source's next row address; else a copy in `scratch`. Null when the
-    // source has no such row.
+    // Pixels of row y from column `first` on, packed, and good beside other rows of the source: the
+    // row's own bytes where they are packed already and stay where they are, else a copy in
+    // `scratch`. Null when the source has no such row.
     const std::uint8_t* Packed(std::int32_t y, std::int32_t first, std::int32_t count, std::uint8_t* scratch) const;
-
-    // The same, good beside other rows of the source: of a mapped picture always a copy.
-    const std::uint8_t* Lasting(std::int32_t y, std::int32_t first, std::int32_t count, std::uint8_t* scratch) const;
 
     // Where pixels of row y may be changed in place of a packed copy: the destination's own bytes;
     // null where those aren't packed or there is no such row or column.
@@ -72,8 +68,8 @@ class PackedRows {
     bool Have(std::int32_t y) const;
 
   private:
-    PixelBuffer& source_;
-    PixelBuffer& destination_;
+    RowCursor& source_;
+    RowCursor& destination_;
     int channels_;
     rows::MovePlan read_;
     rows::MovePlan write_;
@@ -84,9 +80,9 @@ class PackedRows {
 // what the plain pixel order gives, else pixel by pixel, each read whole before it is written.
 // Rows that are packed already aren't copied. Does nothing when memory is short.
 template <class Change>
-void ChangeEachPixel(const Operation& operation, const PackedRows& rows, const Change& change) {
+void ChangeEachPixel(Operation& operation, const PackedRows& rows, const Change& change) {
     const std::int32_t width = operation.CommonWidth();
-    const bool byRows = SharingOf(operation) != Sharing::Overlapping;
+    const bool byRows = operation.Sharing() != Sharing::Overlapping;
     const std::int32_t step = byRows ? width : 1;
     const ScratchBytes copies(rows.BytesOf(step));
     if (!copies) return;

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "plugin/buffer/Destination.h"
+#include "plugin/buffer/Operation.h"
 #include "plugin/buffer/Saturate.h"
 #include "plugin/filters/Blur.h"
 #include "plugin/filters/LookUp.h"
@@ -39,8 +39,8 @@ rows::Table StampTable(const StampLimits& limits, int black, int white) {
 }
 
 sdk::Object* Stamp(sdk::Object* self, const StampLimits& limits, sdk::Color black, sdk::Color white) {
-    const Operation operation = BeginOperation(self, nullptr);
-    if (!operation) return operation.result;
+    Operation operation(self, nullptr);
+    if (!operation) return operation.Give();
     rows::Table tables[3];
     for (int i = 0; i < 3; ++i) {
         const int shift = 16 - 8 * i;
@@ -48,7 +48,7 @@ sdk::Object* Stamp(sdk::Object* self, const StampLimits& limits, sdk::Color blac
     }
     // Gray goes by green: intended.
     LookUpPicture(operation, {&tables[0], &tables[1], &tables[2], &tables[1], nullptr});
-    return operation.result;
+    return operation.Give();
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <optional>
 
-#include "plugin/buffer/Destination.h"
+#include "plugin/buffer/Operation.h"
 #include "plugin/buffer/Saturate.h"
 #include "plugin/filters/LookUp.h"
 #include "plugin/rows/Elementary.h"
@@ -39,9 +39,9 @@ constexpr rows::Table kSolarizeTable = {{
 // One table for gray and every colour.
 Curves SameCurve(const rows::Table& table, const rows::Table* alpha) { return {&table, &table, &table, &table, alpha}; }
 
-sdk::Object* ApplyCurves(const Operation& operation, const Curves& curves) {
+sdk::Object* ApplyCurves(Operation& operation, const Curves& curves) {
     LookUpPicture(operation, curves);
-    return operation.result;
+    return operation.Give();
 }
 
 rows::Table GammaTable(double gamma) {
@@ -61,8 +61,8 @@ double MixedGamma(double red, double green, double blue) {
 
 sdk::Object* GammaOfThree(sdk::Object* self, sdk::Object* dest, double red, double green, double blue,
                           const rows::Table* alpha) {
-    const Operation operation = BeginOperation(self, dest);
-    if (!operation) return operation.result;
+    Operation operation(self, dest);
+    if (!operation) return operation.Give();
     if (operation.source->IsGray)
         return ApplyCurves(operation, SameCurve(GammaTable(MixedGamma(red, green, blue)), alpha));
     const rows::Table tables[] = {GammaTable(red), GammaTable(green), GammaTable(blue)};
@@ -110,16 +110,16 @@ using MaybeArray = std::optional<sdk::Array*>;
 
 // Arrays are read when all yields are over, so that what script code puts into them meanwhile counts.
 sdk::Object* TransferOfOne(sdk::Object* self, sdk::Object* dest, sdk::Array* gray, MaybeArray alpha) {
-    const Operation operation = BeginOperation(self, dest);
-    if (!operation) return operation.result;
+    Operation operation(self, dest);
+    if (!operation) return operation.Give();
     const rows::Table grayTable = TransferTable(gray), alphaTable = TransferTable(alpha.value_or(nullptr));
     return ApplyCurves(operation, SameCurve(grayTable, alpha ? &alphaTable : nullptr));
 }
 
 sdk::Object* TransferOfThree(sdk::Object* self, sdk::Object* dest, sdk::Array* red, sdk::Array* green, sdk::Array* blue,
                              MaybeArray alpha) {
-    const Operation operation = BeginOperation(self, dest);
-    if (!operation) return operation.result;
+    Operation operation(self, dest);
+    if (!operation) return operation.Give();
     const rows::Table tables[] = {TransferTable(red), TransferTable(green), TransferTable(blue),
                                   TransferTable(alpha.value_or(nullptr))};
     // Gray goes by the green array: intended.
@@ -129,13 +129,13 @@ sdk::Object* TransferOfThree(sdk::Object* self, sdk::Object* dest, sdk::Array* r
 }  // namespace
 
 sdk::Object* GammaFilter(sdk::Object* self, sdk::Object* dest, double gamma) {
-    const Operation operation = BeginOperation(self, dest);
-    return operation ? ApplyCurves(operation, SameCurve(GammaTable(gamma), nullptr)) : operation.result;
+    Operation operation(self, dest);
+    return operation ? ApplyCurves(operation, SameCurve(GammaTable(gamma), nullptr)) : operation.Give();
 }
 
 sdk::Object* GammaFilter(sdk::Object* self, sdk::Object* dest, double gamma, double alphaGamma) {
-    const Operation operation = BeginOperation(self, dest);
-    if (!operation) return operation.result;
+    Operation operation(self, dest);
+    if (!operation) return operation.Give();
     const rows::Table alpha = GammaTable(alphaGamma);
     return ApplyCurves(operation, SameCurve(GammaTable(gamma), &alpha));
 }
@@ -151,8 +151,8 @@ sdk::Object* GammaFilter(sdk::Object* self, sdk::Object* dest, double redGamma, 
 }
 
 sdk::Object* GainFilter(sdk::Object* self, sdk::Object* dest, double gain, double bias) {
-    const Operation operation = BeginOperation(self, dest);
-    if (!operation) return operation.result;
+    Operation operation(self, dest);
+    if (!operation) return operation.Give();
     const rows::Table table = GainTable(gain, bias);
     return ApplyCurves(operation, SameCurve(table, &table));
 }
@@ -176,8 +176,8 @@ sdk::Object* TransferFilter(sdk::Object* self, sdk::Object* dest, sdk::Array* re
 }
 
 sdk::Object* SolarizeFilter(sdk::Object* self, sdk::Object* dest) {
-    const Operation operation = BeginOperation(self, dest);
-    return operation ? ApplyCurves(operation, SameCurve(kSolarizeTable, &kSolarizeTable)) : operation.result;
+    Operation operation(self, dest);
+    return operation ? ApplyCurves(operation, SameCurve(kSolarizeTable, &kSolarizeTable)) : operation.Give();
 }
 
 }  // namespace tqx

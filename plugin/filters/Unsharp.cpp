@@ -2,9 +2,8 @@
 
 #include <cmath>
 
-#include "plugin/buffer/Destination.h"
+#include "plugin/buffer/Operation.h"
 #include "plugin/buffer/Scratch.h"
-#include "plugin/buffer/Sharing.h"
 #include "plugin/filters/PackedRows.h"
 #include "plugin/rows/Unsharp.h"
 
@@ -16,28 +15,21 @@ bool AreAlike(const PixelBuffer& a, const PixelBuffer& b) {
     return a.Width == b.Width && a.Height == b.Height && a.ImageFormat == b.ImageFormat;
 }
 
-// Yields for both; false when script code took either's storage meanwhile.
-bool YieldForBoth(PixelBuffer& picture, PixelBuffer& reference) {
-    const StorageWatch pictureWatch(picture), referenceWatch(reference);
-    Yield(picture);
-    if (pictureWatch.Holds() && referenceWatch.Holds()) Yield(reference);
-    return pictureWatch.Holds() && referenceWatch.Holds();
-}
-
 // Both pictures' channels in an order that is the same for both.
-PackedOrder OrderFor(const PixelBuffer& picture, const PixelBuffer& reference, rows::ChannelSet set) {
-    return LayoutOf(picture, set) == LayoutOf(reference, set) ? PackedOrder::AsItSuits : PackedOrder::OfTheSet;
+PackedOrder OrderFor(const RowCursor& picture, const RowCursor& reference, rows::ChannelSet set) {
+    return LayoutOf(picture.Picture(), set) == LayoutOf(reference.Picture(), set) ? PackedOrder::AsItSuits
+                                                                                  : PackedOrder::OfTheSet;
 }
 
 // Rows of the picture and of its reference, and room for a packed copy of either.
 class Sharpening {
   public:
-    Sharpening(PixelBuffer& picture, PixelBuffer& reference, rows::ChannelSet set, const rows::UnsharpRule& rule)
+    Sharpening(RowCursor& picture, RowCursor& reference, rows::ChannelSet set, const rows::UnsharpRule& rule)
         : picture_(picture, picture, set, OrderFor(picture, reference, set)),
           reference_(reference, reference, set, OrderFor(picture, reference, set)),
-          sharing_(SharingOf(reference, picture, set)),
-          byRows_(sharing_ != Sharing::Overlapping && HasBytesOfItsOwn(picture, set)),
-          plan_(rows::PlanUnsharp(rule, byRows_ ? picture_.BytesOf(picture.Width) * picture.Height : 0)),
+          sharing_(SharingOf(reference.Picture(), picture.Picture(), set)),
+          byRows_(sharing_ != Sharing::Overlapping && HasBytesOfItsOwn(picture.Picture(), set)),
+          plan_(rows::PlanUnsharp(rule, byRows_ ? picture_.BytesOf(picture->Width) * picture->Height : 0)),
           samples_(picture_.BytesOf(Step())),
           references_(picture_.BytesOf(Step())) {}
 
@@ -78,12 +70,12 @@ class Sharpening {
 };
 
 // False when memory is short.
-bool Sharpen(PixelBuffer& picture, PixelBuffer& reference, rows::ChannelSet set, const rows::UnsharpRule& rule) {
+bool Sharpen(RowCursor& picture, RowCursor& reference, rows::ChannelSet set, const rows::UnsharpRule& rule) {
     const Sharpening sharpening(picture, reference, set, rule);
     if (!sharpening) return false;
-    const RowRange range = CommonRows(RowsOf(picture), RowsOf(reference));
+    const RowRange range = CommonRows(picture.Rows(), reference.Rows());
     for (std::int32_t y = range.first; y < range.end; ++y)
-        for (const rows::Block part : rows::Blocks(picture.Width, sharpening.Step()))
+        for (const rows::Block part : rows::Blocks(picture->Width, sharpening.Step()))
             if (!sharpening.At(y, part.first)) break;
     return true;
 }
@@ -91,13 +83,12 @@ bool Sharpen(PixelBuffer& picture, PixelBuffer& reference, rows::ChannelSet set,
 }  // namespace
 
 bool UnsharpFilter(sdk::Object* self, sdk::Object* reference, double amount, std::int32_t threshold) {
-    PixelBuffer& picture = *BufferOf(self);
     if (!reference) return false;
-    PixelBuffer& other = *BufferOf(reference);
-    if (!picture.Valid || !other.Valid || !AreAlike(picture, other)) return false;
-    if (!IsUsable(picture) || !IsUsable(other) || !YieldForBoth(picture, other)) return false;
+    RowCursor picture(*BufferOf(self)), other(*BufferOf(reference));
+    if (!picture->Valid || !other->Valid || !AreAlike(picture.Picture(), other.Picture())) return false;
+    if (!IsUsable(other.Picture()) || !Begin({&picture, &other})) return false;
     rows::ChannelSet set;
-    if (!ChooseChannels(picture, &set) || picture.Width <= 0) return true;
+    if (!ChooseChannels(picture.Picture(), &set) || picture->Width <= 0) return true;
     return Sharpen(picture, other, set, {std::fma(4.0, amount, 1.0), threshold});
 }
 

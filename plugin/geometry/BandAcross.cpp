@@ -58,21 +58,22 @@ bool BandAcross::CutIntoStrips(std::int32_t columns) {
 }
 
 bool BandAcross::Prepare(const ScaleJob& job, std::int32_t columns) {
-    source_ = job.source;
+    source_ = &job.source;
     path_ = &job.path;
     if (!lists_.Start(*job.kernel, job.AcrossScale(columns))) return false;
     for (std::int32_t i = 0; i < lists_.Count(); ++i) lists_.BuildList(i);
-    packedStride_ = (std::int64_t{source_->Width} * path_->samples.bytes + 2 * kSlack - 1) / kSlack * kSlack;
+    packedStride_ = (std::int64_t{job.source->Width} * path_->samples.bytes + 2 * kSlack - 1) / kSlack * kSlack;
     return CutIntoStrips(columns) && packed_.Allocate(kLanes, packedStride_);
 }
 
 unsigned BandAcross::Pack(std::int32_t y) {
+    RowCursor& source = *source_;
     unsigned present = 0;
     for (int r = 0; r < kLanes; ++r) {
         std::uint8_t* const packed = packed_.data() + r * packedStride_;
-        const std::uint8_t* const row = y + r < source_->Height ? RowAddress(*source_, y + r) : nullptr;
+        const std::uint8_t* const row = y + r < source->Height ? source.Row(y + r) : nullptr;
         if (row)
-            rows::MoveRow(path_->pack, row, packed, source_->Width);
+            rows::MoveRow(path_->pack, row, packed, source->Width);
         else
             std::memset(packed, 0, static_cast<std::size_t>(packedStride_));
         present |= (row ? 1u : 0u) << r;

@@ -35,7 +35,7 @@ class BandAcross {
     unsigned Pack(std::int32_t y);
     void MakeStrip(const Strip& strip, double* rows, std::int64_t stride);
 
-    PixelBuffer* source_ = nullptr;
+    RowCursor* source_ = nullptr;
     const ScalePath* path_ = nullptr;
     Contributions lists_;
     Scratch<Strip> strips_;

@@ -95,7 +95,7 @@ void BandDown::AddBatch(const rows::Block& block) {
     for (std::int32_t i = 0; i < block.count; ++i) {
         if (!batch[i].ends) continue;
         next_ = block.first + i + 1;
-        std::uint8_t* const row = RowAddress(*job_->self, block.first + i);
+        std::uint8_t* const row = job_->self.Row(block.first + i);
         if (row) rows::MoveRow(job_->path.fromPacked, batch[i].bytes, row, job_->columns);
     }
 }

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <cstring>
 
-#include "plugin/buffer/RowPairs.h"
+#include "plugin/buffer/Channels.h"
 #include "plugin/buffer/Scratch.h"
 #include "plugin/buffer/Sharing.h"
 #include "plugin/rows/Blocks.h"
@@ -46,13 +46,14 @@ struct Run {
 class Strip {
   public:
     // `block` has BytesFor(columns) bytes.
-    Strip(PixelBuffer& source, PixelBuffer& destination, const ShearedChannels& channels, std::int32_t columns,
+    Strip(RowCursor& source, RowCursor& destination, const ShearedChannels& channels, std::int32_t columns,
           std::uint8_t* block)
         : source_(source),
           destination_(destination),
           pixelSize_(PackedSize(channels.set)),
-          pack_(rows::PlanMoves(rows::MovesBetween(channels.set, LayoutOf(source, channels.set), Packed()))),
-          unpack_(rows::PlanMoves(rows::MovesBetween(channels.set, Packed(), LayoutOf(destination, channels.set)))),
+          pack_(rows::PlanMoves(rows::MovesBetween(channels.set, LayoutOf(source.Picture(), channels.set), Packed()))),
+          unpack_(rows::PlanMoves(
+              rows::MovesBetween(channels.set, Packed(), LayoutOf(destination.Picture(), channels.set)))),
           most_(columns),
           ring_(block) {
         std::memcpy(background_, channels.background, sizeof(background_));
@@ -66,14 +67,14 @@ class Strip {
         count_ = columns.count;
         position = Place(position, slope);
         std::int64_t loaded = 0;
-        const RowRange range = RowsOf(destination_);
+        const RowRange range = destination_.Rows();
         for (std::int32_t y = range.first; y < range.end; ++y) {
-            const std::int64_t needed = std::min<std::int64_t>(source_.Height, y - least_ + 1);
+            const std::int64_t needed = std::min<std::int64_t>(source_->Height, y - least_ + 1);
             for (; loaded < needed; ++loaded) Load(static_cast<std::int32_t>(loaded));
-            if (std::uint8_t* const row = RowAddress(destination_, y)) {
+            if (std::uint8_t* const row = destination_.Row(y)) {
                 Assemble(y);
-                const std::int32_t width = std::min(count_, destination_.Width - x_);
-                rows::MoveRow(unpack_, line_, row + std::int64_t{x_} * destination_.PixelSize, width);
+                const std::int32_t width = std::min(count_, destination_->Width - x_);
+                rows::MoveRow(unpack_, line_, row + std::int64_t{x_} * destination_->PixelSize, width);
             }
         }
         return position;
@@ -114,12 +115,12 @@ class Strip {
     // Takes in a row of the source. One that is not there is marked as such.
     void Load(std::int32_t y) {
         std::uint8_t* const moved = RingRow(y);
-        const std::uint8_t* const row = RowAddress(source_, y);
+        const std::uint8_t* const row = source_.Row(y);
         there_[y & (RingRows(most_) - 1)] = row != nullptr;
         if (!row) return;
-        rows::MoveRow(pack_, row + std::int64_t{x_} * source_.PixelSize, line_, count_);
+        rows::MoveRow(pack_, row + std::int64_t{x_} * source_->PixelSize, line_, count_);
         rows::SkewColumns(weight_, line_, left_, moved, count_ * pixelSize_);
-        if (y + 1 < source_.Height) return;
+        if (y + 1 < source_->Height) return;
         // The blend of the background stands on the last pixel: intended.
         for (std::int32_t i = 0; i < count_ * pixelSize_; ++i)
             moved[i] = rows::EndOfSkew(weight_[i], background_[i % pixelSize_], left_[i]);
@@ -139,7 +140,7 @@ class Strip {
         std::memcpy(&background, background_, sizeof(background));
         for (std::int32_t i = 0; i < runs_; ++i) {
             const std::int64_t row = y - run_[i].offset;
-            const bool moved = row >= 0 && row < source_.Height && there_[row & (RingRows(most_) - 1)];
+            const bool moved = row >= 0 && row < source_->Height && there_[row & (RingRows(most_) - 1)];
             const std::uint8_t* const from = moved ? RingRow(row) : nullptr;
             for (std::int64_t j = run_[i].first; j < run_[i].end; ++j) {
                 Pixel pixel = background;
@@ -149,8 +150,8 @@ class Strip {
         }
     }
 
-    PixelBuffer& source_;
-    PixelBuffer& destination_;
+    RowCursor& source_;
+    RowCursor& destination_;
     std::int32_t pixelSize_;  // bytes of a packed pixel
     rows::MovePlan pack_;
     rows::MovePlan unpack_;
@@ -173,25 +174,25 @@ class Strip {
 // its turn comes.
 class ColumnInOrder {
   public:
-    ColumnInOrder(PixelBuffer& source, PixelBuffer& destination, const ShearedChannels& channels)
+    ColumnInOrder(RowCursor& source, RowCursor& destination, const ShearedChannels& channels)
         : source_(source),
           destination_(destination),
           count_(rows::ChannelCount(channels.set)),
-          from_(LayoutOf(source, channels.set)),
-          to_(LayoutOf(destination, channels.set)) {
+          from_(LayoutOf(source.Picture(), channels.set)),
+          to_(LayoutOf(destination.Picture(), channels.set)) {
         std::memcpy(background_, channels.background, sizeof(background_));
     }
 
     void Shear(std::int32_t x, const Distance& distance) {
-        const RowRange range = RowsOf(destination_);
+        const RowRange range = destination_.Rows();
         for (std::int32_t y = range.first; y < range.end; ++y) Store(x, y, background_);
         std::uint8_t left[4];
         for (int c = 0; c < count_; ++c) left[c] = rows::LeftOfSkew(distance.weight, background_[c]);
         bool ends = false;
-        const RowRange sheared = RowsOf(source_);
+        const RowRange sheared = source_.Rows();
         for (std::int32_t y = sheared.first; y < sheared.end; ++y) {
-            const std::uint8_t* const row = RowAddress(source_, y);
-            ends = row && y + 1 == source_.Height;
+            const std::uint8_t* const row = source_.Row(y);
+            ends = row && y + 1 == source_->Height;
             if (!row) continue;
             std::uint8_t moved[4];
             for (int c = 0; c < count_; ++c) {
@@ -204,19 +205,19 @@ class ColumnInOrder {
         }
         std::uint8_t end[4];
         for (int c = 0; c < count_; ++c) end[c] = rows::EndOfSkew(distance.weight, background_[c], left[c]);
-        if (ends) Store(x, distance.offset + source_.Height - 1, end);
+        if (ends) Store(x, distance.offset + source_->Height - 1, end);
     }
 
   private:
     void Store(std::int32_t x, std::int64_t y, const std::uint8_t* values) {
-        if (x >= destination_.Width || y < 0 || y >= destination_.Height) return;
-        std::uint8_t* const row = RowAddress(destination_, static_cast<std::int32_t>(y));
+        if (x >= destination_->Width || y < 0 || y >= destination_->Height) return;
+        std::uint8_t* const row = destination_.Row(static_cast<std::int32_t>(y));
         if (!row) return;
         for (int c = 0; c < count_; ++c) row[std::int64_t{x} * to_.pixelSize + to_.offset[c]] = values[c];
     }
 
-    PixelBuffer& source_;
-    PixelBuffer& destination_;
+    RowCursor& source_;
+    RowCursor& destination_;
     int count_;
     rows::PixelLayout from_;
     rows::PixelLayout to_;
@@ -225,21 +226,21 @@ class ColumnInOrder {
 
 }  // namespace
 
-bool ShearColumns(PixelBuffer& source, PixelBuffer& destination, const ShearedChannels& channels, double start,
+bool ShearColumns(RowCursor& source, RowCursor& destination, const ShearedChannels& channels, double start,
                   double slope) {
     double position = start;
-    if (RowsMeet(source, destination)) {
+    if (RowsMeet(source.Picture(), destination.Picture())) {
         ColumnInOrder column(source, destination, channels);
-        for (std::int32_t x = 0; x < source.Width; ++x, position = position - slope)
+        for (std::int32_t x = 0; x < source->Width; ++x, position = position - slope)
             column.Shear(x, DistanceOf(position));
         return true;
     }
-    const bool mapped = source.IsMapping || destination.IsMapping;
+    const bool mapped = source->IsMapping || destination->IsMapping;
     const std::int32_t columns = mapped ? kMappedStripColumns : kStripColumns;
     const ScratchBytes ring(Strip::BytesFor(columns));
     if (!ring) return false;
     Strip strip(source, destination, channels, columns, ring.data());
-    const std::int32_t width = std::min(source.Width, destination.Width);
+    const std::int32_t width = std::min(source->Width, destination->Width);
     for (const rows::Block block : rows::Blocks(width, columns)) position = strip.Shear(block, position, slope);
     return true;
 }

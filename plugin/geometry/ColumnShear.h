@@ -3,7 +3,8 @@
 
 #include <cstdint>
 
-#include "plugin/buffer/PixelBuffer.h"
+#include "plugin/buffer/RowCursor.h"
+#include "plugin/rows/PixelLayout.h"
 
 namespace tqx {
 
@@ -18,7 +19,7 @@ struct ShearedChannels {
 // place of the background after a column's last pixel its blend stands on that pixel: intended.
 // Walks strips of columns, a few rows of which it holds; where the pictures share pixels it goes
 // column by column. False when memory is short.
-bool ShearColumns(PixelBuffer& source, PixelBuffer& destination, const ShearedChannels& channels, double start,
+bool ShearColumns(RowCursor& source, RowCursor& destination, const ShearedChannels& channels, double start,
                   double slope);
 
 }  // namespace tqx

@@ -3,10 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "plugin/buffer/Destination.h"
-#include "plugin/buffer/InPlaceRows.h"
-#include "plugin/buffer/PixelBuffer.h"
-#include "plugin/buffer/RowPairs.h"
+#include "plugin/buffer/Operation.h"
 #include "plugin/buffer/Scratch.h"
 #include "plugin/rows/Blocks.h"
 #include "plugin/rows/Move.h"
@@ -25,17 +22,17 @@ rows::MovePlan PlanInPlace(const PixelBuffer& buffer, rows::ChannelSet set) {
 // lower ones, and over the upper ones again.
 class RowTrader {
   public:
-    RowTrader(PixelBuffer& buffer, const rows::MovePlan& plan, bool reverses)
-        : buffer_(buffer),
+    RowTrader(RowCursor& picture, const rows::MovePlan& plan, bool reverses)
+        : picture_(picture),
           plan_(plan),
           reverses_(reverses),
-          pairs_(buffer.IsMapping && buffer.YieldTicks <= 0 ? kMappedPairs : 1),
-          upper_(pairs_, buffer.RowSize),
-          lower_(pairs_, buffer.RowSize) {
+          pairs_(picture->IsMapping && picture->YieldTicks <= 0 ? kMappedPairs : 1),
+          upper_(pairs_, picture->RowSize),
+          lower_(pairs_, picture->RowSize) {
         // A block's rows may be shorter than their pixels; those past the copies' end don't move.
-        const std::int64_t last = buffer.RowSize - (std::int64_t{plan.from.offset} + plan.from.size);
+        const std::int64_t last = picture->RowSize - (std::int64_t{plan.from.offset} + plan.from.size);
         if (last < 0) return;
-        pixels_ = static_cast<std::int32_t>(std::min<std::int64_t>(last / buffer.PixelSize + 1, buffer.Width));
+        pixels_ = static_cast<std::int32_t>(std::min<std::int64_t>(last / picture->PixelSize + 1, picture->Width));
         bytes_ = static_cast<std::size_t>(plan.from.offset + plan.from.Extent(pixels_));
     }
 
@@ -46,12 +43,12 @@ class RowTrader {
 
     // Trades rows y .. y + count - 1 with the rows that lie as far from the bottom.
     void Trade(std::int32_t y, std::int32_t count) {
-        const std::int32_t below = buffer_.Height - y - count;
-        PlaceWindow(buffer_, y, y + count - 1);
+        const std::int32_t below = picture_->Height - y - count;
+        picture_.Hold({y, y + count});
         for (std::int32_t i = 0; i < count; ++i) there_[i] = Copy(y + i, upper_, i);
-        PlaceWindow(buffer_, below, below + count - 1);
+        picture_.Hold({below, below + count});
         for (std::int32_t i = 0; i < count; ++i) there_[i] = Copy(Opposite(y + i), lower_, i) && there_[i];
-        if (buffer_.IsMapping) {  // rows of a file never overlap; the window is over the lower ones
+        if (picture_->IsMapping) {  // rows of a file never overlap; the window is over the lower ones
             Write(y, count, upper_, true);
             Write(y, count, lower_, false);
         } else {
@@ -63,14 +60,14 @@ class RowTrader {
   private:
     static constexpr std::int32_t kMappedPairs = 8;
 
-    std::int32_t Opposite(std::int32_t y) const { return buffer_.Height - 1 - y; }
+    std::int32_t Opposite(std::int32_t y) const { return picture_->Height - 1 - y; }
 
     std::uint8_t* At(const ScratchBytes& copies, std::int32_t i) const {
-        return copies.data() + std::int64_t{i} * buffer_.RowSize;
+        return copies.data() + std::int64_t{i} * picture_->RowSize;
     }
 
     bool Copy(std::int32_t y, const ScratchBytes& to, std::int32_t i) {
-        const std::uint8_t* const row = RowAddress(buffer_, y);
+        const std::uint8_t* const row = picture_.Row(y);
         if (row) std::memcpy(At(to, i), row, bytes_);
         return row != nullptr;
     }
@@ -78,21 +75,22 @@ class RowTrader {
     // Copies to the rows y .. y + count - 1 or to those opposite; a pair of which one row was not
     // there is left out.
     void Write(std::int32_t y, std::int32_t count, const ScratchBytes& copies, bool opposite) {
-        PlaceWindow(buffer_, opposite ? Opposite(y + count - 1) : y, opposite ? Opposite(y) : y + count - 1);
+        const std::int32_t first = opposite ? Opposite(y + count - 1) : y;
+        picture_.Hold({first, first + count});
         for (std::int32_t i = 0; i < count; ++i)
             if (there_[i]) WriteRow(opposite ? Opposite(y + i) : y + i, At(copies, i));
     }
 
     void WriteRow(std::int32_t y, const std::uint8_t* copy) {
-        std::uint8_t* const row = RowAddress(buffer_, y);
+        std::uint8_t* const row = picture_.Row(y);
         if (row && reverses_)
-            rows::MoveRowReversed(plan_, copy, row + (std::int64_t{buffer_.Width} - pixels_) * buffer_.PixelSize,
+            rows::MoveRowReversed(plan_, copy, row + (std::int64_t{picture_->Width} - pixels_) * picture_->PixelSize,
                                   pixels_);
         else if (row)
             rows::MoveRow(plan_, copy, row, pixels_);
     }
 
-    PixelBuffer& buffer_;
+    RowCursor& picture_;
     const rows::MovePlan& plan_;
     bool reverses_;
     std::int32_t pairs_;
@@ -104,39 +102,39 @@ class RowTrader {
 };
 
 // The upper rows of the pairs that the storage has.
-RowRange PairsOf(const PixelBuffer& buffer) {
-    const RowRange present = RowsOf(buffer);
-    return CommonRows(present, {buffer.Height - present.end, buffer.Height / 2});
+RowRange PairsOf(const RowCursor& picture) {
+    const RowRange present = picture.Rows();
+    return CommonRows(present, {picture->Height - present.end, picture->Height / 2});
 }
 
 // The middle one of an odd number of rows is in no pair: intended, also where rows are reversed.
-void TradeRows(PixelBuffer& buffer, bool reverses) {
+void TradeRows(sdk::Object* self, bool reverses) {
+    RowCursor picture(*BufferOf(self));
     rows::ChannelSet set;
-    if (!ChooseChannels(buffer, &set) || !BeginInPlace(buffer)) return;
-    const rows::MovePlan plan = PlanInPlace(buffer, set);
-    RowTrader trader(buffer, plan, reverses);
+    if (!ChooseChannels(picture.Picture(), &set) || !BeginInPlace(picture)) return;
+    const rows::MovePlan plan = PlanInPlace(picture.Picture(), set);
+    RowTrader trader(picture, plan, reverses);
     if (!trader.HasMemory()) return;
-    const StorageWatch watch(buffer);
-    const RowRange pairs = PairsOf(buffer);
+    const RowRange pairs = PairsOf(picture);
     for (const rows::Block block : rows::Blocks(pairs.first, pairs.end, trader.Pairs())) {
         trader.Trade(block.first, block.count);
-        if (!YieldAndKeep(buffer, watch)) return;
+        if (!picture.Yield()) return;
     }
 }
 
 }  // namespace
 
 void HMirror(sdk::Object* self) {
-    PixelBuffer& buffer = *BufferOf(self);
+    RowCursor picture(*BufferOf(self));
     rows::ChannelSet set;
-    if (!ChooseChannels(buffer, &set) || !BeginInPlace(buffer)) return;
-    const rows::MovePlan plan = PlanInPlace(buffer, set);
-    const std::int32_t width = buffer.Width;
-    ForRowsInPlace(buffer, 0, buffer.Height, [&](std::uint8_t* row) { rows::MirrorRow(plan, row, width); });
+    if (!ChooseChannels(picture.Picture(), &set) || !BeginInPlace(picture)) return;
+    const rows::MovePlan plan = PlanInPlace(picture.Picture(), set);
+    ForRowsInPlace(picture, picture.Rows(),
+                   [&, width = picture->Width](std::uint8_t* row) { rows::MirrorRow(plan, row, width); });
 }
 
-void VMirror(sdk::Object* self) { TradeRows(*BufferOf(self), false); }
+void VMirror(sdk::Object* self) { TradeRows(self, false); }
 
-void Rotate180(sdk::Object* self) { TradeRows(*BufferOf(self), true); }
+void Rotate180(sdk::Object* self) { TradeRows(self, true); }
 
 }  // namespace tqx

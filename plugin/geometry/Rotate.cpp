@@ -1,10 +1,11 @@
 #include "plugin/geometry/Rotate.h"
 
+#include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "plugin/buffer/Destination.h"
-#include "plugin/buffer/PixelBuffer.h"
-#include "plugin/buffer/RowPairs.h"
+#include "plugin/buffer/Operation.h"
 #include "plugin/buffer/Saturate.h"
 #include "plugin/geometry/ColumnShear.h"
 #include "plugin/geometry/Turns.h"
@@ -69,43 +70,55 @@ bool ChooseSheared(const PixelBuffer& buffer, const Background& background, Shea
     return true;
 }
 
-bool YieldAndKeep(PixelBuffer& buffer) {
-    return IsUsable(buffer) && YieldAndKeep(buffer, StorageWatch(buffer)) && IsUsable(buffer);
-}
+// The picture of a pass from another one, made for `owner`.
+class Pass {
+  public:
+    Pass(sdk::Object* owner, const RowCursor& from, std::int64_t width, std::int64_t height)
+        : picture_(MakeDestination(owner, Saturate(width), Saturate(height), from->ImageFormat)) {
+        if (!picture_) return;
+        rows_.Open(*BufferOf(picture_.Get()));
+        ready_ = Begin({&rows_}) && from.Stands();
+    }
 
-// A picture for a pass from `source`, made for `owner`; empty when there is none to be had or
-// script code took either picture meanwhile.
-OwnedObject MakePass(sdk::Object* owner, const PixelBuffer& source, std::int64_t width, std::int64_t height) {
-    const StorageWatch watch(source);
-    OwnedObject picture(MakeDestination(owner, Saturate(width), Saturate(height), source.ImageFormat));
-    if (!picture || !YieldAndKeep(*BufferOf(picture.Get())) || !watch.Holds()) return {};
-    return picture;
-}
+    // False when there is no picture to be had or script code took either one meanwhile.
+    explicit operator bool() const { return ready_; }
 
-rows::SkewPlan PlanRows(const PixelBuffer& source, const PixelBuffer& destination, const ShearedChannels& channels) {
-    return rows::PlanSkew(rows::ChannelCount(channels.set), LayoutOf(source, channels.set),
-                          LayoutOf(destination, channels.set), channels.background);
+    RowCursor& Rows() { return rows_; }
+
+    // Gives up the picture, or gives it to the caller.
+    void Drop() { picture_ = {}; }
+    sdk::Object* Give() { return picture_.Give(); }
+
+  private:
+    OwnedObject picture_;
+    RowCursor rows_;
+    bool ready_ = false;
+};
+
+rows::SkewPlan PlanRows(const RowCursor& source, const RowCursor& destination, const ShearedChannels& channels) {
+    return rows::PlanSkew(rows::ChannelCount(channels.set), LayoutOf(source.Picture(), channels.set),
+                          LayoutOf(destination.Picture(), channels.set), channels.background);
 }
 
 // Shears row y of the source by a distance into row y of the destination. A row that the source
 // doesn't have leaves nothing but background.
-void ShearRow(RowPairs& pairs, const PixelBuffer& source, PixelBuffer& destination, const rows::SkewPlan& plan,
+void ShearRow(RowPairs& pairs, const RowCursor& source, RowCursor& destination, const rows::SkewPlan& plan,
               std::int32_t y, double distance) {
-    if (y >= destination.Height) return;
+    if (y >= destination->Height) return;
     const double whole = std::floor(distance);
-    const RowPair pair = y < source.Height ? pairs.At(y, y) : RowPair{nullptr, RowAddress(destination, y)};
+    const RowPair pair = y < source->Height ? pairs.At(y, y) : RowPair{nullptr, destination.Row(y)};
     if (pair)
-        rows::SkewRow(plan, distance - whole, static_cast<std::int64_t>(whole), pair.source, source.Width,
-                      pair.destination, destination.Width);
+        rows::SkewRow(plan, distance - whole, static_cast<std::int64_t>(whole), pair.source, source->Width,
+                      pair.destination, destination->Width);
     else if (pair.destination)
-        rows::FillBackground(plan, pair.destination, destination.Width);
+        rows::FillBackground(plan, pair.destination, destination->Width);
 }
 
-void ShearAcross(PixelBuffer& source, PixelBuffer& destination, const ShearedChannels& channels, double tangent) {
+void ShearAcross(RowCursor& source, RowCursor& destination, const ShearedChannels& channels, double tangent) {
     const rows::SkewPlan plan = PlanRows(source, destination, channels);
     RowPairs pairs(source, destination);
-    const std::int32_t height = source.Height;
-    const RowRange range = CommonRows(RowsOf(destination), {0, height});
+    const std::int32_t height = source->Height;
+    const RowRange range = CommonRows(destination.Rows(), {0, height});
     for (std::int32_t y = range.first; y < range.end; ++y) {
         const double row = tangent >= 0 ? y : static_cast<double>(y) - height;
         ShearRow(pairs, source, destination, plan, y, tangent * (row + 0.5));
@@ -113,44 +126,41 @@ void ShearAcross(PixelBuffer& source, PixelBuffer& destination, const ShearedCha
 }
 
 // Row by row further by the tangent, the distances added up.
-void ShearBack(PixelBuffer& source, PixelBuffer& destination, const ShearedChannels& channels, double start,
-               double tangent, std::int32_t rowCount) {
+void ShearBack(RowCursor& source, RowCursor& destination, const ShearedChannels& channels, double start, double tangent,
+               std::int32_t rowCount) {
     const rows::SkewPlan plan = PlanRows(source, destination, channels);
     RowPairs pairs(source, destination);
     double distance = start;
-    const std::int32_t end = std::min(rowCount, RowsOf(destination).end);
+    const std::int32_t end = std::min(rowCount, destination.Rows().end);
     for (std::int32_t y = 0; y < end; ++y, distance = distance + tangent)
         ShearRow(pairs, source, destination, plan, y, distance);
 }
 
 // The three shears. `turned` is given up as soon as it has been read.
 sdk::Object* Shear(sdk::Object* owner, OwnedObject turned, const Residual& angle, const ShearedChannels& channels) {
-    PixelBuffer& picture = *BufferOf(turned.Get());
-    if (!YieldAndKeep(picture)) return nullptr;
-    const double width = picture.Width, height = picture.Height;
+    RowCursor picture(*BufferOf(turned.Get()));
+    if (!Begin({&picture})) return nullptr;
+    const double width = picture->Width, height = picture->Height;
     const double sine = angle.sine, cosine = angle.cosine, tangent = angle.tangent;
 
-    OwnedObject across =
-        MakePass(owner, picture, std::int64_t{picture.Width} + Truncate(height * std::abs(tangent)), picture.Height);
+    Pass across(owner, picture, std::int64_t{picture->Width} + Truncate(height * std::abs(tangent)), picture->Height);
     if (!across) return nullptr;
-    PixelBuffer& first = *BufferOf(across.Get());
+    RowCursor& first = across.Rows();
     ShearAcross(picture, first, channels, tangent);
     turned = {};
 
-    OwnedObject down =
-        MakePass(owner, first, first.Width, Truncate(height * cosine + width * std::abs(sine)) + std::int64_t{1});
+    Pass down(owner, first, first->Width, Truncate(height * cosine + width * std::abs(sine)) + std::int64_t{1});
     if (!down) return nullptr;
-    PixelBuffer& second = *BufferOf(down.Get());
-    const double top = sine <= 0 ? -sine * (width - first.Width) : sine * (width - 1);
+    RowCursor& second = down.Rows();
+    const double top = sine <= 0 ? -sine * (width - first->Width) : sine * (width - 1);
     if (!ShearColumns(first, second, channels, top, sine)) return nullptr;
-    across = {};
+    across.Drop();
 
     const std::int32_t rows = Saturate(Truncate(width * std::abs(sine) + height * cosine) + std::int64_t{1});
-    OwnedObject back =
-        MakePass(owner, second, Truncate(height * std::abs(sine) + width * cosine) + std::int64_t{1}, rows);
+    Pass back(owner, second, Truncate(height * std::abs(sine) + width * cosine) + std::int64_t{1}, rows);
     if (!back) return nullptr;
     const double start = sine < 0 ? tangent * (-sine * (width - 1) + 1 - rows) : sine * (width - 1) * -tangent;
-    ShearBack(second, *BufferOf(back.Get()), channels, start, tangent, rows);
+    ShearBack(second, back.Rows(), channels, start, tangent, rows);
     return back.Give();
 }
 

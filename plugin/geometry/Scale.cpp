@@ -5,6 +5,7 @@
 
 #include "plugin/buffer/Destination.h"
 #include "plugin/buffer/ImageFormat.h"
+#include "plugin/buffer/Operation.h"
 #include "plugin/buffer/Sharing.h"
 #include "plugin/geometry/ScaleJob.h"
 #include "plugin/services/HostServices.h"
@@ -15,23 +16,15 @@ namespace {
 
 bool IsIntermediate(const PixelBuffer& buffer) { return buffer.Valid && buffer.ImageFormat == ImageFormatScaling; }
 
-// Each picture must be usable, and then has its yield.
-bool Begin(const ScaleJob& job) {
-    const ScalePictures pictures(job);
-    for (PixelBuffer* picture : {job.source, job.self, job.intermediate})
-        if (!IsUsable(*picture) || !pictures.Yield(*picture)) return false;
-    return true;
-}
-
 bool Yields(const ScaleJob& job) {
     return job.source->YieldTicks > 0 || job.self->YieldTicks > 0 || job.intermediate->YieldTicks > 0;
 }
 
 void CutToPictures(ScaleJob& job) {
     job.columns = std::clamp(job.self->Width, 0, job.width);
-    job.rows = std::clamp(RowsOf(*job.self).end, 0, job.height);
+    job.rows = std::clamp(job.self.Rows().end, 0, job.height);
     job.keptColumns = std::clamp(job.intermediate->Width, 0, job.width);
-    job.keptRows = std::clamp(RowsOf(*job.intermediate).end, 0, job.source->Height);
+    job.keptRows = std::clamp(job.intermediate.Rows().end, 0, job.source->Height);
 }
 
 // Whether the intermediate's rows lie apart, so that what is read from it is what was written: the
@@ -45,29 +38,35 @@ bool RowsLieApart(const ScaleJob& job) {
 // that is as if memory were short.
 constexpr std::int32_t kMostMissingRows = 1 << 24;
 
-std::int32_t MissingRows(const PixelBuffer& buffer) {
-    const RowRange present = RowsOf(buffer);
-    return buffer.Height - (present.end - present.first);
+std::int32_t MissingRows(const RowCursor& picture) {
+    const RowRange present = picture.Rows();
+    return picture->Height - (present.end - present.first);
 }
 
 bool RunInOrder(const ScaleJob& job) { return ScaleAcrossInOrder(job) && ScaleDownInOrder(job); }
 
 bool RunPasses(const ScaleJob& job) {
-    if (RowsOf(*job.source).IsEmpty()) return ScaleDownInOrder(job);
-    if (Yields(job) || MayShareStorage(*job.intermediate, *job.source) || MayShareStorage(*job.intermediate, *job.self))
+    if (job.source.Rows().IsEmpty()) return ScaleDownInOrder(job);
+    const PixelBuffer& source = job.source.Picture();
+    const PixelBuffer& self = job.self.Picture();
+    const PixelBuffer& intermediate = job.intermediate.Picture();
+    if (Yields(job) || MayShareStorage(intermediate, source) || MayShareStorage(intermediate, self))
         return RunInOrder(job);
-    if (job.intermediateIsOurs && !MayShareStorage(*job.source, *job.self) && ScaleThroughBands(job)) return true;
+    if (job.intermediateIsOurs && !MayShareStorage(source, self) && ScaleThroughBands(job)) return true;
     const Across across = ScaleAcrossInBands(job);
     if (across == Across::NotDone) return RunInOrder(job);
     return (across == Across::Complete && RowsLieApart(job) && ScaleDownInBands(job)) || ScaleDownInOrder(job);
 }
 
 bool Run(ScaleJob& job) {
-    if (!job.intermediate->Valid || !job.self->Valid || !job.source->Valid || !IsIntermediate(*job.intermediate))
+    if (!job.intermediate->Valid || !job.self->Valid || !job.source->Valid ||
+        !IsIntermediate(job.intermediate.Picture()))
         return false;
-    if (!ChooseScalePath(*job.source, *job.self, &job.path) || !Begin(job)) return false;
+    if (!ChooseScalePath(job.source.Picture(), job.self.Picture(), &job.path) ||
+        !Begin({&job.source, &job.self, &job.intermediate}))
+        return false;
     if (job.source->Width <= 0 || job.source->Height <= 0) return true;
-    if (MissingRows(*job.source) > kMostMissingRows) return false;
+    if (MissingRows(job.source) > kMostMissingRows) return false;
     CutToPictures(job);
     return RunPasses(job);
 }
@@ -89,7 +88,14 @@ bool Scale(sdk::Object* self, sdk::Object* source, sdk::Object* temp, std::int32
     }
     const ScaleKernel* const kernel = KernelOfMode(mode);
     if (!kernel) return false;
-    ScaleJob job{BufferOf(source), BufferOf(self), BufferOf(temp ? temp : made.Get()), ours, kernel, width, height};
+    RowCursor from(*BufferOf(source)), to(*BufferOf(self)), between(*BufferOf(temp ? temp : made.Get()));
+    ScaleJob job{.source = from,
+                 .self = to,
+                 .intermediate = between,
+                 .intermediateIsOurs = ours,
+                 .kernel = kernel,
+                 .width = width,
+                 .height = height};
     return Run(job);
 }
 

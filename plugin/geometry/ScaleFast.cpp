@@ -4,8 +4,7 @@
 #include <optional>
 
 #include "plugin/buffer/FormatConversion.h"
-#include "plugin/buffer/PixelBuffer.h"
-#include "plugin/buffer/RowPairs.h"
+#include "plugin/buffer/Operation.h"
 #include "plugin/buffer/Saturate.h"
 #include "plugin/rows/Blocks.h"
 #include "plugin/rows/Convert.h"
@@ -92,24 +91,15 @@ class RowScaler {
     std::int32_t columns_[kColumnsKept + kPixelsATime];
 };
 
-bool BeginScaling(PixelBuffer& source, PixelBuffer& destination) {
-    if (!IsUsable(source) || !IsUsable(destination)) return false;
-    const StorageWatch destinationWatch(destination);
-    const StorageWatch sourceWatch(source);
-    return YieldAndKeep(source, sourceWatch) && destinationWatch.Holds() &&
-           YieldAndKeep(destination, destinationWatch) && sourceWatch.Holds();
-}
-
-void ScaleRows(PixelBuffer& source, PixelBuffer& destination, const rows::Conversion& conversion, std::int32_t width,
+void ScaleRows(RowCursor& source, RowCursor& destination, const rows::Conversion& conversion, std::int32_t width,
                std::int32_t height) {
-    RowScaler scaler(conversion, source.Width, width);
-    const StorageWatch sourceWatch(source), destinationWatch(destination);
+    RowScaler scaler(conversion, source->Width, width);
     RowPairs pairs(source, destination);
-    const double step = static_cast<double>(source.Height) / height;
-    const RowRange range = CommonRows(RowsOf(destination), {0, height});
+    const double step = static_cast<double>(source->Height) / height;
+    const RowRange range = CommonRows(destination.Rows(), {0, height});
     for (std::int32_t y = range.first; y < range.end; ++y) {
         if (const RowPair pair = pairs.At(Truncate(step * y), y)) scaler.Scale(pair.source, pair.destination);
-        if (!YieldAndKeep(destination, destinationWatch) || !sourceWatch.Holds()) return;
+        if (!destination.Yield() || !source.Stands()) return;
     }
 }
 
@@ -117,14 +107,14 @@ void ScaleRows(PixelBuffer& source, PixelBuffer& destination, const rows::Conver
 
 bool ScaleFast(sdk::Object* self, sdk::Object* sourceObject, std::int32_t width, std::int32_t height) {
     if (!sourceObject) return false;
-    PixelBuffer& source = *BufferOf(sourceObject);
-    PixelBuffer& destination = *BufferOf(self);
-    if (!destination.Valid || !source.Valid) return false;
-    width = std::min(width, destination.Width);
-    height = std::min(height, destination.Height);
-    const auto conversion = ChooseScaling(source, destination);
-    if (width <= 0 || height <= 0 || !conversion || !BeginScaling(source, destination)) return false;
-    if (source.Width > 0 && source.Height > 0) ScaleRows(source, destination, *conversion, width, height);
+    RowCursor source(*BufferOf(sourceObject)), destination(*BufferOf(self));
+    if (!destination->Valid || !source->Valid) return false;
+    width = std::min(width, destination->Width);
+    height = std::min(height, destination->Height);
+    const auto conversion = ChooseScaling(source.Picture(), destination.Picture());
+    if (width <= 0 || height <= 0 || !conversion) return false;
+    if (!IsUsable(destination.Picture()) || !Begin({&source, &destination})) return false;
+    if (source->Width > 0 && source->Height > 0) ScaleRows(source, destination, *conversion, width, height);
     return true;
 }
 

@@ -15,7 +15,7 @@ void ReadBand(const ScaleJob& job, std::int32_t y, double* rows, std::int64_t st
     const std::int32_t columns = std::min(job.columns, job.keptColumns);
     for (int r = 0; r < kLanes; ++r) {
         double* const values = rows + r * stride;
-        const std::uint8_t* const row = y + r < job.keptRows ? RowAddress(*job.intermediate, y + r) : nullptr;
+        const std::uint8_t* const row = y + r < job.keptRows ? job.intermediate.Row(y + r) : nullptr;
         if (row)
             rows::SlotsToValues(job.path.slots, row, columns, values);
         else
@@ -27,7 +27,7 @@ void ReadBand(const ScaleJob& job, std::int32_t y, double* rows, std::int64_t st
 void WriteBand(const ScaleJob& job, std::int32_t y, unsigned present, const double* rows, std::int64_t stride) {
     for (int r = 0; r < kLanes && y + r < job.keptRows; ++r) {
         if (!(present >> r & 1)) continue;
-        std::uint8_t* const row = RowAddress(*job.intermediate, y + r);
+        std::uint8_t* const row = job.intermediate.Row(y + r);
         if (row) rows::ValuesToSlots(job.path.slots, rows + r * stride, job.keptColumns, row);
     }
 }

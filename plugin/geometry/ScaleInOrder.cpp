@@ -10,19 +10,18 @@ namespace tqx {
 
 namespace {
 
-bool BuildLists(const ScaleKernel& kernel, const AxisScale& scale, const ScalePictures& pictures,
-                Contributions& lists) {
-    if (!lists.Start(kernel, scale)) return false;
+bool BuildLists(const ScaleJob& job, const AxisScale& scale, Contributions& lists) {
+    if (!lists.Start(*job.kernel, scale)) return false;
     for (std::int32_t i = 0; i < lists.Count(); ++i) {
         lists.BuildList(i);
-        if (!pictures.Yield()) return false;
+        if (!job.Yield()) return false;
     }
     return true;
 }
 
 void RowAcross(const ScaleJob& job, const Contributions& lists, std::int32_t y) {
-    const std::uint8_t* const source = RowAddress(*job.source, y);
-    std::uint8_t* const row = RowAddress(*job.intermediate, y);
+    const std::uint8_t* const source = job.source.Row(y);
+    std::uint8_t* const row = job.intermediate.Row(y);
     if (!source || !row) return;
     for (std::int64_t x = 0; x < lists.Count(); ++x) {
         double values[rows::kSlots];
@@ -47,11 +46,11 @@ void ColumnsDown(const ScaleJob& job, const rows::Taps& list, std::int32_t y, st
     for (std::int32_t k = 0; k < list.count; ++k) {
         const std::int32_t j = list.first + k;
         if (list.weights[k] == 0 || j >= job.keptRows) continue;
-        const std::uint8_t* const row = RowAddress(*job.intermediate, j);
+        const std::uint8_t* const row = job.intermediate.Row(j);
         if (row) rows::AddWeighted(list.weights[k], row + std::int64_t{x} * rows::kSlotPixelSize, kept, stretch.sums);
     }
     rows::BytesOfSums(stretch.sums, list.total, count, stretch.bytes);
-    std::uint8_t* const row = RowAddress(*job.self, y);
+    std::uint8_t* const row = job.self.Row(y);
     if (row) rows::MoveRow(job.path.fromSlots, stretch.bytes, row + std::int64_t{x} * job.self->PixelSize, columns);
 }
 
@@ -61,12 +60,11 @@ void RowDown(const ScaleJob& job, const rows::Taps& list, std::int32_t y, const 
 }
 
 bool RowsDown(const ScaleJob& job, const Stretch& stretch) {
-    const ScalePictures pictures(job);
     Contributions lists;
-    if (!BuildLists(*job.kernel, job.DownScale(), pictures, lists)) return false;
+    if (!BuildLists(job, job.DownScale(), lists)) return false;
     for (std::int32_t y = 0; y < job.rows; ++y) {
         RowDown(job, lists[y], y, stretch);
-        if (!pictures.Yield() && y + 1 < job.rows) return false;
+        if (!job.Yield() && y + 1 < job.rows) return false;
     }
     return true;
 }
@@ -74,12 +72,11 @@ bool RowsDown(const ScaleJob& job, const Stretch& stretch) {
 }  // namespace
 
 bool ScaleAcrossInOrder(const ScaleJob& job) {
-    const ScalePictures pictures(job);
     Contributions lists;
-    if (!BuildLists(*job.kernel, job.AcrossScale(job.keptColumns), pictures, lists)) return false;
+    if (!BuildLists(job, job.AcrossScale(job.keptColumns), lists)) return false;
     for (std::int32_t y = 0; y < job.keptRows; ++y) {
         RowAcross(job, lists, y);
-        if (!pictures.Yield()) return false;
+        if (!job.Yield()) return false;
     }
     return true;
 }
@@ -90,7 +87,7 @@ bool ScaleDownInOrder(const ScaleJob& job) {
     std::uint8_t fewBytes[kFewColumns * rows::kSlots];
     // Where self lies in the intermediate's memory, every pixel is summed after the one before is
     // written.
-    if (MayShareStorage(*job.self, *job.intermediate)) return RowsDown(job, {fewSums, fewBytes, 1});
+    if (MayShareStorage(job.self.Picture(), job.intermediate.Picture())) return RowsDown(job, {fewSums, fewBytes, 1});
     const std::int32_t columns = std::max(job.columns, 1);
     const Scratch<double> sums(columns, rows::kSlots);
     const ScratchBytes bytes(columns, rows::kSlots);

@@ -3,16 +3,16 @@
 
 #include <cstdint>
 
-#include "plugin/buffer/PixelBuffer.h"
+#include "plugin/buffer/RowCursor.h"
 #include "plugin/geometry/Contributions.h"
 #include "plugin/geometry/ScalePath.h"
 
 namespace tqx {
 
 struct ScaleJob {
-    PixelBuffer* source;
-    PixelBuffer* self;
-    PixelBuffer* intermediate;
+    RowCursor& source;
+    RowCursor& self;
+    RowCursor& intermediate;
     bool intermediateIsOurs;  // nobody but this call can see it
     const ScaleKernel* kernel;
     std::int32_t width;  // the size to scale to
@@ -28,27 +28,14 @@ struct ScaleJob {
 
     AxisScale AcrossScale(std::int32_t built) const { return {Axis::Across, source->Width, width, built}; }
     AxisScale DownScale() const { return {Axis::Down, source->Height, height, rows}; }
-};
 
-// The pictures of a job, and whether script code that ran in yields left them alone.
-class ScalePictures {
-  public:
-    explicit ScalePictures(const ScaleJob& job)
-        : picture_{job.source, job.self, job.intermediate},
-          watch_{StorageWatch(*job.source), StorageWatch(*job.self), StorageWatch(*job.intermediate)} {}
-
-    bool Hold() const { return watch_[0].Holds() && watch_[1].Holds() && watch_[2].Holds(); }
-
-    // Yields for one, or for each, that asks for it; false when any lost its storage meanwhile.
-    bool Yield(PixelBuffer& picture) const {
-        tqx::Yield(picture);
-        return Hold();
+    // Yields for each picture that asks for it; false when script code took the storage of any.
+    bool Yield() const {
+        for (RowCursor* const picture : {&source, &self, &intermediate})
+            if (!picture->Yield() || !Stand()) return false;
+        return true;
     }
-    bool Yield() const { return Yield(*picture_[0]) && Yield(*picture_[1]) && Yield(*picture_[2]); }
-
-  private:
-    PixelBuffer* picture_[3];
-    StorageWatch watch_[3];
+    bool Stand() const { return source.Stands() && self.Stands() && intermediate.Stands(); }
 };
 
 // --- In order ----------------------------------------------------------------------------------

@@ -1,6 +1,6 @@
 #include "plugin/geometry/ScalePath.h"
 
-#include "plugin/buffer/Destination.h"
+#include "plugin/buffer/Channels.h"
 
 namespace tqx {
 

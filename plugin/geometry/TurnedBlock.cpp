@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "plugin/buffer/RowPairs.h"
 #include "plugin/rows/Blocks.h"
 #include "plugin/rows/Transpose.h"
 
@@ -32,27 +31,27 @@ TurnedBlock::TurnedBlock(rows::ChannelSet set, const rows::PixelLayout& from, co
       read_(kRowsATime, readStride_),
       turned_(columns, turnedStride_) {}
 
-bool TurnedBlock::Take(PixelBuffer& source, std::int32_t left, std::int32_t right, std::int32_t top,
+bool TurnedBlock::Take(RowCursor& source, std::int32_t left, std::int32_t right, std::int32_t top,
                        std::int32_t bottom) {
     columns_ = right - left;
     rows_ = bottom - top;
-    const std::int32_t step = std::min(kRowsATime, RowsInWindow(source));
+    const std::int32_t step = std::min(kRowsATime, source.RowsAtOnce());
     for (const rows::Block taken : rows::Blocks(top, bottom, step))
         if (!TakeRows(source, left, taken.first, taken.count, taken.first - top)) return false;
     return true;
 }
 
 // Takes `count` rows from row y on; `done` of the block's rows were taken before.
-bool TurnedBlock::TakeRows(PixelBuffer& source, std::int32_t left, std::int32_t y, std::int32_t count,
+bool TurnedBlock::TakeRows(RowCursor& source, std::int32_t left, std::int32_t y, std::int32_t count,
                            std::int32_t done) {
     const bool upright = quarter_ == Quarter::Left;
-    PlaceWindow(source, y, y + count - 1);
+    source.Hold({y, y + count});
     for (std::int32_t i = 0; i < count; ++i) {
-        const std::uint8_t* const row = RowAddress(source, y + i);
+        const std::uint8_t* const row = source.Row(y + i);
         if (!row) return false;
         // The row that comes first becomes the first column of a left turn, the last of a right one.
         const std::int64_t line = upright ? i : count - 1 - i;
-        rows::MoveRow(pack_, row + std::int64_t{left} * source.PixelSize, read_.data() + line * readStride_, columns_);
+        rows::MoveRow(pack_, row + std::int64_t{left} * source->PixelSize, read_.data() + line * readStride_, columns_);
     }
     const std::int64_t column = upright ? done : rows_ - done - count;
     rows::TransposePixels(pixelSize_, read_.data(), readStride_, turned_.data() + column * pixelSize_, turnedStride_,
@@ -60,16 +59,16 @@ bool TurnedBlock::TakeRows(PixelBuffer& source, std::int32_t left, std::int32_t 
     return true;
 }
 
-void TurnedBlock::Write(PixelBuffer& destination, std::int32_t column, std::int32_t row) const {
-    const std::int32_t step = RowsInWindow(destination);
+void TurnedBlock::Write(RowCursor& destination, std::int32_t column, std::int32_t row) const {
+    const std::int32_t step = destination.RowsAtOnce();
     for (const rows::Block band : rows::Blocks(columns_, step)) {
-        PlaceWindow(destination, row + band.first, row + band.End() - 1);
+        destination.Hold({row + band.first, row + band.End()});
         for (std::int32_t i = band.first; i < band.End(); ++i) {
-            std::uint8_t* const to = RowAddress(destination, row + i);
+            std::uint8_t* const to = destination.Row(row + i);
             const std::int64_t line = quarter_ == Quarter::Left ? columns_ - 1 - i : i;
             if (to)
                 rows::MoveRow(unpack_, turned_.data() + line * turnedStride_,
-                              to + std::int64_t{column} * destination.PixelSize, rows_);
+                              to + std::int64_t{column} * destination->PixelSize, rows_);
         }
     }
 }

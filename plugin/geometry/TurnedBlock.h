@@ -8,7 +8,7 @@
 
 #include <cstdint>
 
-#include "plugin/buffer/PixelBuffer.h"
+#include "plugin/buffer/RowCursor.h"
 #include "plugin/buffer/Scratch.h"
 #include "plugin/geometry/TurnedTile.h"
 #include "plugin/rows/Move.h"
@@ -25,13 +25,13 @@ class TurnedBlock {
     explicit operator bool() const { return read_ && turned_; }
 
     // Takes columns left .. right - 1 of rows top .. bottom - 1. False when a row can't be had.
-    bool Take(PixelBuffer& source, std::int32_t left, std::int32_t right, std::int32_t top, std::int32_t bottom);
+    bool Take(RowCursor& source, std::int32_t left, std::int32_t right, std::int32_t top, std::int32_t bottom);
 
     // Writes the turned block with its top left pixel at (column, row).
-    void Write(PixelBuffer& destination, std::int32_t column, std::int32_t row) const;
+    void Write(RowCursor& destination, std::int32_t column, std::int32_t row) const;
 
   private:
-    bool TakeRows(PixelBuffer& source, std::int32_t left, std::int32_t y, std::int32_t count, std::int32_t done);
+    bool TakeRows(RowCursor& source, std::int32_t left, std::int32_t y, std::int32_t count, std::int32_t done);
 
     Quarter quarter_;
     std::int32_t pixelSize_;  // bytes of a packed pixel

@@ -14,12 +14,12 @@ constexpr std::int64_t kCacheLine = 64;
 // Taking them ahead makes a turn of a large picture a third quicker. Only in memory, where another
 // row's address spoils none.
 template <int ForWriting>
-void TakeAhead(PixelBuffer& buffer, std::int32_t x, std::int32_t y, std::int32_t width) {
-    if (buffer.IsMapping || x < 0 || y >= buffer.Height) return;
-    const std::uint8_t* const row = RowAddress(buffer, y);
+void TakeAhead(RowCursor& picture, std::int32_t x, std::int32_t y, std::int32_t width) {
+    if (picture->IsMapping || x < 0 || y >= picture->Height) return;
+    const std::uint8_t* const row = picture.Row(y);
     if (!row) return;
-    const std::uint8_t* const pixels = row + std::int64_t{x} * buffer.PixelSize;
-    const std::int64_t bytes = std::int64_t{std::min(width, buffer.Width - x)} * buffer.PixelSize;
+    const std::uint8_t* const pixels = row + std::int64_t{x} * picture->PixelSize;
+    const std::int64_t bytes = std::int64_t{std::min(width, picture->Width - x)} * picture->PixelSize;
     for (std::int64_t at = 0; at < bytes; at += kCacheLine) __builtin_prefetch(pixels + at, ForWriting);
 }
 
@@ -39,7 +39,7 @@ TurnedTile::TurnedTile(rows::ChannelSet set, const rows::PixelLayout& from, cons
       read_{},
       turned_{} {}
 
-void TurnedTile::Read(PixelBuffer& source, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height) {
+void TurnedTile::Read(RowCursor& source, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height) {
     width_ = width;
     height_ = height;
     whole_ = true;
@@ -47,25 +47,25 @@ void TurnedTile::Read(PixelBuffer& source, std::int32_t x, std::int32_t y, std::
         // The row that comes first becomes the first column of a left turn, the last of a right one.
         const std::int32_t column = quarter_ == Quarter::Left ? i : height - 1 - i;
         TakeAhead<0>(source, x, y + i + kSide, width);
-        const std::uint8_t* const row = RowAddress(source, y + i);
+        const std::uint8_t* const row = source.Row(y + i);
         there_[column] = row != nullptr;
         whole_ = whole_ && row;
         if (row)
-            rows::MoveRow(pack_, row + std::int64_t{x} * source.PixelSize,
+            rows::MoveRow(pack_, row + std::int64_t{x} * source->PixelSize,
                           read_ + std::int64_t{column} * kSide * pixelSize_, width);
     }
     const std::int64_t stride = std::int64_t{kSide} * pixelSize_;
     rows::TransposePixels(pixelSize_, read_, stride, turned_, stride, width, height);
 }
 
-void TurnedTile::Write(PixelBuffer& destination, std::int32_t column, std::int32_t row) {
+void TurnedTile::Write(RowCursor& destination, std::int32_t column, std::int32_t row) {
     const std::int32_t following = quarter_ == Quarter::Left ? column + kSide : column - kSide;
     for (std::int32_t i = 0; i < width_; ++i) {
         TakeAhead<1>(destination, following, row + i, kSide);
-        std::uint8_t* const to = RowAddress(destination, row + i);
+        std::uint8_t* const to = destination.Row(row + i);
         const std::int32_t line = quarter_ == Quarter::Left ? width_ - 1 - i : i;
         if (to)
-            WriteRow(to + std::int64_t{column} * destination.PixelSize,
+            WriteRow(to + std::int64_t{column} * destination->PixelSize,
                      turned_ + std::int64_t{line} * kSide * pixelSize_);
     }
 }

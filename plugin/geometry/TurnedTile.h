@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-#include "plugin/buffer/PixelBuffer.h"
+#include "plugin/buffer/RowCursor.h"
 #include "plugin/rows/Move.h"
 
 namespace tqx {
@@ -23,11 +23,11 @@ class TurnedTile {
     TurnedTile(rows::ChannelSet set, const rows::PixelLayout& from, const rows::PixelLayout& to, Quarter quarter);
 
     // Takes columns x .. x + width - 1 of rows y .. y + height - 1, at most kSide of each.
-    void Read(PixelBuffer& source, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height);
+    void Read(RowCursor& source, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height);
 
     // Writes the turned tile with its top left pixel at (column, row). Pixels of rows that could
     // not be had are left out.
-    void Write(PixelBuffer& destination, std::int32_t column, std::int32_t row);
+    void Write(RowCursor& destination, std::int32_t column, std::int32_t row);
 
   private:
     void WriteRow(std::uint8_t* row, const std::uint8_t* pixels) const;

@@ -1,15 +1,9 @@
 #include "plugin/geometry/Turns.h"
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
 
-#include "plugin/buffer/Destination.h"
-#include "plugin/buffer/MappedStorage.h"
-#include "plugin/buffer/PixelBuffer.h"
-#include "plugin/buffer/RowPairs.h"
-#include "plugin/buffer/Scratch.h"
-#include "plugin/buffer/Sharing.h"
+#include "plugin/buffer/Operation.h"
 #include "plugin/geometry/TurnedBlock.h"
 #include "plugin/geometry/TurnedTile.h"
 #include "plugin/rows/Blocks.h"
@@ -29,8 +23,8 @@ struct Reach {
 
 // One quarter turn of a picture into another.
 struct QuarterTurn {
-    PixelBuffer& source;
-    PixelBuffer& destination;
+    RowCursor& source;
+    RowCursor& destination;
     Quarter quarter;
     std::int32_t width, height;  // of the source
 
@@ -38,10 +32,10 @@ struct QuarterTurn {
     std::int32_t ColumnOf(std::int32_t y) const { return quarter == Quarter::Left ? y : height - 1 - y; }
 
     Reach Reached() const {
-        const std::int32_t down = std::min(height, destination.Width);
-        const RowRange written = CommonRows(RowsOf(destination), {0, width});
+        const std::int32_t down = std::min(height, destination->Width);
+        const RowRange written = CommonRows(destination.Rows(), {0, width});
         if (written.IsEmpty() || down <= 0) return {};
-        const RowRange present = RowsOf(source);
+        const RowRange present = source.Rows();
         const bool left = quarter == Quarter::Left;
         const RowRange read = CommonRows(present, left ? RowRange{0, down} : RowRange{height - down, height});
         return {left ? width - written.end : written.first, left ? width - written.first : written.end, read.first,
@@ -53,8 +47,8 @@ constexpr std::int32_t kNoLimit = std::numeric_limits<std::int32_t>::max();
 
 // The side of a block whose rows stay in both pictures' windows, by what each picture says of its
 // windows: one in memory has all its rows in one.
-std::int32_t BlockSize(const PixelBuffer& source, const PixelBuffer& destination) {
-    const std::int64_t rows = std::min(source.windowRows, destination.windowRows);
+std::int32_t BlockSize(const RowCursor& source, const RowCursor& destination) {
+    const std::int64_t rows = std::min(source->windowRows, destination->windowRows);
     return static_cast<std::int32_t>(std::max<std::int64_t>(rows - 2, 1));
 }
 
@@ -62,12 +56,12 @@ std::int32_t BlockSize(const PixelBuffer& source, const PixelBuffer& destination
 
 // One pixel, read before the destination's row is asked for.
 void TurnPixel(const QuarterTurn& turn, const rows::PixelMoves& moves, std::int32_t x, std::int32_t y) {
-    const std::uint8_t* const source = RowAddress(turn.source, y);
+    const std::uint8_t* const source = turn.source.Row(y);
     if (!source) return;
     const std::uint8_t* const from = source + std::int64_t{x} * moves.fromPixelSize;
     std::uint8_t value[4];
     for (std::int32_t i = 0; i < moves.count; ++i) value[i] = from[moves.from[i]];
-    std::uint8_t* const row = RowAddress(turn.destination, turn.RowOf(x));
+    std::uint8_t* const row = turn.destination.Row(turn.RowOf(x));
     if (!row) return;
     std::uint8_t* const to = row + std::int64_t{turn.ColumnOf(y)} * moves.toPixelSize;
     for (std::int32_t i = 0; i < moves.count; ++i) to[moves.to[i]] = value[i];
@@ -86,21 +80,14 @@ void TurnInOrder(const QuarterTurn& turn, const rows::PixelMoves& moves, std::in
         }
 }
 
-// A mapped picture onto itself reads and writes far apart.
-void TurnSharedPixels(const QuarterTurn& turn, const rows::PixelMoves& moves, std::int32_t block) {
-    if (&turn.source != &turn.destination || !turn.source.IsMapping) return TurnInOrder(turn, moves, block);
-    SecondWindow second(turn.source);
-    TurnInOrder({second.Picture(), turn.destination, turn.quarter, turn.width, turn.height}, moves, block);
-}
-
 // --- Pictures that don't ----------------------------------------------------------------------------
 
 // A block by tiles; in the destination from the top, so that its window only slides down.
 void TurnBlock(const QuarterTurn& turn, TurnedTile& tile, const Reach& block) {
     const std::int32_t columns = block.right - block.left;
     const std::int32_t lowest = std::min(turn.RowOf(block.left), turn.RowOf(block.right - 1));
-    PlaceWindow(turn.source, block.top, block.bottom - 1);
-    PlaceWindow(turn.destination, lowest, lowest + columns - 1);
+    turn.source.Hold({block.top, block.bottom});
+    turn.destination.Hold({lowest, lowest + columns});
     for (const rows::Block across : rows::Blocks(columns, TurnedTile::kSide)) {
         const std::int32_t x = turn.quarter == Quarter::Left ? block.right - across.End() : block.left + across.first;
         for (const rows::Block down : rows::Blocks(block.top, block.bottom, TurnedTile::kSide)) {
@@ -113,7 +100,7 @@ void TurnBlock(const QuarterTurn& turn, TurnedTile& tile, const Reach& block) {
 
 // In any order: blocks only where there are windows to keep.
 void TurnByTiles(const QuarterTurn& turn, TurnedTile& tile, const Reach& reach) {
-    const std::int32_t down = RowsInWindow(turn.source), across = RowsInWindow(turn.destination);
+    const std::int32_t down = turn.source.RowsAtOnce(), across = turn.destination.RowsAtOnce();
     for (const rows::Block lines : rows::Blocks(reach.top, reach.bottom, down))
         for (const rows::Block columns : rows::Blocks(reach.left, reach.right, across))
             TurnBlock(turn, tile, {columns.first, columns.End(), lines.first, lines.End()});
@@ -125,7 +112,7 @@ void TurnByTiles(const QuarterTurn& turn, TurnedTile& tile, const Reach& reach) 
 constexpr std::int32_t kBlockRows = 8192;
 constexpr std::int32_t kBlockColumns = 2048;
 
-bool HasManyWindows(const PixelBuffer& buffer) { return buffer.IsMapping && buffer.windowRows < buffer.Height; }
+bool HasManyWindows(const RowCursor& picture) { return picture->IsMapping && picture->windowRows < picture->Height; }
 
 void TurnThroughMemory(const QuarterTurn& turn, const Reach& reach, TurnedTile& tile, TurnedBlock& block) {
     for (const rows::Block lines : rows::Blocks(reach.top, reach.bottom, kBlockRows))
@@ -139,7 +126,7 @@ void TurnThroughMemory(const QuarterTurn& turn, const Reach& reach, TurnedTile& 
         }
 }
 
-void TurnInAnyOrder(const QuarterTurn& turn, const Operation& operation) {
+void TurnInAnyOrder(const QuarterTurn& turn, Operation& operation) {
     const rows::ChannelSet set = operation.channels;
     const Reach reach = turn.Reached();
     TurnedTile tile(set, operation.From(), operation.To(), turn.quarter);
@@ -152,88 +139,57 @@ void TurnInAnyOrder(const QuarterTurn& turn, const Operation& operation) {
 }
 
 // Whether the order in which pixels are written shows in the result.
-bool OrderShows(const QuarterTurn& turn, const Operation& operation) {
+bool OrderShows(const QuarterTurn& turn, Operation& operation) {
     const rows::PixelLayout to = operation.To();
     const int count = rows::ChannelCount(operation.channels);
-    return RowsMeet(turn.source, turn.destination) || !rows::SpanOf(to.pixelSize, to.offset, count).IsCompact();
+    return RowsMeet(turn.source.Picture(), turn.destination.Picture()) ||
+           !rows::SpanOf(to.pixelSize, to.offset, count).IsCompact();
 }
 
 sdk::Object* TurnQuarter(sdk::Object* self, sdk::Object* dest, Quarter quarter, Walk walk) {
     const PixelBuffer& picture = *BufferOf(self);
-    const Operation operation = BeginOperation(self, dest, picture.Height, picture.Width);
-    if (!operation) return operation.result;
-    const QuarterTurn turn{*operation.source, *operation.destination, quarter, picture.Width, picture.Height};
+    Operation operation(self, dest, picture.Height, picture.Width);
+    if (!operation) return operation.Give();
+    const QuarterTurn turn{operation.source, operation.destination, quarter, picture.Width, picture.Height};
     if (OrderShows(turn, operation)) {
+        // A picture onto itself reads and writes far apart.
+        if (&turn.source.Picture() == &turn.destination.Picture()) turn.source.UseOwnWindow();
         const std::int32_t block = walk == Walk::Blocks ? BlockSize(turn.source, turn.destination) : kNoLimit;
-        TurnSharedPixels(turn, rows::MovesBetween(operation.channels, operation.From(), operation.To()), block);
+        TurnInOrder(turn, rows::MovesBetween(operation.channels, operation.From(), operation.To()), block);
     } else {
         TurnInAnyOrder(turn, operation);
     }
-    return operation.result;
+    return operation.Give();
 }
 
 // --- Half turns ---------------------------------------------------------------------------------------
 
-void TurnHalf(const Operation& operation, const rows::MovePlan& plan) {
-    PixelBuffer& source = *operation.source;
-    PixelBuffer& destination = *operation.destination;
+void TurnHalf(Operation& operation, const rows::MovePlan& plan) {
+    RowCursor& source = operation.source;
+    RowCursor& destination = operation.destination;
     // Columns from the destination's left, so of a narrow one the source's last pixels.
-    const std::int32_t width = operation.CommonWidth();
-    const std::int64_t first = (std::int64_t{source.Width} - width) * source.PixelSize;
-    const std::int32_t band = std::min(RowsInWindow(source), RowsInWindow(destination));
+    const std::int32_t width = operation.CommonWidth(), height = source->Height;
+    const std::int64_t first = (std::int64_t{source->Width} - width) * source->PixelSize;
+    const RowRange written = destination.Rows();
+    const RowRange range = CommonRows(source.Rows(), {height - written.end, height - written.first});
     RowPairs pairs(source, destination);
-    const RowRange written = RowsOf(destination);
-    const RowRange range = CommonRows(RowsOf(source), {source.Height - written.end, source.Height - written.first});
+    const std::int32_t band = std::min(source.RowsAtOnce(), destination.RowsAtOnce());
     for (const rows::Block lines : rows::Blocks(range.first, range.end, band)) {
-        PlaceWindow(source, lines.first, lines.End() - 1);
-        PlaceWindow(destination, source.Height - lines.End(), source.Height - 1 - lines.first);
+        source.Hold({lines.first, lines.End()});
+        destination.Hold({height - lines.End(), height - lines.first});
         for (std::int32_t y = lines.first; y < lines.End(); ++y)
-            if (const RowPair pair = pairs.At(y, source.Height - 1 - y))
+            if (const RowPair pair = pairs.At(y, height - 1 - y))
                 rows::MoveRowReversed(plan, pair.source + first, pair.destination, width);
-    }
-}
-
-// A mapped picture onto itself: the upper rows go down, some at a time for the window's sake. What
-// is below goes up as the turn of a turned row, which is the row that is there already.
-void TurnHalfWithin(PixelBuffer& buffer, const rows::MovePlan& plan) {
-    constexpr std::int32_t kRowsATime = 8;
-    const ScratchBytes copies(kRowsATime, buffer.RowSize);
-    if (!copies) return;
-    const std::int32_t upper = buffer.Height / 2 + buffer.Height % 2;
-    const RowRange present = RowsOf(buffer);
-    const RowRange range = CommonRows(present, {buffer.Height - present.end, upper});
-    for (const auto [y, count] : rows::Blocks(range.first, range.end, kRowsATime)) {
-        bool there[kRowsATime];
-        PlaceWindow(buffer, y, y + count - 1);
-        for (std::int32_t i = 0; i < count; ++i) {
-            const std::uint8_t* const row = RowAddress(buffer, y + i);
-            there[i] = row != nullptr;
-            if (row) std::memcpy(copies.data() + std::int64_t{i} * buffer.RowSize, row, buffer.RowSize);
-        }
-        PlaceWindow(buffer, buffer.Height - y - count, buffer.Height - 1 - y);
-        for (std::int32_t i = 0; i < count; ++i) {
-            std::uint8_t* const row = there[i] ? RowAddress(buffer, buffer.Height - 1 - y - i) : nullptr;
-            // The middle row is its own source: it repeats what it reads.
-            const bool middle = y + i == buffer.Height - 1 - y - i;
-            if (row)
-                rows::MoveRowReversed(plan, middle ? row : copies.data() + std::int64_t{i} * buffer.RowSize, row,
-                                      buffer.Width);
-        }
     }
 }
 
 }  // namespace
 
 sdk::Object* Rotate180(sdk::Object* self, sdk::Object* dest) {
-    const Operation operation = BeginOperation(self, dest);
-    if (!operation) return operation.result;
-    const rows::MovePlan plan =
-        rows::PlanMoves(rows::MovesBetween(operation.channels, operation.From(), operation.To()));
-    if (operation.source == operation.destination && operation.source->IsMapping)
-        TurnHalfWithin(*operation.source, plan);
-    else
-        TurnHalf(operation, plan);
-    return operation.result;
+    Operation operation(self, dest);
+    if (operation)
+        TurnHalf(operation, rows::PlanMoves(rows::MovesBetween(operation.channels, operation.From(), operation.To())));
+    return operation.Give();
 }
 
 sdk::Object* Rotate90(sdk::Object* self, sdk::Object* dest) {

@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "platform/Worlds.h"
-#include "plugin/buffer/PixelBuffer.h"
+#include "plugin/buffer/Operation.h"
 #include "plugin/interop/LockedPicture.h"
 #include "plugin/rows/Convert.h"
 #include "plugin/services/HostServices.h"
@@ -35,14 +35,14 @@ bool IsWide(const WorldPlan& plan, const LockedWorld& world) {
 }
 
 // Every byte of the world is written: a new one holds any. Rows that can't be had stay 0.
-void WriteWorld(PixelBuffer& buffer, const WorldPlan& plan, const LockedWorld& world) {
+void WriteWorld(RowCursor& from, const WorldPlan& plan, const LockedWorld& world) {
     const auto alpha = rows::SetHasAlpha(plan.set) ? rows::AlphaRule::Copy : rows::AlphaRule::Leave;
     const bool wide = IsWide(plan, world);
-    const rows::ConversionPlan conversion =
-        rows::PlanConversion({plan.set, plan.set, LayoutOf(buffer, plan.set), wide ? kHostColors : plan.layout, alpha});
+    const rows::ConversionPlan conversion = rows::PlanConversion(
+        {plan.set, plan.set, LayoutOf(from.Picture(), plan.set), wide ? kHostColors : plan.layout, alpha});
     for (std::int32_t y = 0; y < world.height; ++y) {
         ClearHostRow(world, y);
-        const std::uint8_t* const row = RowAddress(buffer, y);
+        const std::uint8_t* const row = from.Row(y);
         if (!row) continue;
         if (wide) std::memset(HostRow(world, y), 255, static_cast<std::size_t>(world.width) * 4);
         rows::ConvertRow(conversion, row, HostRow(world, y), world.width);
@@ -70,14 +70,13 @@ OwnedObject MakeInstance(const PixelBuffer& buffer, std::int32_t depth, LockedWo
 
 sdk::Object* CopyGWorld(sdk::Object* self) {
     PixelBuffer& buffer = *BufferOf(self);
-    if (!IsUsable(buffer)) return nullptr;
-    const StorageWatch watch(buffer);
+    RowCursor from(buffer);
     const WorldPlan plan = PlanWorld(buffer);
-    if (!YieldAndKeep(buffer, watch) || plan.depth == 0) return nullptr;
+    if (!Begin({&from}) || plan.depth == 0) return nullptr;
     LockedWorld world;
     OwnedObject instance = MakeInstance(buffer, plan.depth, &world);
     if (!instance) return nullptr;
-    WriteWorld(buffer, plan, world);
+    WriteWorld(from, plan, world);
     return instance.Give();
 }
 

@@ -1,9 +1,9 @@
 #include "plugin/interop/CopyPicture.h"
 
 #include "platform/Worlds.h"
-#include "plugin/buffer/PixelBuffer.h"
+#include "plugin/buffer/Operation.h"
+#include "plugin/buffer/Rectangle.h"
 #include "plugin/interop/LockedPicture.h"
-#include "plugin/ops/Rectangle.h"
 #include "plugin/rows/Convert.h"
 #include "plugin/services/HostServices.h"
 
@@ -17,22 +17,17 @@ struct Exported {
     rows::PixelLayout layout;
 };
 
-Rectangle ClipTo(const PixelBuffer& buffer, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height) {
-    return ClipRectangle(x, y, width, height, buffer.Width, buffer.Height);
-}
-
 // Every byte of the world is written: a new one holds any. Rows that can't be had stay 0.
-void WriteRows(PixelBuffer& buffer, const StorageWatch& watch, const Rectangle& area, const Exported& exported,
-               const LockedWorld& world) {
+void WriteRows(RowCursor& from, const Rectangle& area, const Exported& exported, const LockedWorld& world) {
     const rows::ConversionPlan conversion = rows::PlanConversion(
         {exported.set, rows::ChannelSet::Rgb, exported.layout, kHostColors, rows::AlphaRule::Leave});
-    bool stands = YieldAndKeep(buffer, watch);
+    bool stands = from.Yield();
     for (std::int32_t y = 0; y < area.height; ++y) {
         ClearHostRow(world, y);
         if (!stands) continue;
-        if (const std::uint8_t* const row = RowAddress(buffer, area.y + y))
-            rows::ConvertRow(conversion, row + std::int64_t{area.x} * buffer.PixelSize, HostRow(world, y), area.width);
-        stands = YieldAndKeep(buffer, watch);
+        if (const std::uint8_t* const row = from.Row(area.y + y))
+            rows::ConvertRow(conversion, row + std::int64_t{area.x} * from->PixelSize, HostRow(world, y), area.width);
+        stands = from.Yield();
     }
 }
 
@@ -45,12 +40,11 @@ sdk::Object* HandOver(const LockedWorld& locked) {
 }
 
 sdk::Object* Export(PixelBuffer& buffer, const Rectangle& area, const Exported& exported) {
-    if (area.IsEmpty() || !IsUsable(buffer)) return nullptr;
-    const StorageWatch watch(buffer);
+    RowCursor from(buffer);
     LockedWorld world;
-    if (!YieldAndKeep(buffer, watch)) return nullptr;
+    if (area.IsEmpty() || !Begin({&from})) return nullptr;
     if (!LockWorld(platform::NewGWorld(32, area.width, area.height), &world)) return nullptr;
-    WriteRows(buffer, watch, area, exported, world);
+    WriteRows(from, area, exported, world);
     return HandOver(world);
 }
 

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "plugin/buffer/PixelBuffer.h"
+#include "plugin/buffer/CopyRectangle.h"
+#include "plugin/buffer/Operation.h"
 #include "plugin/interop/LockedPicture.h"
-#include "plugin/ops/CopyRectangle.h"
 #include "plugin/rows/Convert.h"
 #include "plugin/rows/HostPixels.h"
 #include "plugin/services/HostServices.h"
@@ -52,14 +52,13 @@ HostPixels PixelsAt(const LockedSource& source, std::int32_t x, std::int32_t y) 
 
 // Draws what the cut leaves: drawRow(host pixels, first pixel in the picture's row, width).
 template <class DrawRow>
-void DrawRows(PixelBuffer& buffer, const StorageWatch& watch, const LockedSource& source, const CopyRectangle& area,
-              DrawRow&& drawRow) {
-    if (!YieldAndKeep(buffer, watch) || area.IsEmpty()) return;
+void DrawRows(RowCursor& to, const LockedSource& source, const CopyRectangle& area, DrawRow&& drawRow) {
+    if (!to.Yield() || area.IsEmpty()) return;
     for (std::int32_t j = 0; j < area.height; ++j) {
-        if (std::uint8_t* const row = RowAddress(buffer, area.destY + j))
-            drawRow(PixelsAt(source, area.sourceX, area.sourceY + j), row + std::int64_t{area.destX} * buffer.PixelSize,
+        if (std::uint8_t* const row = to.Row(area.destY + j))
+            drawRow(PixelsAt(source, area.sourceX, area.sourceY + j), row + std::int64_t{area.destX} * to->PixelSize,
                     area.width);
-        if (!YieldAndKeep(buffer, watch)) return;
+        if (!to.Yield()) return;
     }
 }
 
@@ -67,22 +66,19 @@ void DrawRows(PixelBuffer& buffer, const StorageWatch& watch, const LockedSource
 template <class DrawRow>
 void Draw(PixelBuffer& buffer, sdk::Object* picture, sdk::Object* mask, const CopyRectangle& wanted,
           DrawRow&& drawRow) {
-    if (!IsUsable(buffer)) return;
-    const StorageWatch watch(buffer);
+    RowCursor to(buffer);
     LockedSource source;
-    if (!YieldAndKeep(buffer, watch) || !LockSource(picture, mask, &source)) return;
+    if (!Begin({&to}) || !LockSource(picture, mask, &source)) return;
     const CopyRectangle area = ClipCopy(wanted, buffer.Width, buffer.Height, source.Width(), source.Height());
-    DrawRows(buffer, watch, source, area, drawRow);
+    DrawRows(to, source, area, drawRow);
     UnlockSource(&source);
-    YieldAndKeep(buffer, watch);
+    to.Yield();
 }
 
 // The whole host picture, drawn at a place.
 CopyRectangle WholePicture(sdk::Object* picture, std::int32_t destX, std::int32_t destY) {
     return {destX, destY, ReadIntegerProperty(picture, "Width"), ReadIntegerProperty(picture, "Height"), 0, 0};
 }
-
-bool HasColors(const PixelBuffer& buffer) { return buffer.HasRed && buffer.HasGreen && buffer.HasBlue; }
 
 // Channels of the host picture into the picture's channels of a set.
 void DrawChannels(PixelBuffer& buffer, sdk::Object* picture, const CopyRectangle& wanted, rows::ChannelSet set,

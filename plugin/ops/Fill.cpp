@@ -4,13 +4,9 @@
 #include <cstring>
 #include <limits>
 
-#include "plugin/buffer/Destination.h"
-#include "plugin/buffer/InPlaceRows.h"
-#include "plugin/buffer/PixelBuffer.h"
-#include "plugin/buffer/RowPairs.h"
-#include "plugin/buffer/RowWalk.h"
+#include "plugin/buffer/Operation.h"
+#include "plugin/buffer/Rectangle.h"
 #include "plugin/ops/PatternRows.h"
-#include "plugin/ops/Rectangle.h"
 #include "plugin/rows/Fill.h"
 
 namespace tqx {
@@ -30,42 +26,38 @@ ByteFill ByteFillOf(const PixelBuffer& buffer) {
 }
 
 // Fills bytes first .. end - 1 of a storage row, given by its distance from row y.
-void FillStorageRow(PixelBuffer& buffer, std::int32_t y, std::int64_t distance, std::int64_t first, std::int64_t end,
+void FillStorageRow(RowCursor& picture, std::int32_t y, std::int64_t distance, std::int64_t first, std::int64_t end,
                     std::uint8_t value) {
-    const std::int64_t target = IsMirrored(buffer) ? y - distance : y + distance;
+    const std::int64_t target = IsMirrored(picture.Picture()) ? y - distance : y + distance;
     if (first >= end || target != static_cast<std::int32_t>(target)) return;
-    std::uint8_t* const row = RowAddress(buffer, static_cast<std::int32_t>(target));
+    std::uint8_t* const row = picture.Row(static_cast<std::int32_t>(target));
     if (row) std::memset(row + first, value, static_cast<std::size_t>(end - first));
 }
 
 // RowSize bytes from column x of row y on, wherever the row ends: intended. The rest falls into
 // the storage's next row, which there may not be.
-void FillPastRow(PixelBuffer& buffer, std::int32_t x, std::int32_t y, std::uint8_t value) {
-    const std::int64_t size = buffer.RowSize;
+void FillPastRow(RowCursor& picture, std::int32_t x, std::int32_t y, std::uint8_t value) {
+    const std::int64_t size = picture->RowSize;
     if (size <= 0) return;
-    const std::int64_t start = std::int64_t{x} * buffer.PixelSize;
+    const std::int64_t start = std::int64_t{x} * picture->PixelSize;
     const std::int64_t skipped = start / size;  // a block's rows may be shorter than their pixels
-    FillStorageRow(buffer, y, skipped, start % size, size, value);
-    FillStorageRow(buffer, y, skipped + 1, 0, start % size, value);
+    FillStorageRow(picture, y, skipped, start % size, size, value);
+    FillStorageRow(picture, y, skipped + 1, 0, start % size, value);
 }
 
 void FillWholeRows(PixelBuffer& buffer, const Rectangle& area, std::uint8_t value) {
-    if (area.IsEmpty() || !BeginInPlace(buffer)) return;
-    const StorageWatch watch(buffer);
-    const RowRange range = CommonRows(RowsOf(buffer), {area.y, area.y + area.height});
-    RowWalk walk(buffer, range);
+    RowCursor picture(buffer);
+    if (area.IsEmpty() || !BeginInPlace(picture)) return;
+    const RowRange range = CommonRows(picture.Rows(), area.Rows());
     for (std::int32_t y = range.first; y < range.end; ++y) {
-        walk.To(y);
-        FillPastRow(buffer, area.x, y, value);
-        if (!YieldAndKeep(buffer, watch)) return;
+        FillPastRow(picture, area.x, y, value);
+        if (!picture.Yield()) return;
     }
 }
 
 void FillChannels(PixelBuffer& buffer, const Rectangle& area, ChannelSet set, const std::uint8_t (&values)[4]) {
     ApplyInPlace(buffer, area, rows::FillPattern(LayoutOf(buffer, set), rows::ChannelCount(set), values));
 }
-
-bool HasColors(const PixelBuffer& buffer) { return buffer.HasRed && buffer.HasGreen && buffer.HasBlue; }
 
 constexpr std::uint8_t LowByte(std::int32_t value) { return static_cast<std::uint8_t>(value); }
 
@@ -105,18 +97,20 @@ void FillBytes(PixelBuffer& buffer, const Rectangle& area, std::uint8_t value) {
 
 void ClearRect(sdk::Object* self) {
     PixelBuffer& buffer = *BufferOf(self);
-    if (!BeginInPlace(buffer) || buffer.RowSize <= 0) return;
-    ForRowsInPlace(buffer, 0, buffer.Height,
+    RowCursor picture(buffer);
+    if (!BeginInPlace(picture) || buffer.RowSize <= 0) return;
+    ForRowsInPlace(picture, picture.Rows(),
                    [size = static_cast<std::size_t>(buffer.RowSize)](std::uint8_t* row) { std::memset(row, 0, size); });
 }
 
 void ClearRect(sdk::Object* self, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height) {
     PixelBuffer& buffer = *BufferOf(self);
     const Rectangle area = ClipTo(buffer, x, y, width, height);
-    if (area.IsEmpty() || !BeginInPlace(buffer)) return;
+    RowCursor picture(buffer);
+    if (area.IsEmpty() || !BeginInPlace(picture)) return;
     const std::int64_t first = std::int64_t{area.x} * buffer.PixelSize;
     const auto size = static_cast<std::size_t>(area.width) * static_cast<std::size_t>(buffer.PixelSize);
-    ForRowsInPlace(buffer, area.y, area.height, [=](std::uint8_t* row) { std::memset(row + first, 0, size); });
+    ForRowsInPlace(picture, area.Rows(), [=](std::uint8_t* row) { std::memset(row + first, 0, size); });
 }
 
 void FillRect(sdk::Object* self, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height,

@@ -1,6 +1,6 @@
 #include "plugin/ops/Invert.h"
 
-#include "plugin/buffer/Destination.h"
+#include "plugin/buffer/Channels.h"
 #include "plugin/ops/PatternRows.h"
 #include "plugin/rows/Fill.h"
 

@@ -1,0 +1,32 @@
+#include "plugin/buffer/Operation.h"
+
+#include <utility>
+
+#include "plugin/buffer/Destination.h"
+
+namespace tqx {
+
+bool Begin(std::initializer_list<RowCursor*> pictures) {
+    for (RowCursor* const picture : pictures)
+        if (!IsUsable(picture->Picture()) || !picture->Yield()) return false;
+    return std::all_of(pictures.begin(), pictures.end(), [](RowCursor* picture) { return picture->Stands(); });
+}
+
+bool BeginInPlace(RowCursor& picture) { return Begin({&picture}) && picture->Width > 0 && picture->Height > 0; }
+
+Operation::Operation(sdk::Object* self, sdk::Object* dest, std::int32_t width, std::int32_t height)
+    : source(*BufferOf(self)) {
+    if (!Begin({&source})) return;
+    OwnedObject made =
+        dest ? OwnedObject::Retain(dest) : OwnedObject(MakeDestination(self, width, height, source->ImageFormat));
+    if (!made || !IsUsable(*BufferOf(made.Get()))) return;
+    result_ = std::move(made);
+    destination.Open(*BufferOf(result_.Get()));
+    const bool stands = destination.Yield() && source.Stands();
+    ready_ = ChooseChannels(source.Picture(), &channels) && stands && source->Width > 0 && !source.Rows().IsEmpty();
+}
+
+Operation::Operation(sdk::Object* self, sdk::Object* dest)
+    : Operation(self, dest, BufferOf(self)->Width, BufferOf(self)->Height) {}
+
+}  // namespace tqx
