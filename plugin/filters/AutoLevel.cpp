@@ -32,9 +32,9 @@ Rectangle ClipArea(const PixelBuffer& buffer, std::int32_t x, std::int32_t y, st
 bool CountArea(RowCursor& picture, const Rectangle& area, rows::Histogram* histogram) {
     const rows::PixelLayout layout = LayoutOf(picture.Picture(), rows::ChannelSet::Rgb);
     const std::int64_t first = std::int64_t{area.x} * layout.pixelSize;
-    return ForRowsInPlace(picture, area.Rows(), [&](const std::uint8_t* row) {
-        rows::CountLuminance(layout, row + first, area.width, histogram);
-    });
+    rows::CountLuminanceFunction* const count = rows::kCountLuminance.Chosen();
+    return ForRowsInPlace(picture, area.Rows(),
+                          [&](const std::uint8_t* row) { count(layout, row + first, area.width, histogram); });
 }
 
 // The largest level up to which no more than `limit` pixels lie; 0 if there is none.

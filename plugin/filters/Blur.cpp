@@ -101,7 +101,12 @@ class ColumnSums {
   public:
     // For rows of `bytes` bytes at most.
     ColumnSums(OriginalRows& rows, std::int32_t radius, const BlurWork& work, std::int64_t bytes)
-        : rows_(rows), radius_(radius), height_(work.height), present_(work.rows), sums_(bytes) {}
+        : rows_(rows),
+          blur_(rows::PlanColumnBlur<Sum>(2 * radius + 1)),
+          radius_(radius),
+          height_(work.height),
+          present_(work.rows),
+          sums_(bytes) {}
 
     explicit operator bool() const { return static_cast<bool>(sums_); }
 
@@ -123,16 +128,17 @@ class ColumnSums {
         const auto next = static_cast<std::int32_t>(std::min(std::int64_t{y} + radius_ + 1, std::int64_t{height_} - 1));
         const std::uint8_t* const leaving = last ? nullptr : rows_.Past(std::max(y - radius_, 0));
         const std::uint8_t* const entering = last ? nullptr : rows_.Coming(next);
-        rows::SlideRow(sums_.data(), 2 * radius_ + 1, leaving, entering, count_, result);
+        rows::SlideRow(blur_, sums_.data(), leaving, entering, count_, result);
     }
 
   private:
     void Add(std::int32_t y, std::int32_t times) {
         if (times < 1) return;
-        if (const std::uint8_t* const row = rows_.Coming(y)) rows::AddRow(row, times, count_, sums_.data());
+        if (const std::uint8_t* const row = rows_.Coming(y)) rows::AddRow(blur_, row, times, count_, sums_.data());
     }
 
     OriginalRows& rows_;
+    rows::ColumnBlur<Sum> blur_;
     std::int32_t radius_;
     std::int32_t height_;
     RowRange present_;
@@ -186,8 +192,9 @@ void BoxBlurWith(const BlurWork& work, std::int32_t radius) {
     ColumnSums<Sum> sums(originals, radius, work, rows.BytesOf(strip));
     PackedPair pair(rows.BytesOf(work.width));
     if (!originals || !sums || !pair) return;
+    const rows::RowBlur rowBlur = rows::PlanRowBlur(radius);
     const auto alongRow = [&](const std::uint8_t* row, std::uint8_t* result) {
-        rows::BlurRow(row, rows.Channels(), work.width, radius, result);
+        rows::BlurRow(rowBlur, row, rows.Channels(), work.width, result);
     };
     const bool fused = strip == work.width && work.CanFuse();
     for (const rows::Block columns : rows::Blocks(work.width, strip)) {

@@ -42,6 +42,7 @@ void ConvolveByRows(Operation& operation, const rows::Kernel& kernel, bool inPla
     const PackedRows rows(operation);
     RowRing ring(rows, kRows, rows.Width());
     const ScratchBytes result(rows.BytesOf(rows.Width()));
+    const rows::ConvolvePlan plan = rows::PlanConvolution(kernel);
     if (!ring || !result) return;
     const RowRange range = operation.Rows();
     for (std::int32_t y = range.first; y < range.end; ++y) {
@@ -51,7 +52,7 @@ void ConvolveByRows(Operation& operation, const rows::Kernel& kernel, bool inPla
         if (inPlace)
             rows::ConvolveInOrder(kernel, around, 0, around.width, centre);
         else
-            rows::ConvolveRow(kernel, around, result.data());
+            rows::ConvolveRow(plan, around, result.data());
         rows.Write(y, 0, rows.Width(), inPlace ? centre : result.data());
     }
 }

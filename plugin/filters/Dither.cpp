@@ -31,13 +31,13 @@ sdk::Object* DitherFilter(sdk::Object* self, sdk::Object* dest, std::int32_t mat
     Operation operation(self, dest);
     const DitherMatrix* const cells = FindDitherMatrix(matrix);
     if (!operation || !cells) return operation.Give();
-    const rows::DitherTables tables = BuildTables(*cells, levels);
+    const rows::DitherPlan plan = rows::PlanDither(BuildTables(*cells, levels));
     const PackedRows rows(operation);
     ChangeEachPixel(
         operation, rows,
         [&](std::int32_t y, std::int32_t first, std::int32_t count, const std::uint8_t* pixels, std::uint8_t* result) {
             const rows::DitherCells row{cells->threshold[y % cells->size], cells->size};
-            rows::DitherRow(tables, row, first, rows.Channels(), count, pixels, result);
+            rows::DitherRow(plan, {row, first, rows.Channels(), count, pixels, result});
         });
     return operation.Give();
 }

@@ -21,7 +21,7 @@ void EngraveRowByItself(std::uint8_t* row, int channels, std::int32_t width, std
     for (std::int32_t x = 0; x < width; ++x) {
         std::uint8_t* const pixel = row + std::int64_t{x} * channels;
         const std::uint8_t* const left = row + std::int64_t{Neighbour(x, level, width)} * channels;
-        rows::EngraveRow(pixel, left, channels, pixel);
+        rows::kEngraveRow.plain(pixel, left, channels, pixel);
     }
 }
 
@@ -40,6 +40,7 @@ void EngraveApart(Operation& operation, std::int32_t level) {
     const std::int64_t bytes = rows.BytesOf(width);
     const RowCopies copies(bytes);
     if (!copies) return;
+    rows::EngraveFunction* const engrave = rows::kEngraveRow.Chosen();
     const RowRange range = operation.Rows();
     for (std::int32_t y = range.first; y < range.end; ++y) {
         const std::uint8_t* other = rows.Packed(Neighbour(y, level, rows.Height()), 0, width, copies.other.data());
@@ -51,7 +52,7 @@ void EngraveApart(Operation& operation, std::int32_t level) {
         if (!own) continue;
         std::uint8_t* const direct = rows.PackedInPlace(y, 0, width);
         std::uint8_t* const result = direct ? direct : copies.own.data();
-        rows::EngraveShiftedRow(own, other, rows.Channels(), width, level, result);
+        rows::EngraveShiftedRow(engrave, own, other, rows.Channels(), width, level, result);
         if (!direct) rows.Write(y, 0, width, result);
     }
 }
@@ -63,6 +64,7 @@ void EngraveInPlace(Operation& operation, std::int32_t level) {
     const std::int64_t bytes = rows.BytesOf(width);
     const RowCopies copies(bytes);
     if (!copies) return;
+    rows::EngraveFunction* const engrave = rows::kEngraveRow.Chosen();
     std::uint8_t* const own = copies.own.data();
     const RowRange range = operation.Rows();
     for (std::int32_t y = range.first; y < range.end; ++y) {
@@ -73,7 +75,7 @@ void EngraveInPlace(Operation& operation, std::int32_t level) {
         if (otherRow == y && level < 0)
             EngraveRowByItself(own, rows.Channels(), width, level);
         else
-            rows::EngraveShiftedRow(own, copies.other.data(), rows.Channels(), width, level, own);
+            rows::EngraveShiftedRow(engrave, own, copies.other.data(), rows.Channels(), width, level, own);
         rows.Write(y, 0, width, own);
     }
 }
@@ -86,7 +88,7 @@ void EngraveByPixels(Operation& operation, std::int32_t level) {
             std::uint8_t pixel[4], other[4] = {};
             rows.Read(Neighbour(y, level, rows.Height()), Neighbour(x, level, rows.Width()), 1, other);
             if (!rows.Read(y, x, 1, pixel)) break;
-            rows::EngraveRow(pixel, other, rows.Channels(), pixel);
+            rows::kEngraveRow.plain(pixel, other, rows.Channels(), pixel);
             rows.Write(y, x, 1, pixel);
         }
 }

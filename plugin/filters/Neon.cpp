@@ -54,6 +54,7 @@ sdk::Object* NeonFilter(sdk::Object* self, sdk::Object* dest) {
     const std::int64_t bytes = rows.BytesOf(std::int64_t{rows.Width()} + 1);
     const ScratchBytes first(bytes), second(bytes), result(bytes);
     if (!source || !first || !second || !result) return operation.Give();
+    rows::NeonFunction* const neon = rows::kNeonRow.Chosen();
     // Both rows are copied before the upper one is written, and the lower copy becomes the next
     // upper one: what a destination that shares memory makes of it meanwhile doesn't count.
     std::uint8_t* row = first.data();
@@ -63,7 +64,7 @@ sdk::Object* NeonFilter(sdk::Object* self, sdk::Object* dest) {
     for (std::int32_t y = range.first; y < range.end; ++y) {
         const bool belowPresent = source.Read(y + 1, below);
         if (present) {
-            rows::NeonRow(row, below, rows.Channels(), rows.BytesOf(rows.Width()), result.data());
+            neon(row, below, rows.Channels(), rows.BytesOf(rows.Width()), result.data());
             rows.Write(y, 0, rows.Width(), result.data());
         }
         std::swap(row, below);

@@ -62,7 +62,7 @@ class Painter {
     // Also adds the neighbourhood's alpha to what was gathered before.
     void Paint(std::uint8_t* result) {
         for (int c = 0; c < kColours; ++c)
-            result[c] = rows::MeanOfBin(histograms_[c], rows::FullestBin(histograms_[c], levels_));
+            result[c] = rows::MeanOfBin(histograms_[c], fullestBin_(histograms_[c], levels_));
         if constexpr (kHasAlpha) {
             rows::AddHistogram(alphaSlot, histograms_[kColours], levels_);
             const OilHistogram& blue = kIsColour ? histograms_[2] : blueSlot;
@@ -80,6 +80,7 @@ class Painter {
 
   private:
     std::int32_t levels_;
+    rows::FullestBinFunction* fullestBin_ = rows::kFullestBin.Chosen();
     OilHistogram histograms_[kChannels] = {};  // alpha's last; in the set's order
 };
 

@@ -74,13 +74,13 @@ class Histograms {
         for (int channel = 0; channel < channels_; ++channel) {
             std::uint16_t* const counts = Counts(columns_, channel);
             const std::int32_t fullest =
-                rows::SlideCounts(counts, CountsOrNone(entering, channel), CountsOrNone(leaving, channel), bins_);
+                slideCounts_(counts, CountsOrNone(entering, channel), CountsOrNone(leaving, channel), bins_);
             if (!HasSums()) {
                 means[channel] = static_cast<std::uint8_t>(counts[fullest] ? fullest : 0);
                 continue;
             }
             std::uint32_t* const sums = Sums(columns_, channel);
-            rows::SlideSums(sums, SumsOrNone(entering, channel), SumsOrNone(leaving, channel), bins_);
+            slideSums_(sums, SumsOrNone(entering, channel), SumsOrNone(leaving, channel), bins_);
             means[channel] = static_cast<std::uint8_t>(counts[fullest] ? sums[fullest] / counts[fullest] : 0);
         }
     }
@@ -108,6 +108,8 @@ class Histograms {
         return column < 0 ? Sums(columns_ + 1, 0) : Sums(column, channel);
     }
 
+    rows::SlideCountsFunction* slideCounts_ = rows::kSlideCounts.Chosen();
+    rows::SlideSumsFunction* slideSums_ = rows::kSlideSums.Chosen();
     std::int32_t levels_;
     std::int32_t bins_;
     int channels_;

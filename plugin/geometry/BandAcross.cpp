@@ -85,11 +85,11 @@ void BandAcross::MakeStrip(const Strip& strip, double* rows, std::int64_t stride
     const rows::Samples& samples = path_->samples;
     const int values = samples.Values();
     const std::int32_t columns = strip.end - strip.begin;
-    rows::BytesToLanes(packed_.data() + std::int64_t{strip.firstColumn} * samples.bytes, packedStride_,
-                       std::int64_t{strip.columns} * samples.bytes, lanes_.data());
+    bytesToLanes_(packed_.data() + std::int64_t{strip.firstColumn} * samples.bytes, packedStride_,
+                  std::int64_t{strip.columns} * samples.bytes, lanes_.data());
     if (samples.luma) rows::LumaOfLanes(samples.bytes, strip.columns, lanes_.data());
-    rows::SumAcross(values, lists_.Lists() + strip.begin, columns, lanes_.data(), strip.firstColumn, sums_.data());
-    rows::LanesToRows(sums_.data(), std::int64_t{columns} * values, rows + std::int64_t{strip.begin} * values, stride);
+    sumAcross_(values, lists_.Lists() + strip.begin, columns, lanes_.data(), strip.firstColumn, sums_.data());
+    lanesToRows_(sums_.data(), std::int64_t{columns} * values, rows + std::int64_t{strip.begin} * values, stride);
 }
 
 unsigned BandAcross::Make(std::int32_t y, double* rows, std::int64_t stride) {

@@ -37,6 +37,9 @@ class BandAcross {
 
     RowCursor* source_ = nullptr;
     const ScalePath* path_ = nullptr;
+    rows::BytesToLanesFunction* bytesToLanes_ = rows::kBytesToLanes.Chosen();
+    rows::SumAcrossFunction* sumAcross_ = rows::kSumAcross.Chosen();
+    rows::LanesToRowsFunction* lanesToRows_ = rows::kLanesToRows.Chosen();
     Contributions lists_;
     Scratch<Strip> strips_;
     std::int32_t stripCount_ = 0;

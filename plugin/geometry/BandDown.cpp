@@ -91,7 +91,7 @@ void BandDown::AddBatch(const rows::Block& block) {
         batch[i] = RowOf(block.first + i);
         batch[i].bytes = bytes_.data() + i * stride_;
     }
-    rows::SumDown(batch, block.count, stride_);
+    sumDown_(batch, block.count, stride_);
     for (std::int32_t i = 0; i < block.count; ++i) {
         if (!batch[i].ends) continue;
         next_ = block.first + i + 1;

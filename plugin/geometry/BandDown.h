@@ -43,6 +43,7 @@ class BandDown {
     void AddBatch(const rows::Block& block);
 
     const ScaleJob* job_ = nullptr;
+    rows::SumDownFunction* sumDown_ = rows::kSumDown.Chosen();
     Contributions lists_;
     Scratch<std::int32_t> starts_;   // no row of self from this one on uses rows above
     Scratch<std::int32_t> reaches_;  // no row of self up to this one uses rows below

@@ -119,7 +119,7 @@ class Strip {
         there_[y & (RingRows(most_) - 1)] = row != nullptr;
         if (!row) return;
         rows::MoveRow(pack_, row + std::int64_t{x_} * source_->PixelSize, line_, count_);
-        rows::SkewColumns(weight_, line_, left_, moved, count_ * pixelSize_);
+        skew_(weight_, line_, left_, moved, count_ * pixelSize_);
         if (y + 1 < source_->Height) return;
         // The blend of the background stands on the last pixel: intended.
         for (std::int32_t i = 0; i < count_ * pixelSize_; ++i)
@@ -155,6 +155,7 @@ class Strip {
     std::int32_t pixelSize_;  // bytes of a packed pixel
     rows::MovePlan pack_;
     rows::MovePlan unpack_;
+    rows::SkewColumnsFunction* skew_ = rows::kSkewColumns.Chosen();
     std::uint8_t background_[4];
     std::int32_t most_;   // columns that the ring has room for
     std::uint8_t* ring_;  // RingRows rows of most_ pixels

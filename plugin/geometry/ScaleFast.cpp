@@ -56,7 +56,7 @@ class RowScaler {
     void ScalePicked(const std::uint8_t* source, std::uint8_t* destination) {
         alignas(64) std::uint8_t picked[kPixelsATime * 4];
         for (const rows::Block part : rows::Blocks(width_, kPixelsATime)) {
-            rows::PickPixels(whole_.from, source, sourceWidth_, Columns(part), part.count, picked);
+            pick_(whole_.from, source, sourceWidth_, Columns(part), part.count, picked);
             rows::ConvertRow(packed_, picked, destination + std::int64_t{part.first} * whole_.to.pixelSize, part.count);
         }
     }
@@ -82,6 +82,7 @@ class RowScaler {
     }
 
     rows::ConversionPlan whole_;
+    rows::PickPixelsFunction* pick_ = rows::kPickPixels.Chosen();
     rows::ConversionPlan packed_{};  // from picked pixels
     double step_;
     std::int32_t sourceWidth_;

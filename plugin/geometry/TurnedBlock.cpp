@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "plugin/rows/Blocks.h"
-#include "plugin/rows/Transpose.h"
 
 namespace tqx {
 
@@ -26,6 +25,7 @@ TurnedBlock::TurnedBlock(rows::ChannelSet set, const rows::PixelLayout& from, co
       pixelSize_(PackedForTurn(set).pixelSize),
       pack_(rows::PlanMoves(rows::MovesBetween(set, from, PackedForTurn(set)))),
       unpack_(rows::PlanMoves(rows::MovesBetween(set, PackedForTurn(set), to))),
+      transpose_(rows::TransposeFormsFor(pixelSize_).Chosen()),
       readStride_(StrideOf(std::int64_t{columns} * pixelSize_)),
       turnedStride_(StrideOf(std::int64_t{rows} * pixelSize_)),
       read_(kRowsATime, readStride_),
@@ -54,8 +54,7 @@ bool TurnedBlock::TakeRows(RowCursor& source, std::int32_t left, std::int32_t y,
         rows::MoveRow(pack_, row + std::int64_t{left} * source->PixelSize, read_.data() + line * readStride_, columns_);
     }
     const std::int64_t column = upright ? done : rows_ - done - count;
-    rows::TransposePixels(pixelSize_, read_.data(), readStride_, turned_.data() + column * pixelSize_, turnedStride_,
-                          columns_, count);
+    transpose_(read_.data(), readStride_, turned_.data() + column * pixelSize_, turnedStride_, columns_, count);
     return true;
 }
 

@@ -12,6 +12,7 @@
 #include "plugin/buffer/Scratch.h"
 #include "plugin/geometry/TurnedTile.h"
 #include "plugin/rows/Move.h"
+#include "plugin/rows/Transpose.h"
 
 namespace tqx {
 
@@ -37,6 +38,7 @@ class TurnedBlock {
     std::int32_t pixelSize_;  // bytes of a packed pixel
     rows::MovePlan pack_;
     rows::MovePlan unpack_;
+    rows::TransposeFunction* transpose_;
     std::int64_t readStride_;
     std::int64_t turnedStride_;
     ScratchBytes read_;                    // some rows of the source, packed

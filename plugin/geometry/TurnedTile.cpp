@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "plugin/rows/Transpose.h"
-
 namespace tqx {
 
 namespace {
@@ -36,6 +34,7 @@ TurnedTile::TurnedTile(rows::ChannelSet set, const rows::PixelLayout& from, cons
       pixelSize_(PackedForTurn(set).pixelSize),
       pack_(rows::PlanMoves(rows::MovesBetween(set, from, PackedForTurn(set)))),
       unpack_(rows::PlanMoves(rows::MovesBetween(set, PackedForTurn(set), to))),
+      transpose_(rows::TransposeFormsFor(pixelSize_).Chosen()),
       read_{},
       turned_{} {}
 
@@ -55,7 +54,7 @@ void TurnedTile::Read(RowCursor& source, std::int32_t x, std::int32_t y, std::in
                           read_ + std::int64_t{column} * kSide * pixelSize_, width);
     }
     const std::int64_t stride = std::int64_t{kSide} * pixelSize_;
-    rows::TransposePixels(pixelSize_, read_, stride, turned_, stride, width, height);
+    transpose_(read_, stride, turned_, stride, width, height);
 }
 
 void TurnedTile::Write(RowCursor& destination, std::int32_t column, std::int32_t row) {

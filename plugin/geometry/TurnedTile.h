@@ -8,6 +8,7 @@
 
 #include "plugin/buffer/RowCursor.h"
 #include "plugin/rows/Move.h"
+#include "plugin/rows/Transpose.h"
 
 namespace tqx {
 
@@ -36,6 +37,7 @@ class TurnedTile {
     std::int32_t pixelSize_;  // bytes of a packed pixel
     rows::MovePlan pack_;
     rows::MovePlan unpack_;
+    rows::TransposeFunction* transpose_;
     std::int32_t width_ = 0, height_ = 0;  // of what was read
     bool whole_ = true;                    // every row was there
     bool there_[kSide];                    // by the turned tile's columns

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "plugin/rows/BoxBlurForms.h"
 #include "plugin/rows/LoopForms.h"
 #include "plugin/rows/Mean.h"
 
@@ -40,25 +39,44 @@ void SlideWithout(Sum* sums, std::int32_t size, const std::uint8_t* leaving, con
     }
 }
 
-// The definition of a stretch: a pixel after the other.
-void BlurStretchPlain(const WindowStretch& stretch, int channels, std::int32_t size, std::int32_t* sums) {
-    const Mean<double> mean(size);
-    for (std::int64_t i = 0; i < stretch.count; i += channels)
-        for (int channel = 0; channel < channels; ++channel) {
-            stretch.result[i + channel] = mean(sums[channel]);
-            sums[channel] += stretch.entering[i + channel] - stretch.leaving[i + channel];
-        }
-}
+// Some sums at a time are made one after the other, and then divided side by side.
+template <class Sum, class SumMean>
+struct BlurringStretch {
+    static constexpr std::int64_t kAtOnce = 768;  // bytes, whole pixels of 1 to 4
 
-void BlurStretch(const WindowStretch& stretch, int channels, std::int32_t size, std::int32_t* sums) {
-#ifdef ROWS_X86
-    if (ActiveCpuLevel() == CpuLevel::Avx512) {
-        if (WordMeanServes(size)) return BlurStretchWordsAvx512(stretch, channels, size, sums);
-        if (size <= kLargestSingleMean) return BlurStretchAvx512(stretch, channels, size, sums);
+    template <int Channels>
+    ROWS_INLINE static void RunOf(const WindowStretch& stretch, std::int32_t size, std::int32_t* sums) {
+        const SumMean mean(size);
+        Sum sum[Channels], before[kAtOnce];
+        for (int c = 0; c < Channels; ++c) sum[c] = static_cast<Sum>(sums[c]);
+        for (std::int64_t at = 0; at < stretch.count; at += kAtOnce) {
+            const std::int64_t count = std::min(kAtOnce, stretch.count - at);
+            const std::uint8_t* const entering = stretch.entering + at;
+            const std::uint8_t* const leaving = stretch.leaving + at;
+            for (std::int64_t i = 0; i < count; i += Channels)
+                for (int c = 0; c < Channels; ++c) {
+                    before[i + c] = sum[c];
+                    sum[c] = static_cast<Sum>(sum[c] + entering[i + c] - leaving[i + c]);
+                }
+            std::uint8_t* const result = stretch.result + at;
+            for (std::int64_t i = 0; i < count; ++i) result[i] = mean(before[i]);
+        }
+        for (int c = 0; c < Channels; ++c) sums[c] = sum[c];
     }
-#endif
-    BlurStretchPlain(stretch, channels, size, sums);
-}
+
+    ROWS_INLINE static void Run(const WindowStretch& stretch, int channels, std::int32_t size, std::int32_t* sums) {
+        switch (channels) {
+            case 1:
+                return RunOf<1>(stretch, size, sums);
+            case 2:
+                return RunOf<2>(stretch, size, sums);
+            case 3:
+                return RunOf<3>(stretch, size, sums);
+            default:
+                return RunOf<4>(stretch, size, sums);
+        }
+    }
+};
 
 // A pixel `count` times over, to stand for those beyond an end.
 struct RepeatedPixel {
@@ -70,34 +88,68 @@ struct RepeatedPixel {
     }
 };
 
+using StretchFunction = void(const WindowStretch& stretch, int channels, std::int32_t size, std::int32_t* sums);
+
+}  // namespace
+
+}  // namespace rows
+
+#define ROWS_WIDE "plugin/rows/BoxBlurWide.h"
+#include "plugin/rows/WideForms.h"
+
+namespace rows {
+
+namespace {
+
+using PlainWords = LoopForms<BlurringStretch<std::uint16_t, WordMean>>;
+constexpr Forms<StretchFunction> kBlurWords = ROWS_FORMS(PlainWords::Plain, BlurWords);
+
+const Forms<StretchFunction>& StretchFormsFor(std::int32_t size) {
+    if (WordMeanServes(size)) return kBlurWords;
+    if (size <= kLargestSingleMean) return LoopForms<BlurringStretch<std::int32_t, Mean<float>>>::kTable;
+    return LoopForms<BlurringStretch<std::int32_t, Mean<double>>>::kTable;
+}
+
 }  // namespace
 
 bool FitsWords(std::int32_t size) { return WordMeanServes(size); }
 
-void AddRow(const std::uint8_t* row, std::int32_t times, std::int32_t count, std::int32_t* sums) {
-    LoopOf<Adding<std::int32_t>>()(row, times, count, sums);
+template <>
+ColumnBlur<std::uint16_t> PlanColumnBlur(std::int32_t size) {
+    return {size, LoopForms<Adding<std::uint16_t>>::kTable.Chosen(),
+            LoopForms<Sliding<std::uint16_t, WordMean>>::kTable.Chosen()};
 }
 
-void AddRow(const std::uint8_t* row, std::int32_t times, std::int32_t count, std::uint16_t* sums) {
-    LoopOf<Adding<std::uint16_t>>()(row, times, count, sums);
+template <>
+ColumnBlur<std::int32_t> PlanColumnBlur(std::int32_t size) {
+    const auto& slide = size <= kLargestSingleMean ? LoopForms<Sliding<std::int32_t, Mean<float>>>::kTable
+                                                   : LoopForms<Sliding<std::int32_t, Mean<double>>>::kTable;
+    return {size, LoopForms<Adding<std::int32_t>>::kTable.Chosen(), slide.Chosen()};
 }
 
-void SlideRow(std::int32_t* sums, std::int32_t size, const std::uint8_t* leaving, const std::uint8_t* entering,
+template <class Sum>
+void AddRow(const ColumnBlur<Sum>& blur, const std::uint8_t* row, std::int32_t times, std::int32_t count, Sum* sums) {
+    blur.add(row, times, count, sums);
+}
+
+template <class Sum>
+void SlideRow(const ColumnBlur<Sum>& blur, Sum* sums, const std::uint8_t* leaving, const std::uint8_t* entering,
               std::int32_t count, std::uint8_t* result) {
-    if (!leaving || !entering) return SlideWithout(sums, size, leaving, entering, count, result);
-    if (size <= kLargestSingleMean)
-        LoopOf<Sliding<std::int32_t, Mean<float>>>()(sums, size, leaving, entering, count, result);
-    else
-        LoopOf<Sliding<std::int32_t, Mean<double>>>()(sums, size, leaving, entering, count, result);
+    if (!leaving || !entering) return SlideWithout(sums, blur.size, leaving, entering, count, result);
+    blur.slide(sums, blur.size, leaving, entering, count, result);
 }
 
-void SlideRow(std::uint16_t* sums, std::int32_t size, const std::uint8_t* leaving, const std::uint8_t* entering,
-              std::int32_t count, std::uint8_t* result) {
-    if (!leaving || !entering) return SlideWithout(sums, size, leaving, entering, count, result);
-    LoopOf<Sliding<std::uint16_t, WordMean>>()(sums, size, leaving, entering, count, result);
-}
+template void AddRow(const ColumnBlur<std::int32_t>&, const std::uint8_t*, std::int32_t, std::int32_t, std::int32_t*);
+template void AddRow(const ColumnBlur<std::uint16_t>&, const std::uint8_t*, std::int32_t, std::int32_t, std::uint16_t*);
+template void SlideRow(const ColumnBlur<std::int32_t>&, std::int32_t*, const std::uint8_t*, const std::uint8_t*,
+                       std::int32_t, std::uint8_t*);
+template void SlideRow(const ColumnBlur<std::uint16_t>&, std::uint16_t*, const std::uint8_t*, const std::uint8_t*,
+                       std::int32_t, std::uint8_t*);
 
-void BlurRow(const std::uint8_t* row, int channels, std::int32_t width, std::int32_t radius, std::uint8_t* result) {
+RowBlur PlanRowBlur(std::int32_t radius) { return {radius, StretchFormsFor(2 * radius + 1).Chosen()}; }
+
+void BlurRow(const RowBlur& blur, const std::uint8_t* row, int channels, std::int32_t width, std::uint8_t* result) {
+    const std::int32_t radius = blur.radius;
     const std::uint8_t* const last = row + (std::int64_t{width} - 1) * channels;
     const std::int32_t inside = std::min(radius, width - 1);  // pixels right of the first that its window meets
     std::int32_t sums[4] = {};
@@ -116,10 +168,10 @@ void BlurRow(const std::uint8_t* row, int channels, std::int32_t width, std::int
         std::int64_t end = leaves ? width : std::min<std::int64_t>(leavingBegins, x + repeated);
         end = std::min(end, enters ? enteringEnds : x + repeated);
         end = std::min<std::int64_t>(end, width);
-        BlurStretch(
-            {leaves ? row + (x - radius) * channels : left.bytes,
-             enters ? row + (x + radius + 1) * channels : right.bytes, (end - x) * channels, result + x * channels},
-            channels, 2 * radius + 1, sums);
+        const WindowStretch stretch{leaves ? row + (x - radius) * channels : left.bytes,
+                                    enters ? row + (x + radius + 1) * channels : right.bytes, (end - x) * channels,
+                                    result + x * channels};
+        blur.stretch(stretch, channels, 2 * radius + 1, sums);
         x = end;
     }
 }

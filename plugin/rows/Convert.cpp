@@ -111,7 +111,7 @@ void ConvertByGrays(const ConversionPlan& plan, const std::uint8_t* source, std:
     for (const auto [x, count] : Blocks(width, kPixelsATime)) {
         const std::uint8_t* const read = source + std::int64_t{x} * from.pixelSize;
         std::uint8_t* const written = destination + std::int64_t{x} * to.pixelSize;
-        GrayRow(from, read, grays, count);
+        GrayRow(plan.grays, read, grays, count);
         if (plan.alphaMoves) MoveRow(plan.alpha, read, written, count);
         MoveRow(plan.moves, grays, written, count);
     }
@@ -129,6 +129,7 @@ ConversionPlan PlanConversion(const Conversion& conversion) {
     plan.alphaMoves = !plan.byMoves && WritesAlpha(conversion);
     // Gray is stored after alpha, so they can't share a byte.
     plan.byGrays = !plan.byMoves && !(plan.alphaMoves && conversion.to.offset[0] == conversion.to.offset[1]);
+    if (plan.byGrays) plan.grays = PlanGray(conversion.from);
     plan.moves = plan.byMoves ? PlanByMoves(conversion) : PlanGrayStore(conversion);
     if (plan.alphaMoves) plan.alpha = PlanAlpha(conversion);
     return plan;

@@ -36,6 +36,7 @@ struct ConversionPlan {
     bool alphaMoves;  // and alpha is moved
     PixelSpan from;   // the bytes that are read
     PixelSpan to;     // the bytes that are written
+    GrayPlan grays;   // with byGrays
     MovePlan moves;   // of all channels; with byGrays, from packed grays
     MovePlan alpha;
 };

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "plugin/rows/ConvolveForms.h"
 #include "plugin/rows/LoopForms.h"
 
 namespace rows {
@@ -42,16 +41,29 @@ bool HasWeightsOf16Bits(const Kernel& kernel) {
                        [](std::int32_t weight) { return weight == static_cast<std::int16_t>(weight); });
 }
 
-void ConvolveInside(const Kernel& kernel, const KernelRows& rows, std::int64_t at, std::int64_t count,
-                    std::uint8_t* result) {
-#ifdef ROWS_X86
-    if (count >= 32 && ActiveCpuLevel() == CpuLevel::Avx512 && HasWeightsOf16Bits(kernel))
-        return ConvolveAvx512(kernel, rows, at, count, result);
-#endif
-    LoopOf<Convolving>()(kernel, rows, at, count, result);
-}
+}  // namespace
+
+}  // namespace rows
+
+#define ROWS_WIDE "plugin/rows/ConvolveWide.h"
+#include "plugin/rows/WideForms.h"
+
+namespace rows {
+
+namespace {
+
+using InsideFunction = void(const Kernel& kernel, const KernelRows& rows, std::int64_t at, std::int64_t count,
+                            std::uint8_t* result);
+
+// For weights of 16 bits.
+constexpr Forms<InsideFunction> kConvolvePairs = ROWS_FORMS(LoopForms<Convolving>::Plain, ConvolvePairs);
 
 }  // namespace
+
+ConvolvePlan PlanConvolution(const Kernel& kernel) {
+    const Forms<InsideFunction>& forms = HasWeightsOf16Bits(kernel) ? kConvolvePairs : LoopForms<Convolving>::kTable;
+    return {kernel, forms.Chosen()};
+}
 
 void ConvolveInOrder(const Kernel& kernel, const KernelRows& rows, std::int32_t first, std::int32_t end,
                      std::uint8_t* result) {
@@ -71,7 +83,8 @@ void ConvolveInOrder(const Kernel& kernel, const KernelRows& rows, std::int32_t 
     }
 }
 
-void ConvolveRow(const Kernel& kernel, const KernelRows& rows, std::uint8_t* result) {
+void ConvolveRow(const ConvolvePlan& plan, const KernelRows& rows, std::uint8_t* result) {
+    const Kernel& kernel = plan.kernel;
     constexpr std::int32_t kReach = 2;
     const std::int32_t inside = std::max(rows.width - 2 * kReach, 0);  // pixels with all neighbours in the row
     const std::int32_t first = std::min(kReach, rows.width);
@@ -86,7 +99,7 @@ void ConvolveRow(const Kernel& kernel, const KernelRows& rows, std::uint8_t* res
             std::fill_n(present.weight + 5 * row, 5, 0);
         }
     const std::int64_t at = std::int64_t{first} * rows.channels;
-    ConvolveInside(present, all, at, std::int64_t{inside} * rows.channels, result + at);
+    plan.inside(present, all, at, std::int64_t{inside} * rows.channels, result + at);
 }
 
 }  // namespace rows

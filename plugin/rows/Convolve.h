@@ -22,6 +22,15 @@ struct KernelRows {
     std::int32_t width;
 };
 
+// A kernel, and the form that serves its weights; made once an operation.
+struct ConvolvePlan {
+    Kernel kernel;
+    void (*inside)(const Kernel& kernel, const KernelRows& rows, std::int64_t at, std::int64_t count,
+                   std::uint8_t* result);
+};
+
+ConvolvePlan PlanConvolution(const Kernel& kernel);
+
 // Convolves the pixels `first` to `end` - 1, from left to right. A sample left or right of the row
 // is replaced by the one in the pixel's own column. The result may be the middle row itself: then
 // a pixel sees what was stored for those to its left.
@@ -29,6 +38,6 @@ void ConvolveInOrder(const Kernel& kernel, const KernelRows& rows, std::int32_t 
                      std::uint8_t* result);
 
 // The same for all pixels of a row, with a result that is none of the rows.
-void ConvolveRow(const Kernel& kernel, const KernelRows& rows, std::uint8_t* result);
+void ConvolveRow(const ConvolvePlan& plan, const KernelRows& rows, std::uint8_t* result);
 
 }  // namespace rows

@@ -20,9 +20,29 @@ struct DitherCells {
     std::int32_t size;
 };
 
-// Dithers `count` packed pixels, the first of them in column `first` of its row. All channels of a
-// pixel share its cell. The result may be the pixels themselves, and may not otherwise overlap them.
-void DitherRow(const DitherTables& tables, const DitherCells& cells, std::int32_t first, int channels,
-               std::int32_t count, const std::uint8_t* pixels, std::uint8_t* result);
+// Packed pixels of a row, the first of them in column `first`. All channels of a pixel share its
+// cell. The result may be the pixels themselves, and may not otherwise overlap them.
+struct DitherJob {
+    DitherCells cells;
+    std::int32_t first;
+    int channels;
+    std::int32_t count;  // pixels
+    const std::uint8_t* pixels;
+    std::uint8_t* result;
+};
+
+struct DitherPlan;
+using DitherFunction = void(const DitherPlan& plan, const DitherJob& job);
+
+// Tables, and what the wider forms need of them; made once an operation.
+struct DitherPlan {
+    DitherFunction* form;
+    DitherTables tables;
+    std::uint8_t highest[256];  // by threshold: the highest byte that becomes `upper`
+};
+
+DitherPlan PlanDither(const DitherTables& tables);
+
+void DitherRow(const DitherPlan& plan, const DitherJob& job);
 
 }  // namespace rows

@@ -3,13 +3,33 @@
 #include <algorithm>
 #include <cstring>
 
+#include "plugin/rows/LoopForms.h"
+
 namespace rows {
 
 namespace {
 
+struct Applying {
+    ROWS_INLINE static void Run(const PixelPattern& pattern, std::uint8_t* row, std::int32_t width) {
+        constexpr std::int64_t kBytes = PixelPattern::kBytes;
+        const std::uint8_t* __restrict const keep = pattern.keep;
+        const std::uint8_t* __restrict const value = pattern.value;
+        std::uint8_t* __restrict to = row + pattern.span.offset;
+        std::int64_t left = pattern.span.Extent(width);
+        for (; left >= kBytes; left -= kBytes, to += kBytes) {
+            if (pattern.writesAll)
+                std::memcpy(to, value, kBytes);
+            else
+                for (int i = 0; i < kBytes; ++i) to[i] = static_cast<std::uint8_t>((to[i] & keep[i]) ^ value[i]);
+        }
+        for (int i = 0; i < left; ++i) to[i] = static_cast<std::uint8_t>((to[i] & keep[i]) ^ value[i]);
+    }
+};
+
 // A pattern that changes nothing yet, over the bytes of the layout's first `count` channels.
 PixelPattern KeepPattern(const PixelLayout& layout, int count) {
     PixelPattern pattern{};
+    pattern.form = LoopForms<Applying>::kTable.Chosen();
     std::memset(pattern.keep, 255, sizeof(pattern.keep));
     if (layout.pixelSize > 0) pattern.span = SpanOf(layout.pixelSize, layout.offset, count);
     return pattern;
@@ -40,19 +60,7 @@ PixelPattern InvertPattern(const PixelLayout& layout, int count) {
 }
 
 void ApplyPattern(const PixelPattern& pattern, std::uint8_t* row, std::int32_t width) {
-    if (width <= 0 || pattern.span.size == 0) return;
-    constexpr std::int64_t kBytes = PixelPattern::kBytes;
-    const std::uint8_t* __restrict const keep = pattern.keep;
-    const std::uint8_t* __restrict const value = pattern.value;
-    std::uint8_t* __restrict to = row + pattern.span.offset;
-    std::int64_t left = pattern.span.Extent(width);
-    for (; left >= kBytes; left -= kBytes, to += kBytes) {
-        if (pattern.writesAll)
-            std::memcpy(to, value, kBytes);
-        else
-            for (int i = 0; i < kBytes; ++i) to[i] = static_cast<std::uint8_t>((to[i] & keep[i]) ^ value[i]);
-    }
-    for (int i = 0; i < left; ++i) to[i] = static_cast<std::uint8_t>((to[i] & keep[i]) ^ value[i]);
+    if (width > 0 && pattern.span.size > 0) pattern.form(pattern, row, width);
 }
 
 }  // namespace rows

@@ -13,6 +13,7 @@ namespace rows {
 // cache line.
 struct PixelPattern {
     static constexpr int kBytes = 192;
+    void (*form)(const PixelPattern& pattern, std::uint8_t* row, std::int32_t width);
     PixelSpan span;  // the changed bytes; of size 0 when there is none
     bool writesAll;  // nothing is kept: the bytes there need not be read
     std::uint8_t keep[kBytes];

@@ -28,6 +28,10 @@ struct WholeTaps {
 // Averages, and their whole form where it gives the same for each of the 130,816 sums of neighbours
 // and samples and enough samples will follow to pay for finding out.
 struct ThreeTapsPlan {
+    void (*byDoubles)(const ThreeTaps& taps, const std::uint8_t* first, const std::uint8_t* row,
+                      const std::uint8_t* second, std::int64_t count, std::uint8_t* result);
+    void (*byWholes)(const WholeTaps& taps, const std::uint8_t* first, const std::uint8_t* row,
+                     const std::uint8_t* second, std::int64_t count, std::uint8_t* result);
     ThreeTaps taps;
     bool whole;
     WholeTaps wholeTaps;

@@ -1,7 +1,6 @@
 #include "plugin/rows/HostPixels.h"
 
-#include "plugin/rows/CpuLevel.h"
-#include "plugin/rows/HostPixelsForms.h"
+#include <algorithm>
 
 namespace rows {
 
@@ -9,7 +8,7 @@ namespace {
 
 constexpr int kHostPixel = 4;
 constexpr int kColors = 3;
-constexpr int kStep = 16;  // pixels
+constexpr int kLanePixels = 4;
 
 constexpr std::uint8_t Blend(int keep, int destination, int picture) {
     return static_cast<std::uint8_t>((keep * destination + (255 - keep) * picture) / 255);
@@ -46,14 +45,15 @@ void BlendMaskedPlain(const MaskedPlan& plan, const std::uint8_t* picture, const
 
 // Byte `host` of every host pixel goes to a channel of its destination pixel; what was planned for
 // the same place before gives way.
-void PlanByte(MaskedPlan& plan, int host, std::int32_t offset, std::uint8_t origin, std::uint8_t flip) {
-    for (std::int32_t pixel = 0; pixel < kStep; ++pixel) {
+void PlanByte(MaskedPlan& plan, int host, std::int32_t offset, bool fromMask, std::uint8_t flip) {
+    for (std::int32_t pixel = 0; pixel < kLanePixels; ++pixel) {
         const std::int32_t at = pixel * plan.layout.pixelSize + (offset - plan.span.offset);
         const std::int32_t from = pixel * kHostPixel + host;
-        plan.index[at] = static_cast<std::uint8_t>(from) | origin;
+        plan.index[at] = static_cast<std::uint8_t>(from);
         plan.inverse[from] = static_cast<std::uint8_t>(at);
+        plan.fromMask[at] = fromMask ? 255 : 0;
         plan.maskFlip[at] = flip;
-        plan.written |= std::uint64_t{1} << at;
+        plan.written[at] = 255;
     }
 }
 
@@ -68,7 +68,7 @@ MaskedPlan BeginPlan(const PixelLayout& to, int channels, bool invert) {
 }
 
 void PlanColors(MaskedPlan& plan) {
-    for (int c = 0; c < kColors; ++c) PlanByte(plan, c + 1, plan.layout.offset[c], 0, 0);
+    for (int c = 0; c < kColors; ++c) PlanByte(plan, c + 1, plan.layout.offset[c], false, 0);
 }
 
 // Whether several pixels may be read before the first of them is written.
@@ -78,72 +78,48 @@ bool MayWiden(const MaskedPlan& plan, const std::uint8_t* picture, const std::ui
            (!mask || MayReadAhead(plan.host, mask, plan.span, destination, width));
 }
 
-using WideForm = std::int32_t (*)(const MaskedPlan&, const std::uint8_t* picture, const std::uint8_t* mask,
-                                  std::uint8_t* destination, std::int32_t width);
-using PlainForm = void (*)(const MaskedPlan&, const std::uint8_t* picture, const std::uint8_t* mask,
-                           std::uint8_t* destination, std::int32_t width);
+}  // namespace
 
-struct Forms {
-    PlainForm plain;
-    WideForm avx2, avx512;
-};
+}  // namespace rows
 
-#ifdef ROWS_X86
-constexpr Forms kDraw = {&DrawMaskedPlain, &DrawMaskedAvx2, &DrawMaskedAvx512};
-constexpr Forms kBlend = {&BlendMaskedPlain, &BlendMaskedAvx2, &BlendMaskedAvx512};
-#else
-constexpr Forms kDraw = {&DrawMaskedPlain, nullptr, nullptr};
-constexpr Forms kBlend = {&BlendMaskedPlain, nullptr, nullptr};
-#endif
+#define ROWS_WIDE "plugin/rows/HostPixelsWide.h"
+#include "plugin/rows/WideForms.h"
 
-WideForm ChooseWide(const Forms& forms) {
-    switch (ActiveCpuLevel()) {
-        case CpuLevel::Avx512:
-            return forms.avx512;
-        case CpuLevel::Avx2:
-            return forms.avx2;
-        case CpuLevel::Plain:
-            break;
-    }
-    return nullptr;
-}
+namespace rows {
 
-// Wider form first, what is left plain.
-void RunMasked(const Forms& forms, const MaskedPlan& plan, const std::uint8_t* picture, const std::uint8_t* mask,
-               std::uint8_t* destination, std::int32_t width) {
-    if (width <= 0) return;
-    std::int64_t done = 0;
-    const WideForm wide = ChooseWide(forms);
-    if (wide && MayWiden(plan, picture, mask, destination, width))
-        done = wide(plan, picture, mask, destination + plan.span.offset, width);
-    forms.plain(plan, picture + done * kHostPixel, mask ? mask + done * kHostPixel : nullptr,
-                destination + done * plan.layout.pixelSize, static_cast<std::int32_t>(width - done));
-}
+namespace {
+
+constexpr Forms<MaskedFunction> kDrawRow = ROWS_FORMS(DrawMaskedPlain, DrawMasked);
+constexpr Forms<MaskedFunction> kBlendRow = ROWS_FORMS(BlendMaskedPlain, BlendMasked);
 
 }  // namespace
 
 MaskedPlan PlanMaskedDraw(const PixelLayout& to, bool invert) {
     MaskedPlan plan = BeginPlan(to, kColors + 1, invert);
+    plan.form = kDrawRow.Chosen();
     if (!plan.compact) return plan;
-    PlanByte(plan, 1, to.offset[3], kFromMask, plan.flip);  // the mask's red
+    PlanByte(plan, 1, to.offset[3], true, plan.flip);  // the mask's red
     PlanColors(plan);
     return plan;
 }
 
 MaskedPlan PlanMaskedBlend(const PixelLayout& to, bool invert) {
     MaskedPlan plan = BeginPlan(to, kColors, invert);
+    plan.form = kBlendRow.Chosen();
     if (plan.compact) PlanColors(plan);
     return plan;
 }
 
 void DrawMaskedRow(const MaskedPlan& plan, const std::uint8_t* picture, const std::uint8_t* mask,
                    std::uint8_t* destination, std::int32_t width) {
-    RunMasked(kDraw, plan, picture, mask, destination, width);
+    const bool ahead = width > 0 && MayWiden(plan, picture, mask, destination, width);
+    (ahead ? plan.form : &DrawMaskedPlain)(plan, picture, mask, destination, width);
 }
 
 void BlendMaskedRow(const MaskedPlan& plan, const std::uint8_t* picture, const std::uint8_t* mask,
                     std::uint8_t* destination, std::int32_t width) {
-    RunMasked(kBlend, plan, picture, mask, destination, width);
+    const bool ahead = width > 0 && MayWiden(plan, picture, mask, destination, width);
+    (ahead ? plan.form : &BlendMaskedPlain)(plan, picture, mask, destination, width);
 }
 
 }  // namespace rows

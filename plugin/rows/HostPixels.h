@@ -10,26 +10,30 @@
 
 #include <cstdint>
 
+#include "plugin/rows/Forms.h"
 #include "plugin/rows/PixelLayout.h"
 #include "plugin/rows/PixelSpan.h"
 
 namespace rows {
 
-// A masked row, and what the wider forms need of it. They take sixteen pixels a step, or the
-// first four of these.
+struct MaskedPlan;
+using MaskedFunction = void(const MaskedPlan& plan, const std::uint8_t* picture, const std::uint8_t* mask,
+                            std::uint8_t* destination, std::int32_t width);
+
+// A masked row, and what the wider forms need of it. They take four pixels a lane of 16 bytes.
 struct MaskedPlan {
+    MaskedFunction* form;       // for rows that may be read ahead
     PixelLayout layout;         // of the destination: red, green, blue, alpha
     std::uint8_t flip;          // exclusive-or of the mask: 255 inverts it
     PixelSpan host;             // the bytes read of a host pixel
     PixelSpan span;             // the destination's written bytes
     bool compact;               // pixels of 3 or 4 bytes that don't interleave: wider forms can run
-    std::uint64_t written;      // bit b: byte b of a step's destination, from its first written one
-    std::uint8_t index[64];     // the host byte behind each destination byte, | kFromMask for the mask's
-    std::uint8_t maskFlip[64];  // the flip of each destination byte
-    std::uint8_t inverse[64];   // the destination byte behind each host byte
+    std::uint8_t written[16];   // 255: the byte of a lane's destination, from its first written one, is written
+    std::uint8_t index[16];     // the host byte behind each destination byte
+    std::uint8_t fromMask[16];  // 255: it is the mask's
+    std::uint8_t maskFlip[16];  // the flip of each destination byte
+    std::uint8_t inverse[16];   // the destination byte behind each host byte
 };
-
-inline constexpr std::uint8_t kFromMask = 64;
 
 // Plans rows of DrawMaskedRow and of BlendMaskedRow. `to` has red, green and blue, the former's
 // alpha as well.

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 
-#include "plugin/rows/CpuLevel.h"
-#include "plugin/rows/LookUpForms.h"
+#include "plugin/rows/TableRegisters.h"
+
+#define ROWS_WIDE "plugin/rows/LookUpWide.h"
+#include "plugin/rows/WideForms.h"
 
 namespace rows {
 
@@ -41,40 +43,42 @@ LookUpLanes LanesOf(const LookUpPlan& plan, int count) {
         if (!table) continue;
         const auto at = static_cast<int>(std::find(lanes.table, lanes.table + lanes.tables, table) - lanes.table);
         if (at == lanes.tables) lanes.table[lanes.tables++] = table;
-        for (int byte = plan.from.offset[i] - plan.span.offset; byte < 64 * LookUpLanes::kRegisters;
-             byte += plan.from.pixelSize) {
-            lanes.lanes[at][byte / 64] |= std::uint64_t{1} << byte % 64;
-            lanes.written[byte / 64] |= std::uint64_t{1} << byte % 64;
-        }
+        for (int byte = plan.from.offset[i] - plan.span.offset; byte < LookUpLanes::kPeriod;
+             byte += plan.from.pixelSize)
+            lanes.lanes[at][byte] = lanes.written[byte] = 255;
     }
+    lanes.writesAll = std::count(lanes.written, lanes.written + LookUpLanes::kPeriod, 255) == LookUpLanes::kPeriod;
     return lanes;
 }
 
-}  // namespace
-
-LookUpPlan PlanLookUp(ChannelSet set, const Tables& tables, const PixelLayout& from, const PixelLayout& to) {
-    const int count = ChannelCount(set);
-    LookUpPlan plan{set, tables, from, to, SpanOf(from.pixelSize, from.offset, count), false, {}};
-    plan.inPlace = KeepTheirPlaces(from, to, count, plan.span);
-    if (plan.inPlace) plan.lanes = LanesOf(plan, count);
-    return plan;
-}
-
-void LookUpInOrder(const LookUpPlan& plan, const std::uint8_t* source, std::uint8_t* destination, std::int32_t width) {
+void LookUpPlainOf(const LookUpPlan& plan, const std::uint8_t* source, std::uint8_t* destination, std::int32_t width) {
     ForChannelSet(plan.set, [&]<ChannelSet Set>() {
         LookUpPlain<Set>(plan.tables, plan.from, source, plan.to, destination, width);
     });
 }
 
+constexpr Forms<LookUpFunction> kLookUpRow = ROWS_FORMS(LookUpPlainOf, LookUpRow);
+
+}  // namespace
+
+LookUpPlan PlanLookUp(ChannelSet set, const Tables& tables, const PixelLayout& from, const PixelLayout& to) {
+    const int count = ChannelCount(set);
+    LookUpPlan plan{&LookUpPlainOf, set, tables, from, to, SpanOf(from.pixelSize, from.offset, count), false, {}};
+    plan.inPlace = KeepTheirPlaces(from, to, count, plan.span);
+    if (!plan.inPlace) return plan;
+    plan.form = kLookUpRow.Chosen();
+    plan.lanes = LanesOf(plan, count);
+    return plan;
+}
+
+void LookUpInOrder(const LookUpPlan& plan, const std::uint8_t* source, std::uint8_t* destination, std::int32_t width) {
+    LookUpPlainOf(plan, source, destination, width);
+}
+
 void LookUpRow(const LookUpPlan& plan, const std::uint8_t* source, std::uint8_t* destination, std::int32_t width) {
     if (width <= 0) return;
-#ifdef ROWS_X86
-    if (plan.inPlace && ActiveCpuLevel() == CpuLevel::Avx512 &&
-        MayReadAhead(plan.span, source, plan.span, destination, width))
-        return LookUpAvx512(plan.lanes, source + plan.span.offset, destination + plan.span.offset,
-                            plan.span.Extent(width));
-#endif
-    LookUpInOrder(plan, source, destination, width);
+    const bool ahead = plan.inPlace && MayReadAhead(plan.span, source, plan.span, destination, width);
+    (ahead ? plan.form : &LookUpPlainOf)(plan, source, destination, width);
 }
 
 }  // namespace rows

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "plugin/rows/Forms.h"
 #include "plugin/rows/PixelLayout.h"
 #include "plugin/rows/PixelSpan.h"
 
@@ -18,18 +19,24 @@ struct Tables {
     const Table* channel[4];
 };
 
-// Tables by their bytes in three registers' worth of pixels, after which every pixel size from 1
-// to 4 begins anew.
+// Tables by their bytes in neighbouring pixels, of which so many fill 192 bytes that every pixel
+// size from 1 to 4 and every register begins anew after them.
 struct LookUpLanes {
-    static constexpr int kRegisters = 3;
+    static constexpr int kPeriod = 192;
     int tables;  // different ones
     const Table* table[4];
-    std::uint64_t lanes[4][kRegisters];  // bit b: byte b of a register goes through the table
-    std::uint64_t written[kRegisters];   // through any
+    std::uint8_t lanes[4][kPeriod];  // 255: the byte goes through the table
+    std::uint8_t written[kPeriod];   // through any
+    bool writesAll;                  // every byte goes through one
 };
+
+struct LookUpPlan;
+using LookUpFunction = void(const LookUpPlan& plan, const std::uint8_t* source, std::uint8_t* destination,
+                            std::int32_t width);
 
 // A mapping, prepared once an operation. The tables must live as long.
 struct LookUpPlan {
+    LookUpFunction* form;  // for rows that may be read ahead
     ChannelSet set;
     Tables tables;
     PixelLayout from;

@@ -4,46 +4,43 @@
 // level has, exactly, since nothing is reordered or contracted.
 //
 //   struct Doubling {
-//       static void Run(const std::uint8_t* from, int count, std::uint8_t* to) { … }
+//       ROWS_INLINE static void Run(const std::uint8_t* from, int count, std::uint8_t* to) { … }
 //   };
-//   LoopOf<Doubling>()(from, count, to);
+//   const Forms<decltype(Doubling::Run)> kDoubleRow = LoopForms<Doubling>::kTable;
 //
 // Run and whatever it calls must be ROWS_INLINE: only inlined code is compiled for the level.
 #pragma once
 
-#include "plugin/rows/CpuLevel.h"
-#include "plugin/rows/X86.h"
-
-#define ROWS_INLINE [[gnu::always_inline]] inline
+#include "plugin/rows/Forms.h"
 
 namespace rows {
 
 template <class Loop, class Signature = decltype(Loop::Run)>
 struct LoopForms;
 
-template <class Loop, class... Arguments>
-struct LoopForms<Loop, void(Arguments...)> {
-    using Form = void (*)(Arguments...);
-
-    static void Plain(Arguments... arguments) { Loop::Run(arguments...); }
-#ifdef ROWS_X86
-    TARGET_AVX2_LOOP static void Avx2(Arguments... arguments) { Loop::Run(arguments...); }
-    TARGET_AVX512_LOOP static void Avx512(Arguments... arguments) { Loop::Run(arguments...); }
+template <class Loop, class Result, class... Arguments>
+struct LoopForms<Loop, Result(Arguments...)> {
+    static Result Plain(Arguments... arguments) { return Loop::Run(arguments...); }
+#ifdef ROWS_AVX2
+    TARGET_AVX2 static Result Avx2(Arguments... arguments) { return Loop::Run(arguments...); }
+#endif
+#ifdef ROWS_AVX512
+    TARGET_AVX512 static Result Avx512(Arguments... arguments) { return Loop::Run(arguments...); }
 #endif
 
-    static Form Choose() {
-#ifdef ROWS_X86
-        if (ActiveCpuLevel() == CpuLevel::Avx512) return &Avx512;
-        if (ActiveCpuLevel() == CpuLevel::Avx2) return &Avx2;
+    static constexpr Forms<Result(Arguments...)> kTable = {
+        &Plain,
+#ifdef ROWS_AVX2
+        &Avx2,
+#else
+        nullptr,
 #endif
-        return &Plain;
-    }
+#ifdef ROWS_AVX512
+        &Avx512,
+#else
+        nullptr,
+#endif
+    };
 };
-
-// The form of a loop for the active level.
-template <class Loop>
-typename LoopForms<Loop>::Form LoopOf() {
-    return LoopForms<Loop>::Choose();
-}
 
 }  // namespace rows

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "plugin/rows/Forms.h"
 #include "plugin/rows/PixelLayout.h"
 
 namespace rows {
@@ -15,6 +16,8 @@ struct Histogram {
 // Counts `width` pixels of a row by their luminance, 0.813 green + 0.177 red + 0.01 blue in
 // doubles, each sum fused with its product, truncated. These weights are its own, other than those
 // of gray elsewhere: intended. The layout is that of ChannelSet::Rgb.
-void CountLuminance(const PixelLayout& layout, const std::uint8_t* row, std::int32_t width, Histogram* histogram);
+using CountLuminanceFunction = void(const PixelLayout& layout, const std::uint8_t* row, std::int32_t width,
+                                    Histogram* histogram);
+extern const Forms<CountLuminanceFunction> kCountLuminance;
 
 }  // namespace rows

@@ -4,8 +4,7 @@
 #include <cstring>
 
 #include "plugin/rows/Blocks.h"
-#include "plugin/rows/CpuLevel.h"
-#include "plugin/rows/MoveForms.h"
+#include "plugin/rows/Forms.h"
 
 namespace rows {
 
@@ -40,28 +39,16 @@ void MovePlainOf(const PixelMoves& moves, const std::uint8_t* source, std::int64
     }
 }
 
-// Wider form first, what is left plain. Addresses of the first moved bytes.
-void MoveAhead(const MovePlan& plan, const std::uint8_t* source, std::uint8_t* destination, std::int32_t width,
-               bool reversed) {
-    std::int32_t done = 0;
-#ifdef ROWS_X86
-    const CpuLevel level = ActiveCpuLevel();
-    if (level == CpuLevel::Avx512)
-        done = MoveAvx512(plan, source, destination, width, reversed);
-    else if (level == CpuLevel::Avx2)
-        done = MoveAvx2(plan, source, destination, width, reversed);
-#endif
-    const std::int32_t left = width - done;
-    if (left <= 0) return;
+// The definition of a form.
+void MoveEach(const MovePlan& plan, const std::uint8_t* source, std::uint8_t* destination, std::int32_t width,
+              bool reversed) {
     const std::int64_t size = plan.moves.fromPixelSize;
-    const std::uint8_t* const next = source + (reversed ? left - 1 : done) * size;
-    MovePlainOf(plan.moves, next, reversed ? -size : size, destination + std::int64_t{done} * plan.moves.toPixelSize,
-                left);
+    MovePlainOf(plan.moves, reversed ? source + (width - 1) * size : source, reversed ? -size : size, destination,
+                width);
 }
 
-void FillShuffle(const PixelMoves& moves, std::int32_t registerSize, MoveShuffle& shuffle) {
-    shuffle = {};
-    shuffle.pixels = registerSize / std::max(moves.fromPixelSize, moves.toPixelSize);
+void FillShuffle(const PixelMoves& moves, MoveShuffle& shuffle) {
+    shuffle.pixels = 64 / std::max(moves.fromPixelSize, moves.toPixelSize);
     for (std::int32_t pixel = 0; pixel < shuffle.pixels; ++pixel) {
         const std::int32_t opposite = shuffle.pixels - 1 - pixel;
         for (std::int32_t i = 0; i < moves.count; ++i) {  // of two moves to one byte the later counts
@@ -69,9 +56,35 @@ void FillShuffle(const PixelMoves& moves, std::int32_t registerSize, MoveShuffle
             shuffle.index[at] = static_cast<std::uint8_t>(pixel * moves.fromPixelSize + moves.from[i]);
             shuffle.reversed[at] = static_cast<std::uint8_t>(opposite * moves.fromPixelSize + moves.from[i]);
             shuffle.flip[at] = moves.flip[i];
-            shuffle.written |= std::uint64_t{1} << at;
+            shuffle.written[at] = 255;
         }
     }
+}
+
+// One of the bytes of a lane's sources.
+void SetIndex(std::uint8_t (&index)[4][16], std::int32_t at, std::int32_t from) {
+    for (std::int32_t part = 0; part < 4; ++part)
+        index[part][at] = static_cast<std::uint8_t>(from / 16 == part ? from % 16 : 128);
+}
+
+void FillLanes(const MovePlan& plan, MoveLanes& lanes) {
+    const PixelMoves& moves = plan.moves;
+    lanes.pixels = 16 / moves.toPixelSize;
+    lanes.sources = (lanes.pixels * moves.fromPixelSize + 15) / 16;
+    // In reverse the sources end where the pixels end.
+    const auto shift = static_cast<std::int32_t>(16 * lanes.sources - plan.from.Extent(lanes.pixels));
+    std::int32_t bytes = 0;
+    for (std::int32_t pixel = 0; pixel < lanes.pixels; ++pixel)
+        for (std::int32_t i = 0; i < moves.count; ++i) {
+            const std::int32_t at = pixel * moves.toPixelSize + moves.to[i];
+            const std::int32_t opposite = lanes.pixels - 1 - pixel;
+            SetIndex(lanes.index, at, pixel * moves.fromPixelSize + moves.from[i]);
+            SetIndex(lanes.reversed, at, opposite * moves.fromPixelSize + moves.from[i] + shift);
+            lanes.flip[at] = moves.flip[i];
+            bytes += lanes.written[at] == 0;
+            lanes.written[at] = 255;
+        }
+    lanes.writesAll = bytes == lanes.pixels * moves.toPixelSize;
 }
 
 bool Copies(const PixelMoves& moves) {
@@ -83,6 +96,19 @@ bool Copies(const PixelMoves& moves) {
     }
     return bytes + 1 == 1U << moves.toPixelSize;
 }
+
+}  // namespace
+
+}  // namespace rows
+
+#define ROWS_WIDE "plugin/rows/MoveWide.h"
+#include "plugin/rows/WideForms.h"
+
+namespace rows {
+
+namespace {
+
+constexpr Forms<MoveFunction> kMoveRow = ROWS_FORMS(MoveEach, MoveAhead);
 
 }  // namespace
 
@@ -102,6 +128,7 @@ PixelMoves MovesBetween(ChannelSet set, const PixelLayout& from, const PixelLayo
 MovePlan PlanMoves(const PixelMoves& moves) {
     constexpr std::int32_t kLargestPixel = 4;
     MovePlan plan{};
+    plan.form = kMoveRow.Chosen();
     plan.moves = moves;
     plan.from = SpanOf(moves.fromPixelSize, moves.from, moves.count);
     plan.to = SpanOf(moves.toPixelSize, moves.to, moves.count);
@@ -113,8 +140,8 @@ MovePlan PlanMoves(const PixelMoves& moves) {
                    moves.fromPixelSize <= kLargestPixel && moves.toPixelSize <= kLargestPixel;
     if (!plan.compact) return plan;
     plan.copies = Copies(plan.moves);
-    FillShuffle(plan.moves, 64, plan.wide);
-    FillShuffle(plan.moves, 16, plan.narrow);
+    FillShuffle(plan.moves, plan.shuffle);
+    FillLanes(plan, plan.lanes);
     return plan;
 }
 
@@ -128,7 +155,7 @@ void MoveRow(const MovePlan& plan, const std::uint8_t* source, std::uint8_t* des
     else if (plan.copies)
         std::memmove(destination, source, static_cast<std::size_t>(width) * plan.moves.fromPixelSize);
     else
-        MoveAhead(plan, source, destination, width, false);
+        plan.form(plan, source, destination, width, false);
 }
 
 void MoveRowReversed(const MovePlan& plan, const std::uint8_t* source, std::uint8_t* destination, std::int32_t width) {
@@ -138,7 +165,7 @@ void MoveRowReversed(const MovePlan& plan, const std::uint8_t* source, std::uint
     destination += plan.to.offset;
     const std::int64_t size = plan.moves.fromPixelSize;
     if (ahead)
-        MoveAhead(plan, source, destination, width, true);
+        plan.form(plan, source, destination, width, true);
     else
         MovePlainOf(plan.moves, source + (width - 1) * size, -size, destination, width);
 }
@@ -153,8 +180,8 @@ void TradeEnds(const MovePlan& plan, std::uint8_t* left, std::uint8_t* right, st
     const auto size = static_cast<std::size_t>(plan.to.Extent(count));
     std::memcpy(leftCopy, left, size);
     std::memcpy(rightCopy, right, size);
-    MoveAhead(plan, rightCopy, left, count, true);
-    MoveAhead(plan, leftCopy, right, count, true);
+    plan.form(plan, rightCopy, left, count, true);
+    plan.form(plan, leftCopy, right, count, true);
 }
 
 // The definition of MirrorRow.

@@ -28,24 +28,41 @@ struct PixelMoves {
 // Every channel of a set to the same channel of another layout.
 PixelMoves MovesBetween(ChannelSet set, const PixelLayout& from, const PixelLayout& to);
 
-// The moves of several neighbouring pixels as one byte shuffle between registers.
+// The moves of neighbouring pixels as one byte shuffle of 64 bytes.
 struct MoveShuffle {
     std::int32_t pixels;        // of one step
-    std::uint64_t written;      // bit b: byte b of the destination is written
+    std::uint8_t written[64];   // 255: the byte of the destination is written
     std::uint8_t index[64];     // the source byte of each destination byte, pixels in order
     std::uint8_t reversed[64];  // the same with the source's pixels in reverse
     std::uint8_t flip[64];
 };
 
+// The same as shuffles of 16 bytes, of which the sum makes 16 bytes of the destination: whole pixels,
+// but for three bytes a pixel, of which there are five and a byte that has no meaning.
+struct MoveLanes {
+    std::int32_t pixels;
+    std::int32_t sources;  // shuffles, 1 to 4: one for each 16 bytes of the source
+    bool writesAll;        // all bytes of the pixels
+    std::uint8_t written[16];
+    std::uint8_t index[4][16];  // 128: not of this part of the source
+    std::uint8_t reversed[4][16];
+    std::uint8_t flip[16];
+};
+
+struct MovePlan;
+using MoveFunction = void(const MovePlan& plan, const std::uint8_t* source, std::uint8_t* destination,
+                          std::int32_t width, bool reversed);
+
 // Moves and what the wider forms need of them.
 struct MovePlan {
-    PixelMoves moves;    // with the spans' offsets taken off
-    PixelSpan from;      // the bytes that are read
-    PixelSpan to;        // the bytes that are written
-    bool compact;        // pixels of up to four bytes that don't interleave: wider forms can run
-    bool copies;         // all bytes of a pixel keep their place and value
-    MoveShuffle wide;    // 64 bytes a step; compact plans only
-    MoveShuffle narrow;  // 16 bytes a step
+    MoveFunction* form;   // for compact plans and rows that may be read ahead; from the first moved bytes
+    PixelMoves moves;     // with the spans' offsets taken off
+    PixelSpan from;       // the bytes that are read
+    PixelSpan to;         // the bytes that are written
+    bool compact;         // pixels of up to four bytes that don't interleave: wider forms can run
+    bool copies;          // all bytes of a pixel keep their place and value
+    MoveShuffle shuffle;  // compact plans only
+    MoveLanes lanes;
 };
 
 MovePlan PlanMoves(const PixelMoves& moves);

@@ -2,9 +2,6 @@
 
 #include <cstring>
 
-#include "plugin/rows/CpuLevel.h"
-#include "plugin/rows/NearestForms.h"
-
 namespace rows {
 
 namespace {
@@ -44,13 +41,13 @@ void PickOneByOne(const PixelSpan& span, const std::uint8_t* row, std::int32_t w
 
 }  // namespace
 
-void PickPixels(const PixelSpan& span, const std::uint8_t* row, std::int32_t width, const std::int32_t* columns,
-                std::int32_t count, std::uint8_t* picked) {
-    std::int32_t done = 0;
-#ifdef ROWS_X86
-    if (ActiveCpuLevel() == CpuLevel::Avx512) done = PickAvx512(span, row, width, columns, count, picked);
-#endif
-    PickOneByOne(span, row, width, columns + done, count - done, picked + std::int64_t{done} * PickedPixelSize(span));
-}
+}  // namespace rows
+
+#define ROWS_WIDE "plugin/rows/NearestWide.h"
+#include "plugin/rows/WideForms.h"
+
+namespace rows {
+
+const Forms<PickPixelsFunction> kPickPixels = ROWS_FORMS(PickOneByOne, PickPixels);
 
 }  // namespace rows

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "plugin/rows/Forms.h"
 #include "plugin/rows/PixelSpan.h"
 
 namespace rows {
@@ -13,7 +14,8 @@ constexpr std::int32_t PickedPixelSize(const PixelSpan& span) { return span.size
 // Writes the spans of the pixels columns[0 .. count - 1] of a row of `width` pixels side by side,
 // PickedPixelSize bytes each; a fourth byte to three has no meaning. The columns don't fall and are
 // below width. The span is compact and has 1 to 4 bytes; the rows must not overlap.
-void PickPixels(const PixelSpan& span, const std::uint8_t* row, std::int32_t width, const std::int32_t* columns,
-                std::int32_t count, std::uint8_t* picked);
+using PickPixelsFunction = void(const PixelSpan& span, const std::uint8_t* row, std::int32_t width,
+                                const std::int32_t* columns, std::int32_t count, std::uint8_t* picked);
+extern const Forms<PickPixelsFunction> kPickPixels;
 
 }  // namespace rows

@@ -25,9 +25,6 @@ struct Gradients {
 
 }  // namespace
 
-void NeonRow(const std::uint8_t* row, const std::uint8_t* below, int channels, std::int64_t count,
-             std::uint8_t* result) {
-    LoopOf<Gradients>()(row, below, channels, count, result);
-}
+const Forms<NeonFunction> kNeonRow = LoopForms<Gradients>::kTable;
 
 }  // namespace rows

@@ -3,6 +3,8 @@
 
 #include <cstdint>
 
+#include "plugin/rows/Forms.h"
+
 namespace rows {
 
 // Counts and sums by bin; both wrap at 32 bits and are read as signed numbers.
@@ -28,7 +30,8 @@ inline void RemoveSample(OilHistogram& histogram, std::int32_t levels, std::uint
 void AddHistogram(OilHistogram& to, const OilHistogram& from, std::int32_t levels);
 
 // The bin with the highest count among the first `levels`; of equals the lowest.
-std::int32_t FullestBin(const OilHistogram& histogram, std::int32_t levels);
+using FullestBinFunction = std::int32_t(const OilHistogram& histogram, std::int32_t levels);
+extern const Forms<FullestBinFunction> kFullestBin;
 
 // The same search through `histogram`, but each count is compared with `against`'s count of the
 // best bin so far.
@@ -43,10 +46,13 @@ inline constexpr std::int32_t kBinsAtOnce = 32;
 
 // counts[i] += entering[i] - leaving[i] for all `bins` bins. Gives the fullest bin; of equals the
 // lowest.
-std::int32_t SlideCounts(std::uint16_t* counts, const std::uint16_t* entering, const std::uint16_t* leaving,
-                         std::int32_t bins);
+using SlideCountsFunction = std::int32_t(std::uint16_t* counts, const std::uint16_t* entering,
+                                         const std::uint16_t* leaving, std::int32_t bins);
+extern const Forms<SlideCountsFunction> kSlideCounts;
 
 // sums[i] += entering[i] - leaving[i].
-void SlideSums(std::uint32_t* sums, const std::uint32_t* entering, const std::uint32_t* leaving, std::int32_t bins);
+using SlideSumsFunction = void(std::uint32_t* sums, const std::uint32_t* entering, const std::uint32_t* leaving,
+                               std::int32_t bins);
+extern const Forms<SlideSumsFunction> kSlideSums;
 
 }  // namespace rows

@@ -1,7 +1,9 @@
 #include "plugin/rows/ScaleAcross.h"
 
-#include "plugin/rows/CpuLevel.h"
-#include "plugin/rows/ScaleForms.h"
+#include "plugin/rows/ScaleTurns.h"
+
+#define ROWS_WIDE "plugin/rows/ScaleAcrossWide.h"
+#include "plugin/rows/WideForms.h"
 
 namespace rows {
 
@@ -96,14 +98,6 @@ void SumAcrossPixel(const Samples& samples, const Taps& taps, const std::uint8_t
     }
 }
 
-void BytesToLanes(const std::uint8_t* band, std::int64_t stride, std::int64_t count, double* lanes) {
-#ifdef ROWS_X86
-    if (ActiveCpuLevel() == CpuLevel::Avx512) return BytesToLanesAvx512(band, stride, count, lanes);
-    if (ActiveCpuLevel() == CpuLevel::Avx2) return BytesToLanesAvx2(band, stride, count, lanes);
-#endif
-    BytesToLanesPlain(band, stride, count, lanes);
-}
-
 void LumaOfLanes(int values, std::int64_t pixels, double* lanes) {
     const int kept = values - 2;
     for (std::int64_t x = 0; x < pixels; ++x) {
@@ -118,21 +112,8 @@ void LumaOfLanes(int values, std::int64_t pixels, double* lanes) {
     }
 }
 
-void SumAcross(int values, const Taps* columns, std::int64_t count, const double* lanes, std::int64_t firstColumn,
-               float* sums) {
-#ifdef ROWS_X86
-    if (ActiveCpuLevel() == CpuLevel::Avx512) return SumAcrossAvx512(values, columns, count, lanes, firstColumn, sums);
-    if (ActiveCpuLevel() == CpuLevel::Avx2) return SumAcrossAvx2(values, columns, count, lanes, firstColumn, sums);
-#endif
-    SumAcrossPlain(values, columns, count, lanes, firstColumn, sums);
-}
-
-void LanesToRows(const float* sums, std::int64_t count, double* rows, std::int64_t stride) {
-#ifdef ROWS_X86
-    if (ActiveCpuLevel() == CpuLevel::Avx512) return LanesToRowsAvx512(sums, count, rows, stride);
-    if (ActiveCpuLevel() == CpuLevel::Avx2) return LanesToRowsAvx2(sums, count, rows, stride);
-#endif
-    LanesToRowsPlain(sums, count, rows, stride);
-}
+const Forms<BytesToLanesFunction> kBytesToLanes = ROWS_FORMS(BytesToLanesPlain, BytesToLanes);
+const Forms<SumAcrossFunction> kSumAcross = ROWS_FORMS(SumAcrossPlain, SumAcross);
+const Forms<LanesToRowsFunction> kLanesToRows = ROWS_FORMS(LanesToRowsPlain, LanesToRows);
 
 }  // namespace rows

@@ -11,6 +11,7 @@
 
 #include <cstdint>
 
+#include "plugin/rows/Forms.h"
 #include "plugin/rows/PixelLayout.h"
 #include "plugin/rows/Taps.h"
 
@@ -31,7 +32,8 @@ void SumAcrossPixel(const Samples& samples, const Taps& taps, const std::uint8_t
 
 // The first `count` bytes of kLanes rows, `stride` bytes apart, as doubles in lanes. Reads and
 // writes up to 15 values past the count.
-void BytesToLanes(const std::uint8_t* band, std::int64_t stride, std::int64_t count, double* lanes);
+using BytesToLanesFunction = void(const std::uint8_t* band, std::int64_t stride, std::int64_t count, double* lanes);
+extern const Forms<BytesToLanesFunction> kBytesToLanes;
 
 // Red, green and blue of `pixels` pixels in lanes become one value each; with 4 values a pixel the
 // last stays. In place: 3 values become 1, 4 become 2.
@@ -39,11 +41,13 @@ void LumaOfLanes(int values, std::int64_t pixels, double* lanes);
 
 // Sums for `count` columns with 1 to 4 values a pixel. `lanes` begins with source column
 // `firstColumn`. Writes count × values × kLanes floats, in lanes.
-void SumAcross(int values, const Taps* columns, std::int64_t count, const double* lanes, std::int64_t firstColumn,
-               float* sums);
+using SumAcrossFunction = void(int values, const Taps* columns, std::int64_t count, const double* lanes,
+                               std::int64_t firstColumn, float* sums);
+extern const Forms<SumAcrossFunction> kSumAcross;
 
 // Values in lanes as rows, `stride` doubles apart. Writes whole groups of 8 values, so up to 7
 // past the count, and reads as many.
-void LanesToRows(const float* sums, std::int64_t count, double* rows, std::int64_t stride);
+using LanesToRowsFunction = void(const float* sums, std::int64_t count, double* rows, std::int64_t stride);
+extern const Forms<LanesToRowsFunction> kLanesToRows;
 
 }  // namespace rows

@@ -1,9 +1,10 @@
 #include "plugin/rows/ScaleDown.h"
 
+#include <bit>
 #include <cstring>
 
-#include "plugin/rows/CpuLevel.h"
-#include "plugin/rows/ScaleForms.h"
+#define ROWS_WIDE "plugin/rows/ScaleDownWide.h"
+#include "plugin/rows/WideForms.h"
 
 namespace rows {
 
@@ -35,13 +36,7 @@ void SumDownPlain(const DownRow* outputs, int count, std::int64_t values) {
 
 }  // namespace
 
-void SumDown(const DownRow* outputs, int count, std::int64_t values) {
-#ifdef ROWS_X86
-    if (ActiveCpuLevel() == CpuLevel::Avx512) return SumDownAvx512(outputs, count, values);
-    if (ActiveCpuLevel() == CpuLevel::Avx2) return SumDownAvx2(outputs, count, values);
-#endif
-    SumDownPlain(outputs, count, values);
-}
+const Forms<SumDownFunction> kSumDown = ROWS_FORMS(SumDownPlain, SumDown);
 
 void AddWeighted(double weight, const std::uint8_t* floats, std::int64_t count, double* sums) {
     for (std::int64_t i = 0; i < count; ++i) {

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 
+#include "plugin/rows/Forms.h"
 #include "plugin/rows/Taps.h"
 
 namespace rows {
@@ -27,7 +28,8 @@ struct DownRow {
 
 // Adds to the outputs one after the other, piece by piece: `values` values each, a multiple of
 // kPiece.
-void SumDown(const DownRow* outputs, int count, std::int64_t values);
+using SumDownFunction = void(const DownRow* outputs, int count, std::int64_t values);
+extern const Forms<SumDownFunction> kSumDown;
 
 // sums[i] += weight × value i, for rows of single-precision values at any address.
 void AddWeighted(double weight, const std::uint8_t* floats, std::int64_t count, double* sums);

@@ -1,9 +1,11 @@
 // Turning 8 rows into lanes and back, for the wide forms of scaling. Needs AVX2.
 #pragma once
 
-#include <immintrin.h>
-
 #include <cstdint>
+
+#include "plugin/rows/X86.h"
+
+#ifdef ROWS_AVX2
 
 namespace rows {
 
@@ -62,3 +64,5 @@ TURN_INLINE void TurnFloats(const float* lanes, __m256* row) {
 }
 
 }  // namespace rows
+
+#endif

@@ -3,7 +3,10 @@
 #include <algorithm>
 
 #include "plugin/rows/LoopForms.h"
-#include "plugin/rows/SkewForms.h"
+#include "plugin/rows/TableRegisters.h"
+
+#define ROWS_WIDE "plugin/rows/SkewWide.h"
+#include "plugin/rows/WideForms.h"
 
 namespace rows {
 
@@ -20,14 +23,10 @@ Reach ReachOf(std::int64_t offset, std::int32_t sourceWidth, std::int32_t destin
     return {first, std::max(first, std::min<std::int64_t>(sourceWidth, destinationWidth - offset))};
 }
 
-// What each value leaves, and what is left of it.
 struct MakeTables {
     ROWS_INLINE static void Run(double weight, SkewTables* tables) {
-        for (int v = 0; v < 256; ++v) {
-            const auto left = static_cast<std::uint8_t>(static_cast<std::int32_t>(weight * v));
-            tables->left[v] = left;
-            tables->rest[v] = static_cast<std::uint8_t>(v - left);
-        }
+        for (int v = 0; v < 256; ++v)
+            tables->left[v] = static_cast<std::uint8_t>(static_cast<std::int32_t>(weight * v));
     }
 };
 
@@ -56,7 +55,7 @@ void SkewPlain(const SkewPlan& plan, const SkewTables& tables, const std::uint8_
         std::uint8_t value[Count];
         for (int c = 0; c < Count; ++c) value[c] = from[plan.from.offset[c]];
         for (int c = 0; c < Count; ++c) {
-            to[plan.to.offset[c]] = static_cast<std::uint8_t>(tables.rest[value[c]] + previous[c]);
+            to[plan.to.offset[c]] = static_cast<std::uint8_t>(value[c] - tables.left[value[c]] + previous[c]);
             previous[c] = tables.left[value[c]];
         }
     }
@@ -75,6 +74,18 @@ void SkewPlainOf(const SkewPlan& plan, const SkewTables& tables, const std::uint
             return SkewPlain<4>(plan, tables, source, reach, offset, previous, destination);
     }
 }
+
+void ShearPlain(const SkewPlan& plan, const SkewTables& tables, const std::uint8_t* source, std::uint8_t* destination,
+                std::int64_t count) {
+    for (std::int64_t i = 0; i < count; ++i)
+        for (int c = 0; c < plan.count; ++c) {
+            const std::int64_t at = i * plan.from.pixelSize + plan.from.offset[c] - plan.fromSpan.offset;
+            const std::uint8_t value = source[at], before = source[at - plan.from.pixelSize];
+            destination[at] = static_cast<std::uint8_t>(value - tables.left[value] + tables.left[before]);
+        }
+}
+
+constexpr Forms<ShearFunction> kShearRow = ROWS_FORMS(ShearPlain, ShearRow);
 
 // Whether channels keep their places relative to each other, in pixels of one size.
 bool KeepPlaces(const SkewPlan& plan) {
@@ -95,6 +106,8 @@ void ReadLeft(const SkewPlan& plan, const SkewTables& tables, const std::uint8_t
 
 SkewPlan PlanSkew(int count, const PixelLayout& from, const PixelLayout& to, const std::uint8_t* background) {
     SkewPlan plan{};
+    plan.makeTables = LoopForms<MakeTables>::kTable.Chosen();
+    plan.shear = kShearRow.Chosen();
     plan.count = count;
     plan.from = from;
     plan.to = to;
@@ -105,7 +118,7 @@ SkewPlan PlanSkew(int count, const PixelLayout& from, const PixelLayout& to, con
     plan.inPlace = KeepPlaces(plan);
     for (int pixel = 0; plan.inPlace && pixel < 64 / to.pixelSize; ++pixel)
         for (int c = 0; c < count; ++c)
-            plan.channels |= std::uint64_t{1} << (pixel * to.pixelSize + (to.offset[c] - plan.toSpan.offset));
+            plan.channels[pixel * to.pixelSize + (to.offset[c] - plan.toSpan.offset)] = 255;
     return plan;
 }
 
@@ -119,25 +132,23 @@ void SkewRow(const SkewPlan& plan, double weight, std::int64_t offset, const std
              std::int32_t sourceWidth, std::uint8_t* destination, std::int32_t destinationWidth) {
     FillBackground(plan, destination, destinationWidth);
     SkewTables tables;
-    LoopOf<MakeTables>()(weight, &tables);
+    plan.makeTables(weight, &tables);
     std::uint8_t previous[4];
     for (int c = 0; c < plan.count; ++c) previous[c] = tables.left[plan.background[c]];
     Reach reach = ReachOf(offset, sourceWidth, destinationWidth);
     const bool skips = reach.first > 0 && reach.first <= sourceWidth;
     if (skips) ReadLeft(plan, tables, source, reach.first - 1, previous);
     const bool whole = reach.end == sourceWidth || sourceWidth <= 0;
-#ifdef ROWS_X86
     const std::int32_t extent = std::max(sourceWidth, destinationWidth);
-    if (plan.inPlace && reach.end - reach.first > 1 && ActiveCpuLevel() == CpuLevel::Avx512 &&
+    if (plan.inPlace && reach.end - reach.first > 1 &&
         AreDisjoint(plan.fromSpan, source, plan.toSpan, destination, extent)) {
         const Reach one = {reach.first, reach.first + 1};
         SkewPlainOf(plan, tables, source, one, offset, previous, destination);
-        SkewAvx512(plan, tables, source + plan.fromSpan.offset + one.end * plan.from.pixelSize,
+        plan.shear(plan, tables, source + plan.fromSpan.offset + one.end * plan.from.pixelSize,
                    destination + plan.toSpan.offset + (offset + one.end) * plan.to.pixelSize, reach.end - one.end);
         ReadLeft(plan, tables, source, reach.end - 1, previous);
         reach.first = reach.end;
     }
-#endif
     SkewPlainOf(plan, tables, source, reach, offset, previous, destination);
     const std::int64_t last = offset + std::max(sourceWidth, 0);
     if (!whole || last < 0 || last >= destinationWidth) return;
@@ -145,9 +156,6 @@ void SkewRow(const SkewPlan& plan, double weight, std::int64_t offset, const std
     for (int c = 0; c < plan.count; ++c) end[plan.to.offset[c]] = EndOfSkew(weight, plan.background[c], previous[c]);
 }
 
-void SkewColumns(const double* weight, const std::uint8_t* value, std::uint8_t* left, std::uint8_t* moved,
-                 std::int32_t count) {
-    LoopOf<SkewEach>()(weight, value, left, moved, count);
-}
+const Forms<SkewColumnsFunction> kSkewColumns = LoopForms<SkewEach>::kTable;
 
 }  // namespace rows

@@ -11,6 +11,7 @@
 #include <cstdint>
 
 #include "plugin/rows/Fill.h"
+#include "plugin/rows/Forms.h"
 #include "plugin/rows/PixelLayout.h"
 #include "plugin/rows/PixelSpan.h"
 
@@ -26,17 +27,29 @@ inline std::uint8_t EndOfSkew(double weight, std::uint8_t background, std::uint8
     return static_cast<std::uint8_t>(static_cast<std::int32_t>(background - (weight * background - left)));
 }
 
+// What each value of a row leaves for the next pixel.
+struct SkewTables {
+    std::uint8_t left[256];
+};
+
+struct SkewPlan;
+using MakeSkewTablesFunction = void(double weight, SkewTables* tables);
+using ShearFunction = void(const SkewPlan& plan, const SkewTables& tables, const std::uint8_t* source,
+                           std::uint8_t* destination, std::int64_t count);
+
 // Which channels are sheared, and over what; made once a pass.
 struct SkewPlan {
-    int count;  // channels, 1 to 4
+    MakeSkewTablesFunction* makeTables;
+    ShearFunction* shear;  // of pixels in place, each with one before it; from the first channel byte on both sides
+    int count;             // channels, 1 to 4
     PixelLayout from;
     PixelLayout to;
     std::uint8_t background[4];
     PixelSpan fromSpan;
     PixelSpan toSpan;
-    PixelPattern fill;       // the background, where toSpan is compact
-    bool inPlace;            // channels keep their places within pixels of 1 to 4 bytes: the wider form can run
-    std::uint64_t channels;  // bit b: byte b of the whole pixels in 64 bytes is a channel
+    PixelPattern fill;          // the background, where toSpan is compact
+    bool inPlace;               // channels keep their places within pixels of 1 to 4 bytes
+    std::uint8_t channels[64];  // 255: the byte of neighbouring pixels is a channel
 };
 
 SkewPlan PlanSkew(int count, const PixelLayout& from, const PixelLayout& to, const std::uint8_t* background);
@@ -52,7 +65,8 @@ void SkewRow(const SkewPlan& plan, double weight, std::int64_t offset, const std
 
 // One row of many columns: moved[i] is value[i] less what it leaves plus left[i], and left[i]
 // becomes what it leaves, by each column's own weight. Nothing overlaps.
-void SkewColumns(const double* weight, const std::uint8_t* value, std::uint8_t* left, std::uint8_t* moved,
-                 std::int32_t count);
+using SkewColumnsFunction = void(const double* weight, const std::uint8_t* value, std::uint8_t* left,
+                                 std::uint8_t* moved, std::int32_t count);
+extern const Forms<SkewColumnsFunction> kSkewColumns;
 
 }  // namespace rows

@@ -3,9 +3,6 @@
 #include <algorithm>
 #include <cstring>
 
-#include "plugin/rows/CpuLevel.h"
-#include "plugin/rows/TransposeForms.h"
-
 namespace rows {
 
 namespace {
@@ -61,35 +58,26 @@ void TransposeBySquares(const std::uint8_t* source, std::int64_t sourceStride, s
         }
 }
 
-#ifdef ROWS_X86
-// The columns on the right and the rows below that fill no wide square come after.
-void TransposeWide(const std::uint8_t* source, std::int64_t sourceStride, std::uint8_t* destination,
-                   std::int64_t destinationStride, std::int32_t width, std::int32_t height) {
-    const std::int32_t across = width / kWideSquare, down = height / kWideSquare;
-    const std::int32_t x = across * kWideSquare, y = down * kWideSquare;
-    TransposeSquaresAvx512(source, sourceStride, destination, destinationStride, across, down);
-    TransposeBySquares<std::uint32_t>(source + std::int64_t{x} * 4, sourceStride, destination + x * destinationStride,
-                                      destinationStride, width - x, height);
-    TransposeBySquares<std::uint32_t>(source + y * sourceStride, sourceStride, destination + std::int64_t{y} * 4,
-                                      destinationStride, x, height - y);
-}
-#endif
+}  // namespace
+
+}  // namespace rows
+
+#define ROWS_WIDE "plugin/rows/TransposeWide.h"
+#include "plugin/rows/WideForms.h"
+
+namespace rows {
+
+namespace {
+
+constexpr Forms<TransposeFunction> kBytes = ROWS_FORMS(TransposeBySquares<std::uint8_t>, TransposeBytes);
+constexpr Forms<TransposeFunction> kWords = ROWS_FORMS(TransposeBySquares<std::uint16_t>, TransposeWords);
+constexpr Forms<TransposeFunction> kInts = ROWS_FORMS(TransposeBySquares<std::uint32_t>, TransposeInts);
 
 }  // namespace
 
-void TransposePixels(std::int32_t pixelSize, const std::uint8_t* source, std::int64_t sourceStride,
-                     std::uint8_t* destination, std::int64_t destinationStride, std::int32_t width,
-                     std::int32_t height) {
-#ifdef ROWS_X86
-    if (pixelSize == 4 && ActiveCpuLevel() == CpuLevel::Avx512)
-        return TransposeWide(source, sourceStride, destination, destinationStride, width, height);
-#endif
-    if (pixelSize == 1)
-        TransposeBySquares<std::uint8_t>(source, sourceStride, destination, destinationStride, width, height);
-    else if (pixelSize == 2)
-        TransposeBySquares<std::uint16_t>(source, sourceStride, destination, destinationStride, width, height);
-    else
-        TransposeBySquares<std::uint32_t>(source, sourceStride, destination, destinationStride, width, height);
+const Forms<TransposeFunction>& TransposeFormsFor(std::int32_t pixelSize) {
+    if (pixelSize == 1) return kBytes;
+    return pixelSize == 2 ? kWords : kInts;
 }
 
 }  // namespace rows

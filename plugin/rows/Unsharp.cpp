@@ -1,9 +1,13 @@
 #include "plugin/rows/Unsharp.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "plugin/rows/LoopForms.h"
-#include "plugin/rows/UnsharpForms.h"
+#include "plugin/rows/TableRegisters.h"
+
+#define ROWS_WIDE "plugin/rows/UnsharpWide.h"
+#include "plugin/rows/WideForms.h"
 
 namespace rows {
 
@@ -29,26 +33,100 @@ struct Sharpening {
     }
 };
 
-}  // namespace
+using SharpenFunction = void(const UnsharpSteps& steps, const std::uint8_t* reference, std::int64_t count,
+                             std::uint8_t* samples);
 
-void UnsharpByRule(const UnsharpRule& rule, const std::uint8_t* reference, std::int64_t count, std::uint8_t* samples) {
-    LoopOf<Sharpening>()(rule, reference, count, samples);
+// The definition of steps.
+void SharpenPlain(const UnsharpSteps& steps, const std::uint8_t* reference, std::int64_t count, std::uint8_t* samples) {
+    for (std::int64_t i = 0; i < count; ++i) {
+        const int from = reference[i], distance = samples[i] - from;
+        const bool falls = distance < 0;
+        const int result =
+            falls ? std::max(from - steps.fall[-distance], 0) : std::min(from + steps.rise[distance], 255);
+        const int limit = falls ? steps.fallLimit[-distance] : steps.riseLimit[distance];
+        samples[i] = static_cast<std::uint8_t>(result < limit ? std::max(result - 1, 0) : result);
+    }
 }
 
+constexpr Forms<SharpenFunction> kSharpenBySteps = ROWS_FORMS(SharpenPlain, SharpenBySteps);
+
+// What the rule makes of every sample beside one reference.
+struct Outcomes {
+    std::uint8_t of[256];
+
+    Outcomes(const UnsharpRule& rule, int reference) {
+        std::uint8_t references[256];
+        std::fill_n(references, 256, static_cast<std::uint8_t>(reference));
+        for (int i = 0; i < 256; ++i) of[i] = static_cast<std::uint8_t>(i);
+        LoopForms<Sharpening>::Plain(rule, references, 256, of);
+    }
+};
+
+// One pair's outcome widens the step of its distance. A rise or a fall is the one that the highest
+// outcome asks for; what is cut off at 0 tells nothing about a fall, so those start at 255.
+void Widen(int sample, int reference, int outcome, UnsharpSteps* steps) {
+    if (sample >= reference) {
+        std::uint8_t& rise = steps->rise[sample - reference];
+        rise = static_cast<std::uint8_t>(std::max<int>(rise, outcome - reference));
+    } else if (outcome > 0) {
+        std::uint8_t& fall = steps->fall[reference - sample];
+        fall = static_cast<std::uint8_t>(std::clamp<int>(reference - outcome, 0, fall));
+    }
+}
+
+// Raises a limit past the step's result where the outcome is less than that.
+void Limit(int sample, int reference, int outcome, UnsharpSteps* steps) {
+    const bool rises = sample >= reference;
+    const int distance = rises ? sample - reference : reference - sample;
+    const int result =
+        rises ? std::min(reference + steps->rise[distance], 255) : std::max(reference - steps->fall[distance], 0);
+    if (outcome >= result) return;
+    std::uint8_t& limit = rises ? steps->riseLimit[distance] : steps->fallLimit[distance];
+    limit = static_cast<std::uint8_t>(std::max<int>(limit, std::min(result + 1, 255)));
+    steps->limited = true;
+}
+
+template <class Step>
+void ForEachPair(const UnsharpRule& rule, UnsharpSteps* steps, const Step& step) {
+    for (int reference = 0; reference < 256; ++reference) {
+        const Outcomes outcomes(rule, reference);
+        for (int sample = 0; sample < 256; ++sample) step(sample, reference, outcomes.of[sample], steps);
+    }
+}
+
+bool GiveTheRule(SharpenFunction* sharpen, const UnsharpRule& rule, const UnsharpSteps& steps) {
+    for (int reference = 0; reference < 256; ++reference) {
+        std::uint8_t references[256], samples[256];
+        std::fill_n(references, 256, static_cast<std::uint8_t>(reference));
+        for (int i = 0; i < 256; ++i) samples[i] = static_cast<std::uint8_t>(i);
+        sharpen(steps, references, 256, samples);
+        if (std::memcmp(samples, Outcomes(rule, reference).of, 256) != 0) return false;
+    }
+    return true;
+}
+
+// Finds the steps of a rule; false when they don't give what it gives for every pair of samples.
+bool FindSteps(SharpenFunction* sharpen, const UnsharpRule& rule, UnsharpSteps* steps) {
+    *steps = {};
+    std::fill_n(steps->fall, 256, std::uint8_t{255});
+    ForEachPair(rule, steps, &Widen);
+    ForEachPair(rule, steps, &Limit);
+    return GiveTheRule(sharpen, rule, *steps);
+}
+
+}  // namespace
+
 UnsharpPlan PlanUnsharp(const UnsharpRule& rule, std::int64_t samples) {
-    UnsharpPlan plan{rule, false, {}};
-#ifdef ROWS_X86
-    if (ActiveCpuLevel() == CpuLevel::Avx512 && samples >= kSamplesWorthSteps)
-        plan.stepped = FindUnsharpSteps(rule, &plan.steps);
-#endif
+    UnsharpPlan plan{LoopForms<Sharpening>::kTable.Chosen(), kSharpenBySteps.Chosen(), rule, false, {}};
+    if (samples >= kSamplesWorthSteps) plan.stepped = FindSteps(plan.bySteps, rule, &plan.steps);
     return plan;
 }
 
 void UnsharpRow(const UnsharpPlan& plan, const std::uint8_t* reference, std::int64_t count, std::uint8_t* samples) {
-#ifdef ROWS_X86
-    if (plan.stepped) return UnsharpAvx512(plan.steps, reference, count, samples);
-#endif
-    UnsharpByRule(plan.rule, reference, count, samples);
+    if (plan.stepped)
+        plan.bySteps(plan.steps, reference, count, samples);
+    else
+        plan.byRule(plan.rule, reference, count, samples);
 }
 
 }  // namespace rows

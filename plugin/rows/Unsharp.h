@@ -25,6 +25,9 @@ struct UnsharpSteps {
 // The rule, and its steps where they give what it gives for each of the 65,536 pairs of samples
 // (as they do for a gain of 0 or above) and enough samples will follow to pay for finding out.
 struct UnsharpPlan {
+    void (*byRule)(const UnsharpRule& rule, const std::uint8_t* reference, std::int64_t count, std::uint8_t* samples);
+    void (*bySteps)(const UnsharpSteps& steps, const std::uint8_t* reference, std::int64_t count,
+                    std::uint8_t* samples);
     UnsharpRule rule;
     bool stepped;
     UnsharpSteps steps;

@@ -1,31 +1,52 @@
-// What the forms for x86 instruction sets share. Where ROWS_X86 is not defined there are none.
+// The instruction sets of a build for x86: ROWS_AVX2 and ROWS_AVX512 stand for the levels that it
+// has code for. The build caps them by ROWS_MAX_LEVEL (0: plain, 1: AVX2, 2: AVX-512).
 #pragma once
 
 #include <cstdint>
 
-#if defined(__x86_64__) && defined(__GNUC__)
+// What is inlined everywhere, and so compiled for the level of every form that calls it.
+#define ROWS_INLINE [[gnu::always_inline]] inline
 
+#if defined(__x86_64__) && defined(__GNUC__)
 #define ROWS_X86 1
+#ifndef ROWS_MAX_LEVEL
+#define ROWS_MAX_LEVEL 2
+#endif
+#endif
+
+#if defined(ROWS_X86) && ROWS_MAX_LEVEL >= 1
+
+#define ROWS_AVX2 1
 
 #include <immintrin.h>
 
-// Marks a function for the instructions of a CpuLevel.
-#define TARGET_AVX2 __attribute__((target("avx2,bmi2,fma")))
-#define TARGET_AVX512 __attribute__((target("avx512f,avx512bw,avx512dq,avx512vl,avx512vbmi")))
+#define ROWS_PRAGMA_OF(text) _Pragma(#text)
+#define ROWS_PRAGMA(text) ROWS_PRAGMA_OF(text)
 
-// The same for plain loops that the compiler is to vectorise with the widest registers.
-#define TARGET_AVX2_LOOP TARGET_AVX2
-#define TARGET_AVX512_LOOP \
-    __attribute__((target("avx512f,avx512bw,avx512dq,avx512vl,avx512vbmi,prefer-vector-width=512")))
+// One function for the instructions of a level; and all functions up to ROWS_END_LEVEL.
+#define ROWS_AVX2_SET "avx2,bmi2,fma"
+#define TARGET_AVX2 __attribute__((target(ROWS_AVX2_SET)))
+#ifdef __clang__
+#define ROWS_BEGIN_AVX2 ROWS_PRAGMA(clang attribute push(TARGET_AVX2, apply_to = function))
+#define ROWS_END_LEVEL ROWS_PRAGMA(clang attribute pop)
+#else
+#define ROWS_BEGIN_AVX2 ROWS_PRAGMA(GCC push_options) ROWS_PRAGMA(GCC target(ROWS_AVX2_SET))
+#define ROWS_END_LEVEL ROWS_PRAGMA(GCC pop_options)
+#endif
 
-namespace rows {
+#if ROWS_MAX_LEVEL >= 2
 
-// A mask of the lowest `count` of 64 lanes; all of them from 64 on, none below 1.
-constexpr std::uint64_t LowBits(std::int64_t count) {
-    if (count >= 64) return ~std::uint64_t{0};
-    return count < 1 ? 0 : (std::uint64_t{1} << count) - 1;
-}
+#define ROWS_AVX512 1
 
-}  // namespace rows
+#ifdef __clang__
+#define ROWS_AVX512_SET "avx512f,avx512bw,avx512dq,avx512vl,avx512vbmi,bmi2,fma"
+#define TARGET_AVX512 __attribute__((target(ROWS_AVX512_SET)))
+#define ROWS_BEGIN_AVX512 ROWS_PRAGMA(clang attribute push(TARGET_AVX512, apply_to = function))
+#else
+#define ROWS_AVX512_SET "avx512f,avx512bw,avx512dq,avx512vl,avx512vbmi,bmi2,fma,prefer-vector-width=512"
+#define TARGET_AVX512 __attribute__((target(ROWS_AVX512_SET)))
+#define ROWS_BEGIN_AVX512 ROWS_PRAGMA(GCC push_options) ROWS_PRAGMA(GCC target(ROWS_AVX512_SET))
+#endif
 
+#endif
 #endif

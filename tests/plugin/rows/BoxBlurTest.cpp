@@ -10,8 +10,10 @@ namespace {
 using namespace rows_test;
 using support::SameBytes;
 
+AT_EACH_LEVEL(BoxBlur);
+
 // Sums around every multiple of the size, where rounding would show first.
-TEST(BoxBlur, MeansAreThoseOfIntegerDivision) {
+TEST_P(BoxBlur, MeansAreThoseOfIntegerDivision) {
     for (const int size : {1, 3, 5, 7, 41, 201, 257, 2001, 8189, 8191, 8193, 8195, 16385, 131071, 1000001, 8421503}) {
         std::vector<std::int32_t> sums;
         for (std::int64_t quotient = 0; quotient <= 255; ++quotient)
@@ -20,20 +22,17 @@ TEST(BoxBlur, MeansAreThoseOfIntegerDivision) {
                     sums.push_back(static_cast<std::int32_t>(quotient * size + rest));
         const auto count = static_cast<std::int32_t>(sums.size());
         const Bytes none(sums.size());
-        for (const auto level : Levels()) {
-            const AtLevel at(level);
-            auto left = sums;
-            Bytes result(sums.size());
-            rows::SlideRow(left.data(), size, none.data(), none.data(), count, result.data());
-            for (std::size_t i = 0; i < sums.size(); ++i)
-                ASSERT_EQ(result[i], sums[i] / size) << sums[i] << " / " << size;
-            ASSERT_EQ(left, sums);
-        }
+        auto left = sums;
+        Bytes result(sums.size());
+        rows::SlideRow(rows::PlanColumnBlur<std::int32_t>(size), left.data(), none.data(), none.data(), count,
+                       result.data());
+        for (std::size_t i = 0; i < sums.size(); ++i) ASSERT_EQ(result[i], sums[i] / size) << sums[i] << " / " << size;
+        ASSERT_EQ(left, sums);
     }
 }
 
 // All sums of all sizes whose sums have 16 bits.
-TEST(BoxBlur, MeansOfWordsAreThoseOfIntegerDivision) {
+TEST_P(BoxBlur, MeansOfWordsAreThoseOfIntegerDivision) {
     EXPECT_FALSE(rows::FitsWords(1));
     EXPECT_FALSE(rows::FitsWords(203));
     for (int size = 3; size <= 201; size += 2) {
@@ -42,15 +41,12 @@ TEST(BoxBlur, MeansOfWordsAreThoseOfIntegerDivision) {
         for (std::size_t i = 0; i < sums.size(); ++i) sums[i] = static_cast<std::uint16_t>(i);
         const auto before = sums;
         const Bytes none(sums.size());
-        for (const auto level : Levels()) {
-            const AtLevel at(level);
-            Bytes result(sums.size());
-            rows::SlideRow(sums.data(), size, none.data(), none.data(), static_cast<std::int32_t>(sums.size()),
-                           result.data());
-            for (std::size_t i = 0; i < sums.size(); ++i)
-                ASSERT_EQ(result[i], i / static_cast<std::size_t>(size)) << i << " / " << size;
-            ASSERT_EQ(sums, before);
-        }
+        Bytes result(sums.size());
+        rows::SlideRow(rows::PlanColumnBlur<std::uint16_t>(size), sums.data(), none.data(), none.data(),
+                       static_cast<std::int32_t>(sums.size()), result.data());
+        for (std::size_t i = 0; i < sums.size(); ++i)
+            ASSERT_EQ(result[i], i / static_cast<std::size_t>(size)) << i << " / " << size;
+        ASSERT_EQ(sums, before);
     }
 }
 
@@ -58,34 +54,33 @@ TEST(BoxBlur, MeansOfWordsAreThoseOfIntegerDivision) {
 template <class Sum>
 void ExpectSlidingSums(int size) {
     Random random(1);
+    const rows::ColumnBlur<Sum> blur = rows::PlanColumnBlur<Sum>(size);
     const Bytes leaving = random.NextBytes(200), entering = random.NextBytes(200);
-    for (int count = 0; count <= 150; ++count)
-        for (const auto level : Levels()) {
-            const AtLevel at(level);
-            std::vector<Sum> sums(200), expected(200);
-            for (std::size_t i = 0; i < sums.size(); ++i)
-                sums[i] = expected[i] = static_cast<Sum>((3 + static_cast<int>(i) % 9) * size);
-            rows::AddRow(leaving.data(), 3, count, sums.data());
-            Bytes result(200, 1), mean(200, 1);
-            for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
-                expected[i] = static_cast<Sum>(expected[i] + 3 * leaving[i]);
-                mean[i] = static_cast<std::uint8_t>(expected[i] / size);
-                expected[i] = static_cast<Sum>(expected[i] + entering[i] - leaving[i]);
-            }
-            rows::SlideRow(sums.data(), size, leaving.data(), entering.data(), count, result.data());
-            ASSERT_EQ(sums, expected);
-            ASSERT_TRUE(SameBytes(result, mean));
+    for (int count = 0; count <= 150; ++count) {
+        std::vector<Sum> sums(200), expected(200);
+        for (std::size_t i = 0; i < sums.size(); ++i)
+            sums[i] = expected[i] = static_cast<Sum>((3 + static_cast<int>(i) % 9) * size);
+        rows::AddRow(blur, leaving.data(), 3, count, sums.data());
+        Bytes result(200, 1), mean(200, 1);
+        for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
+            expected[i] = static_cast<Sum>(expected[i] + 3 * leaving[i]);
+            mean[i] = static_cast<std::uint8_t>(expected[i] / size);
+            expected[i] = static_cast<Sum>(expected[i] + entering[i] - leaving[i]);
         }
+        rows::SlideRow(blur, sums.data(), leaving.data(), entering.data(), count, result.data());
+        ASSERT_EQ(sums, expected);
+        ASSERT_TRUE(SameBytes(result, mean));
+    }
 }
 
-TEST(BoxBlur, SumsSlideTheSameAtEveryLevelAndWidth) {
+TEST_P(BoxBlur, SumsSlideTheSameAtEveryLevelAndWidth) {
     ExpectSlidingSums<std::int32_t>(9);
     ExpectSlidingSums<std::int32_t>(9001);
     ExpectSlidingSums<std::uint16_t>(9);
     ExpectSlidingSums<std::uint16_t>(201);
 }
 
-TEST(BoxBlur, WindowsSlideTheSameAtEveryLevelAndWidth) {
+TEST_P(BoxBlur, WindowsSlideTheSameAtEveryLevelAndWidth) {
     Random random(2);
     const Bytes row = random.NextBytes(4000);
     for (int channels = 1; channels <= 4; ++channels)
@@ -102,12 +97,9 @@ TEST(BoxBlur, WindowsSlideTheSameAtEveryLevelAndWidth) {
                         expected[static_cast<std::size_t>(x * channels + c)] =
                             static_cast<std::uint8_t>(sum / (2 * radius + 1));
                     }
-                for (const auto level : Levels()) {
-                    const AtLevel at(level);
-                    Bytes result(4000, 7);
-                    rows::BlurRow(row.data(), channels, width, radius, result.data());
-                    ASSERT_TRUE(SameBytes(result, expected)) << channels << ", " << width << ", " << radius;
-                }
+                Bytes result(4000, 7);
+                rows::BlurRow(rows::PlanRowBlur(radius), row.data(), channels, width, result.data());
+                ASSERT_TRUE(SameBytes(result, expected)) << channels << ", " << width << ", " << radius;
             }
 }
 

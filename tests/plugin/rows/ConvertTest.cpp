@@ -9,9 +9,7 @@ using rows::AlphaRule;
 using rows::ChannelSet;
 using rows::Conversion;
 using rows::PixelLayout;
-using rows_test::AtLevel;
 using rows_test::Bytes;
-using rows_test::Levels;
 using rows_test::Random;
 
 constexpr int kMostWidth = 1200;
@@ -67,57 +65,52 @@ Conversion RandomConversion(Random& random) {
 
 int RandomWidth(Random& random) { return random.Below(8) == 0 ? random.Below(kMostWidth) : random.Below(150); }
 
-TEST(ConvertRow, GivesThePlainBytesForAnyLayoutsAtEveryLevel) {
-    for (const auto level : Levels()) {
-        const AtLevel at(level);
-        Random random(11);
-        for (int round = 0; round < 2500; ++round) {
-            const Conversion conversion = RandomConversion(random);
-            const int width = RandomWidth(random);
-            const Bytes source = random.NextBytes(kBytes);
-            Bytes expected = random.NextBytes(kBytes);
-            Bytes planned = expected, single = expected;
-            Reference(conversion, source.data(), expected.data(), width);
-            rows::ConvertRow(rows::PlanConversion(conversion), source.data(), planned.data(), width);
-            rows::ConvertRow(conversion, source.data(), single.data(), width);
-            ASSERT_TRUE(support::SameBytes(planned, expected)) << "round " << round << " width " << width;
-            ASSERT_TRUE(support::SameBytes(single, expected)) << "round " << round << " width " << width;
-        }
+AT_EACH_LEVEL(ConvertRow);
+AT_EACH_LEVEL(GrayRow);
+AT_EACH_LEVEL(Gray);
+
+TEST_P(ConvertRow, GivesThePlainBytesForAnyLayoutsAtEveryLevel) {
+    Random random(11);
+    for (int round = 0; round < 2500; ++round) {
+        const Conversion conversion = RandomConversion(random);
+        const int width = RandomWidth(random);
+        const Bytes source = random.NextBytes(kBytes);
+        Bytes expected = random.NextBytes(kBytes);
+        Bytes planned = expected, single = expected;
+        Reference(conversion, source.data(), expected.data(), width);
+        rows::ConvertRow(rows::PlanConversion(conversion), source.data(), planned.data(), width);
+        rows::ConvertRow(conversion, source.data(), single.data(), width);
+        ASSERT_TRUE(support::SameBytes(planned, expected)) << "round " << round << " width " << width;
+        ASSERT_TRUE(support::SameBytes(single, expected)) << "round " << round << " width " << width;
     }
 }
 
-TEST(ConvertRow, KeepsThePixelOrderWhereRowsOverlap) {
-    for (const auto level : Levels()) {
-        const AtLevel at(level);
-        Random random(12);
-        for (int round = 0; round < 2500; ++round) {
-            Conversion conversion = RandomConversion(random);
-            // The first pixel's alpha is read once, before it can be overwritten.
-            if (random.Below(2) == 0) conversion.to.pixelSize = conversion.from.pixelSize;
-            const int width = RandomWidth(random);
-            const int from = 40 + random.Below(20), to = 40 + random.Below(20);
-            Bytes expected = random.NextBytes(kBytes + 100);
-            Bytes actual = expected;
-            Reference(conversion, expected.data() + from, expected.data() + to, width);
-            rows::ConvertRow(rows::PlanConversion(conversion), actual.data() + from, actual.data() + to, width);
-            ASSERT_TRUE(support::SameBytes(actual, expected)) << "round " << round << " width " << width;
-        }
+TEST_P(ConvertRow, KeepsThePixelOrderWhereRowsOverlap) {
+    Random random(12);
+    for (int round = 0; round < 2500; ++round) {
+        Conversion conversion = RandomConversion(random);
+        // The first pixel's alpha is read once, before it can be overwritten.
+        if (random.Below(2) == 0) conversion.to.pixelSize = conversion.from.pixelSize;
+        const int width = RandomWidth(random);
+        const int from = 40 + random.Below(20), to = 40 + random.Below(20);
+        Bytes expected = random.NextBytes(kBytes + 100);
+        Bytes actual = expected;
+        Reference(conversion, expected.data() + from, expected.data() + to, width);
+        rows::ConvertRow(rows::PlanConversion(conversion), actual.data() + from, actual.data() + to, width);
+        ASSERT_TRUE(support::SameBytes(actual, expected)) << "round " << round << " width " << width;
     }
 }
 
-TEST(GrayRow, ReadsNothingPastTheLastChannel) {
-    for (const auto level : Levels()) {
-        const AtLevel at(level);
-        for (int width = 1; width < 150; ++width) {
-            const Bytes pixels(static_cast<std::size_t>(width - 1) * 4 + 3, 255);
-            Bytes grays(static_cast<std::size_t>(width));
-            rows::GrayRow({4, {0, 1, 2}}, pixels.data(), grays.data(), width);
-            ASSERT_EQ(grays, Bytes(static_cast<std::size_t>(width), 255));
-        }
+TEST_P(GrayRow, ReadsNothingPastTheLastChannel) {
+    for (int width = 1; width < 150; ++width) {
+        const Bytes pixels(static_cast<std::size_t>(width - 1) * 4 + 3, 255);
+        Bytes grays(static_cast<std::size_t>(width));
+        rows::GrayRow(rows::PlanGray({4, {0, 1, 2}}), pixels.data(), grays.data(), width);
+        ASSERT_EQ(grays, Bytes(static_cast<std::size_t>(width), 255));
     }
 }
 
-TEST(Gray, WeighsAndTruncates) {
+TEST_P(Gray, WeighsAndTruncates) {
     EXPECT_EQ(rows::Gray(255, 255, 255), 255);
     EXPECT_EQ(rows::Gray(255, 0, 0), 76);
     EXPECT_EQ(rows::Gray(0, 255, 0), 150);

@@ -18,7 +18,11 @@ PixelLayout RandomLayout(Random& random, int count) {
     return layout;
 }
 
-TEST(FillPattern, StoresTheValuesInOrderAndLeavesOtherBytes) {
+AT_EACH_LEVEL(FillPattern);
+AT_EACH_LEVEL(InvertPattern);
+AT_EACH_LEVEL(ApplyPattern);
+
+TEST_P(FillPattern, StoresTheValuesInOrderAndLeavesOtherBytes) {
     Random random(1);
     for (int round = 0; round < 2000; ++round) {
         const int count = random.Between(1, 4);
@@ -36,7 +40,7 @@ TEST(FillPattern, StoresTheValuesInOrderAndLeavesOtherBytes) {
     }
 }
 
-TEST(InvertPattern, ComplementsEachByteOnce) {
+TEST_P(InvertPattern, ComplementsEachByteOnce) {
     Random random(2);
     for (int round = 0; round < 2000; ++round) {
         const int count = random.Between(1, 4);
@@ -55,7 +59,7 @@ TEST(InvertPattern, ComplementsEachByteOnce) {
     }
 }
 
-TEST(ApplyPattern, TouchesNothingPastTheLastChannel) {
+TEST_P(ApplyPattern, TouchesNothingPastTheLastChannel) {
     const std::uint8_t value = 9;
     for (int width = 1; width < 150; ++width) {
         Bytes row(static_cast<std::size_t>(width - 1) * 4 + 1);  // the last pixel ends with its channel
@@ -64,7 +68,7 @@ TEST(ApplyPattern, TouchesNothingPastTheLastChannel) {
     }
 }
 
-TEST(ApplyPattern, DoesNothingForNoWidthAndNoChannels) {
+TEST_P(ApplyPattern, DoesNothingForNoWidthAndNoChannels) {
     Bytes row = {1, 2, 3, 4};
     const std::uint8_t value = 9;
     rows::ApplyPattern(rows::FillPattern({1, {0}}, 1, &value), row.data(), 0);

@@ -46,16 +46,14 @@ void ExpectEverySum(const rows::ThreeTaps& taps) {
     }
 }
 
-TEST(FractionalBlur, IsExactForEverySumAtEveryLevel) {
-    for (const auto level : Levels()) {
-        const AtLevel at(level);
-        for (const double share : Shares()) ExpectEverySum(TapsOf(share));
-        ExpectEverySum({std::nan(""), std::nan("")});
-    }
+AT_EACH_LEVEL(FractionalBlur);
+
+TEST_P(FractionalBlur, IsExactForEverySumAtEveryLevel) {
+    for (const double share : Shares()) ExpectEverySum(TapsOf(share));
+    ExpectEverySum({std::nan(""), std::nan("")});
 }
 
-TEST(FractionalBlur, AveragesInWholeNumbers) {
-    if (rows::ActiveCpuLevel() != rows::CpuLevel::Avx512) GTEST_SKIP() << "a form of AVX-512";
+TEST_P(FractionalBlur, AveragesInWholeNumbers) {
     int whole = 0, limited = 0, flipped = 0;
     for (int i = 0; i < 100; ++i) {
         const rows::ThreeTapsPlan plan = rows::PlanThreeTaps(TapsOf(i / 100.0), kMany);
@@ -71,45 +69,39 @@ TEST(FractionalBlur, AveragesInWholeNumbers) {
     EXPECT_FALSE(rows::PlanThreeTaps({std::nan(""), std::nan("")}, kMany).whole);
 }
 
-TEST(FractionalBlur, TakesEveryLength) {
+TEST_P(FractionalBlur, TakesEveryLength) {
     Random random(3);
     const rows::ThreeTaps taps = TapsOf(0.3);
-    for (const auto level : Levels()) {
-        const AtLevel at(level);
-        const rows::ThreeTapsPlan plan = rows::PlanThreeTaps(taps, kMany);
-        for (int count = 0; count < 200; ++count) {
-            const Bytes above = random.NextBytes(200), row = random.NextBytes(200), below = random.NextBytes(200);
-            Bytes result(200, 77);
-            rows::MixRows(plan, above.data(), row.data(), below.data(), count, result.data());
-            for (std::size_t i = 0; i < result.size(); ++i)
-                ASSERT_EQ(result[i],
-                          static_cast<int>(i) < count ? Mixed(taps, above[i] + below[i], row[i]) : std::uint8_t{77});
-        }
+    const rows::ThreeTapsPlan plan = rows::PlanThreeTaps(taps, kMany);
+    for (int count = 0; count < 200; ++count) {
+        const Bytes above = random.NextBytes(200), row = random.NextBytes(200), below = random.NextBytes(200);
+        Bytes result(200, 77);
+        rows::MixRows(plan, above.data(), row.data(), below.data(), count, result.data());
+        for (std::size_t i = 0; i < result.size(); ++i)
+            ASSERT_EQ(result[i],
+                      static_cast<int>(i) < count ? Mixed(taps, above[i] + below[i], row[i]) : std::uint8_t{77});
     }
 }
 
-TEST(FractionalBlur, MixesAlongRowsOfEveryWidth) {
+TEST_P(FractionalBlur, MixesAlongRowsOfEveryWidth) {
     Random random(4);
     const rows::ThreeTaps taps = TapsOf(0.7);
-    for (const auto level : Levels()) {
-        const AtLevel at(level);
-        const rows::ThreeTapsPlan plan = rows::PlanThreeTaps(taps, kMany);
-        for (int channels = 1; channels <= 4; ++channels)
-            for (int width = 1; width < 150; ++width) {
-                const int count = channels * width;
-                const Bytes row = random.NextBytes(static_cast<std::size_t>(count));
-                Bytes result(row.size() + 1, 77);
-                rows::MixAlongRow(plan, row.data(), channels, width, result.data());
-                const auto value = [&](int i) { return row[static_cast<std::size_t>(i)]; };
-                for (int i = 0; i < count; ++i) {
-                    const int left = i < channels ? value(i) : value(i - channels);
-                    const bool last = i >= count - channels;
-                    const int sum = last ? 2 * value(i) : left + value(i + channels);
-                    ASSERT_EQ(result[static_cast<std::size_t>(i)], Mixed(taps, sum, value(i)));
-                }
-                ASSERT_EQ(result.back(), 77);
+    const rows::ThreeTapsPlan plan = rows::PlanThreeTaps(taps, kMany);
+    for (int channels = 1; channels <= 4; ++channels)
+        for (int width = 1; width < 150; ++width) {
+            const int count = channels * width;
+            const Bytes row = random.NextBytes(static_cast<std::size_t>(count));
+            Bytes result(row.size() + 1, 77);
+            rows::MixAlongRow(plan, row.data(), channels, width, result.data());
+            const auto value = [&](int i) { return row[static_cast<std::size_t>(i)]; };
+            for (int i = 0; i < count; ++i) {
+                const int left = i < channels ? value(i) : value(i - channels);
+                const bool last = i >= count - channels;
+                const int sum = last ? 2 * value(i) : left + value(i + channels);
+                ASSERT_EQ(result[static_cast<std::size_t>(i)], Mixed(taps, sum, value(i)));
             }
-    }
+            ASSERT_EQ(result.back(), 77);
+        }
 }
 
 }  // namespace

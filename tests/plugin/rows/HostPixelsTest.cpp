@@ -9,9 +9,7 @@ namespace {
 
 using rows::MaskedPlan;
 using rows::PixelLayout;
-using rows_test::AtLevel;
 using rows_test::Bytes;
-using rows_test::Levels;
 using rows_test::Random;
 
 constexpr int kMostWidth = 70;  // past four steps of the widest form
@@ -98,92 +96,78 @@ void DrawOrBlend(const MaskedCase& work, const std::uint8_t* picture, const std:
     run(Plan(work), picture, used, destination, work.width);
 }
 
-TEST(MaskedRow, GivesThePlainBytesForAnyLayoutAndWidthAtEveryLevel) {
-    for (const auto level : Levels()) {
-        const AtLevel at(level);
-        Random random(1);
-        for (int round = 0; round < 4000; ++round) {
-            const MaskedCase work = RandomCase(random);
-            const Bytes picture = random.NextBytes(kRowBytes), mask = random.NextBytes(kRowBytes);
-            Bytes expected = random.NextBytes(kRowBytes);
-            Bytes actual = expected;
-            Reference(work, picture.data(), mask.data(), expected.data());
-            DrawOrBlend(work, picture.data(), mask.data(), actual.data());
-            ASSERT_TRUE(support::SameBytes(actual, expected, 0, work.layout.pixelSize))
-                << "round " << round << " width " << work.width;
-        }
+AT_EACH_LEVEL(MaskedRow);
+
+TEST_P(MaskedRow, GivesThePlainBytesForAnyLayoutAndWidthAtEveryLevel) {
+    Random random(1);
+    for (int round = 0; round < 4000; ++round) {
+        const MaskedCase work = RandomCase(random);
+        const Bytes picture = random.NextBytes(kRowBytes), mask = random.NextBytes(kRowBytes);
+        Bytes expected = random.NextBytes(kRowBytes);
+        Bytes actual = expected;
+        Reference(work, picture.data(), mask.data(), expected.data());
+        DrawOrBlend(work, picture.data(), mask.data(), actual.data());
+        ASSERT_TRUE(support::SameBytes(actual, expected, 0, work.layout.pixelSize))
+            << "round " << round << " width " << work.width;
     }
 }
 
 // Picture, mask and destination at random places of the same bytes.
-TEST(MaskedRow, KeepsThePixelOrderWhereRowsOverlap) {
-    for (const auto level : Levels()) {
-        const AtLevel at(level);
-        Random random(2);
-        for (int round = 0; round < 4000; ++round) {
-            const MaskedCase work = RandomCase(random);
-            Bytes expected = random.NextBytes(2 * kRowBytes + 200);
-            Bytes actual = expected;
-            const auto place = [&] { return static_cast<std::size_t>(random.Below(random.Below(2) == 0 ? 9 : 400)); };
-            const std::size_t picture = place(), mask = place(), destination = place();
-            Reference(work, expected.data() + picture, expected.data() + mask, expected.data() + destination);
-            DrawOrBlend(work, actual.data() + picture, actual.data() + mask, actual.data() + destination);
-            ASSERT_TRUE(support::SameBytes(actual, expected)) << "round " << round << " width " << work.width;
-        }
+TEST_P(MaskedRow, KeepsThePixelOrderWhereRowsOverlap) {
+    Random random(2);
+    for (int round = 0; round < 4000; ++round) {
+        const MaskedCase work = RandomCase(random);
+        Bytes expected = random.NextBytes(2 * kRowBytes + 200);
+        Bytes actual = expected;
+        const auto place = [&] { return static_cast<std::size_t>(random.Below(random.Below(2) == 0 ? 9 : 400)); };
+        const std::size_t picture = place(), mask = place(), destination = place();
+        Reference(work, expected.data() + picture, expected.data() + mask, expected.data() + destination);
+        DrawOrBlend(work, actual.data() + picture, actual.data() + mask, actual.data() + destination);
+        ASSERT_TRUE(support::SameBytes(actual, expected)) << "round " << round << " width " << work.width;
     }
 }
 
 // Blocks that end with their last byte, so that a step too far is seen by the sanitizer.
-TEST(MaskedRow, TouchesNothingPastTheLastPixel) {
-    for (const auto level : Levels()) {
-        const AtLevel at(level);
-        Random random(3);
-        for (int round = 0; round < 1000; ++round) {
-            MaskedCase work = RandomCase(random);
-            if (work.width == 0) continue;
-            const PixelLayout& layout = work.layout;
-            const int last = *std::max_element(layout.offset, layout.offset + (work.blends ? 3 : 4));
-            const Bytes picture = random.NextBytes(static_cast<std::size_t>(work.width) * 4);
-            const Bytes mask = random.NextBytes(picture.size());
-            Bytes expected = random.NextBytes(static_cast<std::size_t>((work.width - 1) * layout.pixelSize + last + 1));
-            Bytes actual = expected;
-            Reference(work, picture.data(), mask.data(), expected.data());
-            DrawOrBlend(work, picture.data(), mask.data(), actual.data());
-            ASSERT_TRUE(support::SameBytes(actual, expected)) << "round " << round;
-        }
+TEST_P(MaskedRow, TouchesNothingPastTheLastPixel) {
+    Random random(3);
+    for (int round = 0; round < 1000; ++round) {
+        MaskedCase work = RandomCase(random);
+        if (work.width == 0) continue;
+        const PixelLayout& layout = work.layout;
+        const int last = *std::max_element(layout.offset, layout.offset + (work.blends ? 3 : 4));
+        const Bytes picture = random.NextBytes(static_cast<std::size_t>(work.width) * 4);
+        const Bytes mask = random.NextBytes(picture.size());
+        Bytes expected = random.NextBytes(static_cast<std::size_t>((work.width - 1) * layout.pixelSize + last + 1));
+        Bytes actual = expected;
+        Reference(work, picture.data(), mask.data(), expected.data());
+        DrawOrBlend(work, picture.data(), mask.data(), actual.data());
+        ASSERT_TRUE(support::SameBytes(actual, expected)) << "round " << round;
     }
 }
 
 // Every mask byte against every destination byte, for picture bytes at both ends and between.
-TEST(MaskedRow, BlendsEveryPairOfBytesAsTheFormulaSays) {
+TEST_P(MaskedRow, BlendsEveryPairOfBytesAsTheFormulaSays) {
     const PixelLayout layout{4, {1, 2, 3}};
-    for (const auto level : Levels()) {
-        const AtLevel at(level);
-        for (const int p : {0, 1, 77, 128, 254, 255})
-            for (int m = 0; m < 256; ++m) {
-                Bytes picture(1024, static_cast<std::uint8_t>(p)), mask(1024, static_cast<std::uint8_t>(m));
-                Bytes row(1024);
-                for (int d = 0; d < 256; ++d) std::fill_n(row.begin() + 4 * d, 4, static_cast<std::uint8_t>(d));
-                const bool invert = m % 2 == 1;
-                rows::BlendMaskedRow(rows::PlanMaskedBlend(layout, invert), picture.data(), mask.data(), row.data(),
-                                     256);
-                for (int d = 0; d < 256; ++d) {
-                    ASSERT_EQ(row[static_cast<std::size_t>(4 * d)], d) << "the byte that is no colour";
-                    for (int c = 1; c < 4; ++c)
-                        ASSERT_EQ(row[static_cast<std::size_t>(4 * d + c)], ReferenceBlend(invert, m, d, p))
-                            << "m " << m << " d " << d << " p " << p;
-                }
+    for (const int p : {0, 1, 77, 128, 254, 255})
+        for (int m = 0; m < 256; ++m) {
+            Bytes picture(1024, static_cast<std::uint8_t>(p)), mask(1024, static_cast<std::uint8_t>(m));
+            Bytes row(1024);
+            for (int d = 0; d < 256; ++d) std::fill_n(row.begin() + 4 * d, 4, static_cast<std::uint8_t>(d));
+            const bool invert = m % 2 == 1;
+            rows::BlendMaskedRow(rows::PlanMaskedBlend(layout, invert), picture.data(), mask.data(), row.data(), 256);
+            for (int d = 0; d < 256; ++d) {
+                ASSERT_EQ(row[static_cast<std::size_t>(4 * d)], d) << "the byte that is no colour";
+                for (int c = 1; c < 4; ++c)
+                    ASSERT_EQ(row[static_cast<std::size_t>(4 * d + c)], ReferenceBlend(invert, m, d, p))
+                        << "m " << m << " d " << d << " p " << p;
             }
-    }
+        }
 }
 
-TEST(MaskedRow, OfNoPixelsDoesNothing) {
-    for (const auto level : Levels()) {
-        const AtLevel at(level);
-        const PixelLayout layout{4, {0, 1, 2, 3}};
-        rows::DrawMaskedRow(rows::PlanMaskedDraw(layout, false), nullptr, nullptr, nullptr, 0);
-        rows::BlendMaskedRow(rows::PlanMaskedBlend(layout, false), nullptr, nullptr, nullptr, -3);
-    }
+TEST_P(MaskedRow, OfNoPixelsDoesNothing) {
+    const PixelLayout layout{4, {0, 1, 2, 3}};
+    rows::DrawMaskedRow(rows::PlanMaskedDraw(layout, false), nullptr, nullptr, nullptr, 0);
+    rows::BlendMaskedRow(rows::PlanMaskedBlend(layout, false), nullptr, nullptr, nullptr, -3);
 }
 
 // The wider forms must run where they can, or the tests above compare the plain form with itself.

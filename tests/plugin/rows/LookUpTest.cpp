@@ -58,7 +58,9 @@ std::vector<rows::Tables> Choices(const rows::Table* table) {
             {{nullptr, nullptr, nullptr, nullptr}}};
 }
 
-TEST(LookUp, MapsTheSameAtEveryLevelAndWidth) {
+AT_EACH_LEVEL(LookUp);
+
+TEST_P(LookUp, MapsTheSameAtEveryLevelAndWidth) {
     Random random(1);
     rows::Table tables[4];
     for (auto& table : tables) table = RandomTable(random);
@@ -69,17 +71,14 @@ TEST(LookUp, MapsTheSameAtEveryLevelAndWidth) {
             for (int width = -1; width <= 200; ++width) {
                 Bytes expected = before;
                 MapPlainly(one, chosen, source.data(), expected.data(), width);
-                for (const auto level : Levels()) {
-                    const AtLevel at(level);
-                    Bytes actual = before;
-                    rows::LookUpRow(plan, source.data(), actual.data(), width);
-                    ASSERT_TRUE(SameBytes(actual, expected)) << width;
-                }
+                Bytes actual = before;
+                rows::LookUpRow(plan, source.data(), actual.data(), width);
+                ASSERT_TRUE(SameBytes(actual, expected)) << width;
             }
         }
 }
 
-TEST(LookUp, MapsOverlappingRowsInOrder) {
+TEST_P(LookUp, MapsOverlappingRowsInOrder) {
     Random random(2);
     rows::Table tables[4];
     for (auto& table : tables) table = RandomTable(random);
@@ -91,12 +90,9 @@ TEST(LookUp, MapsOverlappingRowsInOrder) {
                 const rows::LookUpPlan plan = rows::PlanLookUp(one.set, chosen, one.from, one.to);
                 Bytes expected = before;
                 MapPlainly(one, chosen, expected.data() + 100, expected.data() + 100 + shift, width);
-                for (const auto level : Levels()) {
-                    const AtLevel at(level);
-                    Bytes actual = before;
-                    rows::LookUpRow(plan, actual.data() + 100, actual.data() + 100 + shift, width);
-                    ASSERT_TRUE(SameBytes(actual, expected)) << shift << ", " << width;
-                }
+                Bytes actual = before;
+                rows::LookUpRow(plan, actual.data() + 100, actual.data() + 100 + shift, width);
+                ASSERT_TRUE(SameBytes(actual, expected)) << shift << ", " << width;
             }
 }
 

@@ -7,9 +7,7 @@ namespace {
 
 using rows::MovePlan;
 using rows::PixelMoves;
-using rows_test::AtLevel;
 using rows_test::Bytes;
-using rows_test::Levels;
 using rows_test::Random;
 
 constexpr int kMargin = 80;  // bytes beside a row that must stay
@@ -61,78 +59,72 @@ PixelMoves RandomMoves(Random& random) {
 
 constexpr std::size_t kRowBytes = kMostWidth * 4 + 32;
 
-TEST(MoveRow, GivesThePlainBytesForAnyLayoutAndWidthAtEveryLevel) {
-    for (const auto level : Levels()) {
-        const AtLevel at(level);
-        Random random(1);
-        for (int round = 0; round < 3000; ++round) {
-            const PixelMoves moves = RandomMoves(random);
-            const int width = random.Below(kMostWidth);
-            const bool reversed = random.Below(2) == 0;
-            const Bytes source = random.NextBytes(kRowBytes);
-            Bytes expected = random.NextBytes(kRowBytes + kMargin);
-            Bytes actual = expected;
-            ReferenceMove(moves, source.data(), expected.data(), width, reversed);
-            const MovePlan plan = rows::PlanMoves(moves);
-            if (reversed)
-                rows::MoveRowReversed(plan, source.data(), actual.data(), width);
-            else
-                rows::MoveRow(plan, source.data(), actual.data(), width);
-            ASSERT_TRUE(support::SameBytes(actual, expected)) << "round " << round << " width " << width;
-        }
+AT_EACH_LEVEL(MoveRow);
+AT_EACH_LEVEL(MirrorRow);
+
+TEST_P(MoveRow, GivesThePlainBytesForAnyLayoutAndWidthAtEveryLevel) {
+    Random random(1);
+    for (int round = 0; round < 3000; ++round) {
+        const PixelMoves moves = RandomMoves(random);
+        const int width = random.Below(kMostWidth);
+        const bool reversed = random.Below(2) == 0;
+        const Bytes source = random.NextBytes(kRowBytes);
+        Bytes expected = random.NextBytes(kRowBytes + kMargin);
+        Bytes actual = expected;
+        ReferenceMove(moves, source.data(), expected.data(), width, reversed);
+        const MovePlan plan = rows::PlanMoves(moves);
+        if (reversed)
+            rows::MoveRowReversed(plan, source.data(), actual.data(), width);
+        else
+            rows::MoveRow(plan, source.data(), actual.data(), width);
+        ASSERT_TRUE(support::SameBytes(actual, expected)) << "round " << round << " width " << width;
     }
 }
 
 // Source and destination at random distances in the same bytes.
-TEST(MoveRow, KeepsThePixelOrderWhereRowsOverlap) {
-    for (const auto level : Levels()) {
-        const AtLevel at(level);
-        Random random(2);
-        for (int round = 0; round < 3000; ++round) {
-            PixelMoves moves = RandomMoves(random);
-            if (random.Below(2) == 0) moves.toPixelSize = moves.fromPixelSize;
-            const int width = random.Below(kMostWidth);
-            const bool reversed = random.Below(2) == 0;
-            const std::size_t from = 300 + static_cast<std::size_t>(random.Below(40));
-            const std::size_t to = 300 + static_cast<std::size_t>(random.Below(random.Below(2) == 0 ? 6 : 300));
-            Bytes expected = random.NextBytes(kRowBytes + 700);
-            Bytes actual = expected;
-            ReferenceMove(moves, expected.data() + from, expected.data() + to, width, reversed);
-            const MovePlan plan = rows::PlanMoves(moves);
-            if (reversed)
-                rows::MoveRowReversed(plan, actual.data() + from, actual.data() + to, width);
-            else
-                rows::MoveRow(plan, actual.data() + from, actual.data() + to, width);
-            ASSERT_TRUE(support::SameBytes(actual, expected)) << "round " << round << " width " << width;
-        }
+TEST_P(MoveRow, KeepsThePixelOrderWhereRowsOverlap) {
+    Random random(2);
+    for (int round = 0; round < 3000; ++round) {
+        PixelMoves moves = RandomMoves(random);
+        if (random.Below(2) == 0) moves.toPixelSize = moves.fromPixelSize;
+        const int width = random.Below(kMostWidth);
+        const bool reversed = random.Below(2) == 0;
+        const std::size_t from = 300 + static_cast<std::size_t>(random.Below(40));
+        const std::size_t to = 300 + static_cast<std::size_t>(random.Below(random.Below(2) == 0 ? 6 : 300));
+        Bytes expected = random.NextBytes(kRowBytes + 700);
+        Bytes actual = expected;
+        ReferenceMove(moves, expected.data() + from, expected.data() + to, width, reversed);
+        const MovePlan plan = rows::PlanMoves(moves);
+        if (reversed)
+            rows::MoveRowReversed(plan, actual.data() + from, actual.data() + to, width);
+        else
+            rows::MoveRow(plan, actual.data() + from, actual.data() + to, width);
+        ASSERT_TRUE(support::SameBytes(actual, expected)) << "round " << round << " width " << width;
     }
 }
 
 // Blocks that end with their last channel byte, so that a step too far is seen by the sanitizer.
-TEST(MoveRow, ReadsAndWritesNothingPastTheLastChannel) {
-    for (const auto level : Levels()) {
-        const AtLevel at(level);
-        Random random(3);
-        for (int width = 1; width < kMostWidth; ++width) {
-            const PixelMoves moves = RandomMoves(random);
-            const MovePlan plan = rows::PlanMoves(moves);
-            const auto sourceSize = static_cast<std::size_t>((width - 1) * moves.fromPixelSize + plan.from.size);
-            const auto size = static_cast<std::size_t>((width - 1) * moves.toPixelSize + plan.to.size);
-            const Bytes source = random.NextBytes(sourceSize);
-            Bytes forward = random.NextBytes(size);
-            Bytes reversed = forward, expected = forward, expectedReversed = forward;
-            const std::uint8_t* const from = source.data() - plan.from.offset;
-            ReferenceMove(moves, from, expected.data() - plan.to.offset, width, false);
-            ReferenceMove(moves, from, expectedReversed.data() - plan.to.offset, width, true);
-            rows::MoveRow(plan, from, forward.data() - plan.to.offset, width);
-            rows::MoveRowReversed(plan, from, reversed.data() - plan.to.offset, width);
-            ASSERT_TRUE(support::SameBytes(forward, expected)) << "width " << width;
-            ASSERT_TRUE(support::SameBytes(reversed, expectedReversed)) << "width " << width;
-        }
+TEST_P(MoveRow, ReadsAndWritesNothingPastTheLastChannel) {
+    Random random(3);
+    for (int width = 1; width < kMostWidth; ++width) {
+        const PixelMoves moves = RandomMoves(random);
+        const MovePlan plan = rows::PlanMoves(moves);
+        const auto sourceSize = static_cast<std::size_t>((width - 1) * moves.fromPixelSize + plan.from.size);
+        const auto size = static_cast<std::size_t>((width - 1) * moves.toPixelSize + plan.to.size);
+        const Bytes source = random.NextBytes(sourceSize);
+        Bytes forward = random.NextBytes(size);
+        Bytes reversed = forward, expected = forward, expectedReversed = forward;
+        const std::uint8_t* const from = source.data() - plan.from.offset;
+        ReferenceMove(moves, from, expected.data() - plan.to.offset, width, false);
+        ReferenceMove(moves, from, expectedReversed.data() - plan.to.offset, width, true);
+        rows::MoveRow(plan, from, forward.data() - plan.to.offset, width);
+        rows::MoveRowReversed(plan, from, reversed.data() - plan.to.offset, width);
+        ASSERT_TRUE(support::SameBytes(forward, expected)) << "width " << width;
+        ASSERT_TRUE(support::SameBytes(reversed, expectedReversed)) << "width " << width;
     }
 }
 
-TEST(MoveRow, DoesNothingForNoWidth) {
+TEST_P(MoveRow, DoesNothingForNoWidth) {
     PixelMoves moves{3, 3};
     moves.Add(0, 0);
     const MovePlan plan = rows::PlanMoves(moves);
@@ -143,7 +135,7 @@ TEST(MoveRow, DoesNothingForNoWidth) {
     EXPECT_EQ(byte, 7);
 }
 
-TEST(MoveRow, MovesNothingWithoutMoves) {
+TEST_P(MoveRow, MovesNothingWithoutMoves) {
     const MovePlan plan = rows::PlanMoves(PixelMoves{3, 3});
     Bytes row = {1, 2, 3, 4, 5, 6};
     rows::MoveRow(plan, row.data(), row.data() + 3, 1);
@@ -151,28 +143,25 @@ TEST(MoveRow, MovesNothingWithoutMoves) {
     EXPECT_EQ(row, (Bytes{1, 2, 3, 4, 5, 6}));
 }
 
-TEST(MirrorRow, TradesThePixelsOfBothEndsAtEveryLevel) {
-    for (const auto level : Levels()) {
-        const AtLevel at(level);
-        Random random(4);
-        for (int round = 0; round < 1500; ++round) {
-            PixelMoves moves = RandomMoves(random);
-            moves.toPixelSize = moves.fromPixelSize;
-            for (int i = 0; i < moves.count; ++i) {
-                moves.to[i] = moves.from[i];
-                moves.flip[i] = 0;
-            }
-            const int width = random.Below(10) == 0 ? random.Below(1200) : random.Below(kMostWidth);
-            Bytes expected = random.NextBytes(static_cast<std::size_t>(width) * 4 + kMargin + 40);
-            Bytes actual = expected;
-            ReferenceMirror(moves, expected.data(), width);
-            rows::MirrorRow(rows::PlanMoves(moves), actual.data(), width);
-            ASSERT_TRUE(support::SameBytes(actual, expected)) << "round " << round << " width " << width;
+TEST_P(MirrorRow, TradesThePixelsOfBothEndsAtEveryLevel) {
+    Random random(4);
+    for (int round = 0; round < 1500; ++round) {
+        PixelMoves moves = RandomMoves(random);
+        moves.toPixelSize = moves.fromPixelSize;
+        for (int i = 0; i < moves.count; ++i) {
+            moves.to[i] = moves.from[i];
+            moves.flip[i] = 0;
         }
+        const int width = random.Below(10) == 0 ? random.Below(1200) : random.Below(kMostWidth);
+        Bytes expected = random.NextBytes(static_cast<std::size_t>(width) * 4 + kMargin + 40);
+        Bytes actual = expected;
+        ReferenceMirror(moves, expected.data(), width);
+        rows::MirrorRow(rows::PlanMoves(moves), actual.data(), width);
+        ASSERT_TRUE(support::SameBytes(actual, expected)) << "round " << round << " width " << width;
     }
 }
 
-TEST(MirrorRow, LeavesTheMiddlePixel) {
+TEST_P(MirrorRow, LeavesTheMiddlePixel) {
     PixelMoves moves{1, 1};
     moves.Add(0, 0);
     Bytes row = {1, 2, 3};

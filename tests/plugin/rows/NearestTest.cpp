@@ -8,8 +8,10 @@ namespace {
 using rows_test::Bytes;
 using rows_test::Random;
 
+AT_EACH_LEVEL(PickPixels);
+
 // Rows end with their last span, so that a step too far is seen by the sanitizer.
-TEST(PickPixels, TakesTheSpansOfTheColumns) {
+TEST_P(PickPixels, TakesTheSpansOfTheColumns) {
     Random random(1);
     for (int round = 0; round < 1500; ++round) {
         const int pixelSize = random.Between(1, 4), size = random.Between(1, pixelSize), offset = random.Below(9);
@@ -20,16 +22,13 @@ TEST(PickPixels, TakesTheSpansOfTheColumns) {
         for (int i = 0; i < count; ++i) columns.push_back(random.Below(width));
         std::sort(columns.begin(), columns.end());
         const int packed = rows::PickedPixelSize(span);
-        for (const auto level : rows_test::Levels()) {
-            const rows_test::AtLevel at(level);
-            Bytes picked(static_cast<std::size_t>(count * packed));
-            rows::PickPixels(span, row.data(), width, columns.data(), count, picked.data());
-            for (int i = 0; i < count; ++i) {
-                const std::int64_t from = offset + std::int64_t{columns[static_cast<std::size_t>(i)]} * pixelSize;
-                for (int byte = 0; byte < size; ++byte)
-                    ASSERT_EQ(picked[static_cast<std::size_t>(i * packed + byte)],
-                              row[static_cast<std::size_t>(from + byte)]);
-            }
+        Bytes picked(static_cast<std::size_t>(count * packed));
+        rows::kPickPixels.Chosen()(span, row.data(), width, columns.data(), count, picked.data());
+        for (int i = 0; i < count; ++i) {
+            const std::int64_t from = offset + std::int64_t{columns[static_cast<std::size_t>(i)]} * pixelSize;
+            for (int byte = 0; byte < size; ++byte)
+                ASSERT_EQ(picked[static_cast<std::size_t>(i * packed + byte)],
+                          row[static_cast<std::size_t>(from + byte)]);
         }
     }
 }

@@ -58,16 +58,17 @@ template <class T>
     return ::testing::AssertionSuccess();
 }
 
-TEST(ScaleRows, BytesToLanesIsTheSameAtEveryLevel) {
+AT_EACH_LEVEL(ScaleRows);
+
+TEST_P(ScaleRows, BytesToLanesIsTheSameAtEveryLevel) {
     Random random(1);
     for (int count = 0; count <= 70; ++count) {
         const int stride = count + 15 + random.Below(5);
         const Bytes band = random.NextBytes(static_cast<std::size_t>(stride) * kLanes);
         std::vector<double> plain;
-        for (const rows::CpuLevel level : Levels()) {
-            const AtLevel at(level);
+        for (const rows::CpuLevel level : {rows::CpuLevel::Plain, GetParam()}) {
             std::vector<double> lanes(static_cast<std::size_t>(count + 15) * kLanes, -1);
-            rows::BytesToLanes(band.data(), stride, count, lanes.data());
+            rows::kBytesToLanes.At(level)(band.data(), stride, count, lanes.data());
             lanes.resize(static_cast<std::size_t>(count) * kLanes);
             if (level == rows::CpuLevel::Plain)
                 plain = lanes;
@@ -79,7 +80,7 @@ TEST(ScaleRows, BytesToLanesIsTheSameAtEveryLevel) {
     }
 }
 
-TEST(ScaleRows, SumAcrossIsTheSameAtEveryLevel) {
+TEST_P(ScaleRows, SumAcrossIsTheSameAtEveryLevel) {
     Random random(2);
     for (int round = 0; round < 300; ++round) {
         const int values = random.Between(1, 4), columns = random.Between(1, 12), kind = random.Below(4);
@@ -94,10 +95,9 @@ TEST(ScaleRows, SumAcrossIsTheSameAtEveryLevel) {
         for (int x = 0; x < columns; ++x)
             taps.push_back(TapsOf(lists[x], firstColumn + random.Below(20), random.Below(4) != 0));
         std::vector<float> plain;
-        for (const rows::CpuLevel level : Levels()) {
-            const AtLevel at(level);
+        for (const rows::CpuLevel level : {rows::CpuLevel::Plain, GetParam()}) {
             std::vector<float> sums(static_cast<std::size_t>(columns * values * kLanes));
-            rows::SumAcross(values, taps.data(), columns, lanes.data(), firstColumn, sums.data());
+            rows::kSumAcross.At(level)(values, taps.data(), columns, lanes.data(), firstColumn, sums.data());
             if (level == rows::CpuLevel::Plain)
                 plain = sums;
             else
@@ -108,7 +108,7 @@ TEST(ScaleRows, SumAcrossIsTheSameAtEveryLevel) {
 
 // One weight, and values that make quotients half-way between singles or a few units beside: values
 // of a band are bytes, but nothing in the sums depends on it.
-TEST(ScaleRows, SumAcrossRoundsTiesTheSameAtEveryLevel) {
+TEST_P(ScaleRows, SumAcrossRoundsTiesTheSameAtEveryLevel) {
     Random random(3);
     for (int round = 0; round < 400; ++round) {
         Weights list;
@@ -123,10 +123,9 @@ TEST(ScaleRows, SumAcrossRoundsTiesTheSameAtEveryLevel) {
             value = tie;
         }
         std::vector<float> plain;
-        for (const rows::CpuLevel level : Levels()) {
-            const AtLevel at(level);
+        for (const rows::CpuLevel level : {rows::CpuLevel::Plain, GetParam()}) {
             std::vector<float> sums(kLanes);
-            rows::SumAcross(1, &taps, 1, lanes.data(), 0, sums.data());
+            rows::kSumAcross.At(level)(1, &taps, 1, lanes.data(), 0, sums.data());
             if (level == rows::CpuLevel::Plain)
                 plain = sums;
             else
@@ -135,17 +134,16 @@ TEST(ScaleRows, SumAcrossRoundsTiesTheSameAtEveryLevel) {
     }
 }
 
-TEST(ScaleRows, LanesToRowsIsTheSameAtEveryLevel) {
+TEST_P(ScaleRows, LanesToRowsIsTheSameAtEveryLevel) {
     Random random(4);
     for (int count = 0; count <= 40; ++count) {
         const int whole = (count + 7) / 8 * 8, stride = whole + random.Below(9);
         std::vector<float> sums(static_cast<std::size_t>(whole * kLanes));
         for (float& value : sums) value = static_cast<float>(UnitOf(random) * 255);
         std::vector<double> plain;
-        for (const rows::CpuLevel level : Levels()) {
-            const AtLevel at(level);
+        for (const rows::CpuLevel level : {rows::CpuLevel::Plain, GetParam()}) {
             std::vector<double> rows(static_cast<std::size_t>(stride * kLanes), -1);
-            rows::LanesToRows(sums.data(), count, rows.data(), stride);
+            rows::kLanesToRows.At(level)(sums.data(), count, rows.data(), stride);
             if (level == rows::CpuLevel::Plain)
                 plain = rows;
             else
@@ -170,7 +168,7 @@ std::vector<double> ValuesOf(Random& random, int count) {
     return values;
 }
 
-TEST(ScaleRows, SumDownIsTheSameAtEveryLevel) {
+TEST_P(ScaleRows, SumDownIsTheSameAtEveryLevel) {
     Random random(5);
     for (int round = 0; round < 400; ++round) {
         const int count = random.Below(12), values = kPiece * random.Between(1, 3), outputs = random.Between(1, 4);
@@ -185,8 +183,7 @@ TEST(ScaleRows, SumDownIsTheSameAtEveryLevel) {
         for (int i = 0; i < outputs; ++i) lists.push_back(WeightsOf(random, count, random.Below(4)));
         const bool mayMultiply = random.Below(4) != 0;
         Bytes plain;
-        for (const rows::CpuLevel level : Levels()) {
-            const AtLevel at(level);
+        for (const rows::CpuLevel level : {rows::CpuLevel::Plain, GetParam()}) {
             Bytes bytes(static_cast<std::size_t>(values * outputs));
             std::vector<double> carried(static_cast<std::size_t>(values));
             for (int i = 0; i < outputs; ++i) {
@@ -204,10 +201,10 @@ TEST(ScaleRows, SumDownIsTheSameAtEveryLevel) {
                 if (i % 2 == 0) {
                     row.count = count;
                     row.ends = true;
-                    rows::SumDown(&row, 1, values);
+                    rows::kSumDown.At(level)(&row, 1, values);
                     continue;
                 }
-                rows::SumDown(&row, 1, values);
+                rows::kSumDown.At(level)(&row, 1, values);
                 row = {addresses.data() + part,
                        taps.weights + part,
                        count - part,
@@ -217,7 +214,7 @@ TEST(ScaleRows, SumDownIsTheSameAtEveryLevel) {
                        taps.reciprocal,
                        carried.data(),
                        bytes.data() + i * values};
-                rows::SumDown(&row, 1, values);
+                rows::kSumDown.At(level)(&row, 1, values);
             }
             if (level == rows::CpuLevel::Plain)
                 plain = bytes;
@@ -228,7 +225,7 @@ TEST(ScaleRows, SumDownIsTheSameAtEveryLevel) {
 }
 
 // A sum of one row is weight × value, so that any quotient near a whole number can be made.
-TEST(ScaleRows, SumDownTruncatesTheSameAtEveryLevelBesideEveryWholeNumber) {
+TEST_P(ScaleRows, SumDownTruncatesTheSameAtEveryLevelBesideEveryWholeNumber) {
     Random random(6);
     for (int round = 0; round < 200; ++round) {
         Weights list;
@@ -244,12 +241,11 @@ TEST(ScaleRows, SumDownTruncatesTheSameAtEveryLevelBesideEveryWholeNumber) {
             }
             const double* const address = values.data();
             Bytes plain;
-            for (const rows::CpuLevel level : Levels()) {
-                const AtLevel at(level);
+            for (const rows::CpuLevel level : {rows::CpuLevel::Plain, GetParam()}) {
                 Bytes bytes(kPiece);
                 const DownRow row{&address,   taps.weights,    1,       true,        true,
                                   taps.total, taps.reciprocal, nullptr, bytes.data()};
-                rows::SumDown(&row, 1, kPiece);
+                rows::kSumDown.At(level)(&row, 1, kPiece);
                 if (level == rows::CpuLevel::Plain)
                     plain = bytes;
                 else
@@ -259,7 +255,7 @@ TEST(ScaleRows, SumDownTruncatesTheSameAtEveryLevelBesideEveryWholeNumber) {
     }
 }
 
-TEST(ScaleRows, BytesOfSumsClampAndTruncate) {
+TEST_P(ScaleRows, BytesOfSumsClampAndTruncate) {
     const double sums[] = {-1, 0, 0.999, 1, 254.9999, 255, 256, 1e300, -1e300, std::nan("")};
     std::uint8_t bytes[10];
     rows::BytesOfSums(sums, 1, 10, bytes);
@@ -270,7 +266,7 @@ TEST(ScaleRows, BytesOfSumsClampAndTruncate) {
     EXPECT_EQ(bytes[3], 255);
 }
 
-TEST(ScaleRows, SlotsHoldTheValuesAndTheRestStaysOrIsCleared) {
+TEST_P(ScaleRows, SlotsHoldTheValuesAndTheRestStaysOrIsCleared) {
     for (const bool clears : {false, true}) {
         const rows::SlotLayout layout{2, {1, 3}, clears};
         const double values[] = {10, 20, 30, 40};
@@ -286,7 +282,7 @@ TEST(ScaleRows, SlotsHoldTheValuesAndTheRestStaysOrIsCleared) {
 }
 
 // The plain sum over a band against the sum of one pixel.
-TEST(ScaleRows, BandsGiveWhatSinglePixelsGive) {
+TEST_P(ScaleRows, BandsGiveWhatSinglePixelsGive) {
     Random random(7);
     for (const auto& [bytes, luma] : {std::pair{1, false}, {2, false}, {3, false}, {4, false}, {3, true}, {4, true}}) {
         const rows::Samples samples{{bytes, {0, 1, 2, 3}}, bytes, luma};
@@ -295,10 +291,10 @@ TEST(ScaleRows, BandsGiveWhatSinglePixelsGive) {
         const Weights list = WeightsOf(random, 11, 1);
         const Taps taps = TapsOf(list, 6, true);
         std::vector<double> lanes(static_cast<std::size_t>(stride * kLanes));
-        rows::BytesToLanes(band.data(), stride, width * bytes, lanes.data());
+        rows::kBytesToLanes.Chosen()(band.data(), stride, width * bytes, lanes.data());
         if (luma) rows::LumaOfLanes(bytes, width, lanes.data());
         std::vector<float> sums(static_cast<std::size_t>(values * kLanes));
-        rows::SumAcross(values, &taps, 1, lanes.data(), 0, sums.data());
+        rows::kSumAcross.Chosen()(values, &taps, 1, lanes.data(), 0, sums.data());
         for (int r = 0; r < kLanes; ++r) {
             double pixel[4];
             rows::SumAcrossPixel(samples, taps, band.data() + r * stride, pixel);

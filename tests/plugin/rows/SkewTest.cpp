@@ -8,9 +8,7 @@
 namespace {
 
 using rows::PixelLayout;
-using rows_test::AtLevel;
 using rows_test::Bytes;
-using rows_test::Levels;
 using rows_test::Random;
 
 struct Case {
@@ -72,57 +70,50 @@ Case RandomCase(Random& random) {
 
 rows::SkewPlan PlanOf(const Case& c) { return rows::PlanSkew(c.count, c.from, c.to, c.background.data()); }
 
-TEST(SkewRow, GivesThePlainBytesForAnyLayoutAndOffsetAtEveryLevel) {
-    for (const auto level : Levels()) {
-        const AtLevel at(level);
-        Random random(31);
-        for (int round = 0; round < 4000; ++round) {
-            const Case c = RandomCase(random);
-            const Bytes source = random.NextBytes(700);
-            Bytes expected = random.NextBytes(700);
-            Bytes actual = expected;
-            Reference(c, source.data(), expected.data());
-            rows::SkewRow(PlanOf(c), c.weight, c.offset, source.data(), c.sourceWidth, actual.data(), c.width);
-            ASSERT_TRUE(support::SameBytes(actual, expected)) << "round " << round;
-        }
+AT_EACH_LEVEL(SkewRow);
+AT_EACH_LEVEL(SkewColumns);
+
+TEST_P(SkewRow, GivesThePlainBytesForAnyLayoutAndOffsetAtEveryLevel) {
+    Random random(31);
+    for (int round = 0; round < 4000; ++round) {
+        const Case c = RandomCase(random);
+        const Bytes source = random.NextBytes(700);
+        Bytes expected = random.NextBytes(700);
+        Bytes actual = expected;
+        Reference(c, source.data(), expected.data());
+        rows::SkewRow(PlanOf(c), c.weight, c.offset, source.data(), c.sourceWidth, actual.data(), c.width);
+        ASSERT_TRUE(support::SameBytes(actual, expected)) << "round " << round;
     }
 }
 
-TEST(SkewRow, FillsFirstAndKeepsThePixelOrderWhereRowsOverlap) {
-    for (const auto level : Levels()) {
-        const AtLevel at(level);
-        Random random(32);
-        for (int round = 0; round < 2000; ++round) {
-            const Case c = RandomCase(random);
-            const int from = random.Below(40), to = random.Below(40);
-            Bytes expected = random.NextBytes(800);
-            Bytes actual = expected;
-            Reference(c, expected.data() + from, expected.data() + to);
-            rows::SkewRow(PlanOf(c), c.weight, c.offset, actual.data() + from, c.sourceWidth, actual.data() + to,
-                          c.width);
-            ASSERT_TRUE(support::SameBytes(actual, expected)) << "round " << round;
-        }
+TEST_P(SkewRow, FillsFirstAndKeepsThePixelOrderWhereRowsOverlap) {
+    Random random(32);
+    for (int round = 0; round < 2000; ++round) {
+        const Case c = RandomCase(random);
+        const int from = random.Below(40), to = random.Below(40);
+        Bytes expected = random.NextBytes(800);
+        Bytes actual = expected;
+        Reference(c, expected.data() + from, expected.data() + to);
+        rows::SkewRow(PlanOf(c), c.weight, c.offset, actual.data() + from, c.sourceWidth, actual.data() + to, c.width);
+        ASSERT_TRUE(support::SameBytes(actual, expected)) << "round " << round;
     }
 }
 
 // Blocks that end with their last channel byte, so that a step too far is seen by the sanitizer.
-TEST(SkewRow, ReadsAndWritesNothingPastTheLastChannel) {
-    for (const auto level : Levels()) {
-        const AtLevel at(level);
-        Random random(33);
-        for (int width = 1; width < 100; ++width) {
-            const Case c{3, {4, {0, 1, 2}}, {4, {0, 1, 2}}, {1, 2, 3}, 0.25, 0, width, width};
-            const auto size = static_cast<std::size_t>(width - 1) * 4 + 3;
-            const Bytes source = random.NextBytes(size);
-            Bytes expected(size), actual(size);
-            Reference(c, source.data(), expected.data());
-            rows::SkewRow(PlanOf(c), c.weight, c.offset, source.data(), width, actual.data(), width);
-            ASSERT_EQ(actual, expected);
-        }
+TEST_P(SkewRow, ReadsAndWritesNothingPastTheLastChannel) {
+    Random random(33);
+    for (int width = 1; width < 100; ++width) {
+        const Case c{3, {4, {0, 1, 2}}, {4, {0, 1, 2}}, {1, 2, 3}, 0.25, 0, width, width};
+        const auto size = static_cast<std::size_t>(width - 1) * 4 + 3;
+        const Bytes source = random.NextBytes(size);
+        Bytes expected(size), actual(size);
+        Reference(c, source.data(), expected.data());
+        rows::SkewRow(PlanOf(c), c.weight, c.offset, source.data(), width, actual.data(), width);
+        ASSERT_EQ(actual, expected);
     }
 }
 
-TEST(SkewRow, AWholeStepOnlyMoves) {
+TEST_P(SkewRow, AWholeStepOnlyMoves) {
     const std::uint8_t background = 9;
     const rows::SkewPlan plan = rows::PlanSkew(1, {1, {0}}, {1, {0}}, &background);
     const Bytes source = {1, 2, 3};
@@ -131,7 +122,7 @@ TEST(SkewRow, AWholeStepOnlyMoves) {
     EXPECT_EQ(row, (Bytes{9, 9, 1, 2, 3, 9}));
 }
 
-TEST(SkewRow, AHalfStepBlendsNeighbours) {
+TEST_P(SkewRow, AHalfStepBlendsNeighbours) {
     const std::uint8_t background = 0;
     const rows::SkewPlan plan = rows::PlanSkew(1, {1, {0}}, {1, {0}}, &background);
     const Bytes source = {100, 200};
@@ -140,23 +131,20 @@ TEST(SkewRow, AHalfStepBlendsNeighbours) {
     EXPECT_EQ(row, (Bytes{50, 150, 100, 0}));
 }
 
-TEST(SkewColumns, ShearsEachColumnByItsOwnWeight) {
-    for (const auto level : Levels()) {
-        const AtLevel at(level);
-        Random random(34);
-        for (int count = 0; count < 200; ++count) {
-            std::vector<double> weights;
-            for (int i = 0; i < count; ++i) weights.push_back(random.Below(1001) / 1000.0);
-            const auto size = static_cast<std::size_t>(count);
-            const Bytes values = random.NextBytes(size);
-            Bytes left = random.NextBytes(size), moved(size);
-            const Bytes before = left;
-            rows::SkewColumns(weights.data(), values.data(), left.data(), moved.data(), count);
-            for (std::size_t i = 0; i < size; ++i) {
-                const std::uint8_t leaves = Byte(weights[i] * values[i]);
-                ASSERT_EQ(left[i], leaves);
-                ASSERT_EQ(moved[i], static_cast<std::uint8_t>(values[i] - leaves + before[i]));
-            }
+TEST_P(SkewColumns, ShearsEachColumnByItsOwnWeight) {
+    Random random(34);
+    for (int count = 0; count < 200; ++count) {
+        std::vector<double> weights;
+        for (int i = 0; i < count; ++i) weights.push_back(random.Below(1001) / 1000.0);
+        const auto size = static_cast<std::size_t>(count);
+        const Bytes values = random.NextBytes(size);
+        Bytes left = random.NextBytes(size), moved(size);
+        const Bytes before = left;
+        rows::kSkewColumns.Chosen()(weights.data(), values.data(), left.data(), moved.data(), count);
+        for (std::size_t i = 0; i < size; ++i) {
+            const std::uint8_t leaves = Byte(weights[i] * values[i]);
+            ASSERT_EQ(left[i], leaves);
+            ASSERT_EQ(moved[i], static_cast<std::uint8_t>(values[i] - leaves + before[i]));
         }
     }
 }

@@ -34,21 +34,19 @@ void ExpectEveryPair(const rows::UnsharpRule& rule) {
     }
 }
 
-TEST(Unsharp, IsExactForEveryPairAtEveryLevel) {
+AT_EACH_LEVEL(Unsharp);
+
+TEST_P(Unsharp, IsExactForEveryPairAtEveryLevel) {
     Random random(1);
     std::vector<double> gains = {0,    1,   1.4, 2.2,   2.6,       3.4,        5,    0.999999999999999,
                                  1e-9, 1e9, -1,  1e300, kInfinity, -kInfinity, -0.5, std::nan("")};
     for (int i = 0; i < 40; ++i) gains.push_back(random.Next() % 4000 / 100.0 - 5);
     for (int i = 0; i < 20; ++i) gains.push_back(std::fma(4.0, random.Next() % 100 / 100.0, 1.0));
-    for (const auto level : Levels()) {
-        const AtLevel at(level);
-        for (const double gain : gains)
-            for (const int threshold : {0, 7, 256}) ExpectEveryPair({gain, threshold});
-    }
+    for (const double gain : gains)
+        for (const int threshold : {0, 7, 256}) ExpectEveryPair({gain, threshold});
 }
 
-TEST(Unsharp, GoesInStepsWhereTheGainIsNotNegative) {
-    if (rows::ActiveCpuLevel() != rows::CpuLevel::Avx512) GTEST_SKIP() << "a form of AVX-512";
+TEST_P(Unsharp, GoesInStepsWhereTheGainIsNotNegative) {
     for (const double gain : {0.0, 1.0, 1.4, 2.2, 3.7, 41.0, 1e12}) {
         EXPECT_TRUE(rows::PlanUnsharp({gain, 4}, kMany).stepped) << gain;
         EXPECT_FALSE(rows::PlanUnsharp({gain, 4}, 1000).stepped) << "no time to find them";
@@ -56,8 +54,7 @@ TEST(Unsharp, GoesInStepsWhereTheGainIsNotNegative) {
     EXPECT_FALSE(rows::PlanUnsharp({-3.0, 4}, kMany).stepped);
 }
 
-TEST(Unsharp, LimitsStepsWhoseSumsRoundUp) {
-    if (rows::ActiveCpuLevel() != rows::CpuLevel::Avx512) GTEST_SKIP() << "a form of AVX-512";
+TEST_P(Unsharp, LimitsStepsWhoseSumsRoundUp) {
     int limited = 0;
     for (int percent = 0; percent < 400; ++percent) {
         const rows::UnsharpPlan plan = rows::PlanUnsharp({1 + percent / 100.0, 0}, kMany);
@@ -68,20 +65,17 @@ TEST(Unsharp, LimitsStepsWhoseSumsRoundUp) {
     EXPECT_LT(limited, 400);
 }
 
-TEST(Unsharp, TakesEveryLength) {
+TEST_P(Unsharp, TakesEveryLength) {
     Random random(2);
     const rows::UnsharpRule rule{2.2, 3};
-    for (const auto level : Levels()) {
-        const AtLevel at(level);
-        const rows::UnsharpPlan plan = rows::PlanUnsharp(rule, kMany);
-        for (std::int64_t count = 0; count < 200; ++count) {
-            const Bytes references = random.NextBytes(200), before = random.NextBytes(200);
-            Bytes samples = before;
-            rows::UnsharpRow(plan, references.data(), count, samples.data());
-            for (std::size_t i = 0; i < samples.size(); ++i)
-                ASSERT_EQ(samples[i],
-                          static_cast<std::int64_t>(i) < count ? Sharpened(rule, before[i], references[i]) : before[i]);
-        }
+    const rows::UnsharpPlan plan = rows::PlanUnsharp(rule, kMany);
+    for (std::int64_t count = 0; count < 200; ++count) {
+        const Bytes references = random.NextBytes(200), before = random.NextBytes(200);
+        Bytes samples = before;
+        rows::UnsharpRow(plan, references.data(), count, samples.data());
+        for (std::size_t i = 0; i < samples.size(); ++i)
+            ASSERT_EQ(samples[i],
+                      static_cast<std::int64_t>(i) < count ? Sharpened(rule, before[i], references[i]) : before[i]);
     }
 }
 

@@ -1,14 +1,14 @@
-#include "plugin/rows/NearestForms.h"
+// Picking pixels in registers, for Nearest.cpp.
 
-#ifdef ROWS_X86
-
-namespace rows {
+namespace rows::ROWS_LEVEL {
 
 namespace {
 
+#if ROWS_LEVEL_IS_AVX512
+
 // Stores the lowest `Size` bytes of each lane side by side; of three, four.
 template <int Size>
-TARGET_AVX512 inline void StorePicks(__m512i lanes, __mmask16 present, std::uint8_t* to) {
+inline void StorePicks(__m512i lanes, __mmask16 present, std::uint8_t* to) {
     if constexpr (Size == 1)
         _mm_mask_storeu_epi8(to, present, _mm512_cvtepi32_epi8(lanes));
     else if constexpr (Size == 2)
@@ -20,8 +20,8 @@ TARGET_AVX512 inline void StorePicks(__m512i lanes, __mmask16 present, std::uint
 // A lane's bytes come out of two registers of the row by one permutation, which sees seven bits of
 // an index: columns that lie further apart end the walk.
 template <int Size>
-TARGET_AVX512 std::int32_t PickLanes(const PixelSpan& span, const std::uint8_t* row, std::int32_t width,
-                                     const std::int32_t* columns, std::int32_t count, std::uint8_t* picked) {
+std::int32_t PickLanes(const PixelSpan& span, const std::uint8_t* row, std::int32_t width, const std::int32_t* columns,
+                       std::int32_t count, std::uint8_t* picked) {
     const std::int64_t end = span.Extent(width);
     const __m512i bytesOfPixel = _mm512_set1_epi32(span.pixelSize * 0x01010101);
     const __m512i byteOfLane = _mm512_set1_epi32(0x03020100);
@@ -41,10 +41,10 @@ TARGET_AVX512 std::int32_t PickLanes(const PixelSpan& span, const std::uint8_t* 
     return count;
 }
 
-}  // namespace
-
-std::int32_t PickAvx512(const PixelSpan& span, const std::uint8_t* row, std::int32_t width, const std::int32_t* columns,
-                        std::int32_t count, std::uint8_t* picked) {
+// Picks from the first columns on, sixteen at a time, as long as those lie close together; gives
+// how many were picked.
+std::int32_t PickNearLanes(const PixelSpan& span, const std::uint8_t* row, std::int32_t width,
+                           const std::int32_t* columns, std::int32_t count, std::uint8_t* picked) {
     row += span.offset;
     switch (span.size) {
         case 1:
@@ -56,6 +56,21 @@ std::int32_t PickAvx512(const PixelSpan& span, const std::uint8_t* row, std::int
     }
 }
 
-}  // namespace rows
+#else
+
+std::int32_t PickNearLanes(const PixelSpan&, const std::uint8_t*, std::int32_t, const std::int32_t*, std::int32_t,
+                           std::uint8_t*) {
+    return 0;
+}
 
 #endif
+
+void PickPixels(const PixelSpan& span, const std::uint8_t* row, std::int32_t width, const std::int32_t* columns,
+                std::int32_t count, std::uint8_t* picked) {
+    const std::int32_t done = PickNearLanes(span, row, width, columns, count, picked);
+    PickOneByOne(span, row, width, columns + done, count - done, picked + std::int64_t{done} * PickedPixelSize(span));
+}
+
+}  // namespace
+
+}  // namespace rows::ROWS_LEVEL
