@@ -18,8 +18,8 @@ namespace {
 using namespace support;
 using namespace digests;
 
-// Wide enough for two of the widest registers in every format, and an uneven rest.
-constexpr int kWidth = 133, kHeight = 21;
+// Wide enough for one of the widest registers in every format, and an uneven rest.
+constexpr int kWidth = 77, kHeight = 21;
 
 struct Place {
     const char* name;
