@@ -112,7 +112,10 @@ void OutputFile::Close() {
 }
 
 ssize_t OutputFile::OnRead(void* self, char* bytes, std::size_t count) {
-    return read(static_cast<OutputFile*>(self)->file_, bytes, count);
+    auto* file = static_cast<OutputFile*>(self);
+    const ssize_t got = read(file->file_, bytes, count);
+    if (got < 0 && file->error_ == 0) file->error_ = errno;
+    return got;
 }
 
 // The stream takes what is less than the count as a failure.
@@ -129,7 +132,9 @@ ssize_t OutputFile::OnWrite(void* self, const char* bytes, std::size_t count) {
 }
 
 int OutputFile::OnSeek(void* self, off64_t* place, int from) {
-    const off_t now = lseek(static_cast<OutputFile*>(self)->file_, *place, from);
+    auto* file = static_cast<OutputFile*>(self);
+    const off_t now = lseek(file->file_, *place, from);
+    if (now < 0 && file->error_ == 0) file->error_ = errno;
     if (now >= 0) *place = now;
     return now < 0 ? -1 : 0;
 }

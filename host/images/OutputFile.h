@@ -24,11 +24,11 @@ class OutputFile {
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
 
-    // For writing, reading back and positioning. After a write that the system refused, every
-    // other one fails too.
+    // For writing, reading back and positioning. After a call that the system refused, every
+    // write fails too.
     std::FILE* stream() const { return stream_; }
 
-    // Fails with the system's reason if any write was refused, even one whose result was ignored.
+    // Fails with the system's reason if any call was refused, even one whose result was ignored.
     void Check() const;
 
     // Writes what is still buffered, closes the file and gives it its name, in the place of an
@@ -51,7 +51,7 @@ class OutputFile {
     std::vector<char> buffer_;  // of the stream
     std::FILE* stream_ = nullptr;
     int file_ = -1;
-    int error_ = 0;  // of the first write that failed
+    int error_ = 0;  // of the first call that failed
 };
 
 }  // namespace host::codec

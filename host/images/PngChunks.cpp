@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <string_view>
 
 #include "host/images/Orientation.h"
@@ -39,6 +40,7 @@ Bytes Inflate(std::string_view packed) {
         uLongf length = room;
         const int result = uncompress(bytes.data(), &length, reinterpret_cast<const Bytef*>(packed.data()),
                                       static_cast<uLong>(packed.size()));
+        if (result == Z_MEM_ERROR) throw std::bad_alloc();
         bytes.resize(result == Z_OK ? length : 0);
         if (result != Z_BUF_ERROR) return bytes;
     }

@@ -1,6 +1,7 @@
 #include "host/images/TiffDescription.h"
 
 #include <algorithm>
+#include <new>
 
 namespace host::codec {
 
@@ -15,6 +16,7 @@ void FindAlpha(TIFF* tiff, TiffDescription& description) {
         if (description.samples == description.ColorSamples() + 1) description.alphaSample = description.ColorSamples();
         return;
     }
+    if (count > 0 && !kinds) throw std::bad_alloc();  // the library's way to say so
     for (int i = 0; i < count && description.alphaSample < 0; ++i) {
         if (kinds[i] != EXTRASAMPLE_ASSOCALPHA && kinds[i] != EXTRASAMPLE_UNASSALPHA) continue;
         if (description.ColorSamples() + i >= description.samples) continue;
@@ -33,6 +35,14 @@ std::uint64_t PlainBytes(TIFF* tiff, const TiffDescription& d, std::uint32_t blo
     return TIFFVStripSize64(tiff, std::min(rows, d.height - block % strips * rows));
 }
 
+// Without memory the library knows the length of the tables that all strips of JPEG data share,
+// and uses them though they aren't there.
+void CheckJpegTables(TIFF* tiff) {
+    std::uint32_t length = 0;
+    const void* tables = nullptr;
+    if (TIFFGetField(tiff, TIFFTAG_JPEGTABLES, &length, &tables) && length > 0 && !tables) throw std::bad_alloc();
+}
+
 }  // namespace
 
 TiffDescription DescribeTiff(TIFF* tiff) {
@@ -46,6 +56,7 @@ TiffDescription DescribeTiff(TIFF* tiff) {
     TIFFGetFieldDefaulted(tiff, TIFFTAG_COMPRESSION, &d.compression);
     TIFFGetFieldDefaulted(tiff, TIFFTAG_ORIENTATION, &d.orientation);
     d.knownPhotometric = TIFFGetField(tiff, TIFFTAG_PHOTOMETRIC, &d.photometric) != 0;
+    if (d.compression == COMPRESSION_JPEG) CheckJpegTables(tiff);
     if (d.compression == COMPRESSION_JPEG && d.photometric == PHOTOMETRIC_YCBCR && !d.Separate()) {
         // The library decodes to red, green and blue when asked to.
         TIFFSetField(tiff, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);

@@ -64,10 +64,11 @@ int TiffFile::OnError(TIFF*, void* self, const char*, const char* format, va_lis
 }
 
 // Of the warnings those of the fax and JPEG decoders tell of data that made no sense. Spare bytes
-// between the segments of JPEG data are harmless.
+// between the segments of JPEG data are harmless, and so is a description that was put right.
 int TiffFile::OnWarning(TIFF*, void* self, const char* module, const char* format, va_list arguments) {
     const std::string_view decoder = module ? module : "";
     if (!decoder.starts_with("Fax") && !decoder.starts_with("JPEG")) return 1;
+    if (decoder.starts_with("JPEGFixup")) return 1;
     char text[256];
     va_list copy;
     va_copy(copy, arguments);

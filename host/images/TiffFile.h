@@ -24,8 +24,8 @@ class TiffFile {
     // The library's last message; empty when there was none.
     const char* message() const { return message_; }
 
-    // The library gives pixels for data that it complained about. From StartPixels on, whatever it
-    // said that means lost ones is damage.
+    // The library gives pixels for data that it complained about. Whatever it said since
+    // StartPixels, or since the file was opened, that means lost ones is damage.
     void StartPixels() { damaged_ = false; }
     bool IsDamaged() const { return damaged_; }
 

@@ -178,6 +178,8 @@ DecoderPointer OpenTiff(Input input) {
     CheckCompression(description.compression);
     // The old way of JPEG in TIFF keeps its pixels elsewhere.
     if (description.compression != COMPRESSION_OJPEG) CheckBlocksInFile(file->get(), description, input.size);
+    // The JPEG decoder would be used though it could not be made.
+    if (description.compression == COMPRESSION_JPEG && file->IsDamaged()) FailTiff(*file);
     if (!description.IsPlain()) return OpenConvertedTiff(std::move(input), std::move(file), description);
     return std::make_unique<TiffDecoder>(std::move(input), std::move(file), description);
 }

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <new>
 
 #include "host/images/TiffFile.h"
 
@@ -27,6 +28,8 @@ class TiffEncoder final : public Encoder {
         TIFFSetField(tiff, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
         const std::uint16_t straight[] = {EXTRASAMPLE_UNASSALPHA};
         if (HasAlpha(layout)) TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, straight);
+        // Without memory the library drops the field in silence.
+        if (HasAlpha(layout) && !KnowsAlpha()) throw std::bad_alloc();
         TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, TIFFDefaultStripSize(tiff, 0));
         row_.resize(std::size_t(output.width) * channels);
     }
@@ -34,16 +37,23 @@ class TiffEncoder final : public Encoder {
     // The predictor works in the row it is given, so it gets a copy.
     void WriteRow(const std::uint8_t* pixels) override {
         std::copy_n(pixels, row_.size(), row_.begin());
-        if (TIFFWriteScanline(file_.get(), row_.data(), next_++, 0) < 0) Fail();
+        if (TIFFWriteScanline(file_.get(), row_.data(), next_++, 0) < 0 || file_.IsDamaged()) Fail();
     }
 
     void Finish() override {
-        if (!TIFFFlush(file_.get())) Fail();
+        if (!TIFFFlush(file_.get()) || file_.IsDamaged()) Fail();
     }
 
   private:
     static bool NeedsLongOffsets(const Output& output) {
         return std::int64_t{output.width} * output.height * BytesPerPixel(output.layout) > kClassicBytes / 2;
+    }
+
+    bool KnowsAlpha() const {
+        std::uint16_t count = 0;
+        std::uint16_t* kinds = nullptr;
+        return TIFFGetField(file_.get(), TIFFTAG_EXTRASAMPLES, &count, &kinds) && count == 1 && kinds &&
+               kinds[0] == EXTRASAMPLE_UNASSALPHA;
     }
 
     [[noreturn]] void Fail() const { FailFile(std::string("can't be written (") + file_.message() + ")"); }

@@ -27,29 +27,39 @@ struct DeleteDemuxer {
 
 using Bytes = std::vector<std::uint8_t>;
 
+// A file is its name and length, its kind, and chunks of a name and a length each.
+constexpr std::size_t kFileHead = 12;
+constexpr std::size_t kChunkHead = 8;
+
+std::size_t LittleAt(const Bytes& file, std::size_t at) {
+    std::size_t number = 0;
+    for (std::size_t i = 0; i < 4 && at + i < file.size(); ++i) number |= std::size_t{file[at + i]} << 8 * i;
+    return number;
+}
+
 // The length that the file states of itself; the library misses only what it needs.
 void CheckLength(const Bytes& file) {
-    std::uint64_t stated = 0;
-    for (std::size_t i = 0; i < 4 && 4 + i < file.size(); ++i) stated |= std::uint64_t{file[4 + i]} << 8 * i;
-    if (stated + 8 > file.size()) FailFormat("is cut short");
+    if (LittleAt(file, 4) + kChunkHead > file.size()) FailFormat("is cut short");
 }
 
 // The content of the first chunk of a name; empty when there is none.
-std::string_view ChunkIn(const WebPDemuxer* demuxer, const char* name) {
-    WebPChunkIterator chunk{};
-    if (!demuxer || !WebPDemuxGetChunk(demuxer, name, 1, &chunk)) return {};
-    const std::string_view content(reinterpret_cast<const char*>(chunk.chunk.bytes), chunk.chunk.size);
-    WebPDemuxReleaseChunkIterator(&chunk);
-    return content;  // part of the file
+std::string_view ChunkIn(const Bytes& file, std::string_view name) {
+    std::string_view rest(reinterpret_cast<const char*>(file.data()), file.size());
+    rest.remove_prefix(std::min<std::size_t>(rest.size(), kFileHead));
+    while (rest.size() >= kChunkHead) {
+        const std::size_t length = LittleAt(file, file.size() - rest.size() + 4);
+        if (length > rest.size() - kChunkHead) break;
+        if (rest.starts_with(name)) return rest.substr(kChunkHead, length);
+        rest.remove_prefix(std::min(rest.size(), kChunkHead + length + length % 2));
+    }
+    return {};
 }
 
 // Exif data count before XMP data.
 std::int32_t OrientationIn(const Bytes& file) {
-    const WebPData data{file.data(), file.size()};
-    const std::unique_ptr<WebPDemuxer, DeleteDemuxer> demuxer(WebPDemux(&data));
-    const std::string_view exif = ChunkIn(demuxer.get(), "EXIF");
+    const std::string_view exif = ChunkIn(file, "EXIF");
     const auto orientation = ExifOrientation(reinterpret_cast<const std::uint8_t*>(exif.data()), exif.size());
-    return orientation ? *orientation : XmpOrientation(ChunkIn(demuxer.get(), "XMP ")).value_or(1);
+    return orientation ? *orientation : XmpOrientation(ChunkIn(file, "XMP ")).value_or(1);
 }
 
 void FailStatus(VP8StatusCode status) {
@@ -123,9 +133,16 @@ class WebPEncoder final : public Encoder {
 
     void Finish() override {
         WebPConfig config;
-        OwnedPicture picture;
-        OwnedWriter writer;
         if (!Configure(config)) FailFile("can't be written: the WebP library is of another version");
+        OwnedWriter writer;
+        Encode(config, writer);
+        Check(writer);
+        WriteExactly(output_.stream, writer.mem, writer.size);
+    }
+
+  private:
+    void Encode(const WebPConfig& config, OwnedWriter& writer) const {
+        OwnedPicture picture;
         picture.use_argb = config.lossless;
         picture.width = output_.width;
         picture.height = output_.height;
@@ -133,14 +150,19 @@ class WebPEncoder final : public Encoder {
         picture.custom_ptr = static_cast<WebPMemoryWriter*>(&writer);
         const auto import = HasAlpha(layout) ? WebPPictureImportRGBA : WebPPictureImportRGB;
         if (!import(&picture, pixels_.data(), static_cast<int>(rowBytes_))) throw std::bad_alloc();
-        if (!WebPEncode(&config, &picture)) {
-            if (picture.error_code == VP8_ENC_ERROR_OUT_OF_MEMORY) throw std::bad_alloc();
-            FailFile("can't be written (WebP error " + std::to_string(picture.error_code) + ")");
-        }
-        WriteExactly(output_.stream, writer.mem, writer.size);
+        if (WebPEncode(&config, &picture)) return;
+        if (picture.error_code == VP8_ENC_ERROR_OUT_OF_MEMORY) throw std::bad_alloc();
+        FailFile("can't be written (WebP error " + std::to_string(picture.error_code) + ")");
     }
 
-  private:
+    // Reads back what was coded: where memory is short the library's encoder may lose data and call
+    // it done.
+    void Check(const OwnedWriter& writer) const {
+        HeldImage back({ImageFileFormat::WebP, output_.width, output_.height, layout, 1});
+        DecodeAt({writer.mem, writer.size}, back, 0, 0, output_.height);
+        if (!output_.quality && std::memcmp(back.Row(0), pixels_.data(), pixels_.size()) != 0) throw std::bad_alloc();
+    }
+
     bool Configure(WebPConfig& config) const {
         if (!WebPConfigInit(&config)) return false;
         if (!output_.quality) {
