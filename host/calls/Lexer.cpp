@@ -3,6 +3,7 @@
 #include <charconv>
 #include <cstdio>
 
+#include "host/calls/ForeignText.h"
 #include "host/objects/Type.h"
 
 namespace host {
@@ -121,9 +122,10 @@ Token Lexer::Finish(TokenKind kind, std::size_t bytes) {
     return token;
 }
 
-Token Lexer::Fail(std::string message, std::size_t bytes) {
+Token Lexer::Fail(std::string message, std::size_t bytes, std::string_view meant) {
     Token token = Finish(TokenKind::Error, bytes);
     token.text = std::move(message);
+    token.meant = meant;
     return token;
 }
 
@@ -139,7 +141,7 @@ Token Lexer::NewLines() {
 
 Token Lexer::Word() {
     std::size_t bytes = 0;
-    while (IsWordCharacter(Peek(bytes))) ++bytes;
+    while (IsWordCharacter(Peek(bytes)) && !IsTypographic(source_.substr(at_ + bytes))) ++bytes;
     return Finish(TokenKind::Identifier, bytes);
 }
 
@@ -193,12 +195,22 @@ Token Lexer::BasedNumber() {
     return token;
 }
 
+namespace {
+
+// Why a text that begins here has no end on its line.
+std::string UnclosedText(std::string_view line) {
+    const bool curly = line.find("\u201D") != std::string_view::npos || line.find("\u201C") != std::string_view::npos;
+    return std::string("this string has no closing quote") + (curly ? "; a curly one does not close it" : "");
+}
+
+}  // namespace
+
 Token Lexer::Text() {
     std::string text;
     std::size_t bytes = 1;
     for (;; ++bytes) {
         if (at_ + bytes >= source_.size() || IsLineEnd(Peek(bytes)))
-            return Fail("this string has no closing quote", bytes);
+            return Fail(UnclosedText(source_.substr(at_, bytes)), bytes, kSomeText);
         if (Peek(bytes) == '"' && Peek(++bytes) != '"') break;
         text += source_[at_ + bytes];
     }
@@ -207,16 +219,32 @@ Token Lexer::Text() {
     return token;
 }
 
-Token Lexer::Sign() {
-    const std::string_view two = source_.substr(at_, 2);
-    if (two == "<>" || two == "<=" || two == ">=") return Finish(TokenKind::Operator, 2);
-    constexpr std::string_view signs = "+-*/\\^=<>(),.:";
-    if (signs.find(Peek()) != std::string_view::npos) return Finish(TokenKind::Operator, 1);
+// "#If" and the like. Its line is nothing that could be read.
+Token Lexer::Directive() {
+    std::size_t bytes = 1;
+    while (IsWordCharacter(Peek(bytes))) ++bytes;
+    std::string message = "\"" + std::string(source_.substr(at_, bytes)) + "\" is not part of this language";
+    while (at_ + bytes < source_.size() && !IsLineEnd(Peek(bytes))) ++bytes;
+    return Fail(std::move(message), bytes);
+}
+
+Token Lexer::ForeignSign() {
+    if (std::optional<ForeignText> foreign = ForeignTextAt(source_.substr(at_)))
+        return Fail(std::move(foreign->message), foreign->bytes, foreign->meant);
     const auto byte = static_cast<unsigned char>(Peek());
     if (byte > 0x20 && byte < 0x7F) return Fail(std::string("\"") + Peek() + "\" has no meaning here", 1);
     char message[48];
     std::snprintf(message, sizeof(message), "the byte &h%02X has no meaning here", byte);
     return Fail(message, 1);
+}
+
+Token Lexer::Sign() {
+    const std::string_view two = source_.substr(at_, 2);
+    if (two == "<>" || two == "<=" || two == ">=") return Finish(TokenKind::Operator, 2);
+    constexpr std::string_view signs = "+-*/\\^=<>(),.:";
+    const bool assigns = two.size() == 2 && two[1] == '=' && signs.substr(0, 7).find(two[0]) != std::string_view::npos;
+    if (!assigns && two != "=>" && signs.find(Peek()) != std::string_view::npos) return Finish(TokenKind::Operator, 1);
+    return ForeignSign();
 }
 
 Token Lexer::Next() {
@@ -227,12 +255,16 @@ Token Lexer::Next() {
         token = Finish(TokenKind::End, 0);
     else if (IsLineEnd(c))
         token = NewLines();
+    else if (IsTypographic(source_.substr(at_)))
+        token = ForeignSign();
     else if (IsLetter(c))
         token = Word();
     else if (IsDigit(c) || (c == '.' && IsDigit(Peek(1)) && !afterDot_))
         token = Number();
-    else if (c == '&')
+    else if (c == '&' && IsWordCharacter(Peek(1)))
         token = BasedNumber();
+    else if (c == '#' && IsLetter(Peek(1)))
+        token = Directive();
     else if (c == '"')
         token = Text();
     else

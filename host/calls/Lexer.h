@@ -21,12 +21,13 @@ enum class TokenKind {
     Operator,  // one of + - * / \ ^ = <> < <= > >= ( ) , . :
     NewLine,
     End,
-    Error  // text holds a message
+    Error  // text holds a message, meant what was probably meant
 };
 
 struct Token {
     TokenKind kind = TokenKind::End;
-    std::string text;  // as written, but for String and Error
+    std::string text;        // as written, but for String and Error
+    std::string_view meant;  // of an Error: what to go on with, a word, an operator or ""; empty: nothing
     std::int64_t number = 0;
     double real = 0;
     std::int32_t line = 1;    // from 1
@@ -43,6 +44,8 @@ struct Token {
 // others.
 int BaseOfLetter(char letter);
 
+// Signs of other languages and typographic characters are told by what would be right.
+//
 // A whole-number literal may reach 2^64 - 1 in &h, &b and &o form and 2^63 - 1 in decimal form;
 // larger decimal ones are doubles.
 class Lexer {
@@ -66,8 +69,10 @@ class Lexer {
     Token BasedNumber();
     Token Text();
     Token Sign();
+    Token ForeignSign();
+    Token Directive();
     Token Finish(TokenKind kind, std::size_t bytes);
-    Token Fail(std::string message, std::size_t bytes);
+    Token Fail(std::string message, std::size_t bytes, std::string_view meant = {});
 
     std::string_view source_;
     std::size_t at_ = 0;

@@ -113,7 +113,7 @@ TEST(Lexer, RefusesNumbersThatAreNone) {
     EXPECT_EQ(Listed("&b12"), "!\"&b12\" is no number in base 2 .");
     EXPECT_EQ(Listed("&h"), "!\"&h\" is no number in base 16 .");
     EXPECT_EQ(Listed("&q1"), "!\"&q1\" is no number: &h, &b, &o or &c was expected .");
-    EXPECT_EQ(Listed("&"), "!\"&\" is no number: &h, &b, &o or &c was expected .");
+    EXPECT_EQ(Listed("&"), "!\"&\" is not part of this language; texts are joined by + .");
     EXPECT_EQ(Listed("&h1FFFFFFFFFFFFFFFF"), "!\"&h1FFFFFFFFFFFFFFFF\" is above 64 bits .");
 }
 
@@ -180,6 +180,36 @@ TEST(Lexer, GoesOnAfterAnError) {
     EXPECT_EQ(Listed("a # b"), "a !\"#\" has no meaning here b .");
     EXPECT_EQ(Listed(std::string_view("a\x01z", 3)), "a !the byte &h01 has no meaning here z .");
     EXPECT_EQ(Listed(std::string_view("a\0z", 3)), "a !the byte &h00 has no meaning here z .");
+}
+
+// What an error says that there should be.
+std::string MeantBy(std::string_view source) {
+    std::string text;
+    for (const Token& token : Tokens(source))
+        if (token.kind == TokenKind::Error) text += (text.empty() ? "" : " ") + std::string(token.meant);
+    return text;
+}
+
+TEST(Lexer, KnowsWhatSignsOfOtherLanguagesMean) {
+    EXPECT_EQ(MeantBy("a == b != c && d || e"), "= <> And Or");
+    EXPECT_EQ(MeantBy("a += 1"), "=");
+    EXPECT_EQ(MeantBy("a -= b *= c /= d"), "= = =");
+    EXPECT_EQ(MeantBy("a & b"), "+");
+    EXPECT_EQ(MeantBy("a >= b <= c <> d = -1"), "");
+    EXPECT_EQ(Listed("a=-1"), "a = - i1 .");
+}
+
+TEST(Lexer, TellsTypographicCharacters) {
+    EXPECT_EQ(Listed("a\u00A0b"), "a !this is a no-break space (U+00A0); type a plain space b .");
+    EXPECT_EQ(MeantBy("\u201Ca b\u201D"), "\"\"") << "one error for the whole text";
+    EXPECT_EQ(Tokens("\u2019 a comment\nb").size(), 4U);
+    EXPECT_EQ(Listed("\"a\u201Cb\""), "'a\u201Cb' .") << "a text may hold anything";
+    EXPECT_EQ(Listed("' a\u201Cb"), ".");
+}
+
+TEST(Lexer, NamesDirectives) {
+    EXPECT_EQ(Listed("#If x Then\na\n#EndIf"),
+              "!\"#If\" is not part of this language | a | !\"#EndIf\" is not part of this language .");
 }
 
 TEST(Lexer, EndsForEver) {
