@@ -48,25 +48,10 @@ void AddMethods(Class& type, std::span<const sdk::MethodRecord> records, bool sh
     }
 }
 
-std::int64_t SizeOfField(Kind kind) {
-    switch (kind) {
-        case Kind::UInt8:
-        case Kind::Boolean:
-            return 1;
-        case Kind::Integer:
-        case Kind::UInt32:
-        case Kind::Single:
-        case Kind::Color:
-            return 4;
-        default:
-            return 8;
-    }
-}
-
 // What is wrong with one direction of a property, or nothing.
 std::string AccessorProblem(const sdk::Accessor& accessor, Kind kind, const sdk::ClassDefinition& definition) {
     if (accessor.function || accessor.fieldOffset < 0) return "";
-    if (std::int64_t{accessor.fieldOffset} + SizeOfField(kind) <= definition.instanceDataSize) return "";
+    if (std::int64_t{accessor.fieldOffset} + RowOf(kind).size <= definition.instanceDataSize) return "";
     return "its field at byte " + std::to_string(accessor.fieldOffset) + " lies outside the instance data of " +
            std::to_string(definition.instanceDataSize) + " bytes";
 }

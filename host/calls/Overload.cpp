@@ -1,78 +1,54 @@
 #include "host/calls/Overload.h"
 
+#include <algorithm>
+
 #include "host/calls/Runtime.h"
 
 namespace host {
 
 namespace {
 
-constexpr int kNone = -1;
-constexpr int kLossy = 12;
-constexpr int kVariant = 15;
-constexpr int kHostConversion = 20;
-
-// Which kinds hold which others exactly, nearest first.
-int NumberCost(Kind from, Kind to) {
-    if (from == to) return 0;
-    struct Row {
-        Kind from;
-        Kind to;
-        int cost;
-    };
-    constexpr Row rows[] = {
-        {Kind::UInt8, Kind::Integer, 1},  {Kind::UInt8, Kind::UInt32, 2},  {Kind::UInt8, Kind::Int64, 3},
-        {Kind::UInt8, Kind::Double, 4},   {Kind::UInt8, Kind::Single, 5},  {Kind::Integer, Kind::Int64, 1},
-        {Kind::Integer, Kind::Double, 2}, {Kind::UInt32, Kind::Int64, 1},  {Kind::UInt32, Kind::Double, 2},
-        {Kind::Single, Kind::Double, 1},  {Kind::Int64, Kind::Double, 10}, {Kind::Integer, Kind::Single, 10},
-        {Kind::Double, Kind::Single, 10}};
-    for (const Row& row : rows)
-        if (row.from == from && row.to == to) return row.cost;
-    return kLossy;
-}
-
-bool IsNumberKind(Kind kind) { return kind >= Kind::Integer && kind <= Kind::Single; }
-
 int ObjectCost(const Object* object, const Type& type) {
-    if (!object) return 1;
+    if (!object) return kNilCost;
     int steps = 0;
     for (const Class* at = object->type; at; at = at->superclass(), ++steps)
-        if (SameName(at->name(), type.className)) return steps == 0 ? 0 : std::min(9 + steps, 11);
-    return kNone;
+        if (SameName(at->name(), type.className)) return steps == 0 ? 0 : SuperclassCost(steps);
+    return kNoConversion;
 }
 
 int ArrayCost(const Value& value, const Type& type) {
-    if (value.IsNil()) return 1;
-    return value.array() && value.array()->element == ElementOf(type) ? 0 : kNone;
+    if (value.IsNil()) return kNilCost;
+    return value.array() && value.array()->element == ElementOf(type) ? 0 : kNoConversion;
 }
 
 int PlainCost(const Value& value, const Type& type) {
-    if (type.IsVariant()) return kVariant;
+    if (type.IsVariant()) return kToVariantCost;
     if (value.IsNumber() && IsNumberKind(type.kind)) return NumberCost(value.kind(), type.kind);
     if (type.kind == Kind::Array) return ArrayCost(value, type);
-    if (value.kind() != type.kind) return kNone;
+    if (value.kind() != type.kind) return kNoConversion;
     return type.kind == Kind::Object ? ObjectCost(value.object(), type) : 0;
 }
 
-// The total cost of a call, or kNone; `defaults` is how many parameters the call leaves out.
-int CallCost(const Method& method, std::span<const Value> arguments, const Value* assigned, int& defaults) {
-    const auto& parameters = method.declaration.parameters;
-    const bool open = !parameters.empty() && parameters.back().paramArray;
-    const std::size_t fixed = parameters.size() - (open ? 1 : 0);
-    if (assigned && !method.assignable()) return kNone;
-    if (arguments.size() < method.declaration.RequiredCount()) return kNone;
-    if (arguments.size() > fixed && !open) return kNone;
-    int total = 0;
-    for (std::size_t i = 0; i < arguments.size() + (assigned ? 1 : 0); ++i) {
-        const bool last = i == arguments.size();
-        const Type type = last        ? method.declaration.result
-                          : i < fixed ? parameters[i].type
-                                      : ElementOf(parameters.back().type);
-        const int cost = ConversionCost(last ? *assigned : arguments[i], type);
-        if (cost == kNone) return kNone;
-        total += cost;
-    }
-    defaults = static_cast<int>(fixed > arguments.size() ? fixed - arguments.size() : 0) + (open ? 1 : 0);
-    return total;
+std::optional<Fit> FitOfCall(const Method& method, std::span<const Value> arguments, const Value* assigned) {
+    if (assigned && !method.assignable()) return {};
+    const auto costOf = [&](std::size_t index, const Parameter& parameter, Passing passing) {
+        return ConversionCost(arguments[index],
+                              passing == Passing::Element ? ElementOf(parameter.type) : parameter.type);
+    };
+    std::optional<Fit> fit = FitOf(method.declaration.parameters, arguments.size(), costOf);
+    if (!fit || !assigned) return fit;
+    const int cost = ConversionCost(*assigned, method.declaration.result);
+    if (cost == kNoConversion) return {};
+    fit->cost += cost;
+    return fit;
+}
+
+// The arguments from `next` on as the array that a ParamArray is.
+Value Gathered(const Parameter& parameter, std::span<const Value> rest) {
+    if (rest.size() == 1 && ConversionCost(rest[0], parameter.type) == 0) return rest[0];
+    auto array = MakeArray(ElementOf(parameter.type));
+    for (const Value& value : rest) array->values.push_back(ConvertTo(value, array->element));
+    return Value(std::move(array));
 }
 
 std::vector<Value> Converted(const Method& method, std::span<const Value> arguments, const Value* assigned) {
@@ -80,16 +56,10 @@ std::vector<Value> Converted(const Method& method, std::span<const Value> argume
     std::vector<Value> values;
     for (std::size_t i = 0; i < parameters.size(); ++i) {
         const Parameter& parameter = parameters[i];
-        if (parameter.paramArray) {
-            auto rest = MakeArray(ElementOf(parameter.type));
-            for (std::size_t j = i; j < arguments.size(); ++j)
-                rest->values.push_back(ConvertTo(arguments[j], rest->element));
-            values.emplace_back(std::move(rest));
-        } else if (i < arguments.size()) {
-            values.push_back(ConvertTo(arguments[i], parameter.type));
-        } else {
-            values.push_back(parameter.defaultValue);
-        }
+        if (parameter.paramArray)
+            values.push_back(Gathered(parameter, arguments.subspan(std::min(i, arguments.size()))));
+        else
+            values.push_back(i < arguments.size() ? ConvertTo(arguments[i], parameter.type) : parameter.defaultValue);
     }
     if (assigned) values.push_back(ConvertTo(*assigned, method.declaration.result));
     return values;
@@ -113,15 +83,43 @@ std::string Complain(std::span<const Method* const> candidates, std::span<const 
 
 }  // namespace
 
+namespace {
+
+// How many kinds of whole numbers are narrower.
+int WholeRank(Kind whole) {
+    return static_cast<int>(std::count_if(std::begin(kKinds), std::end(kKinds), [&](const KindRow& row) {
+        return row.form == NumberForm::Whole && row.digits < RowOf(whole).digits;
+    }));
+}
+
+}  // namespace
+
+int NumberCost(Kind from, Kind to) {
+    if (from == to) return 0;
+    if (!IsRealKind(to)) {
+        if (IsRealKind(from)) return kCutCost + WholeRank(Kind::Int64) - WholeRank(to);
+        return HoldsAll(to, from) ? WholeRank(to) - WholeRank(from) : kNarrowCost;
+    }
+    const bool single = to == Kind::Single;
+    if (!HoldsAll(to, from)) return single ? kLossySingleCost : kLossyDoubleCost;
+    return single ? kExactSingleCost : kExactDoubleCost;
+}
+
+int SuperclassCost(int steps) {
+    constexpr int kNearest = 2;
+    constexpr int kFarthest = 9;
+    return std::min(kNearest + steps, kFarthest);
+}
+
 int ConversionCost(const Value& value, const Type& type) {
     const int plain = PlainCost(value, type);
-    if (plain != kNone) return plain;
-    return Runtime::Get().FindConversion(value, type) ? kHostConversion : kNone;
+    if (plain != kNoConversion) return plain;
+    return Runtime::Get().FindConversion(value, type) ? kHostConversionCost : kNoConversion;
 }
 
 Value ConvertTo(const Value& value, const Type& type) {
     if (type.IsVariant() || value.kind() == type.kind) {
-        if (PlainCost(value, type) != kNone) return value;
+        if (PlainCost(value, type) != kNoConversion) return value;
     } else if (value.IsNumber() && IsNumberKind(type.kind)) {
         return NumberAs(value, type.kind);
     } else if (value.IsNil() && type.kind == Kind::Array) {
@@ -134,26 +132,14 @@ Value ConvertTo(const Value& value, const Type& type) {
 Choice ChooseOverload(std::span<const Method* const> candidates, std::span<const Value> arguments,
                       const Value* assigned) {
     Choice choice;
-    int best = 0;
-    int bestDefaults = 0;
-    bool tie = false;
-    for (const Method* method : candidates) {
-        int defaults = 0;
-        const int cost = CallCost(*method, arguments, assigned, defaults);
-        if (cost == kNone) continue;
-        const bool better = !choice.method || cost < best || (cost == best && defaults < bestDefaults);
-        tie = !better && cost == best && defaults == bestDefaults ? true : better ? false : tie;
-        if (!better) continue;
-        choice.method = method;
-        best = cost;
-        bestDefaults = defaults;
-    }
-    if (tie) {
-        choice.method = nullptr;
-        choice.problem = Complain(candidates, arguments, "more than one method takes ");
-    } else if (!choice.method) {
+    const auto best =
+        BestFits(candidates, [&](const Method* method) { return FitOfCall(*method, arguments, assigned); });
+    if (best.empty()) {
         choice.problem = Complain(candidates, arguments, "no method takes ");
+    } else if (best.size() > 1) {
+        choice.problem = Complain(candidates, arguments, "more than one method takes ");
     } else {
+        choice.method = *best[0];
         choice.arguments = Converted(*choice.method, arguments, assigned);
     }
     return choice;

@@ -32,33 +32,8 @@ Type ArrayOf(const Type& element) { return {Kind::Array, element.kind, element.c
 Type ElementOf(const Type& array) { return {array.element, Kind::None, array.className}; }
 
 std::string TypeText(const Type& type) {
-    switch (type.kind) {
-        case Kind::None:
-            return "";
-        case Kind::Integer:
-            return "Integer";
-        case Kind::Int64:
-            return "Int64";
-        case Kind::UInt32:
-            return "UInt32";
-        case Kind::UInt8:
-            return "UInt8";
-        case Kind::Double:
-            return "Double";
-        case Kind::Single:
-            return "Single";
-        case Kind::Boolean:
-            return "Boolean";
-        case Kind::Color:
-            return "Color";
-        case Kind::String:
-            return "String";
-        case Kind::Array:
-            return TypeText(ElementOf(type)) + "()";
-        case Kind::Object:
-            return type.className;
-    }
-    return "";
+    if (type.kind == Kind::Array) return TypeText(ElementOf(type)) + "()";
+    return type.kind == Kind::Object ? type.className : std::string(RowOf(type.kind).name);
 }
 
 }  // namespace host

@@ -4,12 +4,9 @@
 #include <string>
 #include <string_view>
 
-#include "sdk/Declare.h"
+#include "host/objects/Kinds.h"
 
 namespace host {
-
-// What a value is. Kind::None is "nothing": the result of a method that gives none.
-using Kind = sdk::declare::Kind;
 
 struct Type {
     Kind kind = Kind::None;

@@ -70,6 +70,34 @@ TEST_F(Overloads, PreferTheNearestNumber) {
     EXPECT_EQ(lossy.Index({Value(1.5)}), 0);
 }
 
+TEST_F(Overloads, KeepNumbersWhole) {
+    const Candidates reals{"P(a as single)", "P(a as double)"};
+    EXPECT_EQ(reals.Index({Value(16777217)}), 1);
+    EXPECT_EQ(reals.Index({Value(std::int64_t{16777217})}), 1);
+    EXPECT_EQ(reals.Index({Value(16777217U)}), 1);
+    EXPECT_EQ(reals.Index({Value(1.0F)}), 0);
+    const Candidates wholes{"P(a as uint8)", "P(a as integer)", "P(a as int64)"};
+    EXPECT_EQ(wholes.Index({Value(1.5)}), 2) << "the widest loses least";
+    EXPECT_EQ(wholes.Index({Value(1U)}), 2);
+}
+
+TEST(Kinds, HoldWhatTheirBitsSay) {
+    using host::HoldsAll;
+    using host::Kind;
+    EXPECT_TRUE(HoldsAll(Kind::Double, Kind::UInt32));
+    EXPECT_TRUE(HoldsAll(Kind::Single, Kind::UInt8));
+    EXPECT_FALSE(HoldsAll(Kind::Double, Kind::Int64));
+    EXPECT_FALSE(HoldsAll(Kind::Single, Kind::Integer));
+    EXPECT_FALSE(HoldsAll(Kind::UInt32, Kind::Integer));
+    EXPECT_FALSE(HoldsAll(Kind::Int64, Kind::Single));
+    EXPECT_EQ(host::LowestOf(Kind::Int64), INT64_MIN);
+    EXPECT_EQ(host::HighestOf(Kind::Int64), INT64_MAX);
+    EXPECT_EQ(host::LowestOf(Kind::Integer), INT32_MIN);
+    EXPECT_EQ(host::HighestOf(Kind::UInt32), UINT32_MAX);
+    EXPECT_EQ(host::LowestOf(Kind::UInt8), 0);
+    EXPECT_EQ(host::HighestOf(Kind::UInt8), 255);
+}
+
 TEST_F(Overloads, PreferTheNearestClass) {
     const Candidates classes{"P(a as variant)", "P(a as Sample)", "P(a as DerivedSample)"};
     EXPECT_EQ(classes.Index({Value(New("DerivedSample"))}), 2);
@@ -101,6 +129,9 @@ TEST_F(Overloads, GatherParamArrays) {
     EXPECT_EQ(host::UpperBound(choice.arguments[1].array()), 1);
     EXPECT_EQ(choice.arguments[1].array()->values[0].kind(), host::Kind::Double);
     EXPECT_EQ(host::UpperBound(max.Choose({Value(1)}).arguments[1].array()), -1);
+    auto reals = host::MakeArray(host::TypeNamed("Double"), 3);
+    const host::Array* given = reals.get();
+    EXPECT_EQ(max.Choose({Value(1), Value(std::move(reals))}).arguments[1].array(), given) << "it is one already";
 }
 
 TEST_F(Overloads, TakeArraysOfTheSameElementsOnly) {
