@@ -26,40 +26,18 @@ std::vector<Candidate> Checker::MethodCandidates(const ClassSymbol& type, std::s
     return candidates;
 }
 
-int Checker::ArgumentCost(const ParameterSymbol& parameter, const Expression& argument) const {
-    if (!parameter.byRef) return ConversionCost(argument, parameter.type);
-    return argument.type == parameter.type || IsWrong(argument.type) ? 0 : -1;
+int Checker::ArgumentCost(const ParameterSymbol& parameter, const Expression& argument, host::Passing passing) const {
+    const bool element = passing == host::Passing::Element;
+    if (!parameter.byRef) return ConversionCost(argument, element ? ElementOf(parameter.type) : parameter.type);
+    return argument.type == parameter.type || IsWrong(argument.type) ? 0 : host::kNoConversion;
 }
 
-// The sum of the arguments' costs and, as the lesser weight, how many defaults it takes; -1 when
-// the arguments don't fit.
-int Checker::CallCost(const Signature& signature, const std::vector<ExpressionPtr>& arguments) const {
-    constexpr int kWeight = 64;
-    int cost = 0;
-    std::size_t next = 0;
-    int defaults = 0;
-    for (const ParameterSymbol& parameter : signature.parameters) {
-        if (parameter.paramArray) {
-            const bool whole = next + 1 == arguments.size() && arguments[next]->type == parameter.type;
-            ParameterSymbol element;
-            element.type = whole ? parameter.type : ElementOf(parameter.type);
-            for (; next < arguments.size(); ++next) {
-                const int step = ArgumentCost(element, *arguments[next]);
-                if (step < 0) return -1;
-                cost += step + 1;
-            }
-            ++defaults;
-        } else if (next < arguments.size()) {
-            const int step = ArgumentCost(parameter, *arguments[next++]);
-            if (step < 0) return -1;
-            cost += step;
-        } else if (parameter.optional) {
-            ++defaults;
-        } else {
-            return -1;
-        }
-    }
-    return next == arguments.size() ? cost * kWeight + defaults : -1;
+std::optional<host::Fit> Checker::FitOfCall(const Signature& signature,
+                                            const std::vector<ExpressionPtr>& arguments) const {
+    return host::FitOf(signature.parameters, arguments.size(),
+                       [&](std::size_t index, const ParameterSymbol& parameter, host::Passing passing) {
+                           return ArgumentCost(parameter, *arguments[index], passing);
+                       });
 }
 
 // Why a call does not fit the one signature there is.
@@ -68,17 +46,21 @@ std::string Checker::MismatchText(const Signature& signature, const std::vector<
         static_cast<std::size_t>(std::count_if(signature.parameters.begin(), signature.parameters.end(),
                                                [](const ParameterSymbol& p) { return !p.optional && !p.paramArray; }));
     const std::size_t most = signature.parameters.size();
+    const bool open = most > 0 && signature.parameters.back().paramArray;
     const std::string tail = "\n    " + TextOf(signature);
-    if (arguments.size() < required || arguments.size() > most) {
-        std::string wanted = std::to_string(required);
-        if (most != required) wanted += " to " + std::to_string(most);
-        return signature.name + " takes " + wanted + (most == 1 ? " argument, not " : " arguments, not ") +
+    if (arguments.size() < required || (arguments.size() > most && !open)) {
+        std::string wanted = (open ? "at least " : "") + std::to_string(required);
+        if (most != required && !open) wanted += " to " + std::to_string(most);
+        const bool one = (open ? required : most) == 1;
+        return signature.name + " takes " + wanted + (one ? " argument, not " : " arguments, not ") +
                std::to_string(arguments.size()) + ":" + tail;
     }
     for (std::size_t i = 0; i < arguments.size(); ++i) {
-        const ParameterSymbol& parameter = signature.parameters[i];
-        if (ArgumentCost(parameter, *arguments[i]) >= 0) continue;
-        const std::string wanted = (parameter.byRef ? "a variable of type " : "") + NameOf(parameter.type);
+        const ParameterSymbol& parameter = signature.parameters[std::min(i, most - 1)];
+        const host::Passing passing = parameter.paramArray ? host::Passing::Element : host::Passing::Plain;
+        if (ArgumentCost(parameter, *arguments[i], passing) != host::kNoConversion) continue;
+        const Type type = parameter.paramArray ? ElementOf(parameter.type) : parameter.type;
+        const std::string wanted = (parameter.byRef ? "a variable of type " : "") + NameOf(type);
         return "argument " + std::to_string(i + 1) + " of " + signature.name + " is " + NameOf(arguments[i]->type) +
                ", but " + wanted + " is wanted:" + tail;
     }
@@ -87,7 +69,7 @@ std::string Checker::MismatchText(const Signature& signature, const std::vector<
 
 void Checker::ReportNoCandidate(const std::vector<Candidate>& candidates, const std::vector<ExpressionPtr>& arguments,
                                 bool wantsValue, Position at) {
-    if (candidates.size() == 1 && CallCost(*candidates[0].signature, arguments) < 0)
+    if (candidates.size() == 1 && !FitOfCall(*candidates[0].signature, arguments))
         return diagnostics_.Add(at, MismatchText(*candidates[0].signature, arguments));
     if (candidates.size() == 1) return diagnostics_.Add(at, candidates[0].signature->name + " gives no value");
     std::string types;
@@ -104,16 +86,11 @@ const Candidate* Checker::Choose(const std::vector<Candidate>& candidates, std::
                                  bool wantsValue, Position at) {
     for (const ExpressionPtr& argument : arguments)
         if (IsWrong(argument->type)) return nullptr;
-    std::vector<const Candidate*> best;
-    int bestCost = -1;
-    for (const Candidate& candidate : candidates) {
-        if (wantsValue && candidate.signature->result == kNoType) continue;
-        const int cost = CallCost(*candidate.signature, arguments);
-        if (cost < 0 || (bestCost >= 0 && cost > bestCost)) continue;
-        if (cost != bestCost) best.clear();
-        bestCost = cost;
-        best.push_back(&candidate);
-    }
+    const auto fitOf = [&](const Candidate& candidate) {
+        const bool fits = !wantsValue || candidate.signature->result != kNoType;
+        return fits ? FitOfCall(*candidate.signature, arguments) : std::nullopt;
+    };
+    const auto best = host::BestFits(std::span<const Candidate>(candidates), fitOf);
     if (best.size() == 1) return best[0];
     if (best.empty()) {
         ReportNoCandidate(candidates, arguments, wantsValue, at);

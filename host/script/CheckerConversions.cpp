@@ -1,7 +1,10 @@
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
+#include "host/calls/Overload.h"
 #include "host/calls/Runtime.h"
+#include "host/objects/NearestName.h"
 #include "host/objects/Value.h"
 #include "host/script/Arithmetic.h"
 #include "host/script/CheckerState.h"
@@ -11,70 +14,20 @@ namespace script {
 
 namespace {
 
-// Costs of a conversion; the sum over the arguments decides between overloads.
-constexpr int kNilCost = 1;
-constexpr int kInheritCost = 2;
-constexpr int kNarrowCost = 12;
-constexpr int kTruncateCost = 15;  // to the widest; more to narrower ones
-constexpr int kToVariantCost = 19;
-constexpr int kFromVariantCost = 20;
-constexpr int kHostConversionCost = 21;
-
-// Whole numbers by the range they cover, then reals.
-int RankOf(Base base) {
-    switch (base) {
-        case Base::UInt8:
-            return 1;
-        case Base::Integer:
-            return 2;
-        case Base::UInt32:
-            return 3;
-        case Base::Int64:
-            return 4;
-        case Base::Single:
-            return 5;
-        default:
-            return 6;
+// Whether a whole-number literal is one of a kind's numbers; a bit pattern must have no more bits.
+bool FitsIn(const Expression& literal, host::Kind whole) {
+    if (literal.pattern) {
+        const int bits = host::RowOf(whole).size * 8;
+        return bits == 64 || static_cast<std::uint64_t>(literal.integer) >> bits == 0;
     }
+    return literal.integer >= host::LowestOf(whole) && literal.integer <= host::HighestOf(whole);
 }
 
-// Among overloads a variant prefers the type that loses least of what it may hold.
-int FromVariantStep(Type to) {
-    if (to.array) return 0;
-    switch (to.base) {
-        case Base::Double:
-            return 1;
-        case Base::Int64:
-            return 2;
-        case Base::Integer:
-            return 3;
-        case Base::Single:
-            return 4;
-        case Base::UInt32:
-            return 5;
-        case Base::UInt8:
-            return 6;
-        case Base::Color:
-            return 7;
-        case Base::Boolean:
-            return 8;
-        default:
-            return 0;
-    }
-}
-
-bool FitsIn(std::int64_t value, Base base) {
-    switch (base) {
-        case Base::UInt8:
-            return value >= 0 && value <= 255;
-        case Base::UInt32:
-            return value >= 0 && value <= std::numeric_limits<std::uint32_t>::max();
-        case Base::Integer:
-            return value >= std::numeric_limits<std::int32_t>::min() &&
-                   value <= std::numeric_limits<std::int32_t>::max();
-        default:
-            return true;
-    }
+// Whether a literal number, its fraction cut off, is one of a kind's numbers.
+bool FitsCut(double literal, host::Kind whole) {
+    const double cut = std::trunc(literal);
+    // The highest Int64 is no double; one more is the first that does not fit.
+    return cut >= static_cast<double>(host::LowestOf(whole)) && cut < static_cast<double>(host::HighestOf(whole)) + 1;
 }
 
 bool HasHostConversion(Type from, Type to) {
@@ -138,19 +91,31 @@ bool IsLiteral(const Expression& expression) {
     }
 }
 
+// Every class by name, and the simple types.
+std::vector<std::string> Checker::TypeNames() const {
+    std::vector<std::string> names = {"Variant"};
+    for (const host::KindRow& row : host::kKinds)
+        if (!row.name.empty()) names.emplace_back(row.name);
+    for (const host::Class* native : host::Runtime::Get().Classes()) names.push_back(native->name());
+    for (const ClassSymbol* symbol : symbols_.scriptClasses) names.push_back(symbol->name);
+    return names;
+}
+
+std::string Checker::UnknownType(const std::string& name) const {
+    constexpr std::string_view foreign[] = {"Ptr",         "CString", "PString", "WString",
+                                            "CFStringRef", "OSType",  "Currency"};
+    for (const std::string_view type : foreign)
+        if (host::SameName(type, name)) return name + " is not part of this language";
+    return "there is no type " + name + host::DidYouMean(name, TypeNames());
+}
+
 Type Checker::ResolveType(TypeName& name) {
     Type type = SimpleTypeNamed(name.name);
     if (type == kNoType) {
         if (ClassSymbol* symbol = symbols_.FindClass(name.name)) type = {Base::Object, false, symbol};
     }
     if (type == kNoType) {
-        std::vector<std::string> known = {"Integer", "Int64",   "UInt32", "UInt8", "Double",
-                                          "Single",  "Boolean", "String", "Color", "Variant"};
-        for (const host::Class* native : host::Runtime::Get().Classes()) known.push_back(native->name());
-        for (const ClassSymbol* symbol : symbols_.scriptClasses) known.push_back(symbol->name);
-        const std::string nearest = Nearest(name.name, known);
-        diagnostics_.Add(name.at, "there is no type " + name.name +
-                                      (nearest.empty() ? std::string() : "; did you mean " + nearest + "?"));
+        diagnostics_.Add(name.at, UnknownType(name.name));
         type = kWrongType;
     }
     type.array = name.array && !IsWrong(type);
@@ -158,35 +123,34 @@ Type Checker::ResolveType(TypeName& name) {
     return type;
 }
 
-int Checker::NumericCost(const Expression& from, Type to) const {
-    const Type type = from.type;
-    if (from.node == Node::IntegerLiteral && IsIntegral(to))
-        return FitsIn(LiteralInteger(from), to.base) ? 1 : kNarrowCost;
-    if (IsReal(type) && IsIntegral(to)) return kTruncateCost + RankOf(Base::Int64) - RankOf(to.base);
-    if (type.base == Base::Double && to.base == Base::Single)
-        return from.node == Node::RealLiteral ? 1 : kNarrowCost - 1;
-    const int step = RankOf(to.base) - RankOf(type.base);
-    const bool loses = step < 0 || (type.base == Base::Integer && to.base == Base::UInt32);
-    return loses ? kNarrowCost : step;
-}
-
 int Checker::ConversionCost(const Expression& from, Type to) const {
     const Type type = from.type;
     if (IsWrong(type) || IsWrong(to) || type == to) return 0;
-    if (type == kNilType) return TakesNil(to) ? kNilCost : -1;
-    if (type == kNoType) return -1;
-    if (IsVariant(to)) return kToVariantCost;
-    if (IsVariant(type)) return kFromVariantCost + FromVariantStep(to);
-    if (IsNumeric(type) && IsNumeric(to)) return NumericCost(from, to);
+    if (type == kNoType) return host::kNoConversion;
+    if (IsVariant(to)) return host::kToVariantCost;
+    if (type == kNilType) return TakesNil(to) ? host::kNilCost : host::kNoConversion;
+    if (IsVariant(type)) return host::kFromVariantCost + (to.array ? 0 : host::RowOf(KindOf(to.base)).variantStep);
+    if (IsNumeric(type) && IsNumeric(to)) return host::NumberCost(KindOf(type.base), KindOf(to.base));
     if (IsObject(type) && IsObject(to)) {
         const int steps = Distance(type.of, to.of);
-        if (steps >= 0) return kInheritCost + std::min(steps, 7);
+        if (steps >= 0) return host::SuperclassCost(steps);
     }
-    if (type.array || to.array) return -1;
-    return HasHostConversion(type, to) ? kHostConversionCost : -1;
+    if (type.array || to.array) return host::kNoConversion;
+    return HasHostConversion(type, to) ? host::kHostConversionCost : host::kNoConversion;
 }
 
-void Checker::Convert(ExpressionPtr& expression, Type to, std::string_view use) {
+// A literal that can't be what it is written for is seldom meant.
+void Checker::WarnOfLoss(const Expression& literal, Type to) {
+    if (!IsIntegral(to)) return;
+    const host::Kind kind = KindOf(to.base);
+    const bool whole = literal.node == Node::IntegerLiteral;
+    if (!whole && literal.node != Node::RealLiteral) return;
+    if (whole ? FitsIn(literal, kind) : FitsCut(literal.real, kind)) return;
+    const std::string range = std::to_string(host::LowestOf(kind)) + " to " + std::to_string(host::HighestOf(kind));
+    diagnostics_.Warn(literal.at, "this number does not fit in " + NameOf(to) + ", which holds " + range);
+}
+
+void Checker::Convert(ExpressionPtr& expression, Type to, std::string_view use, Casting casting) {
     if (IsWrong(expression->type) || IsWrong(to)) return;
     if (ConversionCost(*expression, to) < 0) {
         std::string message =
@@ -198,6 +162,7 @@ void Checker::Convert(ExpressionPtr& expression, Type to, std::string_view use) 
             message += "; a cast says that it is one: " + NameOf(to) + "(…)";
         return Wrong(*expression, std::move(message));
     }
+    if (casting == Casting::Implicit) WarnOfLoss(*expression, to);
     ForceConvert(expression, to);
 }
 
@@ -332,38 +297,6 @@ void Checker::Fold(ExpressionPtr& expression) {
         default:
             return;
     }
-}
-
-namespace {
-
-std::size_t EditDistance(std::string_view a, std::string_view b) {
-    std::vector<std::size_t> row(b.size() + 1);
-    for (std::size_t j = 0; j <= b.size(); ++j) row[j] = j;
-    for (std::size_t i = 1; i <= a.size(); ++i) {
-        std::size_t corner = row[0];
-        row[0] = i;
-        for (std::size_t j = 1; j <= b.size(); ++j) {
-            const std::size_t replaced = corner + (a[i - 1] != b[j - 1]);
-            corner = row[j];
-            row[j] = std::min({row[j] + 1, row[j - 1] + 1, replaced});
-        }
-    }
-    return row[b.size()];
-}
-
-}  // namespace
-
-std::string Nearest(std::string_view name, const std::vector<std::string>& candidates) {
-    if (name.size() > 64) return {};
-    std::string nearest;
-    std::size_t best = name.size() / 3 + 1;  // one slip in three letters is a mistype
-    for (const std::string& candidate : candidates) {
-        const std::size_t distance = EditDistance(host::LowerName(name), host::LowerName(candidate));
-        if (distance >= best) continue;
-        best = distance;
-        nearest = candidate;
-    }
-    return nearest;
 }
 
 }  // namespace script

@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "host/calls/Runtime.h"
+#include "host/objects/NearestName.h"
 #include "host/script/Checker.h"
 #include "host/script/CheckerState.h"
 
@@ -11,12 +12,29 @@ namespace {
 // Names that the program can't give to a routine or class of its own without confusion.
 bool IsTypeName(std::string_view name) { return SimpleTypeNamed(name) != kNoType; }
 
+std::string LineOf(Position at) { return ", in line " + std::to_string(at.line); }
+
+// Methods that operators call in other versions of the language.
+bool IsOperatorName(std::string_view name) { return host::SameName(name.substr(0, 9), "Operator_"); }
+
+// Events that a class inherits.
+std::vector<std::string> EventNames(const ClassSymbol& symbol) {
+    std::vector<std::string> names;
+    for (const ClassSymbol* type = symbol.base; type; type = type->base)
+        if (type->native && !type->declaration)
+            for (const host::Event& event : type->native->events()) names.push_back(event.declaration.name);
+    return names;
+}
+
 }  // namespace
 
 void Checker::DeclareClasses() {
     for (ClassDeclaration& declaration : program_.classes) {
         if (IsTypeName(declaration.name) || symbols_.FindClass(declaration.name)) {
-            diagnostics_.Add(declaration.at, "there is a class " + declaration.name + " already; choose another name");
+            const ClassSymbol* other = symbols_.FindClass(declaration.name);
+            const bool own = other && other->declaration;
+            diagnostics_.Add(declaration.at, "there is a class " + declaration.name + " already" +
+                                                 (own ? LineOf(other->declaration->at) : "") + "; choose another name");
             continue;
         }
         ClassSymbol* symbol = symbols_.AddClass(declaration.name);
@@ -31,7 +49,8 @@ void Checker::ResolveBases() {
         if (declaration.base.empty()) continue;
         ClassSymbol* base = symbols_.FindClass(declaration.base);
         if (!base) {
-            diagnostics_.Add(declaration.baseAt, "there is no class " + declaration.base + " to inherit");
+            diagnostics_.Add(declaration.baseAt, "there is no class " + declaration.base + " to inherit" +
+                                                     host::DidYouMean(declaration.base, TypeNames()));
         } else if (Inherits(base, symbol)) {
             diagnostics_.Add(declaration.baseAt, declaration.name + " can't inherit itself");
         } else {
@@ -62,7 +81,9 @@ void Checker::DeclareField(ClassSymbol& symbol, FieldDeclaration& declaration) {
                                                               [](const FieldSymbol* other) { return !other->shared; }));
     }
     const auto [at, added] = symbol.fields.emplace(host::LowerName(field->name), field);
-    if (!added) diagnostics_.Add(declarator.at, symbol.name + " has a " + field->name + " already");
+    if (!added)
+        diagnostics_.Add(declarator.at, symbol.name + " has a " + field->name + " already" +
+                                            LineOf(at->second->declaration->declarator.at));
     symbol.ownFields.push_back(field);
 }
 
@@ -70,18 +91,42 @@ void Checker::DeclareMembers(ClassSymbol& symbol) {
     for (FieldDeclaration& field : symbol.declaration->fields) DeclareField(symbol, field);
     for (RoutineDeclaration& declaration : symbol.declaration->routines) {
         RoutineSymbol* routine = DeclareRoutine(declaration, &symbol);
-        auto& overloads = symbol.routines[host::LowerName(declaration.name)];
-        for (const RoutineSymbol* other : overloads)
-            if (SameParameters(other->signature, routine->signature))
-                diagnostics_.Add(declaration.at,
-                                 symbol.name + " has a " + declaration.name + " with these parameters already");
-        overloads.push_back(routine);
+        const std::string lower = host::LowerName(declaration.name);
+        if (const auto field = symbol.fields.find(lower); field != symbol.fields.end())
+            diagnostics_.Add(declaration.at, symbol.name + " has a " + field->second->name + " already" +
+                                                 LineOf(field->second->declaration->declarator.at));
+        AddRoutine(symbol.routines[lower], *routine, symbol.name + " has a ");
+        WarnOfUncalled(*routine);
     }
+}
+
+// One more of a name; `there` begins the message for one too many.
+void Checker::AddRoutine(std::vector<RoutineSymbol*>& overloads, RoutineSymbol& routine, const std::string& there) {
+    for (const RoutineSymbol* other : overloads)
+        if (SameParameters(other->signature, routine.signature))
+            diagnostics_.Add(
+                routine.declaration->at,
+                there + routine.signature.name + " with these parameters already" + LineOf(other->declaration->at));
+    overloads.push_back(&routine);
+}
+
+// Methods that look as if the language called them.
+void Checker::WarnOfUncalled(const RoutineSymbol& routine) {
+    const std::string& name = routine.signature.name;
+    if (IsOperatorName(name))
+        diagnostics_.Warn(routine.declaration->at, "no operator calls " + name + " here; it is a method like others");
+    if (host::SameName(name, routine.owner->name))
+        diagnostics_.Warn(routine.declaration->at,
+                          "New does not call a Sub with the name of its class; a constructor is Sub Constructor");
 }
 
 void Checker::DeclareParameters(RoutineSymbol& routine) {
     bool optional = false;
+    bool open = false;
     for (Parameter& parameter : routine.declaration->parameters) {
+        if (open)
+            diagnostics_.Add(parameter.at, "nothing is left for a parameter after a ParamArray, which comes last");
+        open |= parameter.paramArray;
         ParameterSymbol& symbol = routine.signature.parameters.emplace_back();
         symbol.name = parameter.name;
         symbol.type = ResolveType(parameter.type);
@@ -141,7 +186,8 @@ void Checker::CheckEvent(RoutineSymbol& routine) {
         if (type->native && !type->declaration) event = type->native->FindEvent(routine.signature.name);
     const Position at = routine.declaration->at;
     if (!event) {
-        return diagnostics_.Add(at, routine.owner->name + " inherits no event " + routine.signature.name);
+        return diagnostics_.Add(at, routine.owner->name + " inherits no event " + routine.signature.name +
+                                        host::DidYouMean(routine.signature.name, EventNames(*routine.owner)));
     }
     Signature wanted;
     wanted.name = event->declaration.name;
@@ -254,11 +300,7 @@ void Checker::Run() {
         RoutineSymbol* routine = DeclareRoutine(declaration, nullptr);
         if (IsTypeName(declaration.name))
             diagnostics_.Add(declaration.at, declaration.name + " is a type; choose another name");
-        auto& overloads = symbols_.routines[host::LowerName(declaration.name)];
-        for (const RoutineSymbol* other : overloads)
-            if (SameParameters(other->signature, routine->signature))
-                diagnostics_.Add(declaration.at, "there is a " + declaration.name + " with these parameters already");
-        overloads.push_back(routine);
+        AddRoutine(symbols_.routines[host::LowerName(declaration.name)], *routine, "there is a ");
     }
     for (RoutineSymbol& routine : symbols_.AllRoutines()) CheckEvent(routine);
     for (RoutineSymbol& routine : symbols_.AllRoutines()) CheckOverride(routine);

@@ -306,6 +306,8 @@ void Checker::CheckNew(ExpressionPtr& expression) {
     expression->type = type;
     expression->node = Node::NewObject;
     const std::vector<Candidate> constructors = MethodCandidates(*type.of, "Constructor", false);
+    if (constructors.empty() && FindPrivate(*type.of, "Constructor"))
+        return Wrong(*expression, UnknownMember(*type.of, "Constructor"));
     if (constructors.empty()) {
         if (!arguments.empty()) Wrong(*expression, type.of->name + " has no Constructor that takes arguments");
         return;

@@ -66,6 +66,44 @@ bool Checker::ResolveArrayMember(ExpressionPtr& expression, ExpressionPtr& recei
     return true;
 }
 
+namespace {
+
+constexpr std::pair<std::string_view, IntrinsicKind> kColorMembers[] = {
+    {"Red", IntrinsicKind::RedOf}, {"Green", IntrinsicKind::GreenOf}, {"Blue", IntrinsicKind::BlueOf}};
+
+// A variant as one type; Base::Object is any object.
+constexpr std::pair<std::string_view, Base> kVariantViews[] = {
+    {"IntegerValue", Base::Integer}, {"Int64Value", Base::Int64},     {"DoubleValue", Base::Double},
+    {"StringValue", Base::String},   {"BooleanValue", Base::Boolean}, {"ColorValue", Base::Color},
+    {"ObjectValue", Base::Object}};
+
+}  // namespace
+
+std::vector<std::string> Checker::ValueMembers(Type type) {
+    std::vector<std::string> names;
+    if (type.array)
+        for (const ArrayMember& member : kArrayMembers) names.emplace_back(member.name);
+    else if (type == kColorType)
+        for (const auto& [name, kind] : kColorMembers) names.emplace_back(name);
+    else if (IsVariant(type))
+        for (const auto& [name, view] : kVariantViews) names.emplace_back(name);
+    else if (IsString(type))
+        for (const std::string& name : host::Runtime::Get().FunctionNames())
+            if (!TextFunctions(name).empty()) names.push_back(name);
+    return names;
+}
+
+// The global functions that take a text first.
+std::vector<Candidate> Checker::TextFunctions(std::string_view name) {
+    std::vector<Candidate> candidates;
+    for (const NativeMethod* native : symbols_.Functions(name)) {
+        const auto& parameters = native->signature.parameters;
+        if (!parameters.empty() && IsString(parameters[0].type))
+            candidates.push_back({&native->signature, nullptr, native});
+    }
+    return candidates;
+}
+
 // Members of values that are no objects. A text's are the global functions that take a text
 // first: name.Len is Len(name).
 bool Checker::ResolveValueMember(ExpressionPtr& expression, ExpressionPtr& receiver,
@@ -73,9 +111,7 @@ bool Checker::ResolveValueMember(ExpressionPtr& expression, ExpressionPtr& recei
     const std::string name = expression->text;
     const Type type = receiver->type;
     if (type == kColorType && arguments.empty()) {
-        constexpr std::pair<std::string_view, IntrinsicKind> parts[] = {
-            {"Red", IntrinsicKind::RedOf}, {"Green", IntrinsicKind::GreenOf}, {"Blue", IntrinsicKind::BlueOf}};
-        for (const auto& [part, kind] : parts) {
+        for (const auto& [part, kind] : kColorMembers) {
             if (!host::SameName(part, name)) continue;
             ExpressionPtr access = MakeExpression(Node::Intrinsic, kIntegerType, expression->at);
             access->intrinsic = kind;
@@ -86,27 +122,15 @@ bool Checker::ResolveValueMember(ExpressionPtr& expression, ExpressionPtr& recei
         }
     }
     if (IsVariant(type) && arguments.empty()) {
-        const std::pair<std::string_view, Type> views[] = {{"IntegerValue", kIntegerType},
-                                                           {"Int64Value", kInt64Type},
-                                                           {"DoubleValue", kDoubleType},
-                                                           {"StringValue", kStringType},
-                                                           {"BooleanValue", kBooleanType},
-                                                           {"ColorValue", kColorType},
-                                                           {"ObjectValue", {Base::Object, false, symbols_.object}}};
-        for (const auto& [view, target] : views) {
+        for (const auto& [view, base] : kVariantViews) {
             if (!host::SameName(view, name)) continue;
-            ForceConvert(receiver, target);
+            ForceConvert(receiver, {base, false, base == Base::Object ? symbols_.object : nullptr});
             expression = std::move(receiver);
             return true;
         }
     }
     if (!IsString(type)) return false;
-    std::vector<Candidate> candidates;
-    for (const NativeMethod* native : symbols_.Functions(name)) {
-        const auto& parameters = native->signature.parameters;
-        if (!parameters.empty() && IsString(parameters[0].type))
-            candidates.push_back({&native->signature, nullptr, native});
-    }
+    const std::vector<Candidate> candidates = TextFunctions(name);
     if (candidates.empty()) return false;
     arguments.insert(arguments.begin(), std::move(receiver));
     ResolveCall(expression, candidates, nullptr, arguments, wantsValue);
@@ -146,7 +170,10 @@ bool Checker::ResolveIntrinsic(ExpressionPtr& expression, std::vector<Expression
         MakeArrayOf(*expression, std::move(arguments));
         return true;
     }
-    if (host::SameName(name, "Ubound") && arguments.size() == 1) {
+    if (host::SameName(name, "Ubound")) {
+        if (arguments.size() != 1)
+            return Wrong(*expression, "Ubound takes 1 argument, an array, not " + std::to_string(arguments.size())),
+                   true;
         if (IsWrong(arguments[0]->type) || !arguments[0]->type.array) {
             Wrong(*expression, IsWrong(arguments[0]->type) ? "" : "Ubound is asked of an array");
             return true;

@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "host/calls/Runtime.h"
+#include "host/objects/NearestName.h"
 #include "host/script/CheckerState.h"
 
 namespace script {
@@ -19,37 +20,84 @@ Variable* Checker::FindGlobal(std::string_view name) {
     return found == globals_.end() ? nullptr : found->second;
 }
 
+// Whether the program's own statements have not come to a variable's declaration. Routines may use
+// it: they can be called afterwards.
+bool Checker::IsAhead(const Variable& variable, Position at) const {
+    const bool ownStatement = !context_.routine && !context_.owner && !context_.scopes.empty();
+    if (!ownStatement || variable.storage == Storage::Constant) return false;
+    const bool declared = context_.scopes.front().contains(host::LowerName(variable.name));
+    return !declared &&
+           (at.line < variable.at.line || (at.line == variable.at.line && at.column != variable.at.column));
+}
+
 bool Checker::MayReach(const ClassSymbol* owner, bool isPrivate) const {
     return !isPrivate || (context_.owner && Inherits(context_.owner, owner));
 }
 
-std::string Checker::UnknownName(std::string_view name) {
+namespace {
+
+// What other languages call things.
+constexpr std::pair<std::string_view, std::string_view> kOtherNames[] = {
+    {"null", "Nil"}, {"nothing", "Nil"}, {"this", "Self"}, {"echo", "Print"}, {"println", "Print"}, {"msgbox", "Print"},
+};
+
+// Words that begin a statement: a line that begins with another is taken for a call.
+constexpr std::string_view kStatementWords[] = {"Print",  "Quit", "Dim",    "Const", "If",     "For",
+                                                "While",  "Do",   "Select", "Exit",  "Return", "Raise",
+                                                "Static", "Try",  "ReDim",  "Sub",   "Class",  "Function"};
+
+// Names of members that a host's class has of its own.
+void AddNames(const host::Class& type, std::vector<std::string>& names) {
+    for (const auto& method : type.methods()) names.push_back(method.declaration.name);
+    for (const auto& method : type.sharedMethods()) names.push_back(method.declaration.name);
+    for (const auto& property : type.properties()) names.push_back(property.name);
+    for (const auto& constant : type.constants()) names.push_back(constant.name);
+}
+
+}  // namespace
+
+std::string Checker::UnknownName(std::string_view name, bool wantsValue) {
     std::vector<std::string> known = host::Runtime::Get().FunctionNames();
     for (const auto& scope : context_.scopes)
         for (const auto& [lower, variable] : scope) known.push_back(variable->name);
     for (const auto& [lower, variable] : globals_) known.push_back(variable->name);
     for (const auto& [lower, routines] : symbols_.routines) known.push_back(routines[0]->signature.name);
     for (const ClassSymbol* symbol : symbols_.scriptClasses) known.push_back(symbol->name);
-    for (const std::string intrinsic : {"Print", "Array", "Ubound"}) known.push_back(intrinsic);
-    const std::string nearest = Nearest(name, known);
+    if (context_.owner) AddMemberNames(*context_.owner, known);
+    known.insert(known.end(), {"Array", "Ubound"});
+    if (!wantsValue) known.insert(known.end(), std::begin(kStatementWords), std::end(kStatementWords));
+    std::string nearest = host::NearestName(name, known);
+    for (const auto& [other, own] : kOtherNames)
+        if (host::SameName(other, name)) nearest = own;
     return "nothing here is called " + std::string(name) +
            (nearest.empty() ? "; a variable is declared with Dim" : "; did you mean " + nearest + "?");
 }
 
-std::string Checker::UnknownMember(const ClassSymbol& type, std::string_view name) {
-    std::vector<std::string> known;
+// Names that may be used here, of a class and those it inherits.
+void Checker::AddMemberNames(const ClassSymbol& type, std::vector<std::string>& names) const {
     for (const ClassSymbol* at = &type; at; at = at->base) {
-        for (const auto& [lower, field] : at->fields) known.push_back(field->name);
-        for (const auto& [lower, routines] : at->routines) known.push_back(routines[0]->signature.name);
-        if (!at->native || at->declaration) continue;
-        for (const auto& method : at->native->methods()) known.push_back(method.declaration.name);
-        for (const auto& method : at->native->sharedMethods()) known.push_back(method.declaration.name);
-        for (const auto& property : at->native->properties()) known.push_back(property.name);
-        for (const auto& constant : at->native->constants()) known.push_back(constant.name);
+        for (const auto& [lower, field] : at->fields)
+            if (MayReach(field->owner, field->isPrivate)) names.push_back(field->name);
+        for (const auto& [lower, routines] : at->routines)
+            for (const RoutineSymbol* routine : routines)
+                if (MayReach(routine->owner, routine->isPrivate)) names.push_back(routine->signature.name);
+        if (at->native && !at->declaration) AddNames(*at->native, names);
     }
-    const std::string nearest = Nearest(name, known);
-    return type.name + " has no member " + std::string(name) +
-           (nearest.empty() ? std::string() : "; did you mean " + nearest + "?");
+}
+
+// A method of this name that may not be called from here; null if there is none.
+const RoutineSymbol* Checker::FindPrivate(const ClassSymbol& type, std::string_view name) const {
+    for (const RoutineSymbol* routine : symbols_.FindRoutines(type, name))
+        if (!MayReach(routine->owner, routine->isPrivate)) return routine;
+    return nullptr;
+}
+
+std::string Checker::UnknownMember(const ClassSymbol& type, std::string_view name) {
+    if (const RoutineSymbol* hidden = FindPrivate(type, name))
+        return hidden->signature.name + " is private to " + hidden->owner->name;
+    std::vector<std::string> known;
+    AddMemberNames(type, known);
+    return type.name + " has no member " + std::string(name) + host::DidYouMean(name, known);
 }
 
 void Checker::UseVariable(Expression& expression, Variable& variable) {
@@ -182,6 +230,8 @@ void Checker::CheckName(ExpressionPtr& expression, std::vector<ExpressionPtr> ar
     }
     if (ResolveSelfMember(expression, arguments, hasArguments, wantsValue)) return;
     if (Variable* variable = FindGlobal(name)) {
+        if (IsAhead(*variable, expression->at))
+            return Wrong(*expression, name + " is used before its Dim in line " + std::to_string(variable->at.line));
         UseVariable(*expression, *variable);
         return ApplyIndex(expression, std::move(arguments));
     }
@@ -200,7 +250,7 @@ void Checker::CheckName(ExpressionPtr& expression, std::vector<ExpressionPtr> ar
     if (const Type simple = SimpleTypeNamed(name); simple != kNoType) return MakeCast(expression, simple, arguments);
     if (ClassSymbol* symbol = symbols_.FindClass(name))
         return MakeCast(expression, {Base::Object, false, symbol}, arguments);
-    Wrong(*expression, UnknownName(name));
+    Wrong(*expression, UnknownName(name, wantsValue));
 }
 
 void Checker::MakeCast(ExpressionPtr& expression, Type type, std::vector<ExpressionPtr>& arguments) {
@@ -208,7 +258,7 @@ void Checker::MakeCast(ExpressionPtr& expression, Type type, std::vector<Express
     ExpressionPtr& operand = arguments[0];
     const bool downwards = IsObject(operand->type) && IsObject(type) && Inherits(type.of, operand->type.of);
     if (!downwards) {
-        Convert(operand, type, "what is cast");
+        Convert(operand, type, "what is cast", Casting::Explicit);
         if (operand->type == type || IsWrong(operand->type)) {
             expression = std::move(operand);
             return;
@@ -263,7 +313,8 @@ void Checker::CheckMember(ExpressionPtr& expression, std::vector<ExpressionPtr> 
     } else if (ResolveValueMember(expression, receiver, arguments, wantsValue)) {
         return;
     }
-    if (expression->node != Node::Nothing) Wrong(*expression, NameOf(type) + " has no member " + name);
+    if (expression->node != Node::Nothing)
+        Wrong(*expression, NameOf(type) + " has no member " + name + host::DidYouMean(name, ValueMembers(type)));
 }
 
 void Checker::CheckApply(ExpressionPtr& expression, bool wantsValue) {

@@ -3,10 +3,12 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "host/calls/Overload.h"
 #include "host/script/Ast.h"
 #include "host/script/Diagnostics.h"
 #include "host/script/Symbols.h"
@@ -19,6 +21,9 @@ struct Candidate {
     RoutineSymbol* routine = nullptr;
     const NativeMethod* native = nullptr;
 };
+
+// Whether the script asked for a conversion by name.
+enum class Casting { Implicit, Explicit };
 
 // What a routine's body may refer to.
 struct RoutineContext {
@@ -45,7 +50,9 @@ class Checker {
     void DeclareField(ClassSymbol& symbol, FieldDeclaration& declaration);
     RoutineSymbol* DeclareRoutine(RoutineDeclaration& declaration, ClassSymbol* owner);
     void DeclareParameters(RoutineSymbol& routine);
+    void AddRoutine(std::vector<RoutineSymbol*>& overloads, RoutineSymbol& routine, const std::string& there);
     void CheckOverride(const RoutineSymbol& routine);
+    void WarnOfUncalled(const RoutineSymbol& routine);
     void CheckEvent(RoutineSymbol& routine);
     void DeclareGlobals(Block& block);
     void CheckClassBodies(ClassSymbol& symbol);
@@ -114,8 +121,13 @@ class Checker {
     void ApplyIndex(ExpressionPtr& expression, std::vector<ExpressionPtr> arguments);
     void UseVariable(Expression& expression, Variable& variable);
     bool MayReach(const ClassSymbol* owner, bool isPrivate) const;
+    bool IsAhead(const Variable& variable, Position at) const;
+    void AddMemberNames(const ClassSymbol& type, std::vector<std::string>& names) const;
+    const RoutineSymbol* FindPrivate(const ClassSymbol& type, std::string_view name) const;
+    std::vector<std::string> ValueMembers(Type type);  // of what is no object
+    std::vector<Candidate> TextFunctions(std::string_view name);
     std::string UnknownMember(const ClassSymbol& type, std::string_view name);
-    std::string UnknownName(std::string_view name);
+    std::string UnknownName(std::string_view name, bool wantsValue);
     bool ResolveAssignableCall(Statement& statement);
     bool ResolvePropertySet(Statement& statement);
 
@@ -125,8 +137,8 @@ class Checker {
                      std::vector<ExpressionPtr>& arguments, bool wantsValue);
     const Candidate* Choose(const std::vector<Candidate>& candidates, std::vector<ExpressionPtr>& arguments,
                             bool wantsValue, Position at);
-    int CallCost(const Signature& signature, const std::vector<ExpressionPtr>& arguments) const;
-    int ArgumentCost(const ParameterSymbol& parameter, const Expression& argument) const;
+    std::optional<host::Fit> FitOfCall(const Signature& signature, const std::vector<ExpressionPtr>& arguments) const;
+    int ArgumentCost(const ParameterSymbol& parameter, const Expression& argument, host::Passing passing) const;
     std::vector<ExpressionPtr> FitArguments(const Signature& signature, std::vector<ExpressionPtr>& arguments);
     void FitByRef(const ParameterSymbol& parameter, ExpressionPtr& argument);
     void ReportNoCandidate(const std::vector<Candidate>& candidates, const std::vector<ExpressionPtr>& arguments,
@@ -137,8 +149,10 @@ class Checker {
     // --- Types and conversions (CheckerConversions.cpp)
     Type ResolveType(TypeName& name);
     int ConversionCost(const Expression& from, Type to) const;  // -1: none
-    int NumericCost(const Expression& from, Type to) const;
-    void Convert(ExpressionPtr& expression, Type to, std::string_view use);
+    void Convert(ExpressionPtr& expression, Type to, std::string_view use, Casting casting = Casting::Implicit);
+    void WarnOfLoss(const Expression& literal, Type to);
+    std::vector<std::string> TypeNames() const;
+    std::string UnknownType(const std::string& name) const;
     void ForceConvert(ExpressionPtr& expression, Type to);
     void Fold(ExpressionPtr& expression);
     Type CommonType(Type a, Type b) const;  // of two numbers
@@ -164,8 +178,5 @@ ExpressionPtr CloneLiteral(const Expression& literal, Position at);
 ExpressionPtr UseOf(Variable& variable, Position at);
 bool IsLiteral(const Expression& expression);
 Type SimpleTypeNamed(std::string_view name);
-
-// The nearest of some names to a mistyped one; empty when none is near.
-std::string Nearest(std::string_view name, const std::vector<std::string>& candidates);
 
 }  // namespace script

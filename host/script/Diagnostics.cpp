@@ -31,18 +31,24 @@ std::string_view LineOf(const Source& source, std::int32_t line) {
     return rest.substr(0, rest.find_first_of("\r\n"));
 }
 
-void Diagnostics::Add(Position at, std::string message) {
-    const bool known = std::any_of(list_.begin(), list_.end(), [&](const Diagnostic& d) { return d.at == at; });
-    if (known) return;
-    if (list_.size() < kMostDiagnostics)
-        list_.push_back({at, std::move(message)});
-    else
-        ++omitted_;
+void Diagnostics::Tell(Position at, std::string message, Severity severity) {
+    if (!places_.emplace(at.line, at.column, severity).second) return;
+    if (counts_[static_cast<std::size_t>(severity)]++ < kMostDiagnostics)
+        list_.push_back({at, std::move(message), severity});
+}
+
+// "… and 3 more errors", or nothing.
+std::string Diagnostics::Omitted(Severity severity) const {
+    const std::size_t count = counts_[static_cast<std::size_t>(severity)];
+    if (count <= kMostDiagnostics) return {};
+    const std::string what = severity == Severity::Error ? " more error" : " more warning";
+    return "… and " + std::to_string(count - kMostDiagnostics) + what + (count - kMostDiagnostics == 1 ? "\n" : "s\n");
 }
 
 std::string Describe(const Source& source, const Diagnostic& diagnostic) {
     const auto [line, column] = diagnostic.at;
     std::string text = source.path + ':' + std::to_string(line) + ':' + std::to_string(column) + ": ";
+    if (diagnostic.severity == Severity::Warning) text += "warning: ";
     text += diagnostic.message + '\n';
     const std::string_view shown = LineOf(source, line);
     if (!shown.empty()) text += "    " + std::string(shown) + "\n    " + Caret(shown, column) + '\n';
@@ -56,8 +62,7 @@ std::string Diagnostics::Text() const {
     });
     std::string text;
     for (const Diagnostic& diagnostic : sorted) text += Describe(source_, diagnostic);
-    if (omitted_ > 0)
-        text += "… and " + std::to_string(omitted_) + (omitted_ == 1 ? " more error\n" : " more errors\n");
+    for (const Severity severity : {Severity::Error, Severity::Warning}) text += Omitted(severity);
     return text;
 }
 

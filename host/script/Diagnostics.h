@@ -1,9 +1,12 @@
 // What is wrong with a script, collected while it is read and checked, so that one run tells it all.
 #pragma once
 
+#include <array>
 #include <cstdint>
+#include <set>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 namespace script {
@@ -25,12 +28,15 @@ struct Source {
 // The text of one line without its end; empty past the last.
 std::string_view LineOf(const Source& source, std::int32_t line);
 
+enum class Severity : std::uint8_t { Error, Warning };
+
 struct Diagnostic {
     Position at;
     std::string message;  // one sentence, says what would be right
+    Severity severity = Severity::Error;
 };
 
-// More errors than this are only counted: the first ones cause the rest.
+// More errors, or warnings, than this are only counted: the first ones cause the rest.
 inline constexpr std::size_t kMostDiagnostics = 25;
 
 class Diagnostics {
@@ -38,22 +44,29 @@ class Diagnostics {
     explicit Diagnostics(const Source& source) : source_(source) {}
 
     // A second error at the same place is dropped.
-    void Add(Position at, std::string message);
+    void Add(Position at, std::string message) { Tell(at, std::move(message), Severity::Error); }
 
-    bool Empty() const { return list_.empty(); }
+    // What is legal but hardly meant. It does not keep a script from running.
+    void Warn(Position at, std::string message) { Tell(at, std::move(message), Severity::Warning); }
+
+    bool HasErrors() const { return counts_[0] > 0; }
     const std::vector<Diagnostic>& List() const { return list_; }
 
-    // "path:line:column: message", the line, and a caret below the column, for each error in the
-    // order of the lines.
+    // "path:line:column: message", the line, and a caret below the column, for each error and
+    // warning in the order of the lines.
     std::string Text() const;
 
   private:
+    void Tell(Position at, std::string message, Severity severity);
+    std::string Omitted(Severity severity) const;
+
     const Source& source_;
     std::vector<Diagnostic> list_;
-    int omitted_ = 0;
+    std::set<std::tuple<std::int32_t, std::int32_t, Severity>> places_;  // of all that was told, listed or not
+    std::array<std::size_t, 2> counts_{};                                // by severity
 };
 
-// One diagnostic as Diagnostics::Text writes it.
+// One diagnostic as Diagnostics::Text writes it; a warning's message is led by "warning: ".
 std::string Describe(const Source& source, const Diagnostic& diagnostic);
 
 }  // namespace script

@@ -19,13 +19,14 @@ host::Array& ArrayIn(const Value& value) {
 }
 
 std::size_t CountFor(std::int64_t highest) {
-    if (highest < -1) Throw("OutOfBoundsException", "An array's highest index can't be below -1");
-    if (highest >= kMostElements) Throw("OutOfBoundsException", "An array can't have so many elements");
+    if (highest < -1 || highest >= kMostElements)
+        Throw("OutOfBoundsException", "An array's highest index is -1 to " + std::to_string(kMostElements - 1) +
+                                          ", not " + std::to_string(highest));
     return static_cast<std::size_t>(highest + 1);
 }
 
 std::size_t IndexIn(const host::Array& array, std::int64_t index, std::size_t end) {
-    if (index < 0 || index >= static_cast<std::int64_t>(end)) ThrowOutOfBounds(index, array);
+    if (index < 0 || index >= static_cast<std::int64_t>(end)) ThrowOutOfBounds(index, array, end);
     return static_cast<std::size_t>(index);
 }
 
@@ -68,8 +69,12 @@ void Resize(host::Array& array, std::size_t count) {
 }  // namespace
 
 void ThrowOutOfBounds(std::int64_t index, const host::Array& array) {
-    const std::string which =
-        array.values.empty() ? "the array is empty" : "the highest is " + std::to_string(array.values.size() - 1);
+    ThrowOutOfBounds(index, array, array.values.size());
+}
+
+void ThrowOutOfBounds(std::int64_t index, const host::Array& array, std::size_t end) {
+    std::string which = end == 0 ? "the array is empty" : "the highest is " + std::to_string(end - 1);
+    if (end > array.values.size()) which += ", behind the last element";
     Throw("OutOfBoundsException", "Index " + std::to_string(index) + " is out of bounds; " + which);
 }
 
@@ -117,7 +122,7 @@ void Machine::PerformArray(Instruction instruction, const Function& function, Va
             return;
         case Op::Pop: {
             host::Array& array = ArrayIn(r[instruction.b]);
-            if (array.values.empty()) ThrowOutOfBounds(-1, array);
+            if (array.values.empty()) Throw("OutOfBoundsException", "Pop takes the last element; the array is empty");
             Value last = std::move(array.values.back());
             array.values.pop_back();
             *a = std::move(last);

@@ -16,6 +16,7 @@ bool AttentionWanted();
 void WantAttention();
 
 [[noreturn]] void ThrowOutOfBounds(std::int64_t index, const host::Array& array);
+[[noreturn]] void ThrowOutOfBounds(std::int64_t index, const host::Array& array, std::size_t end);  // where end may be
 
 // Negative, 0 or positive. Texts are compared without regard to case; strings of bytes, which
 // have no encoding, by their bytes.

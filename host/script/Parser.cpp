@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/calls/ForeignText.h"
 #include "host/objects/Type.h"
 #include "host/script/ParserState.h"
 
@@ -27,14 +28,31 @@ bool IsReserved(std::string_view word) {
                        [&](std::string_view reserved) { return host::SameName(reserved, word); });
 }
 
+namespace {
+
+// What an erroneous token was to be.
+Token Meant(const Token& error) {
+    Token token = error;
+    token.kind = host::IsIdentifier(error.meant)  ? TokenKind::Identifier
+                 : error.meant == host::kSomeText ? TokenKind::String
+                                                  : TokenKind::Operator;
+    token.text = token.kind == TokenKind::String ? std::string() : std::string(error.meant);
+    return token;
+}
+
+}  // namespace
+
 Parser::Parser(const Source& source, Diagnostics& diagnostics) : diagnostics_(diagnostics) {
     for (Token& token : host::Tokens(source.text)) {
-        if (token.kind == TokenKind::Error) {
-            diagnostics_.Add({token.line, token.column}, token.text);
-        } else {
+        if (token.kind != TokenKind::Error) {
             tokens_.push_back(std::move(token));
+            continue;
         }
+        diagnostics_.Add({token.line, token.column}, token.text);
+        if (!token.meant.empty()) tokens_.push_back(Meant(token));
     }
+    CollectRoutineNames();
+    SplitEnds();
 }
 
 const Token& Parser::Peek(std::size_t ahead) const { return tokens_[std::min(at_ + ahead, tokens_.size() - 1)]; }

@@ -36,6 +36,8 @@ void Parser::ParseDeclaration(Program& program) {
 
 Parameter Parser::ParseParameter() {
     Parameter parameter;
+    for (const std::string_view foreign : {"Extends", "Assigns"})
+        if (AtWord(foreign) && AtName(1)) Fail(std::string(foreign) + " is not part of this language");
     for (;;) {
         if (TakeWord("byref")) {
             parameter.byRef = true;
@@ -58,6 +60,8 @@ Parameter Parser::ParseParameter() {
         parameter.defaultValue = ParseExpression();
         parameter.optional = true;
     }
+    if (parameter.paramArray && parameter.optional)
+        FailAt(parameter.at, "a ParamArray has no default: where nothing is left for it, it is empty");
     if (parameter.byRef && (parameter.optional || parameter.paramArray))
         FailAt(parameter.at, "a ByRef parameter can't be optional: it needs a variable of the caller's");
     return parameter;
@@ -152,6 +156,7 @@ ClassDeclaration Parser::ParseClass() {
             continue;
         }
         try {
+            RefuseForeign();
             ParseClassMember(declaration);
         } catch (const ParseFailure&) {
             SkipLine();
@@ -164,11 +169,12 @@ ClassDeclaration Parser::ParseClass() {
 void Parser::ParseProgram(Program& program) {
     while (!AtFileEnd()) {
         try {
+            CorrectKeyword();
             if (AtDeclaration()) {
                 ParseDeclaration(program);
                 ExpectLineEnd("the declaration");
             } else if (AtBlockEnd()) {
-                Fail(Found() + " has no beginning here");
+                FailWithoutBeginning();
             } else {
                 ParseLineOfStatements(program.body);
             }

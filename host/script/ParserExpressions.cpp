@@ -182,6 +182,7 @@ ExpressionPtr Parser::ParseNameOrConstant() {
     if (TakeWord("nil")) return MakeNode(Node::NilLiteral, at);
     if (TakeWord("self") || TakeWord("me")) return MakeNode(Node::Self, at);
     if (TakeWord("super")) return MakeNode(Node::Super, at);
+    if (AtWord("addressof") && AtName(1)) Fail("AddressOf is not part of this language");
     ExpressionPtr node = MakeNode(Node::Name, at);
     node->text = ExpectName("a value");
     return node;

@@ -1,6 +1,7 @@
-// The parser's insides, shared by its three files: expressions, statements, declarations.
+// The parser's insides, shared by its files: expressions, statements, declarations, mistakes.
 #pragma once
 
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -98,6 +99,7 @@ class Parser {
     StatementPtr ParseFor();
     void ParseForRange(Statement& statement);
     void ParseForEachRange(Statement& statement);
+    void CheckNextName(const Statement& loop);
     void ExpectLoopEnd(std::string_view word, std::string_view loop, Position opened);
     void ParseLoopVariable(Statement& statement);
     StatementPtr ParseWhile();
@@ -113,6 +115,18 @@ class Parser {
     void ExpectEnd(std::string_view word, Position opened);
     StatementPtr Make(Action action) const;
 
+    // --- Mistakes (ParserMistakes.cpp)
+    void CollectRoutineNames();
+    bool HasToldEnough() const;
+    bool DeclaresRoutine(std::string_view name) const;
+    bool LineHasWord(std::string_view word) const;
+    void RefuseForeign();
+    void SkipForeignBlock(std::string_view word);
+    void CorrectKeyword();
+    void SplitEnds();
+    bool ReportMistyped(std::string_view word, std::int32_t first);
+    [[noreturn]] void FailWithoutBeginning();
+
     // --- Declarations (ParserDeclarations.cpp)
     bool AtDeclaration() const;
     void ParseDeclaration(Program& program);
@@ -127,6 +141,7 @@ class Parser {
     Diagnostics& diagnostics_;
     std::vector<Token> tokens_;
     std::size_t at_ = 0;
+    std::set<std::string, std::less<>> routineNames_;  // in lower case
     int blockDepth_ = 0;
     int expressionDepth_ = 0;
 };

@@ -30,7 +30,11 @@ Block Parser::ParseBlock() {
     if (blockDepth_ >= kDeepestBlock) Fail("blocks are nested too deeply; move the inner ones to a Sub");
     ++blockDepth_;
     Block block;
-    while (!AtBlockEnd()) ParseLineOfStatements(block);
+    for (;;) {
+        CorrectKeyword();
+        if (AtBlockEnd()) break;
+        ParseLineOfStatements(block);
+    }
     --blockDepth_;
     return block;
 }
@@ -52,6 +56,7 @@ void Parser::ParseLineOfStatements(Block& block) {
 void Parser::ExpectEnd(std::string_view word, Position opened) {
     const std::string wanted = "End " + std::string(word);
     if (!AtWord("end")) {
+        if (ReportMistyped("End", opened.line)) throw ParseFailure();
         diagnostics_.Add(Here(), "expected " + wanted + " for the " + OpenedAt(word, opened) + ", found " + Found());
         throw ParseFailure();
     }
@@ -63,6 +68,7 @@ void Parser::ExpectEnd(std::string_view word, Position opened) {
 }
 
 StatementPtr Parser::ParseStatement() {
+    RefuseForeign();
     if (AtWord("dim") || AtWord("var")) return ParseDim(false);
     if (AtWord("static")) return ParseDim(true);
     if (AtWord("const")) return ParseConst();
@@ -279,6 +285,7 @@ void Parser::ExpectLoopEnd(std::string_view word, std::string_view loop, Positio
     if (!AtWord(word)) {
         std::string shown(word);
         shown[0] = static_cast<char>(shown[0] - 'a' + 'A');
+        if (ReportMistyped(shown, opened.line)) throw ParseFailure();
         Fail("expected " + shown + " for the " + OpenedAt(loop, opened) + ", found " + Found());
     }
     Advance();
@@ -296,8 +303,20 @@ StatementPtr Parser::ParseFor() {
     });
     statement->blocks.push_back(ParseBlock());
     ExpectLoopEnd("next", each ? "For Each" : "For", statement->at);
-    if (AtName()) Advance();
+    if (AtName()) CheckNextName(*statement);
     return statement;
+}
+
+// "Next i" names the variable that its loop counts in.
+void Parser::CheckNextName(const Statement& loop) {
+    std::string counts;
+    if (!loop.declarators.empty()) counts = loop.declarators[0].name;
+    if (!loop.expressions.empty() && loop.expressions[0] && loop.expressions[0]->node == Node::Name)
+        counts = loop.expressions[0]->text;
+    if (!counts.empty() && !AtWord(counts))
+        diagnostics_.Add(Here(), "this Next ends the " + OpenedAt("For", loop.at) + ", which counts in " + counts +
+                                     ", not in " + Peek().text);
+    Advance();
 }
 
 void Parser::ParseForRange(Statement& statement) {

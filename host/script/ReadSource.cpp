@@ -37,6 +37,12 @@ bool ReadFile(const std::string& path, std::string& text) {
     return read;
 }
 
+// By its byte-order mark, or by the zero bytes of its first ASCII characters.
+bool IsUtf16(std::string_view text) {
+    if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF")) return true;
+    return text.size() >= 4 && ((text[0] == 0 && text[2] == 0) || (text[1] == 0 && text[3] == 0));
+}
+
 }  // namespace
 
 std::optional<Source> ReadSource(const std::string& path, const std::function<void(std::string_view)>& complain) {
@@ -48,6 +54,10 @@ std::optional<Source> ReadSource(const std::string& path, const std::function<vo
     }
     if (source.text.size() > kLargestScript) {
         complain(source.path + ": this is too large for a script\n");
+        return {};
+    }
+    if (IsUtf16(source.text)) {
+        complain(source.path + ": the script can't be read: it is UTF-16 text; save it as UTF-8\n");
         return {};
     }
     return source;

@@ -35,6 +35,8 @@ std::string FailureText(const Source& source, const Failure& failure) {
     const std::string message = host::MessageOf(exception);
     std::string text = exception->type->name();
     if (!message.empty()) text += ": " + message;
+    if (const std::int32_t number = host::ErrorNumberOf(exception))
+        text += " (ErrorNumber " + std::to_string(number) + ")";
     text = Describe(source, {at, std::move(text)});
     for (std::size_t i = 0; i < failure.trace.size(); ++i) {
         const TraceLine& line = failure.trace[i];
@@ -53,9 +55,9 @@ std::string ListOf(const std::vector<std::string>& items) {
 
 bool Load(LoadedScript& script) {
     script.program = Parse(script.source, script.diagnostics);
-    if (!script.diagnostics.Empty()) return false;
+    if (script.diagnostics.HasErrors()) return false;
     Check(*script.program, script.symbols, script.diagnostics);
-    return script.diagnostics.Empty();
+    return !script.diagnostics.HasErrors();
 }
 
 int RunLoaded(LoadedScript& script, const RunOptions& options) {
@@ -99,8 +101,8 @@ int RunScript(const Source& source, const RunOptions& options) {
         RegisterClasses(script->symbols, script->machine);
         Compile(*script->program, script->symbols, script->code, script->diagnostics);
     }
-    if (!script->diagnostics.Empty()) {
-        options.complain(script->diagnostics.Text());
+    if (!script->diagnostics.List().empty()) options.complain(script->diagnostics.Text());
+    if (script->diagnostics.HasErrors()) {
         UnregisterClasses(script->symbols);
         return 1;
     }

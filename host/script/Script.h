@@ -28,7 +28,7 @@ std::optional<Source> ReadSource(const std::string& path, const std::function<vo
 // still alive at its end.
 int RunScript(const Source& source, const RunOptions& options);
 
-// Only parses and checks; gives the errors as text, empty for none.
+// Only parses and checks; gives the errors and warnings as text, empty for none.
 std::string CheckScript(const Source& source);
 
 }  // namespace script

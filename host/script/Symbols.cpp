@@ -101,7 +101,7 @@ std::string TextOf(const Signature& signature) {
         text += separator;
         if (parameter.byRef) text += "ByRef ";
         if (parameter.paramArray) text += "ParamArray ";
-        text += parameter.name + " As " + NameOf(parameter.type);
+        text += parameter.name + " As " + NameOf(parameter.paramArray ? ElementOf(parameter.type) : parameter.type);
         if (parameter.optional) text += " = …";
         separator = ", ";
     }

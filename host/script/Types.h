@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string>
 
+#include "host/objects/Kinds.h"
+
 namespace script {
 
 struct ClassSymbol;
@@ -24,6 +26,32 @@ enum class Base : std::uint8_t {
     Variant,
     Object,
 };
+
+// The host's kind of a value; None for what it knows by no single kind.
+constexpr host::Kind KindOf(Base base) {
+    switch (base) {
+        case Base::Boolean:
+            return host::Kind::Boolean;
+        case Base::Integer:
+            return host::Kind::Integer;
+        case Base::Int64:
+            return host::Kind::Int64;
+        case Base::UInt32:
+            return host::Kind::UInt32;
+        case Base::UInt8:
+            return host::Kind::UInt8;
+        case Base::Single:
+            return host::Kind::Single;
+        case Base::Double:
+            return host::Kind::Double;
+        case Base::Color:
+            return host::Kind::Color;
+        case Base::String:
+            return host::Kind::String;
+        default:
+            return host::Kind::None;
+    }
+}
 
 // An array is a reference like an object; arrays of arrays don't exist.
 struct Type {

@@ -36,6 +36,16 @@ TEST(Command, NamesTheScriptThatCannotBeRead) {
     EXPECT_THAT(outcome.err, HasSubstr("/nowhere/at-all.rbs"));
 }
 
+TEST(Command, TellsThatAScriptIsUtf16) {
+    std::string utf16;
+    for (const char c : std::string("Print 1\n")) utf16 += {c, '\0'};
+    for (const std::string& text : {utf16, "\xFF\xFE" + utf16, "\xFE\xFF" + ('\0' + utf16)}) {
+        const ScriptOf script(text);
+        EXPECT_EQ(RunCommand({"run", script.path()}).err,
+                  script.path() + ": the script can't be read: it is UTF-16 text; save it as UTF-8\n");
+    }
+}
+
 TEST(Command, NamesThePluginThatCannotBeLoaded) {
     const ScriptOf script("Print 1\n");
     const Outcome outcome = RunCommand({"--plugin", "/nowhere/plugin.so", "run", script.path()});

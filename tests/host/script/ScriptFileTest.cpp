@@ -3,6 +3,7 @@
 //
 //   Print 1 + 1        ' expect: 2            the lines of standard output, in order of the file
 //   x = "text"         ' expect error: wants  a message of standard error for this very line
+//   x = 300            ' expect warning: fit   a warning of standard error for this very line
 //   ' expect note: text                       a message of standard error without a line
 //   ' expect exit: 3                          the exit code; else 1 with an error and 0 without
 //   ' arguments: a b                          arguments of the script
@@ -25,7 +26,7 @@ namespace fs = std::filesystem;
 
 struct Expectation {
     std::vector<std::string> lines;
-    std::vector<std::pair<int, std::string>> errors;
+    std::vector<std::pair<int, std::string>> errors, warnings;
     std::vector<std::string> notes;
     std::vector<std::string> arguments;
     int exitCode = 0;
@@ -47,6 +48,7 @@ Expectation ReadExpectation(const fs::path& path) {
     for (int number = 1; std::getline(file, line); ++number) {
         if (TakeMark(line, "expect", rest)) expectation.lines.push_back(rest);
         if (TakeMark(line, "expect error", rest)) expectation.errors.emplace_back(number, rest);
+        if (TakeMark(line, "expect warning", rest)) expectation.warnings.emplace_back(number, rest);
         if (TakeMark(line, "expect note", rest)) expectation.notes.push_back(rest);
         if (TakeMark(line, "arguments", rest)) {
             std::istringstream words(rest);
@@ -82,20 +84,28 @@ TEST_P(ScriptFile, PrintsWhatItExpects) {
     ASSERT_TRUE(outcome.ended) << "the script did not end in time; so far it printed\n" << outcome.out;
     EXPECT_THAT(LinesOf(outcome.out), testing::ElementsAreArray(expected.lines));
     EXPECT_EQ(outcome.exitCode, expected.exitCode) << outcome.err;
-    std::size_t places = 0;
-    for (const std::string& line : LinesOf(outcome.err))
-        places += line.starts_with(path.string() + ':') && line.find(": objects ") == std::string::npos;
-    for (const auto& [number, text] : expected.errors) {
-        bool found = false;
-        for (const std::string& line : LinesOf(outcome.err)) {
-            const bool here = line.starts_with(path.string() + ':' + std::to_string(number) + ':');
-            found |= here && line.find(text) != std::string::npos;
+    const std::vector<std::string> told = LinesOf(outcome.err);
+    const auto expectPlaces = [&](const auto& places, bool warnings) {
+        std::size_t count = 0;
+        for (const std::string& line : told) {
+            const bool warning = line.find(": warning: ") != std::string::npos;
+            const bool place = line.starts_with(path.string() + ':') && line.find(": objects ") == std::string::npos;
+            count += place && warning == warnings;
         }
-        EXPECT_TRUE(found) << "no error in line " << number << " with: " << text << "\n" << outcome.err;
-    }
-    EXPECT_EQ(places, expected.errors.size()) << outcome.err;
+        for (const auto& [number, text] : places) {
+            const std::string start = path.string() + ':' + std::to_string(number) + ':';
+            const bool found = std::any_of(told.begin(), told.end(), [&](const std::string& line) {
+                const bool warning = line.find(": warning: ") != std::string::npos;
+                return line.starts_with(start) && warning == warnings && line.find(text) != std::string::npos;
+            });
+            EXPECT_TRUE(found) << "nothing told in line " << number << " with: " << text << "\n" << outcome.err;
+        }
+        EXPECT_EQ(count, places.size()) << outcome.err;
+    };
+    expectPlaces(expected.errors, false);
+    expectPlaces(expected.warnings, true);
     for (const std::string& note : expected.notes) EXPECT_THAT(outcome.err, testing::HasSubstr(note));
-    const bool silent = expected.errors.empty() && expected.notes.empty();
+    const bool silent = expected.errors.empty() && expected.warnings.empty() && expected.notes.empty();
     EXPECT_TRUE(!silent || outcome.err.empty()) << outcome.err;
 }
 
