@@ -65,7 +65,8 @@ inline constexpr HostFunctionName<void()> kREALYieldToRB{"REALYieldToRB"};
 
 // --- Strings, memory blocks, arrays ---------------------------------------------------------
 
-// A string of a copy of the bytes, marked as bytes without an encoding; nil when memory is short.
+// A string of a copy of the bytes, marked as bytes without an encoding; nil for none. When memory
+// is short it is nil as well, and the host has raised an exception.
 inline constexpr HostFunctionName<String*(const char* bytes, std::int64_t length)> kREALBuildString{"REALBuildString"};
 inline constexpr HostFunctionName<void(String*)> kREALUnlockString{"REALUnlockString"};
 

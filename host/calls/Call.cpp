@@ -7,6 +7,7 @@
 #include <cstring>
 #include <vector>
 
+#include "host/calls/Border.h"
 #include "host/calls/Runtime.h"
 
 namespace host {
@@ -282,7 +283,8 @@ struct Closure::Parts {
     ffi_closure* closure = nullptr;
 
     Value Run(void** arguments) const;
-    static void Called(ffi_cif*, void* result, void** arguments, void* parts);
+    void Give(const Value& value, void* result) const;
+    static void Called(ffi_cif*, void* result, void** arguments, void* parts) noexcept;
 };
 
 // Gives the body copies of the arguments and converts what it gives to the declared type.
@@ -299,14 +301,16 @@ Value Closure::Parts::Run(void** arguments) const {
     return Runtime::Get().RunGuarded([&] { return body(self, values); });
 }
 
-void Closure::Parts::Called(ffi_cif*, void* result, void** arguments, void* context) {
+void Closure::Parts::Called(ffi_cif*, void* result, void** arguments, void* context) noexcept {
     const auto* parts = static_cast<const Parts*>(context);
     const Type& type = parts->declaration.result;
-    if (type.kind == Kind::None) {
-        parts->Run(arguments);
-        return;
-    }
-    Value value = Passed(parts->Run(arguments), type);
+    const Value value = AtBorder([&] { return Passed(parts->Run(arguments), type); });
+    if (type.kind != Kind::None) parts->Give(value, result);
+}
+
+// Hands a value of the declared type, or nothing for zero, to the caller.
+void Closure::Parts::Give(const Value& value, void* result) const {
+    const Type& type = declaration.result;
     const Cell cell = CellOf(value, type.kind);
     // The caller gets a reference of its own.
     if (type.kind == Kind::String) Retain(value.string());

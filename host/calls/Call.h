@@ -60,6 +60,7 @@ class Closure {
 
 // Numbers, strings and arrays as objects, for parameters and results of type Variant: a value
 // that is an object is passed as it is, any other in a box (an instance of the class Variant).
+// Throws std::bad_alloc when memory is short.
 Ref<Object> Box(const Value& value);
 Value Unbox(const Ref<Object>& object);
 

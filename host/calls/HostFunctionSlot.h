@@ -3,7 +3,7 @@
 // A plug-in keeps the addresses that the resolver gave it, so what it calls must stay at that
 // address while what is called may change: each host function has a trampoline of its own, which
 // counts the call, fails it if it is to fail, and calls what is bound. No C++ exception leaves a
-// trampoline: it gives zero instead.
+// trampoline: it is raised (Border.h) and the trampoline gives zero.
 #pragma once
 
 #include <cstdint>
@@ -38,6 +38,8 @@ struct HostFunctionRecord {
     bool Enter() { return ++calls >= failFrom && calls <= failTo; }
 };
 
+void RaiseCurrent() noexcept;  // Border.h
+
 // Adds a record to the resolver's table.
 void AddHostFunction(HostFunctionRecord& record);
 
@@ -63,11 +65,12 @@ class HostFunctionSlotOf<Name, Result(Arguments...)> {
     static HostFunctionRecord& Record() { return record_; }
 
   private:
-    static Result Trampoline(Arguments... arguments) {
+    static Result Trampoline(Arguments... arguments) noexcept {
         if (record_.Enter()) return Zero();
         try {
             return bound_(arguments...);
         } catch (...) {
+            RaiseCurrent();
             return Zero();
         }
     }

@@ -33,6 +33,7 @@ bool SetPropValueString(sdk::Object* object, const char* name, sdk::String* valu
     Object* self = FromPlugin(object);
     const Property* property = self && name ? self->type->FindProperty(name) : nullptr;
     if (!property || property->shared || !property->writable() || property->type.kind != Kind::String) return false;
+    if (self->destroyed) return false;
     SetProperty(*property, self, Value(Ref<String>::Share(FromPlugin(value))));
     return true;
 }

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "host/calls/Border.h"
 #include "host/calls/Call.h"
 #include "host/calls/Exceptions.h"
 #include "host/calls/HostFunctions.h"
@@ -41,6 +42,7 @@ Runtime& Runtime::Get() {
 void Runtime::Start() {
     RegisterVariant(*this);
     RegisterExceptions(*this);
+    spareOutOfMemory_ = OutOfMemory();
     BindCoreFunctions(*this);
 }
 
@@ -139,12 +141,19 @@ sdk::AnyFunction Runtime::Entry(const char* service) {
 
 void Runtime::Raise(Ref<Object> exception) {
     if (raised_) return;
-    if (!exception) exception = MakeException("RuntimeException", "An exception without an object was raised.");
-    raised_ = std::move(exception);
+    if (exception) {
+        raised_ = std::move(exception);
+    } else {
+        Raise("RuntimeException", "An exception without an object was raised.");
+    }
 }
 
 void Runtime::Raise(std::string_view className, std::string_view message, std::int32_t errorNumber) {
-    Raise(MakeException(className, message, errorNumber));
+    try {
+        Raise(MakeException(className, message, errorNumber));
+    } catch (const std::bad_alloc&) {
+        Raise(OutOfMemory());
+    }
 }
 
 Ref<Object> Runtime::TakeRaised() { return std::exchange(raised_, nullptr); }
@@ -163,16 +172,22 @@ Ref<Object> Runtime::MakeException(std::string_view className, std::string_view 
     return exception;
 }
 
+Ref<Object> Runtime::OutOfMemory() noexcept {
+    try {
+        return MakeException("OutOfMemoryException", "There is not enough memory.");
+    } catch (const std::bad_alloc&) {
+        return spareOutOfMemory_;
+    }
+}
+
 Value Runtime::RunGuarded(const std::function<Value()>& code) {
     Ref<Object> before = TakeRaised();
     Value result;
     Ref<Object> thrown;
     try {
         result = code();
-    } catch (const Raised& raised) {
-        thrown = raised.exception;
-    } catch (const std::exception& error) {
-        thrown = MakeException("RuntimeException", error.what());
+    } catch (...) {
+        thrown = CurrentException();
     }
     if (!thrown) thrown = TakeRaised();
     if (thrown) result = Value();

@@ -81,7 +81,8 @@ class Runtime {
     // --- Exceptions -----------------------------------------------------------------------------
 
     // Marks an exception as raised; it takes effect when the function that raised it has
-    // returned. One already marked stays. Nil makes a RuntimeException.
+    // returned. One already marked stays. Nil makes a RuntimeException. Where memory is too short
+    // for the exception, it is an OutOfMemoryException instead.
     void Raise(Ref<Object> exception);
     void Raise(std::string_view className, std::string_view message, std::int32_t errorNumber = 0);
 
@@ -89,8 +90,13 @@ class Runtime {
     Ref<Object> TakeRaised();  // nil when there is none
     void ThrowIfRaised();      // throws Raised
 
-    // An exception object with its message; of RuntimeException when the class is unknown.
+    // An exception object with its message; of RuntimeException when the class is unknown. Throws
+    // std::bad_alloc when memory is short.
     Ref<Object> MakeException(std::string_view className, std::string_view message, std::int32_t errorNumber = 0);
+
+    // An OutOfMemoryException, which can always be had: when memory is too short even for that, it
+    // is one made at the start.
+    Ref<Object> OutOfMemory() noexcept;
 
     // Runs code that a plug-in called in the middle of one of its methods. An exception that was
     // raised before is put aside meanwhile. What the code throws or leaves raised is marked as
@@ -122,6 +128,7 @@ class Runtime {
     std::intptr_t eventCount_ = 0;
     std::string refusal_;
     Ref<Object> raised_;
+    Ref<Object> spareOutOfMemory_;
     std::vector<std::pair<int, std::function<void()>>> yields_;
     int yieldNumber_ = 0;
     std::vector<Conversion> conversions_;

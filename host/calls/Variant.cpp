@@ -1,6 +1,8 @@
 // Boxes: values that are no objects, as objects.
 #include "host/calls/Variant.h"
 
+#include <new>
+
 #include "host/calls/Call.h"
 #include "host/calls/Runtime.h"
 
@@ -23,7 +25,8 @@ Ref<Object> Box(const Value& value) {
     if (value.IsNothing()) return nullptr;
     if (value.kind() == Kind::Object) return Ref<Object>::Share(value.object());
     Ref<Object> box = NewObject(*variant);
-    if (box) variant->SlotsOf(box.get())[0] = value;
+    if (!box) throw std::bad_alloc();
+    variant->SlotsOf(box.get())[0] = value;
     return box;
 }
 

@@ -89,6 +89,7 @@ std::string FileStream::Read(std::int64_t count) {
     while (count > 0) {
         const auto part = static_cast<std::size_t>(std::min(count, kPart));
         const std::size_t before = bytes.size();
+        if (before > kMostStringBytes) throw std::bad_alloc();  // more than a string holds
         bytes.resize(before + part);
         const std::size_t got = std::fread(bytes.data() + before, 1, part, file);
         bytes.resize(before + got);
@@ -108,7 +109,10 @@ bool FileStream::ReadLine(std::string& line) {
     int c = std::getc(file);
     if (c == EOF && std::ferror(file)) FailSystem("can't be read");
     if (c == EOF) return false;
-    for (; c != EOF && c != '\n' && c != '\r'; c = std::getc(file)) line.push_back(static_cast<char>(c));
+    for (; c != EOF && c != '\n' && c != '\r'; c = std::getc(file)) {
+        if (line.size() >= kMostStringBytes) throw std::bad_alloc();
+        line.push_back(static_cast<char>(c));
+    }
     if (c != '\r') return true;
     const int next = std::getc(file);
     if (next != '\n' && next != EOF) std::ungetc(next, file);

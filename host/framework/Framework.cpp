@@ -7,6 +7,7 @@
 #include "host/framework/NumberFunctions.h"
 #include "host/framework/Picture.h"
 #include "host/framework/Streams.h"
+#include "host/framework/Support.h"
 #include "host/framework/TextFunctions.h"
 #include "host/framework/Timer.h"
 #include "host/framework/WorldClass.h"
@@ -14,6 +15,7 @@
 namespace host {
 
 void RegisterFramework(Runtime& runtime) {
+    AddExceptionTranslator(&ExceptionClassOf);
     RegisterMemoryBlock(runtime);
     RegisterFolderItem(runtime);
     RegisterPicture(runtime);

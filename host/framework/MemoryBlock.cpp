@@ -233,7 +233,11 @@ Value BlockToString(const Value& block) {
     return Value(MakeString({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, sdk::Encoding::None));
 }
 
-Value StringToBlock(const Value& string) { return Value(NewMemoryBlock(string.text())); }
+Value StringToBlock(const Value& string) {
+    Ref<Object> block = NewMemoryBlock(string.text());
+    if (!block) throw std::bad_alloc();
+    return Value(std::move(block));
+}
 
 }  // namespace
 

@@ -69,7 +69,12 @@ std::int32_t Depth(sdk::Object* picture) { return Data(picture).storage.depth; }
 
 sdk::Object* GetGraphics(sdk::Object* picture) { return NewGraphics(picture).Detach(); }
 
-sdk::Object* GetMask(sdk::Object* picture) { return MaskOrNew(picture, Width(picture), Height(picture)).Detach(); }
+// Nil for a picture without pixels.
+sdk::Object* GetMask(sdk::Object* picture) {
+    Ref<Object> mask = MaskOrNew(picture, Width(picture), Height(picture));
+    if (!mask && StorageOf(picture)) throw std::bad_alloc();
+    return mask.Detach();
+}
 
 void AssignMask(sdk::Object* picture, sdk::Object* mask) {
     if (!mask) return SetMask(picture, nullptr);

@@ -1,10 +1,10 @@
 #include "host/framework/PictureStorage.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <new>
-#include <vector>
 
 #include "host/objects/GuardedMemory.h"
 
@@ -142,8 +142,15 @@ bool IsUsable(const sdk::GWorld& world) {
 
 bool CreateStorage(PictureStorage& storage, std::int32_t width, std::int32_t height, std::int32_t depth) {
     if (!Allocate(storage, width, height, depth, depth == 8 ? &kSystemColors : nullptr)) return false;
-    const std::vector<RgbColor> white(static_cast<std::size_t>(width), kWhite);
-    for (std::int32_t y = 0; y < height; ++y) StoreColors(storage, 0, y, width, white.data());
+    constexpr std::array kWhites = [] {
+        std::array<RgbColor, 256> whites{};
+        whites.fill(kWhite);
+        return whites;
+    }();
+    constexpr auto kPart = static_cast<std::int32_t>(kWhites.size());
+    for (std::int32_t y = 0; y < height; ++y)
+        for (std::int32_t x = 0; x < width; x += std::min(kPart, width - x))
+            StoreColors(storage, x, y, std::min(kPart, width - x), kWhites.data());
     return true;
 }
 

@@ -34,7 +34,7 @@ struct PictureStorage {
 };
 
 // Fills an empty storage with white pixels. False when the depth is none of 32, 24, 16, 8 and 1,
-// a side is below 1 or a row reaches 2^31 bytes, or when memory is short.
+// a side is below 1 or the rows take 2^31 bytes or more, or when memory is short.
 bool CreateStorage(PictureStorage& storage, std::int32_t width, std::int32_t height, std::int32_t depth);
 
 // Takes over a world that somebody else made. False when it has no pixels or is of a depth that

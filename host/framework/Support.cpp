@@ -3,26 +3,18 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "host/images/Image.h"
+
 namespace host {
 
 void Fail(std::string_view className, std::string_view message, std::int32_t errorNumber) {
     throw Raised{Runtime::Get().MakeException(className, message, errorNumber)};
 }
 
-void RaiseCurrent() noexcept {
-    Runtime& runtime = Runtime::Get();
-    try {
-        throw;
-    } catch (const Raised& raised) {
-        runtime.Raise(raised.exception);
-    } catch (const ImageError& error) {
-        runtime.Raise(error.kind == ImageError::Kind::File ? "IOException" : "UnsupportedFormatException",
-                      error.what());
-    } catch (const std::bad_alloc&) {
-        runtime.Raise("OutOfMemoryException", "There is not enough memory.");
-    } catch (const std::exception& error) {
-        runtime.Raise("RuntimeException", error.what());
-    }
+const char* ExceptionClassOf(const std::exception& error) {
+    const auto* image = dynamic_cast<const ImageError*>(&error);
+    if (!image) return nullptr;
+    return image->kind == ImageError::Kind::File ? "IOException" : "UnsupportedFormatException";
 }
 
 bool IsInstance(const sdk::Object* object, const sdk::ClassDefinition& definition) {

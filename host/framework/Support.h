@@ -1,17 +1,16 @@
-// What the framework's classes have in common: instance data as records, errors as exceptions,
-// and the one place where those stop.
+// What the framework's classes have in common: instance data as records, errors as exceptions.
 //
 // The functions behind the framework's members are called through the plug-in interface, which
 // no C++ exception may cross. They may throw all the same: Guarded<&Function> stands in the
-// records in their place and turns what is thrown into the raised exception of the script.
+// records in their place and stops at the border (calls/Border.h) what is thrown.
 #pragma once
 
 #include <new>
 #include <string>
 #include <type_traits>
 
+#include "host/calls/Border.h"
 #include "host/calls/Runtime.h"
-#include "host/images/Image.h"
 #include "sdk/Declare.h"
 
 namespace host {
@@ -21,8 +20,8 @@ namespace host {
 
 [[noreturn]] inline void FailBounds(std::string_view message) { Fail("OutOfBoundsException", message); }
 
-// Turns the C++ exception in flight into the raised exception. For catch blocks.
-void RaiseCurrent() noexcept;
+// The exception class for an error of the framework's own kinds (ImageError); null for others.
+const char* ExceptionClassOf(const std::exception& error);
 
 template <auto Function>
 struct GuardedFunction;
@@ -30,12 +29,7 @@ struct GuardedFunction;
 template <class Result, class... Arguments, Result (*Function)(Arguments...)>
 struct GuardedFunction<Function> {
     static Result Call(Arguments... arguments) noexcept {
-        try {
-            return Function(arguments...);
-        } catch (...) {
-            RaiseCurrent();
-        }
-        if constexpr (!std::is_void_v<Result>) return Result{};
+        return AtBorder([&] { return Function(arguments...); });
     }
 };
 

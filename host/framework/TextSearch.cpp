@@ -77,11 +77,11 @@ sdk::String* ReplaceUpTo(std::size_t most, sdk::String* text, sdk::String* wante
     for (std::size_t count = 0; search.WantedLength() > 0 && count < most; ++count) {
         const std::size_t found = search.Find(at);
         if (found == Search::kNone) break;
-        result += search.Between(at, found);
-        result += Bytes(by);
+        AppendText(result, search.Between(at, found));
+        AppendText(result, Bytes(by));
         at = found + search.WantedLength();
     }
-    result += search.Between(at, search.Length());
+    AppendText(result, search.Between(at, search.Length()));
     return GiveString(result, EncodingOfText(text));
 }
 
@@ -131,10 +131,10 @@ sdk::String* Join(sdk::Array* parts, sdk::String* delimiter) {
     std::string result;
     sdk::Encoding encoding = sdk::Encoding::Utf8;
     for (std::size_t i = 0; i < array->values.size(); ++i) {
-        if (i > 0) result += Bytes(delimiter);
+        if (i > 0) AppendText(result, Bytes(delimiter));
         const Value& part = array->values[i];
         if (!part.text().empty() && EncodingOf(part.string()) == sdk::Encoding::None) encoding = sdk::Encoding::None;
-        result += part.text();
+        AppendText(result, part.text());
     }
     return GiveString(result, encoding);
 }

@@ -9,7 +9,7 @@ std::int64_t liveArrays = 0;
 Array* firstLive = nullptr;
 }  // namespace
 
-Array::Array() : references(1), previous(nullptr), next(firstLive) {
+Array::Array() : references(1), previous(nullptr), next(firstLive), waitsBefore(nullptr) {
     if (firstLive) firstLive->previous = this;
     firstLive = this;
     ++liveArrays;
@@ -44,20 +44,19 @@ namespace {
 // long chain does not exhaust the stack.
 constexpr int kDeepestRelease = 64;
 int releaseDepth = 0;
-std::vector<Array*> waiting;  // without references
+Array* waiting = nullptr;  // without references; a list by Array::waitsBefore
 
 }  // namespace
 
-void Release(Array* array) {
+void Release(Array* array) noexcept {
     if (!array || --array->references > 0) return;
-    if (releaseDepth == kDeepestRelease) return waiting.push_back(array);
+    if (releaseDepth == kDeepestRelease) {
+        array->waitsBefore = std::exchange(waiting, array);
+        return;
+    }
     ++releaseDepth;
     delete array;
-    while (releaseDepth == kDeepestRelease && !waiting.empty()) {
-        Array* following = waiting.back();
-        waiting.pop_back();
-        delete following;
-    }
+    while (releaseDepth == kDeepestRelease && waiting) delete std::exchange(waiting, waiting->waitsBefore);
     --releaseDepth;
 }
 

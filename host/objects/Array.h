@@ -18,6 +18,7 @@ struct Array : sdk::Array {
     std::vector<Value> values;  // each of the element type
     Array* previous;            // among all that are alive
     Array* next;
+    Array* waitsBefore;  // the next one that waits to be freed
 
     Array();
     ~Array();
@@ -31,7 +32,7 @@ Ref<Array> MakeIntegerArray(const std::vector<std::int32_t>& values);
 
 // Nil is allowed and ignored.
 void Retain(Array* array);
-void Release(Array* array);
+void Release(Array* array) noexcept;
 
 // The highest index; -1 for an empty array or nil.
 std::int32_t UpperBound(const Array* array);

@@ -1,6 +1,9 @@
 #include "host/objects/Object.h"
 
+#include <cstring>
+#include <memory>
 #include <new>
+#include <utility>
 
 #include "host/objects/Class.h"
 #include "host/objects/GuardedMemory.h"
@@ -19,6 +22,7 @@ Object* firstLive = nullptr;
 constexpr std::int32_t kDestroying = 1 << 30;
 
 void Link(Object* object) {
+    object->previous = nullptr;
     object->next = firstLive;
     if (firstLive) firstLive->previous = object;
     firstLive = object;
@@ -38,18 +42,32 @@ void Construct(Object* object, const Class& type) {
     for (std::size_t i = 0; i < type.slotDefaults().size(); ++i) new (slots + i) Value(type.slotDefaults()[i]);
 }
 
+// Code of plug-ins and the framework ends here: the data is theirs, and with it gone the object
+// must not be asked any more.
+void RunRecordDestructors(Object* object) {
+    object->destroyed = true;
+    for (const Class* type = object->type; type; type = type->superclass()) {
+        const sdk::ClassDefinition* definition = type->definition();
+        if (!definition) continue;
+        if (definition->destructor) definition->destructor(object);
+        std::memset(DataAt<std::uint8_t>(object, type->dataOffset()), 0,
+                    static_cast<std::size_t>(definition->instanceDataSize));
+    }
+}
+
 void RunDestructors(Object* object) {
     object->references = kDestroying;
-    for (const Class* type = object->type; type; type = type->superclass()) {
-        if (type->destructor()) type->destructor()(object);
-        if (type->definition() && type->definition()->destructor) type->definition()->destructor(object);
-    }
-    for (const Class* type = object->type; type; type = type->superclass()) {
-        Value* slots = type->SlotsOf(object);
-        for (std::size_t i = 0; i < type->slotDefaults().size(); ++i) slots[i] = Value();
-    }
-    object->destroyed = true;
+    RunScriptDestructors(object);
+    RunRecordDestructors(object);
+    ClearSlots(object);
     object->references -= kDestroying;
+}
+
+void Free(Object* object) {
+    for (const Class* type = object->type; type; type = type->superclass())
+        std::destroy_n(type->SlotsOf(object), type->slotDefaults().size());
+    Unlink(object);
+    FreeGuarded(object);
 }
 
 }  // namespace
@@ -65,19 +83,43 @@ Ref<Object> NewObject(const Class& type) {
     return Ref<Object>::Adopt(object);
 }
 
+void RunScriptDestructors(Object* object) noexcept {
+    if (std::exchange(object->ended, true)) return;
+    for (const Class* type = object->type; type; type = type->superclass())
+        if (type->destructor()) type->destructor()(object);
+}
+
+void ClearSlots(Object* object) noexcept {
+    for (const Class* type = object->type; type; type = type->superclass()) {
+        for (std::size_t i = 0; i < type->slotDefaults().size(); ++i) {
+            // Whole again before the old value goes, whose destructor may look.
+            const Value old = std::exchange(type->SlotsOf(object)[i], type->slotDefaults()[i]);
+        }
+    }
+}
+
 namespace {
 
 // An object whose last reference goes may take others with it, and these more. Beyond this depth
 // they wait for their turn, so that a long chain does not exhaust the stack.
 constexpr int kDeepestRelease = 64;
 int releaseDepth = 0;
-std::vector<Object*> waiting;  // without references
+Object* waiting = nullptr;  // without references; a list by `next`, apart from that of live objects
+
+void Wait(Object* object) {
+    Unlink(object);
+    object->next = std::exchange(waiting, object);
+}
+
+Object* TakeWaiting() {
+    Object* object = std::exchange(waiting, waiting->next);
+    Link(object);
+    return object;
+}
 
 void Destroy(Object* object) {
     if (!object->destroyed) RunDestructors(object);
-    if (object->references > 0) return;
-    Unlink(object);
-    FreeGuarded(object);
+    if (object->references == 0) Free(object);
 }
 
 }  // namespace
@@ -86,21 +128,17 @@ void Retain(Object* object) {
     if (object) ++object->references;
 }
 
-void Release(Object* object) {
+void Release(Object* object) noexcept {
     if (!object) return;
     if (object->references <= 0 || object->references == kDestroying) {
         ++overReleases;
         return;
     }
     if (--object->references > 0) return;
-    if (releaseDepth == kDeepestRelease) return waiting.push_back(object);
+    if (releaseDepth == kDeepestRelease) return Wait(object);
     ++releaseDepth;
     Destroy(object);
-    while (releaseDepth == kDeepestRelease && !waiting.empty()) {
-        Object* next = waiting.back();
-        waiting.pop_back();
-        Destroy(next);
-    }
+    while (releaseDepth == kDeepestRelease && waiting) Destroy(TakeWaiting());
     --releaseDepth;
 }
 
@@ -113,6 +151,8 @@ std::vector<Object*> LiveObjects() {
     for (Object* object = firstLive; object; object = object->next) objects.push_back(object);
     return objects;
 }
+
+Object* NewestLiveObject() { return firstLive; }
 
 std::int64_t OverReleaseCount() { return overReleases; }
 

@@ -6,10 +6,12 @@
 // fixed when the class is registered and stated to plug-ins as instanceDataOffset. An instance
 // of a subclass therefore has its superclass's data where the superclass's functions look.
 //
-// An object's destructors run when its last reference goes: those of its class first, then those
-// of the superclasses. Weak spots, by nature of counting: two objects that hold each other live
-// until the process ends; an object whose destructor gave a reference of it to somebody outlives
-// its destructors and is freed when that reference goes, without running them again.
+// An object's destructors run once, when its last reference goes: those that scripts wrote, then
+// those of the definition records, each from the object's class upwards. With a record's
+// destructor its data is cleared to zeros. Weak spots, by nature of counting: two objects that
+// hold each other live until somebody looks for them; an object whose destructor gave a reference
+// of it to somebody outlives its destructors as an empty husk (`destroyed`) and is freed when that
+// reference goes.
 #pragma once
 
 #include <cstdint>
@@ -24,7 +26,8 @@ class Class;
 
 struct Object : sdk::Object {
     std::int32_t references;
-    bool destroyed;  // its destructors have run
+    bool ended;      // the destructors that scripts wrote have run
+    bool destroyed;  // all of them have; its data is cleared
     const Class* type;
     Object* previous;  // in the list of live objects
     Object* next;
@@ -41,7 +44,14 @@ Ref<Object> NewObject(const Class& type);
 
 // Nil is allowed and ignored.
 void Retain(Object* object);
-void Release(Object* object);
+void Release(Object* object) noexcept;
+
+// Runs the destructors that scripts wrote for the object's classes, unless they have run. For the
+// end of a program, when objects go whose references are still there.
+void RunScriptDestructors(Object* object) noexcept;
+
+// Gives the slots of all its classes their first values again.
+void ClearSlots(Object* object) noexcept;
 
 // The object's data of one of its classes, as a record.
 template <class Record>
@@ -54,7 +64,8 @@ bool IsA(const Object* object, const Class& type);
 
 // Counts for tests and checks.
 std::int64_t LiveObjectCount();
-std::vector<Object*> LiveObjects();  // borrowed
+std::vector<Object*> LiveObjects();  // borrowed, the newest first
+Object* NewestLiveObject();          // and from it by `next`; null for none
 
 // How often a reference was given up that nobody had, as far as it can be seen.
 std::int64_t OverReleaseCount();

@@ -2,6 +2,7 @@
 
 #include <utf8proc.h>
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 
@@ -109,26 +110,34 @@ std::string Encode(const std::u32string& text, sdk::Encoding encoding) {
 
 }  // namespace
 
-Ref<String> MakeString(std::string_view bytes, sdk::Encoding encoding) {
-    if (bytes.empty()) return nullptr;
-    void* memory = AllocateGuarded(sizeof(String) + bytes.size());
-    if (!memory) return nullptr;
+Ref<String> MakeString(std::string_view bytes, sdk::Encoding encoding) { return JoinStrings(bytes, {}, encoding); }
+
+Ref<String> JoinStrings(std::string_view first, std::string_view second, sdk::Encoding encoding) {
+    const std::size_t length = first.size() + second.size();
+    if (length == 0) return nullptr;
+    void* memory = length <= kMostStringBytes ? AllocateGuarded(sizeof(String) + length) : nullptr;
+    if (!memory) throw std::bad_alloc();
     auto* string = new (memory) String{};
     auto* data = reinterpret_cast<std::uint8_t*>(string + 1);
-    std::memcpy(data, bytes.data(), bytes.size());
+    std::copy(second.begin(), second.end(), std::copy(first.begin(), first.end(), data));
     string->data = data;
-    string->length = static_cast<std::int64_t>(bytes.size());
+    string->length = static_cast<std::int64_t>(length);
     string->references = 1;
     string->encoding = encoding;
     ++liveStrings;
     return Ref<String>::Adopt(string);
 }
 
+void AppendText(std::string& text, std::string_view more) {
+    if (more.size() > kMostStringBytes - std::min(kMostStringBytes, text.size())) throw std::bad_alloc();
+    text += more;
+}
+
 void Retain(String* string) {
     if (string) ++string->references;
 }
 
-void Release(String* string) {
+void Release(String* string) noexcept {
     if (!string || --string->references > 0) return;
     --liveStrings;
     FreeGuarded(string);

@@ -17,12 +17,23 @@ struct String : sdk::String {
 
 inline String* FromPlugin(sdk::String* string) { return static_cast<String*>(string); }
 
-// A string of a copy of the bytes. Nil for no bytes, and when memory is short.
+// Most bytes of a string: its length is an Integer.
+inline constexpr std::size_t kMostStringBytes = INT32_MAX;
+
+// A string of a copy of the bytes; nil for no bytes. Throws std::bad_alloc when memory is short or
+// the bytes are more than a string can have.
 Ref<String> MakeString(std::string_view bytes, sdk::Encoding encoding = sdk::Encoding::Utf8);
+
+// Two texts one after the other; as MakeString.
+Ref<String> JoinStrings(std::string_view first, std::string_view second, sdk::Encoding encoding);
+
+// Adds to a text that is to become a string. Throws std::bad_alloc as soon as it is too long for
+// one, so that it takes no more memory than a string could.
+void AppendText(std::string& text, std::string_view more);
 
 // Nil is allowed and ignored.
 void Retain(String* string);
-void Release(String* string);
+void Release(String* string) noexcept;
 
 // The bytes, good for the string's life. Empty for nil.
 std::string_view Bytes(const sdk::String* string);

@@ -208,6 +208,9 @@ TEST_F(Calls, TurnsWhatAHandlerThrowsIntoTheRaisedException) {
         "Sample", "Asked", [](Object*, std::span<Value>) -> Value { throw std::runtime_error("unexpected"); });
     EXPECT_TRUE(Call(careless, "Ask", 1, "").IsNil());
     EXPECT_EQ(TakeThrown(), (Thrown{"RuntimeException", "unexpected"}));
+    const auto odd = NewHandler("Sample", "Asked", [](Object*, std::span<Value>) -> Value { throw 5; });
+    EXPECT_TRUE(Call(odd, "Ask", 1, "").IsNil());
+    EXPECT_EQ(TakeThrown().className, "RuntimeException");
 }
 
 TEST_F(Calls, PutsARaisedExceptionAsideWhileAHandlerRuns) {
@@ -276,6 +279,7 @@ TEST_F(Calls, KeepsExceptionsOfHostFunctionsFromThePlugin) {
     using Slot = host::HostFunctionSlot<sdk::kRuntimeUBound>;
     const auto before = Slot::Replace([](sdk::Array*) -> std::int32_t { throw std::bad_alloc(); });
     EXPECT_EQ(Call(New("Sample"), "SumOf", std::vector<int>{5, 6}).ToInt64(), 5) << "0 is the highest index";
+    EXPECT_EQ(TakeThrown().className, "OutOfMemoryException") << "the script is told all the same";
     Slot::Replace(before);
 }
 

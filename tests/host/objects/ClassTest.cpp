@@ -157,6 +157,31 @@ TEST_F(Classes, KeepAnObjectThatItsDestructorGaveAway) {
     EXPECT_EQ(runs, 1);
 }
 
+TEST_F(Classes, ClearTheDataOfAnObjectThatItsDestructorGaveAway) {
+    Class& type = Add("EscapingSample", &Runtime::Get().ClassNamed("Sample"));
+    type.AddProperty({.name = "Title", .type = host::TypeNamed("String"), .slot = type.AddSlot(Value("untitled"))});
+    Ref<Object> escaped;
+    type.SetDestructor([&](Object* self) { escaped = Ref<Object>::Share(self); });
+    Set(New("EscapingSample"), "Title", Value("named"));
+    ASSERT_TRUE(escaped);
+    EXPECT_TRUE(escaped->destroyed);
+    EXPECT_EQ(GetInt(escaped, "Count"), 0) << "a field of the plug-in's data";
+    EXPECT_EQ(GetText(escaped, "Title"), "untitled");
+    Set(escaped, "Title", Value("what is written now goes with the object"));
+    escaped = nullptr;
+}
+
+TEST_F(Classes, RunAScriptsDestructorBeforeItsTimeOnceOnly) {
+    Class& type = Add("EndingEarly", nullptr);
+    int runs = 0;
+    type.SetDestructor([&](Object*) { ++runs; });
+    auto object = New("EndingEarly");
+    host::RunScriptDestructors(object.get());
+    EXPECT_EQ(runs, 1);
+    object = nullptr;
+    EXPECT_EQ(runs, 1);
+}
+
 // --- What the fixture watches -----------------------------------------------------------------
 
 TEST(LiveObjects, AreCountedAndListed) {

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "host/objects/String.h"
+#include "tests/support/Interpose.h"
 
 namespace {
 
@@ -20,6 +21,17 @@ std::string Units(std::basic_string_view<Unit> text) {
 
 std::string Converted(std::string_view bytes, Encoding from, Encoding to) {
     return std::string(Bytes(ConvertEncoding(MakeString(bytes, from), to)));
+}
+
+TEST(String, IsNeverEmptyForWantOfMemory) {
+    const std::string bytes(100'000, 'x');
+    {
+        const support::FailingAllocations failing(50'000);
+        EXPECT_THROW(MakeString(bytes), std::bad_alloc);
+        EXPECT_THROW(host::JoinStrings(bytes, bytes, Encoding::Utf8), std::bad_alloc);
+    }
+    // One byte more than an Integer counts; the bytes are not looked at.
+    EXPECT_THROW(host::JoinStrings({bytes.data(), INT32_MAX}, "x", Encoding::Utf8), std::bad_alloc);
 }
 
 TEST(String, IsNilWhenEmpty) {
