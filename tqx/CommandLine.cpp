@@ -72,6 +72,7 @@ void CommandLine::AddRun() {
         ->type_name("")
         ->expected(0, -1);
     run->add_flag("--explain", run_.explain, "Tell why calls of the plug-in gave nothing");
+    run->add_flag("--leaks", run_.leaks, "Make objects that are left at the script's end an error");
     run->add_option("--max-pixels", run_.maxPixels,
                     "Refuse picture files of more pixels; 0 reads any. Without it a file may have 16777216 and 1024 "
                     "for each of its bytes, but no more than 268435456")

@@ -17,6 +17,7 @@ struct Settings {
 struct RunSettings {
     std::string script;
     std::vector<std::string> arguments;
+    bool leaks = false;                     // objects left at the end are an error
     bool explain = false;                   // tell why calls of the plug-in gave nothing
     bool noOrientation = false;             // leave pictures as they lie in their files
     std::optional<std::int64_t> maxPixels;  // of the largest picture read; 0: any; none: by the file's size

@@ -69,6 +69,7 @@ int Run(const Settings& settings, const RunSettings& run) {
     options.print = [&status](std::string_view line) { status.Around([line] { Print(line); }); };
     options.complain = complain;
     options.observers.push_back(&status);
+    options.leaks = run.leaks;
     if (run.explain) options.observers.push_back(&explainer);
     return EndAfterSignals(script::RunScript(*source, options));
 }

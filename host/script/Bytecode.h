@@ -7,6 +7,7 @@
 // listed, so that a frame can be taken down from any point. Number constants are registers too,
 // set when the frame is laid out and never written. Which operation is meant is settled by the
 // compiler: every type has its own instruction, nothing is looked up by name while a script runs.
+// A ByRef parameter's register holds a reference (Place.h) to what the caller gave.
 #pragma once
 
 #include <cstdint>
@@ -31,7 +32,9 @@ enum class Op : std::uint16_t {
     LoadGlobalBits, LoadGlobal,    // A = global N
     StoreGlobalBits, StoreGlobal,  // global N = A
     LoadRef, StoreRef,         // A = *B; *A = B
-    RefLocal, RefGlobal,       // A = address of B; of global N
+    RefLocal, RefGlobal,       // A = reference to B; to global N
+    RefField, RefElement,      // A = reference to value C of object B; to B(C)
+    RefProperty,               // A = reference to properties[C] of B
     LoadFieldBits, LoadField,  // A = value C of object B
     StoreFieldBits, StoreField,      // value C of object A = B
     LoadElementBits, LoadElement,    // A = B(C)
@@ -83,6 +86,7 @@ enum class Op : std::uint16_t {
     Raise,                 // A
     Return,                // A
     ReturnNothing,
+    End,                   // of the program, whose frame stays: it holds the globals
 };
 // clang-format on
 

@@ -110,6 +110,10 @@ void Checker::FitByRef(const ParameterSymbol& parameter, ExpressionPtr& argument
         case Node::Field:
         case Node::Element:
             return;
+        case Node::GetProperty:
+            if (argument->property->writable()) return;
+            return Wrong(*argument, argument->property->name + " can only be read; " + parameter.name +
+                                        " is a ByRef parameter and may be written");
         default:
             Wrong(*argument, parameter.name + " is a ByRef parameter: it takes a variable, not a value");
     }

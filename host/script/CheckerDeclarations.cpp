@@ -77,8 +77,7 @@ void Checker::DeclareField(ClassSymbol& symbol, FieldDeclaration& declaration) {
         field->shared = symbols_.AddVariable(declarator.name, field->type,
                                              declaration.constant ? Storage::Constant : Storage::Global, declarator.at);
     } else {
-        field->slot = static_cast<std::int32_t>(std::count_if(symbol.ownFields.begin(), symbol.ownFields.end(),
-                                                              [](const FieldSymbol* other) { return !other->shared; }));
+        field->slot = symbol.slotCount++;
     }
     const auto [at, added] = symbol.fields.emplace(host::LowerName(field->name), field);
     if (!added)

@@ -1,6 +1,7 @@
 #include "host/script/Compiler.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "host/script/CompilerState.h"
 
@@ -24,6 +25,10 @@ host::Value FirstValueOf(Type type) {
 }
 
 }  // namespace
+
+std::size_t FirstField(const ClassSymbol& symbol) {
+    return static_cast<std::size_t>(symbol.made->dataOffset()) / sizeof(host::Value);
+}
 
 bool HoldsReference(Type type) { return TakesNil(type) || type.base == Base::String; }
 
@@ -119,7 +124,7 @@ void FunctionCompiler::ClearScopes(std::size_t downTo) {
 }
 
 void FunctionCompiler::Finish() {
-    Emit(Op::ReturnNothing);
+    EmitReturnNothing();
     function_.ready = true;
 }
 
@@ -149,7 +154,7 @@ void FunctionCompiler::CompileRoutine(RoutineSymbol& routine) {
     }
     for (Variable* parameter : routine.parameterVariables) {
         const bool byRef = parameter->storage == Storage::ByRef;
-        parameter->index = Allocate(byRef ? kInt64Type : parameter->type);
+        parameter->index = Allocate(byRef ? kVariantType : parameter->type);
         function_.parameters.push_back(parameter->index);
     }
     for (StatementPtr& statement : routine.declaration->body) CompileStatement(*statement);
@@ -171,7 +176,6 @@ void FunctionCompiler::CompileInitializer(ClassSymbol& symbol) {
     const Type type{Base::Object, false, &symbol};
     self_ = Allocate(type);
     function_.parameters.push_back(self_);
-    const auto offset = static_cast<std::size_t>(symbol.made->dataOffset()) / sizeof(host::Value);
     for (FieldSymbol* field : symbol.ownFields) {
         Declarator& declarator = field->declaration->declarator;
         if (field->shared || (!declarator.value && !field->type.array)) continue;
@@ -179,7 +183,7 @@ void FunctionCompiler::CompileInitializer(ClassSymbol& symbol) {
         const Operand value = Temporary(field->type);
         CompileFirstValue(declarator, field->type, value.index);
         Emit(HoldsReference(field->type) ? Op::StoreField : Op::StoreFieldBits, self_, value.index,
-             static_cast<std::uint16_t>(offset + static_cast<std::size_t>(field->slot)));
+             FieldOffset(symbol, field->slot));
         Free(value);
     }
     Finish();
@@ -194,6 +198,12 @@ bool NeedsInitializer(const ClassSymbol& symbol) {
     });
 }
 
+// A class whose fields can't all be told apart by an instruction's number.
+bool HasTooManyFields(const ClassSymbol& symbol) {
+    constexpr std::size_t kMost = std::numeric_limits<std::uint16_t>::max();
+    return FirstField(symbol) + symbol.made->slotDefaults().size() > kMost;
+}
+
 template <class Body>
 void CompileOne(Position at, const std::string& name, Diagnostics& diagnostics, const Body& body) {
     try {
@@ -206,6 +216,11 @@ void CompileOne(Position at, const std::string& name, Diagnostics& diagnostics, 
 }  // namespace
 
 void Compile(Program& program, Symbols& symbols, Code& code, Diagnostics& diagnostics) {
+    for (const ClassSymbol* symbol : symbols.scriptClasses)
+        if (HasTooManyFields(*symbol))
+            diagnostics.Add(symbol->declaration->at,
+                            symbol->name + " has too many properties for one class; divide it");
+    if (!diagnostics.Empty()) return;
     code.main = &code.functions.emplace_back();
     for (RoutineSymbol& routine : symbols.AllRoutines()) routine.code = &code.functions.emplace_back();
     for (ClassSymbol* symbol : symbols.scriptClasses)

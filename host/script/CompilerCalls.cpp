@@ -18,66 +18,68 @@ bool FunctionCompiler::IsOverridden(const RoutineSymbol& routine) const {
     });
 }
 
-// The address of a variable. A field or an element is copied to a register for the time of the
-// call and written back after it.
-Operand FunctionCompiler::CompileByRef(Expression& argument, std::vector<WriteBack>& writeBacks) {
-    const Operand address = Temporary(kInt64Type);
-    if (argument.node == Node::Local && argument.variable->storage == Storage::ByRef) {
-        Emit(Op::MoveBits, address.index, argument.variable->index);
-    } else if (argument.node == Node::Local || (argument.node == Node::Global && isMain_)) {
-        Emit(Op::RefLocal, address.index, argument.variable->index);
-    } else if (argument.node == Node::Global) {
-        EmitNumber(Op::RefGlobal, address.index, argument.variable->index);
-    } else {
-        WriteBack& back = writeBacks.emplace_back();
-        back.target = &argument;
-        back.object = Temporary(argument.operands[0]->type);
-        CompileTo(*argument.operands[0], back.object.index);
-        const bool element = argument.node == Node::Element;
-        back.value = Temporary(argument.type);
-        const bool reference = HoldsReference(argument.type);
-        if (element) {
-            back.index = Temporary(kIntegerType);
-            CompileTo(*argument.operands[1], back.index.index);
-            Emit(reference ? Op::LoadElement : Op::LoadElementBits, back.value.index, back.object.index,
-                 back.index.index);
-        } else {
-            const auto offset = static_cast<std::size_t>(argument.owner->made->dataOffset()) / sizeof(host::Value);
-            Emit(reference ? Op::LoadField : Op::LoadFieldBits, back.value.index, back.object.index,
-                 static_cast<std::uint16_t>(offset + static_cast<std::size_t>(argument.fieldIndex)));
-        }
-        Emit(Op::RefLocal, address.index, back.value.index);
+// A reference to what the argument names.
+Operand FunctionCompiler::CompileByRef(Expression& argument) {
+    const Operand reference = Temporary(kVariantType);
+    switch (argument.node) {
+        case Node::Local:
+        case Node::Global:
+            RefVariable(*argument.variable, reference.index);
+            break;
+        case Node::Element:
+            CompileBinaryInto(Op::RefElement, argument, reference.index, false);
+            break;
+        case Node::Field:
+            CompileUnaryInto(Op::RefField, *argument.operands[0], reference.index, FieldOffset(argument));
+            break;
+        default:
+            RefProperty(argument, reference.index);
     }
-    return address;
+    return reference;
+}
+
+void FunctionCompiler::RefVariable(const Variable& variable, std::uint16_t target) {
+    if (variable.storage == Storage::ByRef)
+        Emit(Op::Move, target, variable.index);
+    else if (variable.storage == Storage::Local || isMain_)
+        Emit(Op::RefLocal, target, variable.index);
+    else
+        EmitNumber(Op::RefGlobal, target, variable.index);
+}
+
+void FunctionCompiler::RefProperty(Expression& argument, std::uint16_t target) {
+    const std::uint16_t property = PropertyIndex(argument.property);
+    if (argument.operands.empty())
+        Emit(Op::RefProperty, target, kNoRegister, property);
+    else
+        CompileUnaryInto(Op::RefProperty, *argument.operands[0], target, property);
+}
+
+// Where a field lies, in values from the object's address.
+std::uint16_t FunctionCompiler::FieldOffset(const ClassSymbol& owner, std::int32_t slot) {
+    return static_cast<std::uint16_t>(FirstField(owner) + static_cast<std::size_t>(slot));
 }
 
 // Arguments in order. `first` is the operand of the signature's first parameter; those before it
 // are the receiver.
 void FunctionCompiler::CompileArguments(CallSite& site, Expression& expression, std::size_t first,
-                                        const Signature* signature, std::vector<Operand>& temporaries,
-                                        std::vector<WriteBack>& writeBacks) {
+                                        const Signature* signature, std::vector<Operand>& temporaries) {
     for (std::size_t i = 0; i < expression.operands.size(); ++i) {
         const bool byRef = signature && i >= first && i - first < signature->parameters.size() &&
                            signature->parameters[i - first].byRef;
-        const Operand operand = byRef ? CompileByRef(*expression.operands[i], writeBacks) : CompileKept(expression, i);
+        const Operand operand = byRef ? CompileByRef(*expression.operands[i]) : CompileKept(expression, i);
         temporaries.push_back(operand);
         site.arguments.push_back(operand.index);
     }
 }
 
 void FunctionCompiler::EmitCall(CallSite site, Expression& expression, std::uint16_t target,
-                                std::vector<Operand>& temporaries, std::vector<WriteBack>& writeBacks) {
+                                const std::vector<Operand>& temporaries) {
     Op op = Op::CallNative;
     if (site.routine) op = !expression.direct && IsOverridden(*site.routine) ? Op::CallVirtual : Op::Call;
     if (expression.node == Node::CallSetter) op = Op::CallSetter;
     function_.sites.push_back(std::move(site));
     EmitNumber(op, target, function_.sites.size() - 1);
-    for (const WriteBack& back : writeBacks) {
-        StoreElementOrField(*back.target, back.object, back.index, back.value);
-        Free(back.value);
-        Free(back.index);
-        Free(back.object);
-    }
     for (const Operand& temporary : temporaries) Free(temporary);
 }
 
@@ -96,10 +98,9 @@ void FunctionCompiler::CompileCall(Expression& expression, std::uint16_t target)
     }
     first = site.hasReceiver ? 1 : 0;
     std::vector<Operand> temporaries;
-    std::vector<WriteBack> writeBacks;
-    CompileArguments(site, expression, first, signature, temporaries, writeBacks);
+    CompileArguments(site, expression, first, signature, temporaries);
     at_ = at;
-    EmitCall(std::move(site), expression, target, temporaries, writeBacks);
+    EmitCall(std::move(site), expression, target, temporaries);
 }
 
 // A new object gets the first values of its fields, class by class from the base, and then its
@@ -130,11 +131,10 @@ void FunctionCompiler::CompileNew(Expression& expression, std::uint16_t target) 
             site.native = expression.native->method;
         }
         std::vector<Operand> temporaries;
-        std::vector<WriteBack> writeBacks;
-        CompileArguments(site, expression, 0, signature, temporaries, writeBacks);
+        CompileArguments(site, expression, 0, signature, temporaries);
         at_ = at;
         expression.direct = true;
-        EmitCall(std::move(site), expression, kNoRegister, temporaries, writeBacks);
+        EmitCall(std::move(site), expression, kNoRegister, temporaries);
     }
     Emit(Op::Move, target, object.index);
     Free(object);
@@ -188,9 +188,7 @@ void FunctionCompiler::StoreElementOrField(const Expression& target, Operand obj
         Emit(reference ? Op::StoreElement : Op::StoreElementBits, object.index, index.index, value.index);
         return;
     }
-    const auto offset = static_cast<std::size_t>(target.owner->made->dataOffset()) / sizeof(host::Value);
-    Emit(reference ? Op::StoreField : Op::StoreFieldBits, object.index, value.index,
-         static_cast<std::uint16_t>(offset + static_cast<std::size_t>(target.fieldIndex)));
+    Emit(reference ? Op::StoreField : Op::StoreFieldBits, object.index, value.index, FieldOffset(target));
 }
 
 void FunctionCompiler::Assign(Expression& target, Expression& value) {

@@ -334,9 +334,8 @@ void FunctionCompiler::CompileConvert(Expression& expression, std::uint16_t targ
 }
 
 void FunctionCompiler::CompileField(Expression& expression, std::uint16_t target) {
-    const auto offset = static_cast<std::size_t>(expression.owner->made->dataOffset()) / sizeof(host::Value);
     CompileUnaryInto(HoldsReference(expression.type) ? Op::LoadField : Op::LoadFieldBits, *expression.operands[0],
-                     target, static_cast<std::uint16_t>(offset + static_cast<std::size_t>(expression.fieldIndex)));
+                     target, FieldOffset(expression));
 }
 
 void FunctionCompiler::CompileElement(Expression& expression, std::uint16_t target) {

@@ -74,6 +74,7 @@ class FunctionCompiler {
     void ClearScopes(std::size_t downTo);
     bool IsReference(std::uint16_t index) const;
     void EmitDefaultReturn();
+    void EmitReturnNothing() { Emit(isMain_ ? Op::End : Op::ReturnNothing); }
     void Finish();
 
     // --- Expressions (CompilerExpressions.cpp)
@@ -102,19 +103,16 @@ class FunctionCompiler {
     bool EmitTest(Expression& condition);
 
     // --- Calls and assignments (CompilerCalls.cpp)
-    struct WriteBack {
-        Operand object;
-        Operand index;
-        Operand value;
-        const Expression* target = nullptr;
-    };
     void CompileCall(Expression& expression, std::uint16_t target);
     void CompileNew(Expression& expression, std::uint16_t target);
     void CompileArguments(CallSite& site, Expression& expression, std::size_t first, const Signature* signature,
-                          std::vector<Operand>& temporaries, std::vector<WriteBack>& writeBacks);
-    Operand CompileByRef(Expression& argument, std::vector<WriteBack>& writeBacks);
-    void EmitCall(CallSite site, Expression& expression, std::uint16_t target, std::vector<Operand>& temporaries,
-                  std::vector<WriteBack>& writeBacks);
+                          std::vector<Operand>& temporaries);
+    Operand CompileByRef(Expression& argument);
+    void RefVariable(const Variable& variable, std::uint16_t target);
+    void RefProperty(Expression& argument, std::uint16_t target);
+    void EmitCall(CallSite site, Expression& expression, std::uint16_t target, const std::vector<Operand>& temporaries);
+    static std::uint16_t FieldOffset(const ClassSymbol& owner, std::int32_t slot);
+    static std::uint16_t FieldOffset(const Expression& field) { return FieldOffset(*field.owner, field.fieldIndex); }
     void CompileProperty(Expression& expression, std::uint16_t target);
     bool IsOverridden(const RoutineSymbol& routine) const;
     void Assign(Expression& target, Expression& value);
@@ -166,5 +164,8 @@ class FunctionCompiler {
 bool MayRunScript(const Expression& expression);
 
 bool HoldsReference(Type type);
+
+// Where a class's own fields begin, in values from an instance's address.
+std::size_t FirstField(const ClassSymbol& symbol);
 
 }  // namespace script

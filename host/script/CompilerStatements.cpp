@@ -308,7 +308,7 @@ void FunctionCompiler::CompileJump(const Statement& statement) {
             if (function_.routine && function_.routine->signature.result != kNoType)
                 EmitDefaultReturn();
             else
-                Emit(Op::ReturnNothing);
+                EmitReturnNothing();
         });
     }
     const auto found = std::find_if(loops_.rbegin(), loops_.rend(), [&](const OpenLoop& open) {
@@ -324,7 +324,7 @@ void FunctionCompiler::CompileJump(const Statement& statement) {
 }
 
 void FunctionCompiler::CompileReturn(Statement& statement) {
-    if (statement.expressions.empty()) return Leave(0, [this] { Emit(Op::ReturnNothing); });
+    if (statement.expressions.empty()) return Leave(0, [this] { EmitReturnNothing(); });
     Expression& value = *statement.expressions[0];
     if (tries_.empty()) {
         const Operand result = Compile(value);

@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <cstring>
 
+#include "host/calls/Border.h"
 #include "host/calls/Call.h"
+#include "host/script/Place.h"
 
 namespace script {
 
@@ -80,7 +82,7 @@ void Machine::PopFrame() {
 }
 
 void Machine::PopTo(std::size_t floor) {
-    while (frames_.size() > floor) PopFrame();
+    while (frames_.size() > std::max<std::size_t>(floor, 1)) PopFrame();
 }
 
 void Machine::CheckAttention() {
@@ -135,6 +137,7 @@ bool Machine::Unwind(std::size_t floor, host::Ref<host::Object> exception) {
             caught_ = true;
             return true;
         }
+        if (frames_.size() == 1) break;  // the program's own, with the globals
         PopFrame();
     }
     failure_.exception = exception;
@@ -146,15 +149,11 @@ void Machine::Execute(std::size_t floor) {
         host::Ref<host::Object> exception;
         try {
             return Loop(floor);
-        } catch (const host::Raised& raised) {
-            exception = raised.exception;
-        } catch (const std::bad_alloc&) {
-            exception = host::Runtime::Get().MakeException("RuntimeException", "There is not enough memory");
-        } catch (const std::length_error&) {
-            exception = host::Runtime::Get().MakeException("RuntimeException", "There is not enough memory");
         } catch (const Terminated&) {
             PopTo(floor);
             throw;
+        } catch (...) {
+            exception = host::CurrentException();
         }
         if (!Unwind(floor, exception)) throw host::Raised{exception};
     }
@@ -165,16 +164,32 @@ void Machine::Run() {
     memory_.reset(new std::byte[(kMostStackValues + 1) * sizeof(host::Value)]);  // untouched until it is used
     stack_ = reinterpret_cast<host::Value*>(memory_.get());
     frames_.reserve(kMostFrames + 1);
+    failure_.trace.reserve(kMostTraceLines);
     globals_ = stack_;
     PushFrame(*code_.main, nullptr);
+    Execute(0);
+    CheckEnd();
+}
+
+void Machine::CheckEnd() {
     try {
-        Execute(0);
         CheckAttention();
     } catch (const host::Raised& raised) {
         // Out of the last destructors it comes without a trace of this run.
         if (!(failure_.exception == raised.exception)) failure_ = {raised.exception, {}, 0};
         throw;
     }
+}
+
+// The globals are the first registers of the program's frame.
+void Machine::DropLocals() noexcept {
+    if (!stack_) return;
+    for (const std::uint16_t index : code_.main->references)
+        if (index >= symbols_.globals.size()) globals_[index] = code_.main->prototype[index];
+}
+
+void Machine::DropGlobals() noexcept {
+    for (std::size_t i = 0; i < Globals().size(); ++i) globals_[i] = code_.main->prototype[i];
 }
 
 host::Value Machine::Invoke(const Function& function, host::Object* self, std::span<host::Value> arguments) {
@@ -196,10 +211,7 @@ host::Value Machine::Invoke(const Function& function, host::Object* self, std::s
         const std::uint16_t index = function.parameters[next];
         const std::size_t parameter = next++ - (receives ? 1 : 0);
         const bool byRef = function.routine && function.routine->signature.parameters[parameter].byRef;
-        if (byRef)
-            registers[index].bits() = reinterpret_cast<std::intptr_t>(&argument);
-        else
-            registers[index] = argument;
+        registers[index] = byRef ? ReferenceTo(argument) : argument;
     }
     try {
         Execute(floor);

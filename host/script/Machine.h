@@ -73,8 +73,17 @@ class Machine {
     Machine& operator=(const Machine&) = delete;
 
     // Runs the program to its end. Throws Terminated, or host::Raised for an exception that
-    // nobody took: LastFailure then tells more.
+    // nobody took: LastFailure then tells more. The program's variables keep their values.
     void Run();
+
+    // What the program leaves behind. Local variables of its blocks that an exception or Quit left
+    // as they were; the globals' values.
+    void DropLocals() noexcept;
+    std::span<host::Value> Globals() const { return {globals_, stack_ ? symbols_.globals.size() : 0}; }
+    void DropGlobals() noexcept;
+
+    // Throws as Run does for what destructors raised since.
+    void CheckEnd();
     const Failure& LastFailure() const { return failure_; }
     void ForgetFailure() { failure_ = {}; }
 
@@ -119,10 +128,16 @@ class Machine {
     void CallSetter(Instruction instruction, const Function& function, host::Value* r);
     void GetProperty(Instruction instruction, const Function& function, host::Value* r);
     void SetProperty(Instruction instruction, const Function& function, host::Value* r);
+    void ReadProperty(const host::Property& property, host::Object* self, host::Value& target);
+    void WriteProperty(const host::Property& property, host::Object* self, const host::Value& value);
+    void LoadPlace(const host::Value& reference, host::Value& target);
+    void StorePlace(const host::Value& reference, const host::Value& value);
+    void MakePropertyReference(Instruction instruction, const Function& function, host::Value* r);
     void NewObject(Instruction instruction, const Function& function, host::Value* r);
     template <class Work>
     host::Value Observe(const MemberUse& use, const Work& work);
     [[noreturn]] void FailOnNil(const MemberUse& use, std::string_view what) const;
+    static void RefuseHusk(const MemberUse& use);
     [[noreturn]] void RaiseFrom(const host::Value& exception);
 
     Code& code_;

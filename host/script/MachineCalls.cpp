@@ -1,8 +1,10 @@
 #include <array>
+#include <new>
 
 #include "host/calls/Call.h"
 #include "host/script/Machine.h"
 #include "host/script/MachineState.h"
+#include "host/script/Place.h"
 
 namespace script {
 
@@ -62,6 +64,12 @@ void Machine::FailOnNil(const MemberUse& use, std::string_view what) const {
     ThrowOnNil(use.Name(), what);
 }
 
+// An object that outlived its destructors has nothing left for the host's members to work on.
+void Machine::RefuseHusk(const MemberUse& use) {
+    if (!use.self || !use.self->destroyed) return;
+    Throw("NilObjectException", use.Name() + " is used on a " + use.self->type->name() + " whose destructor has run");
+}
+
 // Whatever becomes of the work, the observers see its end.
 template <class Work>
 Value Machine::Observe(const MemberUse& use, const Work& work) {
@@ -85,6 +93,7 @@ void Machine::CallNative(Instruction instruction, const Function& function, Valu
     Arguments arguments(site, r);
     MemberUse use{.method = site.native, .self = ReceiverOf(site, r), .arguments = arguments.All(), .at = Here()};
     if (site.hasReceiver && !use.self) FailOnNil(use, "is called on");
+    RefuseHusk(use);
     Value result = Observe(use, [&] { return host::Invoke(*use.method, use.self, arguments.All()); });
     CheckRaised();
     if (instruction.a != kNoRegister && !result.IsNothing()) r[instruction.a] = std::move(result);
@@ -101,6 +110,7 @@ void Machine::CallSetter(Instruction instruction, const Function& function, Valu
                         .assigned = &assigned,
                         .at = Here()};
     if (site.hasReceiver && !use.self) FailOnNil(use, "is called on");
+    RefuseHusk(use);
     Observe(use, [&] {
         host::InvokeSetter(*use.method, use.self, arguments, assigned);
         return Value();
@@ -109,30 +119,72 @@ void Machine::CallSetter(Instruction instruction, const Function& function, Valu
 }
 
 void Machine::GetProperty(Instruction instruction, const Function& function, Value* r) {
-    const bool ofObject = instruction.b != kNoRegister;
-    const MemberUse use{.property = function.properties[instruction.c],
-                        .self = ofObject ? r[instruction.b].object() : nullptr,
-                        .at = Here()};
-    if (ofObject && !use.self) FailOnNil(use, "is asked of");
-    Value result = Observe(use, [&] { return host::GetProperty(*use.property, use.self); });
+    const host::Property& property = *function.properties[instruction.c];
+    if (instruction.b == kNoRegister) return ReadProperty(property, nullptr, r[instruction.a]);
+    host::Object* const self = r[instruction.b].object();
+    if (!self) FailOnNil({.property = &property, .at = Here()}, "is asked of");
+    ReadProperty(property, self, r[instruction.a]);
+}
+
+void Machine::ReadProperty(const host::Property& property, host::Object* self, Value& target) {
+    const MemberUse use{.property = &property, .self = self, .at = Here()};
+    const bool husk = self && self->destroyed;
+    Value result =
+        Observe(use, [&] { return husk ? host::DefaultOf(property.type) : host::GetProperty(property, self); });
     CheckRaised();
-    if (!result.IsNothing()) r[instruction.a] = std::move(result);
+    if (!result.IsNothing()) target = std::move(result);
 }
 
 void Machine::SetProperty(Instruction instruction, const Function& function, Value* r) {
-    const bool ofObject = instruction.a != kNoRegister;
+    const host::Property& property = *function.properties[instruction.c];
     const Value value = r[instruction.b];
-    const MemberUse use{.property = function.properties[instruction.c],
-                        .self = ofObject ? r[instruction.a].object() : nullptr,
-                        .assigned = &value,
-                        .at = Here()};
-    if (ofObject && !use.self) FailOnNil(use, "is set on");
-    const auto keepAlive = host::Ref<host::Object>::Share(use.self);
+    if (instruction.a == kNoRegister) return WriteProperty(property, nullptr, value);
+    host::Object* const self = r[instruction.a].object();
+    if (!self) FailOnNil({.property = &property, .assigned = &value, .at = Here()}, "is set on");
+    WriteProperty(property, self, value);
+}
+
+void Machine::WriteProperty(const host::Property& property, host::Object* self, const Value& value) {
+    const MemberUse use{.property = &property, .self = self, .assigned = &value, .at = Here()};
+    RefuseHusk(use);
+    const auto keepAlive = host::Ref<host::Object>::Share(self);
     Observe(use, [&] {
-        host::SetProperty(*use.property, use.self, value);
+        host::SetProperty(property, self, value);
         return Value();
     });
     CheckRaised();
+}
+
+// --- References to places that are no variables
+
+void Machine::LoadPlace(const Value& reference, Value& target) {
+    const Place place = PlaceBehind(reference);
+    switch (place.kind) {
+        case Place::Kind::Element:
+            target = Value(ElementOf(place.holder, place.index));
+            return;
+        case Place::Kind::Field:
+            target = Value(FieldOf(place.holder, static_cast<std::size_t>(place.index)));
+            return;
+        case Place::Kind::Property:
+            return ReadProperty(*place.property, place.holder.object(), target);
+    }
+}
+
+void Machine::StorePlace(const Value& reference, const Value& value) {
+    const Place place = PlaceBehind(reference);
+    if (place.kind == Place::Kind::Property) return WriteProperty(*place.property, place.holder.object(), Value(value));
+    Value& target = place.kind == Place::Kind::Element ? ElementOf(place.holder, place.index)
+                                                       : FieldOf(place.holder, static_cast<std::size_t>(place.index));
+    // The place has the new value before the old one's destructor can look at it.
+    const Value old = std::exchange(target, value);
+}
+
+void Machine::MakePropertyReference(Instruction instruction, const Function& function, Value* r) {
+    const host::Property& property = *function.properties[instruction.c];
+    const bool ofObject = instruction.b != kNoRegister;
+    if (ofObject && !r[instruction.b].object()) FailOnNil({.property = &property, .at = Here()}, "is asked of");
+    r[instruction.a] = ReferenceToProperty(ofObject ? r[instruction.b] : Value(nullptr), property);
 }
 
 void Machine::NewObject(Instruction instruction, const Function& function, Value* r) {
@@ -142,7 +194,7 @@ void Machine::NewObject(Instruction instruction, const Function& function, Value
     if (!type) Throw("RuntimeException", "There are no objects of class " + symbol.name);
     host::Ref<host::Object> object = host::NewObject(*type);
     CheckRaised();
-    if (!object) Throw("RuntimeException", "There is not enough memory for a " + symbol.name);
+    if (!object) throw std::bad_alloc();
     // An address that is used again belongs to another exception than the one traced last.
     if (object.get() == traced_) traced_ = nullptr;
     r[instruction.a] = Value(std::move(object));

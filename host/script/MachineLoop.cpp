@@ -6,6 +6,7 @@
 #include "host/script/Arithmetic.h"
 #include "host/script/Machine.h"
 #include "host/script/MachineState.h"
+#include "host/script/Place.h"
 
 namespace script {
 
@@ -36,21 +37,6 @@ bool StepIn(Value& variable, const Value& step) {
     return Step(variable, step.bits(), std::numeric_limits<T>::min(), std::numeric_limits<T>::max());
 }
 
-// The element of an array, or an exception that says what is wrong.
-Value& ElementOf(const Value& array, const Value& index) {
-    host::Array* elements = array.array();
-    if (!elements) Throw("NilObjectException", "The array is Nil");
-    const std::int64_t at = index.bits();
-    if (at < 0 || at >= static_cast<std::int64_t>(elements->values.size())) ThrowOutOfBounds(at, *elements);
-    return elements->values[static_cast<std::size_t>(at)];
-}
-
-Value& FieldOf(const Value& holder, std::uint16_t offset) {
-    host::Object* object = holder.object();
-    if (!object) Throw("NilObjectException", "A property of Nil is asked for");
-    return reinterpret_cast<Value*>(object)[offset];
-}
-
 }  // namespace
 
 // Longer than anything else here: one line an instruction.
@@ -71,18 +57,34 @@ void Machine::Loop(std::size_t floor) {
             case Op::LoadGlobal: r[i.a] = globals_[i.Number()]; break;
             case Op::StoreGlobalBits: globals_[i.Number()].bits() = r[i.a].bits(); break;
             case Op::StoreGlobal: globals_[i.Number()] = r[i.a]; break;
-            case Op::LoadRef: r[i.a] = *reinterpret_cast<Value*>(r[i.b].bits()); break;
-            case Op::StoreRef: *reinterpret_cast<Value*>(r[i.a].bits()) = r[i.b]; break;
-            case Op::RefLocal: r[i.a].bits() = reinterpret_cast<std::intptr_t>(&r[i.b]); break;
-            case Op::RefGlobal: r[i.a].bits() = reinterpret_cast<std::intptr_t>(&globals_[i.Number()]); break;
+            case Op::LoadRef:
+                if (const Value* variable = VariableBehind(r[i.b]))
+                    r[i.a] = *variable;
+                else
+                    LoadPlace(r[i.b], r[i.a]);
+                break;
+            case Op::StoreRef:
+                if (Value* variable = VariableBehind(r[i.a]))
+                    *variable = r[i.b];
+                else
+                    StorePlace(r[i.a], r[i.b]);
+                break;
+            case Op::RefLocal: r[i.a] = ReferenceTo(r[i.b]); break;
+            case Op::RefGlobal: r[i.a] = ReferenceTo(globals_[i.Number()]); break;
+            case Op::RefField: FieldOf(r[i.b], i.c); r[i.a] = ReferenceToField(r[i.b], i.c); break;
+            case Op::RefElement:
+                ElementOf(r[i.b], r[i.c].bits());
+                r[i.a] = ReferenceToElement(r[i.b], r[i.c].bits());
+                break;
+            case Op::RefProperty: MakePropertyReference(i, *frame->function, r); break;
             case Op::LoadFieldBits: r[i.a].bits() = FieldOf(r[i.b], i.c).bits(); break;
             case Op::LoadField: r[i.a] = Value(FieldOf(r[i.b], i.c)); break;
             case Op::StoreFieldBits: FieldOf(r[i.a], i.c).bits() = r[i.b].bits(); break;
             case Op::StoreField: { const Value old = std::exchange(FieldOf(r[i.a], i.c), r[i.b]); break; }
-            case Op::LoadElementBits: r[i.a].bits() = ElementOf(r[i.b], r[i.c]).bits(); break;
-            case Op::LoadElement: r[i.a] = Value(ElementOf(r[i.b], r[i.c])); break;
-            case Op::StoreElementBits: ElementOf(r[i.a], r[i.b]).bits() = r[i.c].bits(); break;
-            case Op::StoreElement: { const Value old = std::exchange(ElementOf(r[i.a], r[i.b]), r[i.c]); break; }
+            case Op::LoadElementBits: r[i.a].bits() = ElementOf(r[i.b], r[i.c].bits()).bits(); break;
+            case Op::LoadElement: r[i.a] = Value(ElementOf(r[i.b], r[i.c].bits())); break;
+            case Op::StoreElementBits: ElementOf(r[i.a], r[i.b].bits()).bits() = r[i.c].bits(); break;
+            case Op::StoreElement: { const Value old = std::exchange(ElementOf(r[i.a], r[i.b].bits()), r[i.c]); break; }
 
             case Op::AddI: r[i.a].bits() = WrapAdd(Narrow(r[i.b]), Narrow(r[i.c])); break;
             case Op::SubtractI: r[i.a].bits() = WrapSubtract(Narrow(r[i.b]), Narrow(r[i.c])); break;
@@ -196,6 +198,8 @@ void Machine::Loop(std::size_t floor) {
                 pc = frame->next;
                 r = frame->registers;
                 break;
+            case Op::End:
+                return;
             default:
                 Perform(i, *frame->function, r, pc);
                 pc += i.op == Op::VariantOperation || i.op == Op::VariantCompare;

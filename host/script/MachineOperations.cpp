@@ -13,15 +13,21 @@ namespace {
 // An array may grow to this many elements; a mistyped size is an exception, not a dead machine.
 constexpr std::int64_t kMostElements = 100'000'000;
 
+void RefuseTooMany(std::int64_t count) {
+    if (count > kMostElements)
+        Throw("OutOfMemoryException", "An array can't have more than " + std::to_string(kMostElements) + " elements");
+}
+
 host::Array& ArrayIn(const Value& value) {
-    if (!value.array()) Throw("NilObjectException", "The array is Nil");
+    if (!value.array()) ThrowNoArray();
     return *value.array();
 }
 
 std::size_t CountFor(std::int64_t highest) {
-    if (highest < -1 || highest >= kMostElements)
+    if (highest < -1)
         Throw("OutOfBoundsException", "An array's highest index is -1 to " + std::to_string(kMostElements - 1) +
                                           ", not " + std::to_string(highest));
+    RefuseTooMany(highest + 1);
     return static_cast<std::size_t>(highest + 1);
 }
 
@@ -68,6 +74,10 @@ void Resize(host::Array& array, std::size_t count) {
 
 }  // namespace
 
+void ThrowNoArray() { Throw("NilObjectException", "The array is Nil"); }
+
+void ThrowNoObject() { Throw("NilObjectException", "A property of Nil is asked for"); }
+
 void ThrowOutOfBounds(std::int64_t index, const host::Array& array) {
     ThrowOutOfBounds(index, array, array.values.size());
 }
@@ -95,12 +105,16 @@ void Machine::PerformArray(Instruction instruction, const Function& function, Va
             *a = Value(host::MakeArray(function.types[instruction.c].host, count));
             return;
         }
-        case Op::Append:
-            ArrayIn(*a).values.push_back(r[instruction.b]);
+        case Op::Append: {
+            host::Array& array = ArrayIn(*a);
+            RefuseTooMany(static_cast<std::int64_t>(array.values.size()) + 1);
+            array.values.push_back(r[instruction.b]);
             return;
+        }
         case Op::Insert: {
             host::Array& array = ArrayIn(*a);
             const std::size_t at = IndexIn(array, r[instruction.b].bits(), array.values.size() + 1);
+            RefuseTooMany(static_cast<std::int64_t>(array.values.size()) + 1);
             array.values.insert(array.values.begin() + static_cast<std::ptrdiff_t>(at), r[instruction.c]);
             return;
         }

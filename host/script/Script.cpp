@@ -1,11 +1,14 @@
 #include "host/script/Script.h"
 
 #include <memory>
+#include <new>
+#include <utility>
 
 #include "host/script/Checker.h"
 #include "host/script/Compiler.h"
 #include "host/script/Machine.h"
 #include "host/script/Parser.h"
+#include "host/script/ProgramEnd.h"
 #include "host/script/ScriptClasses.h"
 
 namespace script {
@@ -23,6 +26,19 @@ struct LoadedScript {
     Symbols symbols;
     Code code;
     Machine machine;
+    LoadedScript* keptBefore = nullptr;
+};
+
+// Takes a script's classes away and the script with them; one that may still be called from
+// outside stays for ever.
+struct Retire {
+    void operator()(LoadedScript* script) const noexcept {
+        static LoadedScript* kept = nullptr;
+        if (UnregisterClasses(script->symbols))
+            delete script;
+        else
+            script->keptBefore = std::exchange(kept, script);
+    }
 };
 
 std::string PlaceOf(const Source& source, Position at) {
@@ -60,29 +76,46 @@ bool Load(LoadedScript& script) {
     return !script.diagnostics.HasErrors();
 }
 
-int RunLoaded(LoadedScript& script, const RunOptions& options) {
+// Runs a part of the script. Gives its exit code, and the text for an exception that nobody took.
+template <class Work>
+int Outcome(LoadedScript& script, const Work& work, std::string& complaint) {
     int exitCode = 0;
     try {
-        script.machine.Run();
+        work();
     } catch (const Terminated& end) {
         exitCode = end.exitCode;
     } catch (const host::Raised&) {
-        options.complain(FailureText(script.source, script.machine.LastFailure()));
+        complaint += FailureText(script.source, script.machine.LastFailure());
         exitCode = 1;
     }
     script.machine.ForgetFailure();
     return exitCode;
 }
 
-// Tells what the script left alive; true when that is a fault.
-bool ReportLeftovers(const LoadedScript& script, const Alive& before, const RunOptions& options) {
-    const Leftovers left = ReleaseLeftovers(script.symbols, before);
-    const std::string name = script.source.path + ": ";
-    if (!left.cycles.empty())
-        options.complain(name + "objects that held each other were released at the end: " + ListOf(left.cycles) + '\n');
-    if (!left.leaks.empty())
-        options.complain(name + "objects are still alive at the end: " + ListOf(left.leaks) + '\n');
-    return !left.leaks.empty();
+std::string TextOf(const Leftovers& left, const std::string& path) {
+    std::string text;
+    if (!left.cycles.empty()) text += path + ": objects that held each other at the end: " + ListOf(left.cycles) + '\n';
+    if (!left.leaks.empty()) text += path + ": objects are still alive at the end: " + ListOf(left.leaks) + '\n';
+    return text;
+}
+
+int RunLoaded(LoadedScript& script, const RunOptions& options) {
+    const Alive before;
+    std::string complaint;
+    Leftovers left;
+    int exitCode = Outcome(
+        script, [&] { script.machine.Run(); }, complaint);
+    const auto end = [&] {
+        left = EndProgram(script.machine, script.symbols, before);
+        script.machine.CheckEnd();
+    };
+    const int atEnd = Outcome(script, end, complaint);
+    if (exitCode == 0) exitCode = atEnd;
+    if (options.leaks) complaint += TextOf(left, script.source.path);
+    const bool leaks = options.leaks && !(left.cycles.empty() && left.leaks.empty());
+    if (leaks && exitCode == 0) exitCode = 1;
+    if (!complaint.empty()) options.complain(complaint);
+    return exitCode;
 }
 
 }  // namespace
@@ -93,8 +126,10 @@ std::string CheckScript(const Source& source) {
     return script.diagnostics.Text();
 }
 
-int RunScript(const Source& source, const RunOptions& options) {
-    auto script = std::make_unique<LoadedScript>(source);
+namespace {
+
+int Run(const Source& source, const RunOptions& options) {
+    const std::unique_ptr<LoadedScript, Retire> script(new LoadedScript(source));
     script->machine.print = options.print;
     script->machine.observers = options.observers;
     if (Load(*script)) {
@@ -102,20 +137,20 @@ int RunScript(const Source& source, const RunOptions& options) {
         Compile(*script->program, script->symbols, script->code, script->diagnostics);
     }
     if (!script->diagnostics.List().empty()) options.complain(script->diagnostics.Text());
-    if (script->diagnostics.HasErrors()) {
-        UnregisterClasses(script->symbols);
+    if (script->diagnostics.HasErrors()) return 1;
+    return RunLoaded(*script, options);
+}
+
+}  // namespace
+
+// Inside the script short memory is an exception of the script; here it is before or after it.
+int RunScript(const Source& source, const RunOptions& options) {
+    try {
+        return Run(source, options);
+    } catch (const std::bad_alloc&) {
+        options.complain(source.path + ": there is not enough memory for this script\n");
         return 1;
     }
-    const Alive before;
-    int exitCode = RunLoaded(*script, options);
-    const bool leaks = ReportLeftovers(*script, before, options);
-    if (leaks && exitCode == 0) exitCode = 1;
-    // What still may be called from outside must outlive this call.
-    if (!UnregisterClasses(script->symbols)) {
-        static std::vector<std::unique_ptr<LoadedScript>> kept;
-        kept.push_back(std::move(script));
-    }
-    return exitCode;
 }
 
 }  // namespace script

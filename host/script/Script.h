@@ -17,6 +17,7 @@ struct RunOptions {
     std::function<void(std::string_view)> print;     // each line of Print, without its end
     std::function<void(std::string_view)> complain;  // messages, whole lines with their ends
     std::vector<MemberObserver*> observers;          // borrowed
+    bool leaks = false;                              // objects left at the end are an error
 };
 
 // The text of a file, or of standard input for "-"; nothing, after a message to `complain`, when it
@@ -24,8 +25,8 @@ struct RunOptions {
 std::optional<Source> ReadSource(const std::string& path, const std::function<void(std::string_view)>& complain);
 
 // Checks and runs a script. Gives its exit code: 0, what it handed to Quit, 130 after Ctrl-C, or 1
-// with a message for errors in the script, an exception that nobody took, and objects that are
-// still alive at its end.
+// with a message for errors in the script and an exception that nobody took. With `leaks` that
+// goes for objects, too, that held each other or were held from outside when the script ended.
 int RunScript(const Source& source, const RunOptions& options);
 
 // Only parses and checks; gives the errors and warnings as text, empty for none.

@@ -1,8 +1,6 @@
 #include "host/script/ScriptClasses.h"
 
 #include <algorithm>
-#include <map>
-#include <set>
 
 #include "host/script/MachineState.h"
 
@@ -89,80 +87,19 @@ void RegisterClasses(Symbols& symbols, Machine& machine) {
     }
 }
 
-namespace {
-
-bool IsOfScript(const host::Object* object, const Symbols& symbols) {
+bool IsOfScript(const host::Object& object, const Symbols& symbols) {
     return std::any_of(symbols.scriptClasses.begin(), symbols.scriptClasses.end(),
-                       [&](const ClassSymbol* symbol) { return symbol->made && host::IsA(object, *symbol->made); });
+                       [&](const ClassSymbol* symbol) { return symbol->made && host::IsA(&object, *symbol->made); });
 }
 
-std::vector<std::string> Counted(const std::map<std::string, int>& counts) {
-    std::vector<std::string> lines;
-    for (const auto& [name, count] : counts) lines.push_back(std::to_string(count) + " × " + name);
-    return lines;
-}
-
-// Empties the properties that the script gave an object.
-void ClearSlots(host::Object* object) {
-    for (const host::Class* type = object->type; type; type = type->superclass()) {
-        for (std::size_t i = 0; i < type->slotDefaults().size(); ++i) {
-            host::Value& slot = type->SlotsOf(object)[i];
-            const host::Value old = std::exchange(slot, type->slotDefaults()[i]);
-        }
-    }
-}
-
-}  // namespace
-
-bool UnregisterClasses(Symbols& symbols) {
-    for (const host::Object* object : host::LiveObjects())
-        if (IsOfScript(object, symbols)) return false;
+bool UnregisterClasses(Symbols& symbols) noexcept {
+    for (const host::Object* object = host::NewestLiveObject(); object; object = object->next)
+        if (IsOfScript(*object, symbols)) return false;
     for (auto symbol = symbols.scriptClasses.rbegin(); symbol != symbols.scriptClasses.rend(); ++symbol) {
         if ((*symbol)->made) host::Runtime::Get().RemoveClass(*(*symbol)->made);
         (*symbol)->made = nullptr;
     }
     return true;
-}
-
-namespace {
-
-template <class Held>
-std::vector<host::Ref<Held>> HoldNew(const std::vector<Held*>& alive, const std::vector<Held*>& before) {
-    const std::set<const Held*> known(before.begin(), before.end());
-    std::vector<host::Ref<Held>> held;
-    for (Held* one : alive)
-        if (!known.contains(one)) held.push_back(host::Ref<Held>::Share(one));
-    return held;
-}
-
-// Counts the objects of the script and the arrays that still live, and empties them. Arrays that
-// go with their objects don't count.
-std::map<std::string, int> BreakCycles(const Symbols& symbols, const Alive& before) {
-    std::map<std::string, int> counts;
-    auto objects = HoldNew(host::LiveObjects(), before.objects);
-    std::erase_if(objects, [&](const auto& object) { return !IsOfScript(object.get(), symbols); });
-    for (const auto& object : objects) ++counts[object->type->name()];
-    for (const auto& object : objects) ClearSlots(object.get());
-    const auto arrays = HoldNew(host::LiveArrays(), before.arrays);
-    if (!arrays.empty()) counts["array"] = static_cast<int>(arrays.size());
-    for (const auto& array : arrays) {
-        const std::vector<host::Value> dropped = std::exchange(array->values, {});
-    }
-    return counts;
-}
-
-}  // namespace
-
-Leftovers ReleaseLeftovers(const Symbols& symbols, const Alive& before) {
-    const std::set<const host::Object*> known(before.objects.begin(), before.objects.end());
-    std::map<std::string, int> cycles = BreakCycles(symbols, before), leaks;
-    for (const host::Object* object : host::LiveObjects()) {
-        if (known.contains(object)) continue;
-        ++leaks[object->type->name()];
-        const auto counted = cycles.find(object->type->name());
-        if (counted != cycles.end() && --counted->second == 0) cycles.erase(counted);
-    }
-    return {Counted(cycles), Counted(leaks)};
 }
 
 }  // namespace script

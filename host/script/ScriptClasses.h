@@ -13,22 +13,9 @@ namespace script {
 void RegisterClasses(Symbols& symbols, Machine& machine);
 
 // Takes them away again. False, with everything left as it is, while instances are alive.
-bool UnregisterClasses(Symbols& symbols);
+bool UnregisterClasses(Symbols& symbols) noexcept;
 
-// What was alive at the end of a script.
-struct Leftovers {
-    std::vector<std::string> cycles;  // "3 × Node": instances that held each other, now released
-    std::vector<std::string> leaks;   // "1 × Picture": still alive
-};
-
-// What was alive before a script ran.
-struct Alive {
-    std::vector<host::Object*> objects = host::LiveObjects();
-    std::vector<host::Array*> arrays = host::LiveArrays();
-};
-
-// Releases objects of the script's classes and arrays that only hold each other, and counts what is
-// alive beyond `before`.
-Leftovers ReleaseLeftovers(const Symbols& symbols, const Alive& before);
+// Whether an object's class, or one that it inherits, is the script's.
+bool IsOfScript(const host::Object& object, const Symbols& symbols);
 
 }  // namespace script

@@ -20,8 +20,8 @@ struct Function;
 
 enum class Storage : std::uint8_t {
     Local,     // a register of its routine's frame
-    Global,    // a register of the program's frame, which lives as long as the script runs
-    ByRef,     // a register with the address of the caller's variable
+    Global,    // a register of the program's frame, which lives as long as the script does
+    ByRef,     // a register with a reference to the caller's variable, element or property
     Constant,  // no storage: `value` is a literal
 };
 
@@ -90,6 +90,7 @@ struct ClassSymbol {
     std::map<std::string, FieldSymbol*, std::less<>> fields;                   // by lower-case name, own ones
     std::map<std::string, std::vector<RoutineSymbol*>, std::less<>> routines;  // own ones
     std::vector<FieldSymbol*> ownFields;                                       // in the order declared
+    std::int32_t slotCount = 0;                                                // own fields that are not shared
     Function* initializer = nullptr;  // gives the fields their first values; null: none needed
 };
 

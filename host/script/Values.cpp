@@ -73,11 +73,9 @@ Value ConcatenateTexts(const Value& a, const Value& b) {
     if (right.empty()) return a;
     const sdk::Encoding encoding = host::EncodingOf(a.string());
     const bool same = encoding == host::EncodingOf(b.string());
-    std::string joined;
-    joined.reserve(left.size() + right.size());
-    joined.append(left).append(right);
     const bool ascii = IsText(encoding) && IsText(host::EncodingOf(b.string()));
-    return Value(host::MakeString(joined, same ? encoding : (ascii ? sdk::Encoding::Utf8 : sdk::Encoding::None)));
+    const sdk::Encoding joined = same ? encoding : (ascii ? sdk::Encoding::Utf8 : sdk::Encoding::None);
+    return Value(host::JoinStrings(left, right, joined));
 }
 
 namespace {

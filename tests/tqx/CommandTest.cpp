@@ -101,6 +101,20 @@ TEST(Command, MembersAsJsonHasEveryField) {
     EXPECT_THAT(outcome.out, HasSubstr(R"("flags": 0)"));
 }
 
+TEST(Command, ObjectsLeftAtTheEndAreAnErrorOnlyWhenAskedFor) {
+    const ScriptOf script(
+        "Class Maker Inherits PictureFactoryTQX\n  Property Other As Maker\nEnd Class\n"
+        "PictureFactoryTQX.SetFactory(New Maker)\n"
+        "Dim m As New Maker\nm.Other = m\n");
+    const Outcome quiet = RunCommand({"run", script.path()});
+    EXPECT_EQ(quiet.exitCode, 0);
+    EXPECT_EQ(quiet.err, "");
+    const Outcome told = RunCommand({"run", "--leaks", script.path()});
+    EXPECT_EQ(told.exitCode, 1);
+    EXPECT_EQ(told.err, script.path() + ": objects that held each other at the end: 1 × Maker\n" + script.path() +
+                            ": objects are still alive at the end: 1 × Maker\n");
+}
+
 TEST(Command, ArgumentsThatLookLikeOptionsReachTheScript) {
     const ScriptOf script("Print 1\n");
     const Outcome outcome = RunCommand({"run", script.path(), "--json", "-x", "plain"});

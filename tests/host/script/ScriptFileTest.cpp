@@ -8,7 +8,7 @@
 //   ' expect exit: 3                          the exit code; else 1 with an error and 0 without
 //   ' arguments: a b                          arguments of the script
 //
-// A script that leaves an object alive fails by its exit code; one that hangs is ended.
+// A script that leaves an object alive fails by its exit code (--leaks); one that hangs is ended.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -78,7 +78,7 @@ class ScriptFile : public testing::TestWithParam<fs::path> {};
 TEST_P(ScriptFile, PrintsWhatItExpects) {
     const fs::path path = GetParam();
     const Expectation expected = ReadExpectation(path);
-    std::vector<std::string> words = {"run", path.string()};
+    std::vector<std::string> words = {"run", "--leaks", path.string()};
     words.insert(words.end(), expected.arguments.begin(), expected.arguments.end());
     const Outcome outcome = RunCommand(words);
     ASSERT_TRUE(outcome.ended) << "the script did not end in time; so far it printed\n" << outcome.out;
