@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <map>
 
+#include "host/calls/Runtime.h"
+#include "host/reference/Descriptions.h"
 #include "host/reference/ReferenceJson.h"
 #include "host/reference/Spelling.h"
 
@@ -60,7 +62,7 @@ class Page {
 
     // The marks follow in brackets.
     void Entry(const std::string& entry, const std::string& marks) {
-        Wrap(marks.empty() ? entry : entry + " [" + marks + "]", "  ", "      ");
+        Wrap(marks.empty() ? entry : entry + " [" + marks + "]", "  ", "      ", ",).");
     }
 
     // Short texts side by side, filled downwards.
@@ -79,17 +81,18 @@ class Page {
         }
     }
 
-    void Paragraph(const std::string& paragraph) { Wrap(paragraph, "", ""); }
+    void Paragraph(const std::string& paragraph) { Wrap(paragraph, "", "", ""); }
 
     const std::string& text() const { return text_; }
 
   private:
-    // Breaks the text where a parameter, the brackets or a sentence end.
-    void Wrap(std::string_view text, const char* firstIndent, const char* indent) {
+    // Breaks the text at blanks, of a declaration only where a parameter or the brackets end: behind
+    // one of `ends`, if there are any.
+    void Wrap(std::string_view text, const char* firstIndent, const char* indent, std::string_view ends) {
         std::string line = firstIndent;
         bool empty = true;
         while (!text.empty()) {
-            const std::size_t end = UnitLength(text);
+            const std::size_t end = UnitLength(text, ends);
             if (!empty && line.size() + 1 + end > columns_) {
                 text_ += line + "\n";
                 line = indent;
@@ -103,9 +106,9 @@ class Page {
         text_ += line + "\n";
     }
 
-    static std::size_t UnitLength(std::string_view text) {
+    static std::size_t UnitLength(std::string_view text, std::string_view ends) {
         for (std::size_t at = 1; at < text.size(); ++at)
-            if (text[at] == ' ' && std::string_view(",).").find(text[at - 1]) != std::string_view::npos) return at;
+            if (text[at] == ' ' && (ends.empty() || ends.find(text[at - 1]) != std::string_view::npos)) return at;
         return text.size();
     }
 
@@ -213,8 +216,13 @@ std::string Summary(const Class& type) {
     return text + (parts.empty() ? "No members of its own." : Joined(parts) + ".");
 }
 
+void WriteDescription(Page& page, std::string_view name) {
+    if (const std::string_view text = DescriptionOf(name); !text.empty()) page.Paragraph(std::string(text));
+}
+
 void WriteClass(Page& page, const Class& type) {
     page.Title(type.name(), '=');
+    WriteDescription(page, type.name());
     page.Paragraph(Summary(type));
     WriteMethods(page, type, true);
     WriteMethods(page, type, false);
@@ -278,6 +286,8 @@ bool DescribeMember(std::span<const Class* const> classes, std::string_view name
                     std::string& text) {
     Page page(request.columns);
     std::vector<std::string> names = ClassNames(classes);
+    const std::vector<std::string> functions = Runtime::Get().FunctionNames();
+    names.insert(names.end(), functions.begin(), functions.end());
     std::vector<const Class*> found;
     for (const Class* type : classes) {
         const std::vector<std::string> members = MemberNames(*type);
@@ -342,6 +352,33 @@ bool DescribeClasses(std::span<const Class* const> classes, const ReferenceReque
     if (!first.empty() && !one) return DescribeMember(classes, first, request, text);
     text = request.json ? ClassesAsJson(asked) : ClassesAsText(asked, request.columns);
     return true;
+}
+
+bool DescribeFunction(std::string_view name, const ReferenceRequest& request, std::string& text) {
+    const std::vector<const Method*> functions = Runtime::Get().FindFunctions(name);
+    const std::string_view ofLanguage = LanguageFunction(name);
+    if (functions.empty() && ofLanguage.empty()) return false;
+    Page page(request.columns);
+    const std::string declared = functions.empty() ? std::string(ofLanguage) : functions[0]->declaration.name;
+    page.Title(declared.substr(0, declared.find('(')), '=');
+    WriteDescription(page, name);
+    page.Heading("Declarations");
+    if (functions.empty()) page.Entry(declared, "");
+    for (const Method* function : functions) page.Entry(DeclarationText(SpelledTypes(function->declaration)), "");
+    text = request.json && !functions.empty() ? FunctionsAsJson(functions) : page.text();
+    return true;
+}
+
+std::string ListNames(std::span<const Class* const> classes, int columns) {
+    Page page(columns);
+    std::vector<std::string> names = ClassNames(classes);
+    std::sort(names.begin(), names.end());
+    page.Title("Framework", '=');
+    page.Heading("Classes");
+    page.Table(names);
+    page.Heading("Functions");
+    page.Table(Runtime::Get().FunctionNames());
+    return page.text();
 }
 
 }  // namespace host

@@ -21,6 +21,13 @@ struct ReferenceRequest {
 // near names. Ends with a line end in either case.
 bool DescribeClasses(std::span<const Class* const> classes, const ReferenceRequest& request, std::string& text);
 
+// The same for a function of the host or the language, with what it does. False, with `text` as it
+// was, when there is none of that name.
+bool DescribeFunction(std::string_view name, const ReferenceRequest& request, std::string& text);
+
+// The names of the classes given, and of all functions, in tables.
+std::string ListNames(std::span<const Class* const> classes, int columns = 80);
+
 // The names that are nearest to one that does not exist, at most three, the nearest first.
 std::vector<std::string> NearNames(std::string_view name, const std::vector<std::string>& names);
 

@@ -154,4 +154,16 @@ std::string MemberAsJson(std::span<const Class* const> classes, std::string_view
     return Write(classes, [name](std::string_view candidate) { return SameName(candidate, name); });
 }
 
+std::string FunctionsAsJson(std::span<const Method* const> functions) {
+    JsonWriter json;
+    json.BeginObject().Key("functions").BeginArray();
+    for (const Method* function : functions) {
+        json.BeginObject();
+        WriteDeclaration(json, function->declaration);
+        json.EndObject();
+    }
+    json.EndArray().EndObject();
+    return json.text() + "\n";
+}
+
 }  // namespace host

@@ -15,4 +15,7 @@ std::string ClassesAsJson(std::span<const Class* const> classes);
 // The same with only the members of one name.
 std::string MemberAsJson(std::span<const Class* const> classes, std::string_view name);
 
+// {"functions": [{"name": …, "parameters": […], …}, …]}
+std::string FunctionsAsJson(std::span<const Method* const> functions);
+
 }  // namespace host
