@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "plugin/rows/Blocks.h"
+
 namespace rows {
 
 namespace {

@@ -25,8 +25,7 @@ std::int32_t PickLanes(const PixelSpan& span, const std::uint8_t* row, std::int3
     const std::int64_t end = span.Extent(width);
     const __m512i bytesOfPixel = _mm512_set1_epi32(span.pixelSize * 0x01010101);
     const __m512i byteOfLane = _mm512_set1_epi32(0x03020100);
-    for (std::int32_t i = 0; i < count; i += 16) {
-        const std::int32_t picks = count - i < 16 ? count - i : 16;
+    for (const auto [i, picks] : Blocks(count, 16)) {
         const std::int64_t at = std::int64_t{columns[i]} * span.pixelSize;
         if ((columns[i + picks - 1] - columns[i]) * std::int64_t{span.pixelSize} > 128 - 4) return i;
         const auto present = static_cast<__mmask16>(LowBits(picks));

@@ -117,8 +117,7 @@ SkewPlan PlanSkew(int count, const PixelLayout& from, const PixelLayout& to, con
     if (plan.toSpan.IsCompact() && to.pixelSize <= 4) plan.fill = FillPattern(to, count, background);
     plan.inPlace = KeepPlaces(plan);
     for (int pixel = 0; plan.inPlace && pixel < 64 / to.pixelSize; ++pixel)
-        for (int c = 0; c < count; ++c)
-            plan.channels[pixel * to.pixelSize + (to.offset[c] - plan.toSpan.offset)] = 255;
+        for (int c = 0; c < count; ++c) plan.channels[pixel * to.pixelSize + (to.offset[c] - plan.toSpan.offset)] = 255;
     return plan;
 }
 

@@ -151,8 +151,8 @@ TEST(Elementary, RoundsCorrectlyNextToHalfWay) {
 
 // Within 2^-30 of a unit of half-way, found by going through some 2^33 neighbours of each of them.
 TEST(Elementary, RoundsTheHardestKnownArgumentsCorrectly) {
-    for (const double angle : {0x1.29bd0388225d3p+4, 0x1.7428ed58e6ee9p-2, 0x1.d49e81e37674p-1, 0x1.7985aeb208ea8p+1,
-                               0x1.35d68314e50d5p+0})
+    for (const double angle :
+         {0x1.29bd0388225d3p+4, 0x1.7428ed58e6ee9p-2, 0x1.d49e81e37674p-1, 0x1.7985aeb208ea8p+1, 0x1.35d68314e50d5p+0})
         ExpectCircle(angle);
     for (const double x : {0x1.ddbcd647bb9a9p-2, 0x1.a3900451d89f6p-2, 0x1.09f69abd0cf15p-3, 0x1.8adacc2e3566dp-1})
         ExpectPow(x, 1 / 2.2);
