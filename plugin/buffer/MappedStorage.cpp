@@ -152,6 +152,11 @@ void ShareMapping(const PixelBuffer& parent, PixelBuffer& view) {
     MapFirstWindow(view);
 }
 
+void SlideWindow(PixelBuffer& buffer, std::int32_t y) {
+    const std::int64_t row = StorageRowOf(buffer, y);
+    if (row >= 0 && StorageStands(buffer)) MapWindow(buffer, row);
+}
+
 OwnWindow::OwnWindow(const PixelBuffer& buffer) : picture_(buffer) {
     picture_.ownsFile = picture_.windowMapped = false;
     picture_.data = nullptr;

@@ -32,6 +32,9 @@ std::uint8_t* MirroredMappedRowAddress(PixelBuffer& buffer, std::int32_t y);
 // `parent` through a window of its own, and maps that for the view's row 0.
 void ShareMapping(const PixelBuffer& parent, PixelBuffer& view);
 
+// Puts the window where a row-address operation would for row y, also when it holds that row already.
+void SlideWindow(PixelBuffer& buffer, std::int32_t y);
+
 // Another window on the rows of a mapped picture: what is written through one is read through the
 // other. Rows may only be asked for while the picture has its storage.
 class OwnWindow {

@@ -13,8 +13,10 @@ namespace {
 // Rows above the one that was asked for that a window holds as well; a window has five rows at least.
 constexpr std::int32_t kLookBehind = 2;
 
-bool IsInWindow(const PixelBuffer& buffer, std::int64_t storageRow) {
-    return buffer.windowMapped && storageRow >= buffer.firstMappedRow && storageRow <= buffer.lastMappedRow;
+// Whether the window holds row y; a row that the storage doesn't have needs none.
+bool IsAtHand(const PixelBuffer& buffer, std::int32_t y) {
+    const std::int64_t row = StorageRowOf(buffer, y);
+    return row < 0 || (buffer.windowMapped && row >= buffer.firstMappedRow && row <= buffer.lastMappedRow);
 }
 
 }  // namespace
@@ -31,14 +33,13 @@ std::uint8_t* RowCursor::Row(std::int32_t y) {
     return RowAddress(window, y);
 }
 
-// Asks for the row whose window has as many rows above y, in the picture, as y's would have in an
+// Slides to the row whose window has as many rows above y, in the picture, as y's would have in an
 // upright one.
 void RowCursor::PlaceFor(std::int32_t y) {
     PixelBuffer& window = Window();
-    const std::int64_t row = StorageRowOf(window, y);
-    if (row < 0 || IsInWindow(window, row)) return;
+    if (IsAtHand(window, y)) return;
     const std::int64_t below = std::max<std::int64_t>(std::int64_t{window.windowRows} - 1 - 2 * kLookBehind, 0);
-    RowAddress(window, static_cast<std::int32_t>(std::min<std::int64_t>(y + below, RowsOf(window).end - 1)));
+    SlideWindow(window, static_cast<std::int32_t>(std::min<std::int64_t>(y + below, RowsOf(window).end - 1)));
 }
 
 std::int32_t RowCursor::RowsAtOnce() const {
@@ -48,7 +49,8 @@ std::int32_t RowCursor::RowsAtOnce() const {
 
 void RowCursor::Hold(const RowRange& range) {
     PixelBuffer& window = Window();
-    if (window.IsMapping && Stands()) RowAddress(window, IsMirrored(window) ? range.end - 1 : range.first);
+    if (!window.IsMapping || !Stands() || (IsAtHand(window, range.first) && IsAtHand(window, range.end - 1))) return;
+    SlideWindow(window, IsMirrored(window) ? range.end - 1 : range.first);
 }
 
 bool RowCursor::Yield() {
