@@ -220,7 +220,7 @@ void Compile(Program& program, Symbols& symbols, Code& code, Diagnostics& diagno
         if (HasTooManyFields(*symbol))
             diagnostics.Add(symbol->declaration->at,
                             symbol->name + " has too many properties for one class; divide it");
-    if (!diagnostics.Empty()) return;
+    if (diagnostics.HasErrors()) return;
     code.main = &code.functions.emplace_back();
     for (RoutineSymbol& routine : symbols.AllRoutines()) routine.code = &code.functions.emplace_back();
     for (ClassSymbol* symbol : symbols.scriptClasses)
