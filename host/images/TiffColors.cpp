@@ -24,10 +24,20 @@ void TiffColors::ReadPalette(TIFF* tiff) {
         for (const auto* part : parts) palette_.push_back(static_cast<std::uint8_t>(small ? part[i] : part[i] >> 8));
 }
 
+// Whether samples are the bytes of pixels already.
+bool TiffColors::AreBytes() const {
+    const bool known = d_.photometric == PHOTOMETRIC_MINISBLACK || d_.photometric == PHOTOMETRIC_RGB;
+    return known && most_ == 255 && !d_.premultiplied;
+}
+
 void TiffColors::Convert(const std::uint16_t* samples, std::uint8_t* pixels) const {
     const int colors = d_.ColorSamples();
     const bool hasAlpha = d_.alphaSample >= 0;
     const int results = d_.IsGray() ? 1 : 3;
+    if (AreBytes()) {
+        std::copy_n(samples, std::size_t{d_.width} * static_cast<std::size_t>(colors + hasAlpha), pixels);
+        return;
+    }
     for (std::uint32_t x = 0; x < d_.width; ++x, samples += colors + hasAlpha) {
         const std::uint32_t alpha = hasAlpha ? samples[colors] : most_;
         StoreColor(samples, d_.premultiplied ? alpha : most_, pixels);

@@ -159,7 +159,11 @@ class WebPEncoder final : public Encoder {
     // it done.
     void Check(const OwnedWriter& writer) const {
         HeldImage back({ImageFileFormat::WebP, output_.width, output_.height, layout, 1});
-        DecodeAt({writer.mem, writer.size}, back, 0, 0, output_.height);
+        try {
+            DecodeAt({writer.mem, writer.size}, back, 0, 0, output_.height);
+        } catch (const CodecError&) {
+            throw std::bad_alloc();
+        }
         if (!output_.quality && std::memcmp(back.Row(0), pixels_.data(), pixels_.size()) != 0) throw std::bad_alloc();
     }
 
