@@ -1,6 +1,7 @@
 // TIFF files of colours and samples that only the library can convert: luminance with colour
 // differences, logarithms, and the like.
 #include <algorithm>
+#include <new>
 
 #include "host/images/TiffDescription.h"
 
@@ -18,6 +19,13 @@ void TakePixel(std::uint32_t packed, bool alpha, std::uint8_t* pixel) {
     if (alpha) pixel[3] = static_cast<std::uint8_t>(opacity);
 }
 
+// The black and white of the samples, which the library makes up where the file has none, and goes
+// on with any numbers where it has no memory for them.
+void CheckBlackAndWhite(TIFF* tiff) {
+    const float* numbers = nullptr;
+    if (!TIFFGetFieldDefaulted(tiff, TIFFTAG_REFERENCEBLACKWHITE, &numbers) || !numbers) throw std::bad_alloc();
+}
+
 // Rows of strips or tiles as the library's red, green, blue and alpha.
 class ConvertedDecoder final : public Decoder {
   public:
@@ -27,6 +35,7 @@ class ConvertedDecoder final : public Decoder {
                 LayoutOf(false, d.alphaSample >= 0), d.orientation};
         // Turning is the caller's business.
         TIFFSetField(file_->get(), TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
+        CheckBlackAndWhite(file_->get());
         char reason[1024] = "";
         if (!TIFFRGBAImageOK(file_->get(), reason) || !TIFFRGBAImageBegin(&image_, file_->get(), 1, reason))
             FailFormat(std::string("is a TIFF file of a kind that can't be read (") + reason + ")");

@@ -123,6 +123,7 @@ void CheckBlocksInFile(TIFF* tiff, const TiffDescription& d, std::int64_t size) 
 }
 
 void FailTiff(const TiffFile& file) {
+    if (file.IsShortOfMemory()) throw std::bad_alloc();
     const std::string message = file.message();
     FailFormat(message.empty() ? "is a damaged TIFF file" : "is a damaged TIFF file (" + message + ")");
 }

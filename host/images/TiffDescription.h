@@ -45,7 +45,7 @@ void CheckCompression(std::uint16_t compression);
 // Fails where a strip or tile lies beyond the file's end, or plain pixels reach into the description.
 void CheckBlocksInFile(TIFF* tiff, const TiffDescription& d, std::int64_t size);
 
-// Fails with the library's last message.
+// Fails with the library's last message, or for lack of memory if that was it.
 [[noreturn]] void FailTiff(const TiffFile& file);
 
 // Reads, through the library's conversion, what isn't plain.

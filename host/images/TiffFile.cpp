@@ -53,28 +53,37 @@ TiffFile::~TiffFile() {
     if (tiff_) TIFFClose(tiff_);
 }
 
-void TiffFile::Keep(const char* format, va_list arguments) {
-    std::vsnprintf(message_, sizeof message_, format, arguments);
+void TiffFile::Keep(const char* text) {
+    std::snprintf(message_, sizeof message_, "%s", text);
     damaged_ = true;
 }
 
+// Even what the library only warns of may be for lack of memory: a tag that it ignores then.
+void TiffFile::NoteMemory(std::string_view text) {
+    for (const char* words : {"Out of memory", "Insufficient memory", "No space for"})
+        shortOfMemory_ |= text.find(words) != std::string_view::npos;
+}
+
 int TiffFile::OnError(TIFF*, void* self, const char*, const char* format, va_list arguments) {
-    static_cast<TiffFile*>(self)->Keep(format, arguments);
+    auto* file = static_cast<TiffFile*>(self);
+    char text[256];
+    std::vsnprintf(text, sizeof text, format, arguments);
+    file->NoteMemory(text);
+    file->Keep(text);
     return 1;
 }
 
 // Of the warnings those of the fax and JPEG decoders tell of data that made no sense. Spare bytes
 // between the segments of JPEG data are harmless, and so is a description that was put right.
 int TiffFile::OnWarning(TIFF*, void* self, const char* module, const char* format, va_list arguments) {
-    const std::string_view decoder = module ? module : "";
-    if (!decoder.starts_with("Fax") && !decoder.starts_with("JPEG")) return 1;
-    if (decoder.starts_with("JPEGFixup")) return 1;
+    auto* file = static_cast<TiffFile*>(self);
     char text[256];
-    va_list copy;
-    va_copy(copy, arguments);
-    std::vsnprintf(text, sizeof text, format, copy);
-    va_end(copy);
-    if (!std::strstr(text, "extraneous bytes")) static_cast<TiffFile*>(self)->Keep(format, arguments);
+    std::vsnprintf(text, sizeof text, format, arguments);
+    file->NoteMemory(text);
+    const std::string_view decoder = module ? module : "";
+    const bool counts =
+        (decoder.starts_with("Fax") || decoder.starts_with("JPEG")) && !decoder.starts_with("JPEGFixup");
+    if (counts && !std::strstr(text, "extraneous bytes")) file->Keep(text);
     return 1;
 }
 

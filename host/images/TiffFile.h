@@ -5,6 +5,7 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <string_view>
 
 #include "host/images/Codec.h"
 
@@ -29,14 +30,19 @@ class TiffFile {
     void StartPixels() { damaged_ = false; }
     bool IsDamaged() const { return damaged_; }
 
+    // Whether the library ever lacked memory, with which it may go on as if something weren't there.
+    bool IsShortOfMemory() const { return shortOfMemory_; }
+
   private:
-    void Keep(const char* format, va_list arguments);
+    void Keep(const char* text);
+    void NoteMemory(std::string_view text);
 
     static int OnError(TIFF*, void* self, const char* module, const char* format, va_list arguments);
     static int OnWarning(TIFF*, void* self, const char* module, const char* format, va_list arguments);
 
     char message_[256] = "";
     bool damaged_ = false;
+    bool shortOfMemory_ = false;
     TIFF* tiff_;
 };
 

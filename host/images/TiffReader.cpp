@@ -3,6 +3,7 @@
 // converts.
 #include <algorithm>
 #include <cstring>
+#include <new>
 
 #include "host/images/TiffColors.h"
 
@@ -174,6 +175,7 @@ DecoderPointer OpenTiff(Input input) {
     auto file = std::make_unique<TiffFile>(input.stream.get(), "rm", mostBytes);
     if (!file->get()) FailTiff(*file);
     const TiffDescription description = DescribeTiff(file->get());
+    if (file->IsShortOfMemory()) throw std::bad_alloc();
     input.CheckSize(description.width, description.height);
     CheckCompression(description.compression);
     // The old way of JPEG in TIFF keeps its pixels elsewhere.
