@@ -103,6 +103,7 @@ class Strip {
             const Distance distance = DistanceOf(position);
             for (std::int32_t c = 0; c < pixelSize_; ++c) {
                 weight_[j * pixelSize_ + c] = distance.weight;
+                share_[j * pixelSize_ + c] = rows::ShareOfSkew(distance.weight);
                 left_[j * pixelSize_ + c] = rows::LeftOfSkew(distance.weight, background_[c]);
             }
             if (runs_ == 0 || run_[runs_ - 1].offset != distance.offset) run_[runs_++] = {j, j, distance.offset};
@@ -119,7 +120,7 @@ class Strip {
         there_[y & (RingRows(most_) - 1)] = row != nullptr;
         if (!row) return;
         rows::MoveRow(pack_, row + std::int64_t{x_} * source_->PixelSize, line_, count_);
-        skew_(weight_, line_, left_, moved, count_ * pixelSize_);
+        skew_(weight_, share_, line_, left_, moved, count_ * pixelSize_);
         if (y + 1 < source_->Height) return;
         // The blend of the background stands on the last pixel: intended.
         for (std::int32_t i = 0; i < count_ * pixelSize_; ++i)
@@ -165,6 +166,7 @@ class Strip {
     Run run_[kMappedStripColumns];
     bool there_[kMappedStripColumns];
     double weight_[kMappedStripColumns * kMostBytes];
+    std::uint16_t share_[kMappedStripColumns * kMostBytes];
     std::uint8_t left_[kMappedStripColumns * kMostBytes];
     std::uint8_t line_[kMappedStripColumns * kMostBytes] = {};
 };

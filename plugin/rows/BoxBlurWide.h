@@ -89,6 +89,50 @@ void BlurWordsOf(const WindowStretch& stretch, std::int32_t size, std::int32_t* 
     for (int i = 0; i < Channels; ++i) sums[i] = word[i];
 }
 
+#if ROWS_LEVEL_IS_AVX512
+
+// Lane i of 32 becomes lane i - Distance, the lowest lanes 0; added to what was there.
+template <int Distance>
+ROWS_INLINE Register AddShifted(Register words, Register lane) {
+    const __mmask32 present = ~__mmask32{0} << Distance;
+    return AddWords(words, _mm512_maskz_permutexvar_epi16(present, SubWords(lane, Words(Distance)), words));
+}
+
+// Three channels without a fourth: a permutation moves words across lanes as well. Lane 0 of a step
+// belongs to the channel behind that of the last lane.
+template <>
+void BlurWordsOf<3>(const WindowStretch& stretch, std::int32_t size, std::int32_t* sums) {
+    alignas(kBytes) std::uint16_t word[32];
+    for (int i = 0; i < 32; ++i) word[i] = static_cast<std::uint16_t>(i);
+    const Register lane = Load(word);
+    for (int i = 0; i < 32; ++i) word[i] = static_cast<std::uint16_t>(29 + i % 3);
+    const Register lastOfChannel = Load(word);
+    for (int i = 0; i < 32; ++i) word[i] = static_cast<std::uint16_t>(sums[i % 3]);
+    Register before = Load(word);
+    const WordMean mean(size);
+    const Register factor = Words(mean.factor);
+    const __m128i shift = _mm_cvtsi32_si128(mean.shift);
+    std::int64_t at = 0;
+    for (; at < stretch.count; at += 32) {
+        const auto present = static_cast<__mmask32>(LowBits(stretch.count - at));
+        const Register change = _mm512_cvtepu8_epi16(_mm256_maskz_loadu_epi8(present, stretch.entering + at));
+        const Register gone = _mm512_cvtepu8_epi16(_mm256_maskz_loadu_epi8(present, stretch.leaving + at));
+        const Register difference = SubWords(change, gone);
+        Register changes = AddShifted<3>(difference, lane);
+        changes = AddShifted<6>(changes, lane);
+        changes = AddShifted<12>(changes, lane);
+        changes = AddShifted<24>(changes, lane);
+        const Register after = AddWords(before, changes);
+        const Register means = ShiftWordsDownBy(MulHighWords(SubWords(after, difference), factor), shift);
+        _mm256_mask_storeu_epi8(stretch.result + at, present, _mm512_cvtepi16_epi8(means));
+        before = _mm512_permutexvar_epi16(lastOfChannel, after);
+    }
+    Store(word, before);
+    for (int i = 0; i < 3; ++i) sums[(at + i) % 3] = word[i];
+}
+
+#endif
+
 void BlurWords(const WindowStretch& stretch, int channels, std::int32_t size, std::int32_t* sums) {
     switch (channels) {
         case 1:

@@ -108,6 +108,8 @@ void ConvertByGrays(const ConversionPlan& plan, const std::uint8_t* source, std:
     std::uint8_t grays[kPixelsATime];
     const PixelLayout& from = plan.conversion.from;
     const PixelLayout& to = plan.conversion.to;
+    if (plan.moves.copies && !plan.alphaMoves && AreDisjoint(plan.from, source, plan.to, destination, width))
+        return GrayRow(plan.grays, source, destination + to.offset[0], width);
     for (const auto [x, count] : Blocks(width, kPixelsATime)) {
         const std::uint8_t* const read = source + std::int64_t{x} * from.pixelSize;
         std::uint8_t* const written = destination + std::int64_t{x} * to.pixelSize;

@@ -69,6 +69,8 @@ ROWS_INLINE Register ShuffleBytes(Register a, Register index) { return _mm256_sh
 
 ROWS_INLINE Register AddWords(Register a, Register b) { return _mm256_add_epi16(a, b); }
 ROWS_INLINE Register SubWords(Register a, Register b) { return _mm256_sub_epi16(a, b); }
+ROWS_INLINE Register AddWordsCapped(Register a, Register b) { return _mm256_adds_epu16(a, b); }
+ROWS_INLINE Register EqualWords(Register a, Register b) { return _mm256_cmpeq_epi16(a, b); }
 ROWS_INLINE Register MulWords(Register a, Register b) { return _mm256_mullo_epi16(a, b); }
 ROWS_INLINE Register MulHighWords(Register a, Register b) { return _mm256_mulhi_epu16(a, b); }
 ROWS_INLINE Register MaxSignedWords(Register a, Register b) { return _mm256_max_epi16(a, b); }

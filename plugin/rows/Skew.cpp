@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "plugin/rows/Blocks.h"
 #include "plugin/rows/LoopForms.h"
 #include "plugin/rows/TableRegisters.h"
 
@@ -27,20 +28,45 @@ struct MakeTables {
     ROWS_INLINE static void Run(double weight, SkewTables* tables) {
         for (int v = 0; v < 256; ++v)
             tables->left[v] = static_cast<std::uint8_t>(static_cast<std::int32_t>(weight * v));
+        tables->share = ShareOfSkew(weight);
     }
 };
 
+// Some columns at a time by their shares; where one leaves a doubt, all of them by their weights.
 struct SkewEach {
-    ROWS_INLINE static void Run(const double* weight, const std::uint8_t* value, std::uint8_t* left,
-                                std::uint8_t* moved, std::int32_t count) {
-        const double* __restrict const weights = weight;
-        const std::uint8_t* __restrict const values = value;
-        std::uint8_t* __restrict const lefts = left;
-        std::uint8_t* __restrict const results = moved;
+    static constexpr std::int32_t kAtOnce = 64;
+
+    ROWS_INLINE static bool ByShares(const std::uint16_t* __restrict shares, const std::uint8_t* __restrict values,
+                                     std::int32_t count, std::uint8_t* __restrict leaves) {
+        std::uint16_t doubts = 0;
         for (std::int32_t i = 0; i < count; ++i) {
-            const auto leaves = static_cast<std::uint8_t>(static_cast<std::int32_t>(weights[i] * values[i]));
-            results[i] = static_cast<std::uint8_t>(values[i] - (leaves - lefts[i]));
-            lefts[i] = leaves;
+            const std::uint16_t value = values[i];
+            const auto fraction = static_cast<std::uint16_t>(value * std::uint32_t{shares[i]});
+            const auto sum = static_cast<std::uint16_t>(fraction + value);
+            doubts = static_cast<std::uint16_t>(doubts | (sum < value));
+            leaves[i] = static_cast<std::uint8_t>(value * std::uint32_t{shares[i]} >> 16);
+        }
+        return doubts == 0;
+    }
+
+    ROWS_INLINE static void ByWeights(const double* __restrict weights, const std::uint8_t* __restrict values,
+                                      std::int32_t count, std::uint8_t* __restrict leaves) {
+        for (std::int32_t i = 0; i < count; ++i)
+            leaves[i] = static_cast<std::uint8_t>(static_cast<std::int32_t>(weights[i] * values[i]));
+    }
+
+    ROWS_INLINE static void Run(const double* weight, const std::uint16_t* share, const std::uint8_t* value,
+                                std::uint8_t* left, std::uint8_t* moved, std::int32_t count) {
+        for (const auto [at, some] : Blocks(count, kAtOnce)) {
+            std::uint8_t leaves[kAtOnce];
+            if (!ByShares(share + at, value + at, some, leaves)) ByWeights(weight + at, value + at, some, leaves);
+            const std::uint8_t* __restrict const values = value + at;
+            std::uint8_t* __restrict const lefts = left + at;
+            std::uint8_t* __restrict const results = moved + at;
+            for (std::int32_t i = 0; i < some; ++i) {
+                results[i] = static_cast<std::uint8_t>(values[i] - leaves[i] + lefts[i]);
+                lefts[i] = leaves[i];
+            }
         }
     }
 };
@@ -116,8 +142,11 @@ SkewPlan PlanSkew(int count, const PixelLayout& from, const PixelLayout& to, con
     plan.toSpan = SpanOf(to.pixelSize, to.offset, count);
     if (plan.toSpan.IsCompact() && to.pixelSize <= 4) plan.fill = FillPattern(to, count, background);
     plan.inPlace = KeepPlaces(plan);
-    for (int pixel = 0; plan.inPlace && pixel < 64 / to.pixelSize; ++pixel)
-        for (int c = 0; c < count; ++c) plan.channels[pixel * to.pixelSize + (to.offset[c] - plan.toSpan.offset)] = 255;
+    if (!plan.inPlace) return plan;
+    for (int c = 0; c < count; ++c)
+        for (int at = to.offset[c] - plan.toSpan.offset; at < SkewPlan::kPeriod; at += to.pixelSize)
+            plan.channels[at] = 255;
+    plan.writesAll = std::count(plan.channels, plan.channels + SkewPlan::kPeriod, 255) == SkewPlan::kPeriod;
     return plan;
 }
 

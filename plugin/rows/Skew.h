@@ -8,6 +8,7 @@
 // Rotation, 1986).
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 #include "plugin/rows/Fill.h"
@@ -27,9 +28,17 @@ inline std::uint8_t EndOfSkew(double weight, std::uint8_t background, std::uint8
     return static_cast<std::uint8_t>(static_cast<std::int32_t>(background - (weight * background - left)));
 }
 
+// A weight as 65536ths, rounded down, 65535 for 1. Unless the fraction of share × v and v itself add up
+// to 1 or more, its whole part is that of weight × v in doubles: the true product lies between
+// share × v and (share + 1) × v 65536ths, and where no whole number does, none is within rounding.
+inline std::uint16_t ShareOfSkew(double weight) {
+    return static_cast<std::uint16_t>(std::min(static_cast<std::int32_t>(weight * 65536), 65535));
+}
+
 // What each value of a row leaves for the next pixel.
 struct SkewTables {
     std::uint8_t left[256];
+    std::uint16_t share;
 };
 
 struct SkewPlan;
@@ -47,9 +56,11 @@ struct SkewPlan {
     std::uint8_t background[4];
     PixelSpan fromSpan;
     PixelSpan toSpan;
-    PixelPattern fill;          // the background, where toSpan is compact
-    bool inPlace;               // channels keep their places within pixels of 1 to 4 bytes
-    std::uint8_t channels[64];  // 255: the byte of neighbouring pixels is a channel
+    PixelPattern fill;  // the background, where toSpan is compact
+    bool inPlace;       // channels keep their places within pixels of 1 to 4 bytes
+    static constexpr int kPeriod = 192;
+    std::uint8_t channels[kPeriod];  // 255: the byte of neighbouring pixels is a channel
+    bool writesAll;                  // every byte is one
 };
 
 SkewPlan PlanSkew(int count, const PixelLayout& from, const PixelLayout& to, const std::uint8_t* background);
@@ -64,9 +75,9 @@ void SkewRow(const SkewPlan& plan, double weight, std::int64_t offset, const std
              std::int32_t sourceWidth, std::uint8_t* destination, std::int32_t destinationWidth);
 
 // One row of many columns: moved[i] is value[i] less what it leaves plus left[i], and left[i]
-// becomes what it leaves, by each column's own weight. Nothing overlaps.
-using SkewColumnsFunction = void(const double* weight, const std::uint8_t* value, std::uint8_t* left,
-                                 std::uint8_t* moved, std::int32_t count);
+// becomes what it leaves, by each column's own weight and its share. Nothing overlaps.
+using SkewColumnsFunction = void(const double* weight, const std::uint16_t* share, const std::uint8_t* value,
+                                 std::uint8_t* left, std::uint8_t* moved, std::int32_t count);
 extern const Forms<SkewColumnsFunction> kSkewColumns;
 
 }  // namespace rows

@@ -26,11 +26,12 @@ ROWS_INLINE TableRegisters LoadTable(const std::uint8_t* entries) {
     return table;
 }
 
+template <int Parts>
 ROWS_INLINE Register LookUpChain(const Register* difference, Register index) {
     const Register part = Bytes(16);
     Register found = ShuffleBytes(difference[0], index);
 #pragma GCC unroll 8
-    for (int i = 1; i < 8; ++i) {
+    for (int i = 1; i < Parts; ++i) {
         index = SubSignedBytesCapped(index, part);
         found = Xor(found, ShuffleBytes(difference[i], index));
     }
@@ -39,7 +40,12 @@ ROWS_INLINE Register LookUpChain(const Register* difference, Register index) {
 
 // The entries of a register of bytes.
 ROWS_INLINE Register LookUpBytes(const TableRegisters& table, Register bytes) {
-    return Xor(LookUpChain(table.difference, bytes), LookUpChain(table.difference + 8, Xor(bytes, Bytes(128))));
+    return Xor(LookUpChain<8>(table.difference, bytes), LookUpChain<8>(table.difference + 8, Xor(bytes, Bytes(128))));
+}
+
+// The same for bytes below 64, in less time.
+ROWS_INLINE Register LookUpSmallBytes(const TableRegisters& table, Register bytes) {
+    return LookUpChain<4>(table.difference, bytes);
 }
 
 }  // namespace rows::avx2
@@ -65,6 +71,10 @@ ROWS_INLINE Register LookUpBytes(const TableRegisters& table, Register bytes) {
     const Register low = _mm512_permutex2var_epi8(table.part[0], bytes, table.part[1]);
     const Register high = _mm512_permutex2var_epi8(table.part[2], bytes, table.part[3]);
     return _mm512_mask_blend_epi8(_mm512_movepi8_mask(bytes), low, high);
+}
+
+ROWS_INLINE Register LookUpSmallBytes(const TableRegisters& table, Register bytes) {
+    return _mm512_permutexvar_epi8(bytes, table.part[0]);
 }
 
 }  // namespace rows::avx512

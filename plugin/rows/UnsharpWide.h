@@ -8,6 +8,26 @@ struct StepRegisters {
     TableRegisters step, limit;
 };
 
+// `Small`: all distances are below 64, as in most pictures they are.
+template <bool Small>
+ROWS_INLINE Register LookUpDistance(const TableRegisters& table, Register distance) {
+    if constexpr (Small) return LookUpSmallBytes(table, distance);
+    return LookUpBytes(table, distance);
+}
+
+// Of samples that are their references less `below`, or lie above them.
+template <bool Limited, bool Small>
+ROWS_INLINE Register Sharpened(const StepRegisters& rise, const StepRegisters& fall, Register from, Register below,
+                               Register distance) {
+    const Mask falls = NotZero(below);
+    const Register result = Choose(falls, SubBytesCapped(from, LookUpDistance<Small>(fall.step, distance)),
+                                   AddBytesCapped(from, LookUpDistance<Small>(rise.step, distance)));
+    if constexpr (!Limited) return result;
+    const Register limit =
+        Choose(falls, LookUpDistance<Small>(fall.limit, distance), LookUpDistance<Small>(rise.limit, distance));
+    return Choose(Less(result, limit), SubBytesCapped(result, Bytes(1)), result);
+}
+
 template <bool Limited>
 void SharpenBySteps(const UnsharpSteps& steps, const std::uint8_t* reference, std::int64_t count,
                     std::uint8_t* samples) {
@@ -17,13 +37,9 @@ void SharpenBySteps(const UnsharpSteps& steps, const std::uint8_t* reference, st
         const Register from = LoadPart(reference + at, count - at), sample = LoadPart(samples + at, count - at);
         const Register below = SubBytesCapped(from, sample);
         const Register distance = Or(below, SubBytesCapped(sample, from));
-        const Mask falls = NotZero(below);
-        Register result = Choose(falls, SubBytesCapped(from, LookUpBytes(fall.step, distance)),
-                                 AddBytesCapped(from, LookUpBytes(rise.step, distance)));
-        if constexpr (Limited) {
-            const Register limit = Choose(falls, LookUpBytes(fall.limit, distance), LookUpBytes(rise.limit, distance));
-            result = Choose(Less(result, limit), SubBytesCapped(result, Bytes(1)), result);
-        }
+        const Register result = AnySet(distance, Bytes(0xC0))
+                                    ? Sharpened<Limited, false>(rise, fall, from, below, distance)
+                                    : Sharpened<Limited, true>(rise, fall, from, below, distance);
         StorePart(samples + at, result, count - at);
     }
 }

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "plugin/rows/Skew.h"
@@ -131,16 +132,26 @@ TEST_P(SkewRow, AHalfStepBlendsNeighbours) {
     EXPECT_EQ(row, (Bytes{50, 150, 100, 0}));
 }
 
+// Any weight, those whose products are whole numbers, and their neighbours.
+double RandomWeight(Random& random) {
+    const double weight = random.Below(2) == 0 ? static_cast<std::uint32_t>(random.Next()) / 4294967296.0
+                                               : random.Below(256) / static_cast<double>(random.Between(255, 256));
+    if (random.Below(3) == 0) return std::min(std::nextafter(weight, random.Below(3) - 1.0 + weight), 1.0);
+    return std::min(weight, 1.0);
+}
+
 TEST_P(SkewColumns, ShearsEachColumnByItsOwnWeight) {
     Random random(34);
     for (int count = 0; count < 200; ++count) {
         std::vector<double> weights;
-        for (int i = 0; i < count; ++i) weights.push_back(random.Below(1001) / 1000.0);
+        for (int i = 0; i < count; ++i) weights.push_back(RandomWeight(random));
+        std::vector<std::uint16_t> shares;
+        for (const double weight : weights) shares.push_back(rows::ShareOfSkew(weight));
         const auto size = static_cast<std::size_t>(count);
         const Bytes values = random.NextBytes(size);
         Bytes left = random.NextBytes(size), moved(size);
         const Bytes before = left;
-        rows::kSkewColumns.Chosen()(weights.data(), values.data(), left.data(), moved.data(), count);
+        rows::kSkewColumns.Chosen()(weights.data(), shares.data(), values.data(), left.data(), moved.data(), count);
         for (std::size_t i = 0; i < size; ++i) {
             const std::uint8_t leaves = Byte(weights[i] * values[i]);
             ASSERT_EQ(left[i], leaves);
