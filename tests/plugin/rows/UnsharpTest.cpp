@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -44,6 +45,24 @@ TEST_P(Unsharp, IsExactForEveryPairAtEveryLevel) {
     for (int i = 0; i < 20; ++i) gains.push_back(std::fma(4.0, random.Next() % 100 / 100.0, 1.0));
     for (const double gain : gains)
         for (const int threshold : {0, 7, 256}) ExpectEveryPair({gain, threshold});
+}
+
+// Registers full of small distances are looked up in tables of their own.
+TEST_P(Unsharp, IsExactWhereEveryDistanceIsSmall) {
+    for (const double gain : {1.4, 2.6, 9.0}) {
+        const rows::UnsharpRule rule{gain, 3};
+        const rows::UnsharpPlan plan = rows::PlanUnsharp(rule, kMany);
+        for (int reference = 0; reference < 256; ++reference) {
+            Bytes before;
+            for (int i = 0; i < 128; ++i)
+                before.push_back(static_cast<std::uint8_t>(std::clamp(reference + i % 63 - 31, 0, 255)));
+            const Bytes references(128, static_cast<std::uint8_t>(reference));
+            Bytes samples = before;
+            rows::UnsharpRow(plan, references.data(), 128, samples.data());
+            for (std::size_t i = 0; i < samples.size(); ++i)
+                ASSERT_EQ(samples[i], Sharpened(rule, before[i], reference)) << +before[i] << " beside " << reference;
+        }
+    }
 }
 
 TEST_P(Unsharp, GoesInStepsWhereTheGainIsNotNegative) {
