@@ -4,13 +4,14 @@
 
 #include "plugin/rows/Blocks.h"
 #include "plugin/rows/PixelSpan.h"
+#include "plugin/rows/X86.h"
 
 namespace rows {
 
 namespace {
 
 // The definition.
-[[gnu::always_inline]] inline std::int32_t LuminanceOf(const PixelLayout& layout, const std::uint8_t* pixel) {
+ROWS_INLINE std::int32_t LuminanceOf(const PixelLayout& layout, const std::uint8_t* pixel) {
     const double red = pixel[layout.offset[0]], green = pixel[layout.offset[1]], blue = pixel[layout.offset[2]];
     return static_cast<std::int32_t>(__builtin_fma(blue, 0.01, __builtin_fma(red, 0.177, green * 0.813)));
 }

@@ -40,7 +40,46 @@ std::int32_t PickLanes(const PixelSpan& span, const std::uint8_t* row, std::int3
     return count;
 }
 
-// Picks from the first columns on, sixteen at a time, as long as those lie close together; gives
+#else
+
+alignas(16) constexpr std::uint8_t kLowBytes[2][16] = {{0, 4, 8, 12}, {0, 1, 4, 5, 8, 9, 12, 13}};
+
+// Stores the lowest `Size` bytes of each int side by side; of three, four.
+template <int Size>
+ROWS_INLINE void StorePicks(Register ints, std::uint8_t* to) {
+    if constexpr (Size == 4) {
+        Store(to, ints);
+    } else {
+        alignas(kBytes) std::uint8_t bytes[kBytes];
+        Store(bytes, ShuffleBytes(ints, RepeatLane(kLowBytes[Size - 1])));
+        std::memcpy(to, bytes, 4 * Size);
+        std::memcpy(to + 4 * Size, bytes + 16, 4 * Size);
+    }
+}
+
+// Four picks come out of a lane by one shuffle: columns that lie further apart end the walk.
+template <int Size>
+std::int32_t PickLanes(const PixelSpan& span, const std::uint8_t* row, std::int32_t width, const std::int32_t* columns,
+                       std::int32_t count, std::uint8_t* picked) {
+    const std::int64_t size = span.pixelSize, end = span.Extent(width);
+    const Register bytesOfPixel = Ints(span.pixelSize * 0x01010101), byteOfInt = Ints(0x03020100);
+    std::int64_t i = 0;
+    for (; i + 8 <= count; i += 8) {
+        const std::int32_t first = columns[i], second = columns[i + 4];
+        const bool near = (columns[i + 3] - first) * size <= 12 && (columns[i + 7] - second) * size <= 12;
+        if (!near || second * size + 16 > end) break;
+        const Register bases = _mm256_set_m128i(_mm_set1_epi32(second), _mm_set1_epi32(first));
+        const Register distance = SubInts(Load(columns + i), bases);
+        const Register index = AddInts(_mm256_mullo_epi32(distance, bytesOfPixel), byteOfInt);
+        const Register bytes = LoadLanes(row + first * size, (second - first) * size);
+        StorePicks<Size>(ShuffleBytes(bytes, index), picked + i * PickedPixelSize(span));
+    }
+    return static_cast<std::int32_t>(i);
+}
+
+#endif
+
+// Picks from the first columns on, some at a time, as long as those lie close together; gives
 // how many were picked.
 std::int32_t PickNearLanes(const PixelSpan& span, const std::uint8_t* row, std::int32_t width,
                            const std::int32_t* columns, std::int32_t count, std::uint8_t* picked) {
@@ -54,15 +93,6 @@ std::int32_t PickNearLanes(const PixelSpan& span, const std::uint8_t* row, std::
             return PickLanes<4>(span, row, width, columns, count, picked);
     }
 }
-
-#else
-
-std::int32_t PickNearLanes(const PixelSpan&, const std::uint8_t*, std::int32_t, const std::int32_t*, std::int32_t,
-                           std::uint8_t*) {
-    return 0;
-}
-
-#endif
 
 void PickPixels(const PixelSpan& span, const std::uint8_t* row, std::int32_t width, const std::int32_t* columns,
                 std::int32_t count, std::uint8_t* picked) {

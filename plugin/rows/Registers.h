@@ -54,7 +54,6 @@ ROWS_INLINE Register Words(int value) { return _mm256_set1_epi16(static_cast<sho
 ROWS_INLINE Register Ints(std::int32_t value) { return _mm256_set1_epi32(value); }
 ROWS_INLINE Register RepeatLane(const void* from) { return _mm256_broadcastsi128_si256(LoadLane(from)); }
 
-ROWS_INLINE Register And(Register a, Register b) { return _mm256_and_si256(a, b); }
 ROWS_INLINE Register Or(Register a, Register b) { return _mm256_or_si256(a, b); }
 ROWS_INLINE Register Xor(Register a, Register b) { return _mm256_xor_si256(a, b); }
 
@@ -200,7 +199,6 @@ ROWS_INLINE Register Words(int value) { return _mm512_set1_epi16(static_cast<sho
 ROWS_INLINE Register Ints(std::int32_t value) { return _mm512_set1_epi32(value); }
 ROWS_INLINE Register RepeatLane(const void* from) { return _mm512_broadcast_i32x4(LoadLane(from)); }
 
-ROWS_INLINE Register And(Register a, Register b) { return _mm512_and_si512(a, b); }
 ROWS_INLINE Register Or(Register a, Register b) { return _mm512_or_si512(a, b); }
 ROWS_INLINE Register Xor(Register a, Register b) { return _mm512_xor_si512(a, b); }
 
