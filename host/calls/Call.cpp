@@ -23,8 +23,7 @@ namespace {
 // The instance, the arguments and an assigned value.
 constexpr std::size_t kMostCells = kMostParameters + 2;
 
-// One argument or result as it is passed. libffi widens narrow results to a whole register, of
-// which the low bytes count; on this machine those come first.
+// One argument or result as it is passed.
 union Cell {
     std::uint8_t byte;
     std::int32_t integer;
@@ -113,6 +112,17 @@ Cell CellOf(const Value& value, Kind kind) {
             cell.pointer = static_cast<sdk::Object*>(value.object());
             break;
     }
+    return cell;
+}
+
+// A result as libffi gives it: narrow ones widened to a whole register, of which the low bytes
+// count, wherever in it they are.
+Cell NarrowedResult(const Cell& result, Kind kind) {
+    Cell cell = result;
+    const ffi_type* const type = FfiTypeOf(kind);
+    if (type == &ffi_type_uint8) cell.byte = static_cast<std::uint8_t>(result.whole);
+    if (type == &ffi_type_uint32) cell.word = static_cast<std::uint32_t>(result.whole);
+    if (type == &ffi_type_sint32) cell.integer = static_cast<std::int32_t>(result.whole);
     return cell;
 }
 
@@ -217,7 +227,8 @@ Value CallFunction(sdk::AnyFunction function, const Declaration& declaration, bo
     const auto keepAlive = Ref<Object>::Share(self);
     ffi_call(&plan->cif, function, &result, pointers.data());
     const bool setter = arguments.size() > declaration.parameters.size();
-    return setter ? Value() : ValueOf(result, declaration.result, true);
+    if (setter) return Value();
+    return ValueOf(NarrowedResult(result, declaration.result.kind), declaration.result, true);
 }
 
 Value Invoke(const Method& method, Object* self, std::span<Value> arguments) {
