@@ -1,7 +1,7 @@
 # Debian packages, for demo.sh, test.sh and .ci/run to source.
 
 build_packages="g++ cmake ninja-build pkg-config ccache libffi-dev libpng-dev libjpeg62-turbo-dev libtiff-dev
-    libwebp-dev libgif-dev libexif-dev libcli11-dev libutf8proc-dev nlohmann-json3-dev"
+    libwebp-dev libgif-dev libcli11-dev libutf8proc-dev libmd-dev nlohmann-json3-dev"
 test_packages="libgtest-dev libgmock-dev libbenchmark-dev libmpfr-dev valgrind binutils"
 format_packages="clang-format"
 elsewhere_packages="mmdebstrap qemu-user g++-aarch64-linux-gnu g++-s390x-linux-gnu"

@@ -3,11 +3,12 @@
 // encoding.
 #include "host/framework/TextFunctions.h"
 
+#include <md5.h>
+
 #include <algorithm>
 #include <cctype>
 
 #include "host/framework/Characters.h"
-#include "host/framework/Md5.h"
 #include "host/framework/NumberText.h"
 #include "host/framework/Support.h"
 
@@ -176,8 +177,13 @@ sdk::String* DecodeHex(sdk::String* text) {
 }
 
 sdk::String* DigestOf(sdk::String* text) {
-    const auto digest = Md5(Bytes(text));
-    return GiveString({reinterpret_cast<const char*>(digest.data()), digest.size()}, sdk::Encoding::None);
+    const std::string_view bytes = Bytes(text);
+    MD5_CTX context;
+    MD5Init(&context);
+    MD5Update(&context, reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
+    std::uint8_t digest[MD5_DIGEST_LENGTH];
+    MD5Final(digest, &context);
+    return GiveString({reinterpret_cast<const char*>(digest), sizeof(digest)}, sdk::Encoding::None);
 }
 
 // --- Numbers --------------------------------------------------------------------------------
