@@ -4,10 +4,10 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <nlohmann/json.hpp>
 
 #include "host/check/Checks.h"
 #include "host/check/Records.h"
-#include "host/reference/Json.h"
 
 namespace host {
 
@@ -86,24 +86,15 @@ std::string CheckLine(const CheckResult& result) {
 }
 
 std::string ChecksAsJson(const Plugin& plugin, const std::vector<CheckResult>& results) {
-    JsonWriter json;
-    json.BeginObject().Key("plugin").Text(plugin.path);
-    json.Key("checks").BeginArray();
-    for (const CheckResult& result : results) {
-        json.BeginObject();
-        json.Key("name").Text(result.name);
-        json.Key("ok").Boolean(result.ok);
-        json.Key("cases").Number(result.cases);
-        json.Key("detail").Text(result.detail);
-        json.Key("script");
-        if (result.script.empty())
-            json.Null();
-        else
-            json.Text(result.script);
-        json.EndObject();
-    }
-    json.EndArray().EndObject();
-    return json.text() + "\n";
+    using Json = nlohmann::ordered_json;
+    Json json = {{"plugin", plugin.path}, {"checks", Json::array()}};
+    for (const CheckResult& result : results)
+        json["checks"].push_back({{"name", result.name},
+                                  {"ok", result.ok},
+                                  {"cases", result.cases},
+                                  {"detail", result.detail},
+                                  {"script", result.script.empty() ? Json() : Json(result.script)}});
+    return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
 }  // namespace host

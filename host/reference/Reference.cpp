@@ -4,6 +4,7 @@
 #include <map>
 
 #include "host/calls/Runtime.h"
+#include "host/objects/NearestName.h"
 #include "host/reference/Descriptions.h"
 #include "host/reference/ReferenceJson.h"
 #include "host/reference/Spelling.h"
@@ -305,21 +306,6 @@ bool DescribeMember(std::span<const Class* const> classes, std::string_view name
     return !found.empty();
 }
 
-// Letters to change, add or drop to make one name of the other (Levenshtein distance).
-std::size_t Distance(const std::string& a, const std::string& b) {
-    std::vector<std::size_t> row(b.size() + 1);
-    for (std::size_t j = 0; j < row.size(); ++j) row[j] = j;
-    for (std::size_t i = 1; i <= a.size(); ++i) {
-        std::size_t diagonal = std::exchange(row[0], i);
-        for (std::size_t j = 1; j <= b.size(); ++j) {
-            const std::size_t changed = diagonal + (a[i - 1] == b[j - 1] ? 0 : 1);
-            diagonal = row[j];
-            row[j] = std::min({changed, row[j] + 1, row[j - 1] + 1});
-        }
-    }
-    return row.back();
-}
-
 }  // namespace
 
 std::vector<std::string> NearNames(std::string_view name, const std::vector<std::string>& names) {
@@ -327,7 +313,7 @@ std::vector<std::string> NearNames(std::string_view name, const std::vector<std:
     std::vector<std::pair<std::size_t, std::string>> near;
     for (const std::string& candidate : names) {
         const std::string lower = LowerName(candidate);
-        const std::size_t distance = Distance(wanted, lower);
+        const std::size_t distance = EditDistance(wanted, lower);
         const bool part = wanted.size() >= 3 && lower.find(wanted) != std::string::npos;
         if (part || distance <= 1 + wanted.size() / 4) near.emplace_back(part ? 0 : distance, candidate);
     }

@@ -1,147 +1,105 @@
 #include "host/reference/ReferenceJson.h"
 
 #include <functional>
+#include <nlohmann/json.hpp>
 
-#include "host/reference/Json.h"
 #include "host/reference/Spelling.h"
 
 namespace host {
 
 namespace {
 
+using Json = nlohmann::ordered_json;
 using Wanted = std::function<bool(std::string_view name)>;
 
-void WriteValue(JsonWriter& json, const Value& value) {
-    switch (value.kind()) {
-        case Kind::None:
-        case Kind::Array:
-        case Kind::Object:
-            json.Null();
-            break;
-        case Kind::Boolean:
-            json.Boolean(value.ToBoolean());
-            break;
-        case Kind::String:
-            json.Text(value.text());
-            break;
-        case Kind::Double:
-        case Kind::Single:
-            json.Number(value.ToDouble());
-            break;
-        default:
-            json.Number(value.ToInt64());
-    }
+Json TextOrNull(const std::string& text) { return text.empty() ? Json() : Json(text); }
+
+Json JsonOf(const Value& value) {
+    if (value.kind() == Kind::Boolean) return value.ToBoolean();
+    if (value.kind() == Kind::String) return std::string(value.text());
+    if (IsRealKind(value.kind())) return value.ToDouble();
+    if (value.IsWhole() || value.kind() == Kind::Color) return value.ToInt64();
+    return {};
 }
 
-void WriteDeclaration(JsonWriter& json, const Declaration& declaration) {
-    json.Key("name").Text(declaration.name);
-    json.Key("declaration").Text(DeclarationText(SpelledTypes(declaration)));
-    json.Key("parameters").BeginArray();
-    for (const Parameter& parameter : declaration.parameters) {
-        json.BeginObject();
-        json.Key("name").Text(parameter.name);
-        json.Key("type").Text(TypeText(SpelledType(parameter.type)));
-        json.Key("optional").Boolean(parameter.optional);
-        if (parameter.optional) WriteValue(json.Key("default"), parameter.defaultValue);
-        json.EndObject();
-    }
-    json.EndArray();
-    json.Key("result");
-    if (declaration.result.kind == Kind::None)
-        json.Null();
-    else
-        json.Text(TypeText(SpelledType(declaration.result)));
+Json JsonOf(const Parameter& parameter) {
+    Json json = {
+        {"name", parameter.name}, {"type", TypeText(SpelledType(parameter.type))}, {"optional", parameter.optional}};
+    if (parameter.optional) json["default"] = JsonOf(parameter.defaultValue);
+    return json;
 }
 
-void WriteMethods(JsonWriter& json, const char* key, const std::deque<Method>& methods, const Wanted& wanted) {
-    json.Key(key).BeginArray();
-    for (const Method& method : methods) {
-        if (!wanted(method.declaration.name)) continue;
-        json.BeginObject();
-        WriteDeclaration(json, method.declaration);
-        json.Key("assignable").Boolean(method.assignable());
-        json.Key("flags").Number(std::int64_t{method.flags});
-        json.EndObject();
-    }
-    json.EndArray();
+Json JsonOf(const Declaration& declaration) {
+    Json parameters = Json::array();
+    for (const Parameter& parameter : declaration.parameters) parameters.push_back(JsonOf(parameter));
+    return {{"name", declaration.name},
+            {"declaration", DeclarationText(SpelledTypes(declaration))},
+            {"parameters", std::move(parameters)},
+            {"result", TextOrNull(TypeText(SpelledType(declaration.result)))}};
+}
+
+Json JsonOf(const Method& method) {
+    Json json = JsonOf(method.declaration);
+    json["assignable"] = method.assignable();
+    json["flags"] = method.flags;
+    return json;
 }
 
 // "function", "field" or null.
-void WriteAccess(JsonWriter& json, const sdk::Accessor& accessor) {
-    if (accessor.function)
-        json.Text("function");
-    else if (accessor.fieldOffset >= 0)
-        json.Text("field");
-    else
-        json.Null();
+Json JsonOf(const sdk::Accessor& accessor) {
+    if (accessor.function) return "function";
+    return accessor.fieldOffset >= 0 ? Json("field") : Json();
 }
 
-void WriteProperties(JsonWriter& json, const Class& type, const Wanted& wanted) {
-    json.Key("properties").BeginArray();
-    for (const Property& property : type.properties()) {
-        if (!wanted(property.name)) continue;
-        json.BeginObject();
-        json.Key("name").Text(property.name);
-        json.Key("type").Text(TypeText(SpelledType(property.type)));
-        WriteAccess(json.Key("read"), property.getter);
-        WriteAccess(json.Key("write"), property.setter);
-        json.Key("flags").Number(std::int64_t{property.flags});
-        json.EndObject();
-    }
-    json.EndArray();
+Json JsonOf(const Property& property) {
+    return {{"name", property.name},
+            {"type", TypeText(SpelledType(property.type))},
+            {"read", JsonOf(property.getter)},
+            {"write", JsonOf(property.setter)},
+            {"flags", property.flags}};
 }
 
-void WriteEvents(JsonWriter& json, const Class& type, const Wanted& wanted) {
-    json.Key("events").BeginArray();
-    for (const Event& event : type.events()) {
-        if (!wanted(event.declaration.name)) continue;
-        json.BeginObject();
-        WriteDeclaration(json, event.declaration);
-        json.EndObject();
-    }
-    json.EndArray();
+Json JsonOf(const Event& event) { return JsonOf(event.declaration); }
+
+Json JsonOf(const Constant& constant) {
+    return {{"name", constant.name}, {"value", JsonOf(constant.value)}, {"declaration", constant.declaration}};
 }
 
-void WriteConstants(JsonWriter& json, const Class& type, const Wanted& wanted) {
-    json.Key("constants").BeginArray();
-    for (const Constant& constant : type.constants()) {
-        if (!wanted(constant.name)) continue;
-        json.BeginObject();
-        json.Key("name").Text(constant.name);
-        WriteValue(json.Key("value"), constant.value);
-        json.Key("declaration").Text(constant.declaration);
-        json.EndObject();
-    }
-    json.EndArray();
+const std::string& NameOf(const Method& method) { return method.declaration.name; }
+const std::string& NameOf(const Property& property) { return property.name; }
+const std::string& NameOf(const Event& event) { return event.declaration.name; }
+const std::string& NameOf(const Constant& constant) { return constant.name; }
+
+template <class Member>
+Json JsonOf(const std::deque<Member>& members, const Wanted& wanted) {
+    Json json = Json::array();
+    for (const Member& member : members)
+        if (wanted(NameOf(member))) json.push_back(JsonOf(member));
+    return json;
 }
 
-void WriteClass(JsonWriter& json, const Class& type, const Wanted& wanted) {
-    json.BeginObject();
-    json.Key("name").Text(type.name());
-    json.Key("superclass");
-    if (type.superclass())
-        json.Text(type.superclass()->name());
-    else
-        json.Null();
+Json JsonOf(const Class& type, const Wanted& wanted) {
+    Json json = {{"name", type.name()}, {"superclass", TextOrNull(type.superclass() ? type.superclass()->name() : "")}};
     if (const sdk::ClassDefinition* definition = type.definition()) {
-        json.Key("version").Number(std::int64_t{definition->version});
-        json.Key("flags").Number(std::int64_t{definition->flags});
-        json.Key("instanceDataSize").Number(std::int64_t{definition->instanceDataSize});
+        json["version"] = definition->version;
+        json["flags"] = definition->flags;
+        json["instanceDataSize"] = definition->instanceDataSize;
     }
-    WriteMethods(json, "methods", type.methods(), wanted);
-    WriteMethods(json, "sharedMethods", type.sharedMethods(), wanted);
-    WriteProperties(json, type, wanted);
-    WriteEvents(json, type, wanted);
-    WriteConstants(json, type, wanted);
-    json.EndObject();
+    json["methods"] = JsonOf(type.methods(), wanted);
+    json["sharedMethods"] = JsonOf(type.sharedMethods(), wanted);
+    json["properties"] = JsonOf(type.properties(), wanted);
+    json["events"] = JsonOf(type.events(), wanted);
+    json["constants"] = JsonOf(type.constants(), wanted);
+    return json;
 }
+
+// Bytes of a plug-in that are no UTF-8 become U+FFFD.
+std::string TextOf(const Json& json) { return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n"; }
 
 std::string Write(std::span<const Class* const> classes, const Wanted& wanted) {
-    JsonWriter json;
-    json.BeginObject().Key("classes").BeginArray();
-    for (const Class* type : classes) WriteClass(json, *type, wanted);
-    json.EndArray().EndObject();
-    return json.text() + "\n";
+    Json json = {{"classes", Json::array()}};
+    for (const Class* type : classes) json["classes"].push_back(JsonOf(*type, wanted));
+    return TextOf(json);
 }
 
 }  // namespace
@@ -155,15 +113,9 @@ std::string MemberAsJson(std::span<const Class* const> classes, std::string_view
 }
 
 std::string FunctionsAsJson(std::span<const Method* const> functions) {
-    JsonWriter json;
-    json.BeginObject().Key("functions").BeginArray();
-    for (const Method* function : functions) {
-        json.BeginObject();
-        WriteDeclaration(json, function->declaration);
-        json.EndObject();
-    }
-    json.EndArray().EndObject();
-    return json.text() + "\n";
+    Json json = {{"functions", Json::array()}};
+    for (const Method* function : functions) json["functions"].push_back(JsonOf(function->declaration));
+    return TextOf(json);
 }
 
 }  // namespace host

@@ -153,6 +153,14 @@ TEST(CheckLine, HasAFormForPrograms) {
 )");
 }
 
+TEST(CheckLine, MakesAnyBytesSoundJson) {
+    const host::Plugin plugin{"/\xFF.so", {}};
+    const std::string json = host::ChecksAsJson(plugin, {{"calls", true, 0, "a\"b\\c\nd\x01", ""}});
+    EXPECT_THAT(json, testing::HasSubstr("\"plugin\": \"/\uFFFD.so\""));
+    EXPECT_THAT(json, testing::HasSubstr("\"detail\": \"a\\\"b\\\\c\\nd\\u0001\""));
+    EXPECT_THAT(json, testing::HasSubstr("\"script\": null"));
+}
+
 TEST(Children, GoOnAfterEveryKindOfEnd) {
     using host::check::Complaint;
     host::check::ChildrenJob job;

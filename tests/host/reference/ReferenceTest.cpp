@@ -2,7 +2,6 @@
 
 #include <sstream>
 
-#include "host/reference/Json.h"
 #include "host/reference/Reference.h"
 #include "tests/host/calls/SampleTest.h"
 
@@ -107,14 +106,6 @@ TEST_F(Reference, GivesProgramsEverything) {
     EXPECT_THAT(Ask("Pick", true),
                 AllOf(HasSubstr(R"("declaration": "Pick(value As Integer, second As Boolean = True) As Integer")"),
                       HasSubstr("\"default\": true"), Not(HasSubstr("Measure"))));
-}
-
-TEST(Json, EscapesText) {
-    host::JsonWriter json;
-    json.BeginArray().Text("a\"b\\c\nd\x01\xFFü").Number(std::int64_t{-5}).Number(0.5).Number(NAN).Null();
-    json.Boolean(false).BeginObject().EndObject().EndArray();
-    EXPECT_EQ(json.text(),
-              "[\n  \"a\\\"b\\\\c\\nd\\u0001\uFFFDü\",\n  -5,\n  0.5,\n  null,\n  null,\n  false,\n  {}\n]");
 }
 
 }  // namespace
