@@ -1,11 +1,10 @@
 #include "host/objects/String.h"
 
-#include <utf8proc.h>
-
 #include <algorithm>
 #include <cstring>
 #include <new>
 
+#include "host/objects/CodePoints.h"
 #include "host/objects/GuardedMemory.h"
 
 namespace host {
@@ -14,96 +13,42 @@ namespace {
 
 std::int64_t liveStrings = 0;
 
-constexpr char32_t kReplacement = 0xFFFD;
-constexpr char32_t kLastCharacter = 0x10FFFF;
-
-bool IsSurrogate(char32_t c) { return c >= 0xD800 && c < 0xE000; }
-
-// One character of UTF-8, and past it; a bad byte is one replacement character.
-char32_t ReadUtf8(std::string_view bytes, std::size_t& at) {
-    const auto* from = reinterpret_cast<const utf8proc_uint8_t*>(bytes.data() + at);
-    utf8proc_int32_t c = 0;
-    const auto length = utf8proc_iterate(from, static_cast<utf8proc_ssize_t>(bytes.size() - at), &c);
-    at += length > 0 ? static_cast<std::size_t>(length) : 1;
-    return length > 0 ? static_cast<char32_t>(c) : kReplacement;
+// Units of 2 or 4 bytes with their bytes the other way round.
+std::string Swapped(std::string_view bytes, std::size_t unit) {
+    std::string swapped(bytes);
+    for (std::size_t at = 0; at + unit <= swapped.size(); at += unit)
+        std::reverse(swapped.begin() + static_cast<std::ptrdiff_t>(at),
+                     swapped.begin() + static_cast<std::ptrdiff_t>(at + unit));
+    return swapped;
 }
 
-// Code units of 2 or 4 bytes, with a byte-order mark obeyed and dropped.
-template <class Unit>
-std::u32string ReadUnits(std::string_view bytes) {
-    std::u32string units;
-    bool swapped = false;
-    for (std::size_t at = 0; at + sizeof(Unit) <= bytes.size(); at += sizeof(Unit)) {
-        Unit unit;
-        std::memcpy(&unit, bytes.data() + at, sizeof(Unit));
-        const Unit other = sizeof(Unit) == 2 ? static_cast<Unit>(__builtin_bswap16(static_cast<std::uint16_t>(unit)))
-                                             : static_cast<Unit>(__builtin_bswap32(static_cast<std::uint32_t>(unit)));
-        if (at == 0 && other == 0xFEFF) swapped = true;
-        const Unit value = swapped ? other : unit;
-        if (at > 0 || value != 0xFEFF) units.push_back(value);
-    }
-    if (bytes.size() % sizeof(Unit) != 0) units.push_back(kReplacement);
-    return units;
-}
-
-std::u32string JoinSurrogates(const std::u32string& units) {
-    std::u32string text;
-    for (std::size_t i = 0; i < units.size(); ++i) {
-        const char32_t c = units[i];
-        const bool pair =
-            c >= 0xD800 && c < 0xDC00 && i + 1 < units.size() && units[i + 1] >= 0xDC00 && units[i + 1] < 0xE000;
-        if (pair)
-            text.push_back(0x10000 + ((c - 0xD800) << 10) + (units[++i] - 0xDC00));
-        else
-            text.push_back(c);
-    }
-    return text;
-}
-
+// Code points of sound text only. A byte-order mark of wide units is obeyed and dropped; what is
+// left of a unit at the end is one character that is none.
 std::u32string Decode(std::string_view bytes, sdk::Encoding encoding) {
+    const bool wide = encoding == sdk::Encoding::Utf16 || encoding == sdk::Encoding::Utf32;
+    const std::size_t unit = encoding == sdk::Encoding::Utf32 ? 4 : wide ? 2 : 1;
+    const sdk::Encoding form = wide ? encoding : sdk::Encoding::Utf8;
+    std::string mark;
+    AppendCodePoint(mark, 0xFEFF, form);
+    std::string turned;
+    if (wide && bytes.starts_with(Swapped(mark, unit))) bytes = turned = Swapped(bytes, unit);
+    if (wide && bytes.starts_with(mark)) bytes.remove_prefix(unit);
     std::u32string text;
-    if (encoding == sdk::Encoding::Utf16)
-        text = JoinSurrogates(ReadUnits<std::uint16_t>(bytes));
-    else if (encoding == sdk::Encoding::Utf32)
-        text = ReadUnits<std::uint32_t>(bytes);
-    else
-        for (std::size_t at = 0; at < bytes.size();) text.push_back(ReadUtf8(bytes, at));
-    for (char32_t& c : text)
-        if (c > kLastCharacter || IsSurrogate(c)) c = kReplacement;
-    return text;
-}
-
-void WriteUtf8(std::string& bytes, char32_t c) {
-    utf8proc_uint8_t units[4];
-    const auto length = utf8proc_encode_char(static_cast<utf8proc_int32_t>(c), units);
-    bytes.append(reinterpret_cast<const char*>(units), static_cast<std::size_t>(length));
-}
-
-template <class Unit>
-void WriteUnit(std::string& bytes, char32_t value) {
-    const auto unit = static_cast<Unit>(value);
-    bytes.append(reinterpret_cast<const char*>(&unit), sizeof(Unit));
-}
-
-void WriteUtf16(std::string& bytes, char32_t c) {
-    if (c >= 0x10000) {
-        WriteUnit<std::uint16_t>(bytes, 0xD800 + ((c - 0x10000) >> 10));
-        c = 0xDC00 + ((c - 0x10000) & 0x3FF);
+    while (!bytes.empty()) {
+        const CodePoint next = FirstCodePoint(bytes, form);
+        text.push_back(next.sound ? next.code : kReplacement);
+        bytes.remove_prefix(bytes.size() < unit ? bytes.size() : next.length);
     }
-    WriteUnit<std::uint16_t>(bytes, c);
+    return text;
 }
 
 std::string Encode(const std::u32string& text, sdk::Encoding encoding) {
     std::string bytes;
     for (const char32_t c : text) {
-        if (encoding == sdk::Encoding::Utf16)
-            WriteUtf16(bytes, c);
-        else if (encoding == sdk::Encoding::Utf32)
-            WriteUnit<std::uint32_t>(bytes, c);
-        else if (encoding == sdk::Encoding::Ascii)
+        if (encoding == sdk::Encoding::Ascii)
             bytes += c < 0x80 ? static_cast<char>(c) : '?';
         else
-            WriteUtf8(bytes, c);
+            AppendCodePoint(bytes, c, encoding);
     }
     return bytes;
 }
