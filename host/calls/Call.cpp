@@ -35,29 +35,14 @@ union Cell {
     ffi_arg whole;
 };
 
+// By its row: a real by its width, what has no digits is a pointer.
 ffi_type* FfiTypeOf(Kind kind) {
-    switch (kind) {
-        case Kind::None:
-            return &ffi_type_void;
-        case Kind::Integer:
-            return &ffi_type_sint32;
-        case Kind::Int64:
-            return &ffi_type_sint64;
-        case Kind::UInt32:
-            return &ffi_type_uint32;
-        case Kind::Color:
-            return &ffi_type_uint32;
-        case Kind::UInt8:
-            return &ffi_type_uint8;
-        case Kind::Boolean:
-            return &ffi_type_uint8;
-        case Kind::Double:
-            return &ffi_type_double;
-        case Kind::Single:
-            return &ffi_type_float;
-        default:
-            return &ffi_type_pointer;
-    }
+    const KindRow& row = RowOf(kind);
+    if (kind == Kind::None) return &ffi_type_void;
+    if (row.form == NumberForm::Real) return row.size == 8 ? &ffi_type_double : &ffi_type_float;
+    if (row.digits == 0) return &ffi_type_pointer;
+    if (row.isSigned) return row.size == 8 ? &ffi_type_sint64 : &ffi_type_sint32;
+    return row.size == 4 ? &ffi_type_uint32 : &ffi_type_uint8;
 }
 
 std::shared_ptr<CallPlan> MakePlan(const Declaration& declaration, bool passSelf, std::size_t count) {
