@@ -1,5 +1,8 @@
 // Windows bitmaps. A file head of 14 bytes, a description of 12 to 124 bytes whose first word is
 // its length, masks and palette, then rows padded to four bytes, as a rule from the bottom up.
+//
+// Written here: the libraries that read bitmaps are whole toolkits, which hold a picture in memory
+// and have limits of their own.
 #include <algorithm>
 #include <bit>
 #include <cstring>

@@ -1,5 +1,8 @@
 // The portable any-map family: P1 to P6 (bits, grays and colours, as text or binary) and P7 (PAM,
 // which adds alpha). Samples of any range up to 65535 are brought to 0..255, rounded.
+//
+// Written here: the formats are a line of text and plain samples, and their own library ends the
+// process at a damaged file.
 #include <cctype>
 #include <cstring>
 
