@@ -8,6 +8,6 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     [[maybe_unused]] static const bool assembled = (host::RegisterFramework(host::Runtime::Get()), true);
-    script::CheckScript({"fuzz.rbs", std::string(reinterpret_cast<const char*>(data), size)});
+    script::CheckScript({"fuzz.rbs", std::string(reinterpret_cast<const char*>(data), size)}, [](std::string_view) {});
     return 0;
 }

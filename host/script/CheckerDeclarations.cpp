@@ -40,11 +40,12 @@ void Checker::DeclareClasses() {
         ClassSymbol* symbol = symbols_.AddClass(declaration.name);
         symbol->declaration = &declaration;
         symbols_.scriptClasses.push_back(symbol);
+        classes_.push_back(symbol);
     }
 }
 
 void Checker::ResolveBases() {
-    for (ClassSymbol* symbol : symbols_.scriptClasses) {
+    for (ClassSymbol* symbol : classes_) {
         const ClassDeclaration& declaration = *symbol->declaration;
         if (declaration.base.empty()) continue;
         ClassSymbol* base = symbols_.FindClass(declaration.base);
@@ -61,8 +62,9 @@ void Checker::ResolveBases() {
 
 void Checker::OrderClasses() {
     const auto depth = [this](const ClassSymbol* symbol) { return Distance(symbol, symbols_.object); };
-    std::stable_sort(symbols_.scriptClasses.begin(), symbols_.scriptClasses.end(),
-                     [&](const ClassSymbol* a, const ClassSymbol* b) { return depth(a) < depth(b); });
+    for (auto* classes : {&symbols_.scriptClasses, &classes_})
+        std::stable_sort(classes->begin(), classes->end(),
+                         [&](const ClassSymbol* a, const ClassSymbol* b) { return depth(a) < depth(b); });
 }
 
 void Checker::DeclareField(ClassSymbol& symbol, FieldDeclaration& declaration) {
@@ -207,8 +209,9 @@ void Checker::DeclareGlobals(Block& block) {
         if (statement->action != Action::Dim && statement->action != Action::Const) continue;
         for (Declarator& declarator : statement->declarators) {
             const bool constant = statement->action == Action::Const;
-            auto& known = globals_[host::LowerName(declarator.name)];
-            if (known) continue;  // told when the second is met
+            const std::string lower = host::LowerName(declarator.name);
+            if (!declared_.insert(lower).second) continue;  // told when the second is met
+            auto& known = globals_[lower];
             if (constant) {
                 known = symbols_.AddVariable(declarator.name, kWrongType, Storage::Constant, declarator.at);
                 CheckConst(declarator);
@@ -288,7 +291,7 @@ void Checker::Run() {
     context_.scopes.emplace_back();
     DeclareGlobals(program_.body);
     context_ = {};
-    for (ClassSymbol* symbol : symbols_.scriptClasses) {
+    for (ClassSymbol* symbol : classes_) {
         context_.owner = symbol;
         DeclareMembers(*symbol);
         for (FieldSymbol* field : symbol->ownFields)
@@ -299,13 +302,17 @@ void Checker::Run() {
         RoutineSymbol* routine = DeclareRoutine(declaration, nullptr);
         if (IsTypeName(declaration.name))
             diagnostics_.Add(declaration.at, declaration.name + " is a type; choose another name");
-        AddRoutine(symbols_.routines[host::LowerName(declaration.name)], *routine, "there is a ");
+        auto& overloads = symbols_.routines[host::LowerName(declaration.name)];
+        std::erase_if(overloads, [&](const RoutineSymbol* other) {
+            return other->code && SameParameters(other->signature, routine->signature);  // of a step before
+        });
+        AddRoutine(overloads, *routine, "there is a ");
     }
-    for (RoutineSymbol& routine : symbols_.AllRoutines()) CheckEvent(routine);
-    for (RoutineSymbol& routine : symbols_.AllRoutines()) CheckOverride(routine);
+    ForEachRoutine([this](RoutineSymbol& routine) { CheckEvent(routine); });
+    ForEachRoutine([this](RoutineSymbol& routine) { CheckOverride(routine); });
     CheckMainProgram();
-    for (ClassSymbol* symbol : symbols_.scriptClasses) CheckClassBodies(*symbol);
-    for (RoutineSymbol& routine : symbols_.AllRoutines()) CheckRoutine(routine);
+    for (ClassSymbol* symbol : classes_) CheckClassBodies(*symbol);
+    ForEachRoutine([this](RoutineSymbol& routine) { CheckRoutine(routine); });
 }
 
 void Check(Program& program, Symbols& symbols, Diagnostics& diagnostics) {

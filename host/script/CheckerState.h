@@ -4,6 +4,7 @@
 
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -161,13 +162,21 @@ class Checker {
     Variable* Declare(std::string_view name, Type type, Storage storage, Position at);
     Variable* FindLocal(std::string_view name);
     Variable* FindGlobal(std::string_view name);
+    template <class Work>
+    void ForEachRoutine(const Work& work) {
+        for (std::size_t i = known_; i < symbols_.AllRoutines().size(); ++i) work(symbols_.AllRoutines()[i]);
+    }
+
     bool AtProgramLevel() const { return !context_.routine && !context_.owner && context_.scopes.size() == 1; }
 
     Program& program_;
     Symbols& symbols_;
     Diagnostics& diagnostics_;
     RoutineContext context_;
-    std::map<std::string, Variable*, std::less<>> globals_;
+    std::map<std::string, Variable*, std::less<>>& globals_ = symbols_.globalNames;
+    std::set<std::string> declared_;                     // names of globals that this program declares
+    std::vector<ClassSymbol*> classes_;                  // that it declares, bases before subclasses
+    std::size_t known_ = symbols_.AllRoutines().size();  // routines that were there before
 };
 
 // --- Small makers of resolved nodes

@@ -144,6 +144,19 @@ void FunctionCompiler::CompileMain(Program& program) {
     Finish();
 }
 
+void FunctionCompiler::CompileStep(Program& program, const std::vector<ClassSymbol*>& classes) {
+    function_.name = "the program";
+    OpenScope();
+    for (ClassSymbol* symbol : classes)
+        for (FieldSymbol* field : symbol->ownFields) {
+            if (!field->shared || field->declaration->constant) continue;
+            at_ = field->declaration->declarator.at;
+            CompileGlobal(field->declaration->declarator, *field->shared);
+        }
+    for (StatementPtr& statement : program.body) CompileStatement(*statement);
+    Finish();
+}
+
 void FunctionCompiler::CompileRoutine(RoutineSymbol& routine) {
     function_.routine = &routine;
     function_.name = routine.owner ? routine.owner->name + "." + routine.signature.name : routine.signature.name;
@@ -204,6 +217,13 @@ bool HasTooManyFields(const ClassSymbol& symbol) {
     return FirstField(symbol) + symbol.made->slotDefaults().size() > kMost;
 }
 
+void RefuseLargeClasses(const std::vector<ClassSymbol*>& classes, Diagnostics& diagnostics) {
+    for (const ClassSymbol* symbol : classes)
+        if (HasTooManyFields(*symbol))
+            diagnostics.Add(symbol->declaration->at,
+                            symbol->name + " has too many properties for one class; divide it");
+}
+
 template <class Body>
 void CompileOne(Position at, const std::string& name, Diagnostics& diagnostics, const Body& body) {
     try {
@@ -213,29 +233,81 @@ void CompileOne(Position at, const std::string& name, Diagnostics& diagnostics, 
     }
 }
 
+// The routines and first values that are not compiled yet. Functions that call each other must all
+// be there before the first is compiled.
+class Pending {
+  public:
+    Pending(Symbols& symbols, const std::vector<ClassSymbol*>& classes, Code& code) : symbols_(symbols) {
+        for (RoutineSymbol& routine : symbols.AllRoutines())
+            if (!routine.code) {
+                routine.code = &code.functions.emplace_back();
+                routines_.push_back(&routine);
+            }
+        for (ClassSymbol* symbol : classes)
+            if (NeedsInitializer(*symbol)) {
+                symbol->initializer = &code.functions.emplace_back();
+                classes_.push_back(symbol);
+            }
+    }
+
+    void Compile(Diagnostics& diagnostics) {
+        for (ClassSymbol* symbol : classes_)
+            CompileOne(symbol->declaration->at, symbol->name, diagnostics,
+                       [&] { FunctionCompiler(symbols_, *symbol->initializer, false).CompileInitializer(*symbol); });
+        for (RoutineSymbol* routine : routines_)
+            CompileOne(routine->declaration->at, routine->signature.name, diagnostics,
+                       [&] { FunctionCompiler(symbols_, *routine->code, false).CompileRoutine(*routine); });
+    }
+
+  private:
+    Symbols& symbols_;
+    std::vector<RoutineSymbol*> routines_;
+    std::vector<ClassSymbol*> classes_;
+};
+
 }  // namespace
 
 void Compile(Program& program, Symbols& symbols, Code& code, Diagnostics& diagnostics) {
-    for (const ClassSymbol* symbol : symbols.scriptClasses)
-        if (HasTooManyFields(*symbol))
-            diagnostics.Add(symbol->declaration->at,
-                            symbol->name + " has too many properties for one class; divide it");
+    RefuseLargeClasses(symbols.scriptClasses, diagnostics);
     if (diagnostics.HasErrors()) return;
     code.main = &code.functions.emplace_back();
-    for (RoutineSymbol& routine : symbols.AllRoutines()) routine.code = &code.functions.emplace_back();
-    for (ClassSymbol* symbol : symbols.scriptClasses)
-        if (NeedsInitializer(*symbol)) symbol->initializer = &code.functions.emplace_back();
+    Pending pending(symbols, symbols.scriptClasses, code);
     CompileOne({1, 1}, "the program", diagnostics,
                [&] { FunctionCompiler(symbols, *code.main, true).CompileMain(program); });
-    for (ClassSymbol* symbol : symbols.scriptClasses) {
-        if (!symbol->initializer) continue;
-        CompileOne(symbol->declaration->at, symbol->name, diagnostics,
-                   [&] { FunctionCompiler(symbols, *symbol->initializer, false).CompileInitializer(*symbol); });
+    pending.Compile(diagnostics);
+}
+
+void PrepareSteps(Code& code) {
+    code.globals = &code.functions.emplace_back();
+    code.globals->name = "the program";
+    code.globals->code.push_back({Op::ReturnNothing, 0, 0, 0});
+    code.globals->positions.push_back({});
+}
+
+void CompileStep(Program& program, Symbols& symbols, const std::vector<ClassSymbol*>& before, Code& code,
+                 Diagnostics& diagnostics) {
+    std::vector<ClassSymbol*> classes;
+    for (ClassSymbol* symbol : symbols.scriptClasses)
+        if (std::find(before.begin(), before.end(), symbol) == before.end()) classes.push_back(symbol);
+    RefuseLargeClasses(classes, diagnostics);
+    if (diagnostics.HasErrors()) return;
+    Function& globals = *code.globals;
+    for (std::size_t i = globals.prototype.size(); i < symbols.globals.size(); ++i) {
+        Variable& variable = *symbols.globals[i];
+        variable.index = static_cast<std::uint16_t>(i);
+        if (HoldsReference(variable.type)) globals.references.push_back(variable.index);
+        globals.prototype.push_back(FirstValueOf(variable.type));
     }
-    for (RoutineSymbol& routine : symbols.AllRoutines()) {
-        CompileOne(routine.declaration->at, routine.signature.name, diagnostics,
-                   [&] { FunctionCompiler(symbols, *routine.code, false).CompileRoutine(routine); });
-    }
+    code.main = &code.functions.emplace_back();
+    Pending pending(symbols, classes, code);
+    CompileOne({1, 1}, "the program", diagnostics,
+               [&] { FunctionCompiler(symbols, *code.main, false).CompileStep(program, classes); });
+    pending.Compile(diagnostics);
+}
+
+void ForgetStep(Code& code, std::size_t globals) {
+    code.globals->prototype.resize(std::min(globals, code.globals->prototype.size()));
+    std::erase_if(code.globals->references, [&](std::uint16_t index) { return index >= globals; });
 }
 
 }  // namespace script

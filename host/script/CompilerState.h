@@ -28,6 +28,7 @@ class FunctionCompiler {
         : symbols_(symbols), function_(function), isMain_(isMain) {}
 
     void CompileMain(Program& program);
+    void CompileStep(Program& program, const std::vector<ClassSymbol*>& classes);
     void CompileRoutine(RoutineSymbol& routine);
     void CompileInitializer(ClassSymbol& symbol);
 
@@ -124,6 +125,7 @@ class FunctionCompiler {
     void CompileBlock(Block& block);
     void CompileStatement(Statement& statement);
     void CompileDim(Declarator& declarator);
+    void CompileGlobal(Declarator& declarator, Variable& variable);
     void CompileFirstValue(Declarator& declarator, Type type, std::uint16_t target);
     void CompileDiscarded(Expression& expression);
     void CompileIf(Statement& statement);

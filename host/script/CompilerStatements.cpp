@@ -84,16 +84,22 @@ void FunctionCompiler::CompileDim(Declarator& declarator) {
         EmitNumber(Op::LoadGlobalBits, flag.index, done->index);
         skip.push_back(EmitNumber(Op::JumpIf, flag.index, 0));
         EmitNumber(Op::StoreGlobalBits, Constant(kBooleanType, host::Value(true)).index, done->index);
-        const Operand value = Temporary(variable.type);
-        CompileFirstValue(declarator, variable.type, value.index);
-        EmitNumber(HoldsReference(variable.type) ? Op::StoreGlobal : Op::StoreGlobalBits, value.index, variable.index);
-        Free(value);
+        CompileGlobal(declarator, variable);
         Free(flag);
         return Land(skip);
     }
+    if (variable.storage == Storage::Global && !isMain_) return CompileGlobal(declarator, variable);
     if (variable.storage == Storage::Global) return CompileFirstValue(declarator, variable.type, variable.index);
     DeclareVariable(variable);
     CompileFirstValue(declarator, variable.type, variable.index);
+}
+
+// The first value of a variable that lies in another frame.
+void FunctionCompiler::CompileGlobal(Declarator& declarator, Variable& variable) {
+    const Operand value = Temporary(variable.type);
+    CompileFirstValue(declarator, variable.type, value.index);
+    EmitNumber(HoldsReference(variable.type) ? Op::StoreGlobal : Op::StoreGlobalBits, value.index, variable.index);
+    Free(value);
 }
 
 // A call whose value nobody wants.

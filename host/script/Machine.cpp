@@ -111,10 +111,11 @@ void Machine::CaptureTrace(host::Object* exception) {
     traced_ = exception;
     failure_.trace.clear();
     failure_.omitted = 0;
-    for (std::size_t i = frames_.size(); i-- > 0;) {
+    const std::size_t first = code_.globals ? 1 : 0;
+    for (std::size_t i = frames_.size(); i-- > first;) {
         const Frame& frame = frames_[i];
         const auto at = static_cast<std::size_t>(frame.next - frame.function->code.data());
-        if (failure_.trace.size() + 1 >= kMostTraceLines && i > 0) {
+        if (failure_.trace.size() + 1 >= kMostTraceLines && i > first) {
             ++failure_.omitted;
             continue;
         }
@@ -159,13 +160,17 @@ void Machine::Execute(std::size_t floor) {
     }
 }
 
-void Machine::Run() {
-    attention = interrupted.load();  // it may have come before the program began
+void Machine::MakeStack() {
     memory_.reset(new std::byte[(kMostStackValues + 1) * sizeof(host::Value)]);  // untouched until it is used
     stack_ = reinterpret_cast<host::Value*>(memory_.get());
     frames_.reserve(kMostFrames + 1);
     failure_.trace.reserve(kMostTraceLines);
     globals_ = stack_;
+}
+
+void Machine::Run() {
+    attention = interrupted.load();  // it may have come before the program began
+    MakeStack();
     PushFrame(*code_.main, nullptr);
     Execute(0);
     CheckEnd();
@@ -181,15 +186,34 @@ void Machine::CheckEnd() {
     }
 }
 
-// The globals are the first registers of the program's frame.
+void Machine::BeginSteps() {
+    MakeStack();
+    PushFrame(*code_.globals, nullptr);
+    globalCount_ = code_.globals->prototype.size();
+}
+
+void Machine::RunStep() {
+    attention = interrupted.load();
+    const auto& prototype = code_.globals->prototype;
+    std::memcpy(static_cast<void*>(globals_ + globalCount_), prototype.data() + globalCount_,
+                (prototype.size() - globalCount_) * sizeof(host::Value));
+    globalCount_ = prototype.size();
+    PushFrame(*code_.main, nullptr);
+    Execute(1);
+    CheckEnd();
+}
+
+// The function in whose frame the globals are the first registers.
+const Function& Machine::ProgramFrame() const { return code_.globals ? *code_.globals : *code_.main; }
+
 void Machine::DropLocals() noexcept {
     if (!stack_) return;
-    for (const std::uint16_t index : code_.main->references)
-        if (index >= symbols_.globals.size()) globals_[index] = code_.main->prototype[index];
+    for (const std::uint16_t index : ProgramFrame().references)
+        if (index >= symbols_.globals.size()) globals_[index] = ProgramFrame().prototype[index];
 }
 
 void Machine::DropGlobals() noexcept {
-    for (std::size_t i = 0; i < Globals().size(); ++i) globals_[i] = code_.main->prototype[i];
+    for (std::size_t i = 0; i < Globals().size(); ++i) globals_[i] = ProgramFrame().prototype[i];
 }
 
 host::Value Machine::Invoke(const Function& function, host::Object* self, std::span<host::Value> arguments) {

@@ -84,6 +84,12 @@ class Machine {
 
     // Throws as Run does for what destructors raised since.
     void CheckEnd();
+
+    // A program that grows (Session.h): its globals live on from step to step. RunStep runs the code's
+    // main function, and throws as Run does.
+    void BeginSteps();
+    void RunStep();
+
     const Failure& LastFailure() const { return failure_; }
     void ForgetFailure() { failure_ = {}; }
 
@@ -107,6 +113,8 @@ class Machine {
         host::Value* result;  // where the caller wants it; null: nowhere
     };
 
+    void MakeStack();
+    const Function& ProgramFrame() const;
     void Execute(std::size_t floor);
     void Loop(std::size_t floor);
     bool Unwind(std::size_t floor, host::Ref<host::Object> exception);
@@ -146,6 +154,7 @@ class Machine {
     host::Value* stack_ = nullptr;
     std::vector<Frame> frames_;
     host::Value* globals_ = nullptr;
+    std::size_t globalCount_ = 0;     // of a program that grows
     std::uintptr_t nativeLimit_ = 0;  // lowest address that calls from outside may reach on the stack
     bool terminating_ = false;
     int exitCode_ = 0;

@@ -45,6 +45,8 @@ std::string PlaceOf(const Source& source, Position at) {
     return source.path + ':' + std::to_string(at.line) + ':' + std::to_string(at.column);
 }
 
+}  // namespace
+
 std::string FailureText(const Source& source, const Failure& failure) {
     const host::Object* exception = failure.exception.get();
     const Position at = failure.trace.empty() ? Position{1, 1} : failure.trace.front().at;
@@ -62,6 +64,8 @@ std::string FailureText(const Source& source, const Failure& failure) {
     }
     return text;
 }
+
+namespace {
 
 std::string ListOf(const std::vector<std::string>& items) {
     std::string text;
@@ -120,10 +124,11 @@ int RunLoaded(LoadedScript& script, const RunOptions& options) {
 
 }  // namespace
 
-std::string CheckScript(const Source& source) {
+bool CheckScript(const Source& source, const std::function<void(std::string_view)>& complain) {
     LoadedScript script(source);
-    Load(script);
-    return script.diagnostics.Text();
+    const bool sound = Load(script);
+    if (!script.diagnostics.List().empty()) complain(script.diagnostics.Text());
+    return sound;
 }
 
 namespace {

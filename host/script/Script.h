@@ -11,6 +11,7 @@
 
 namespace script {
 
+struct Failure;
 struct MemberObserver;
 
 struct RunOptions {
@@ -29,7 +30,11 @@ std::optional<Source> ReadSource(const std::string& path, const std::function<vo
 // goes for objects, too, that held each other or were held from outside when the script ended.
 int RunScript(const Source& source, const RunOptions& options);
 
-// Only parses and checks; gives the errors and warnings as text, empty for none.
-std::string CheckScript(const Source& source);
+// What is told of an exception that nobody took: its class, message and place, and the calls under
+// way.
+std::string FailureText(const Source& source, const Failure& failure);
+
+// Only parses and checks, and tells the errors and warnings. True without errors.
+bool CheckScript(const Source& source, const std::function<void(std::string_view)>& complain);
 
 }  // namespace script

@@ -78,6 +78,7 @@ void AddField(host::Class& type, const FieldSymbol& field) {
 
 void RegisterClasses(Symbols& symbols, Machine& machine) {
     for (ClassSymbol* symbol : symbols.scriptClasses) {
+        if (symbol->made) continue;
         const host::Class* base = symbol->base->declaration ? symbol->base->made : symbol->base->native;
         auto type = std::make_unique<host::Class>(symbol->name, base);
         for (const FieldSymbol* field : symbol->ownFields) AddField(*type, *field);
@@ -95,11 +96,16 @@ bool IsOfScript(const host::Object& object, const Symbols& symbols) {
 bool UnregisterClasses(Symbols& symbols) noexcept {
     for (const host::Object* object = host::NewestLiveObject(); object; object = object->next)
         if (IsOfScript(*object, symbols)) return false;
+    UnregisterClasses(symbols, {});
+    return true;
+}
+
+void UnregisterClasses(Symbols& symbols, const std::vector<ClassSymbol*>& kept) noexcept {
     for (auto symbol = symbols.scriptClasses.rbegin(); symbol != symbols.scriptClasses.rend(); ++symbol) {
+        if (std::find(kept.begin(), kept.end(), *symbol) != kept.end()) continue;
         if ((*symbol)->made) host::Runtime::Get().RemoveClass(*(*symbol)->made);
         (*symbol)->made = nullptr;
     }
-    return true;
 }
 
 }  // namespace script

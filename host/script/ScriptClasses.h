@@ -15,6 +15,9 @@ void RegisterClasses(Symbols& symbols, Machine& machine);
 // Takes them away again. False, with everything left as it is, while instances are alive.
 bool UnregisterClasses(Symbols& symbols) noexcept;
 
+// Takes those away that are not among `kept`; none of them has instances.
+void UnregisterClasses(Symbols& symbols, const std::vector<ClassSymbol*>& kept) noexcept;
+
 // Whether an object's class, or one that it inherits, is the script's.
 bool IsOfScript(const host::Object& object, const Symbols& symbols);
 

@@ -242,6 +242,17 @@ Variable* Symbols::AddVariable(std::string name, Type type, Storage storage, Pos
     return &variable;
 }
 
+void Symbols::Restore(const Declared& before) {
+    for (const ClassSymbol* symbol : scriptClasses)
+        if (std::find(before.scriptClasses.begin(), before.scriptClasses.end(), symbol) == before.scriptClasses.end())
+            classIndex_.erase(symbol->name);
+    routines = before.routines;
+    globalNames = before.globalNames;
+    scriptClasses = before.scriptClasses;
+    globals.resize(before.globals);
+    while (routines_.size() > before.allRoutines) routines_.pop_back();
+}
+
 FieldSymbol* Symbols::FindField(const ClassSymbol& type, std::string_view name) const {
     const std::string lower = host::LowerName(name);
     for (const ClassSymbol* at = &type; at; at = at->base) {

@@ -126,11 +126,23 @@ class Symbols {
     std::vector<RoutineSymbol*> FindRoutines(const ClassSymbol& type, std::string_view name) const;
 
     std::map<std::string, std::vector<RoutineSymbol*>, std::less<>> routines;  // of the program
+    std::map<std::string, Variable*, std::less<>> globalNames;                 // of its own level, by lower-case name
     std::vector<ClassSymbol*> scriptClasses;                                   // bases before subclasses
     std::vector<Variable*> globals;                                            // Storage::Global ones, in the order met
     ClassSymbol* object = nullptr;                                             // the root
 
     std::deque<RoutineSymbol>& AllRoutines() { return routines_; }
+
+    // What a program declared so far, to go back to when the next step of it has mistakes.
+    struct Declared {
+        std::map<std::string, std::vector<RoutineSymbol*>, std::less<>> routines;
+        std::map<std::string, Variable*, std::less<>> globalNames;
+        std::vector<ClassSymbol*> scriptClasses;
+        std::size_t globals;
+        std::size_t allRoutines;
+    };
+    Declared Save() const { return {routines, globalNames, scriptClasses, globals.size(), routines_.size()}; }
+    void Restore(const Declared& before);
 
   private:
     std::vector<const NativeMethod*> WrapAll(const std::vector<const host::Method*>& methods);
