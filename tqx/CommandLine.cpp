@@ -1,5 +1,7 @@
 #include "tqx/CommandLine.h"
 
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <sstream>
@@ -30,9 +32,11 @@ class CommandLine {
     void AddRun();
     void AddMembers();
     void AddCheck();
+    void AddCheckSyntax();
+    void AddShow();
     void Choose(std::vector<std::string>& words);
-    void TakeScript(std::vector<std::string>& words, std::size_t from);
     int Obey();
+    int ObeyRun();
     int Refuse(const std::string& problem) const;
     CLI::App* Find(const std::string& command);
 
@@ -41,6 +45,8 @@ class CommandLine {
     RunSettings run_;
     MembersSettings members_;
     CheckSettings check_;
+    std::vector<std::string> files_;        // of check-syntax and show
+    std::vector<std::string> scriptWords_;  // the script's name, unless its text is given, and its arguments
     CLI::App* chosen_ = nullptr;
 };
 
@@ -48,6 +54,8 @@ std::string NotACount(const std::string& text) {
     const bool digits = !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
     return digits ? "" : '"' + text + "\" is not a number of pixels, 0 or more";
 }
+
+bool OnTerminal() { return isatty(STDIN_FILENO) && isatty(STDOUT_FILENO); }
 
 CommandLine::CommandLine() {
     app_.name("tqx");
@@ -62,6 +70,9 @@ CommandLine::CommandLine() {
     AddRun();
     AddMembers();
     AddCheck();
+    AddCheckSyntax();
+    AddShow();
+    app_.add_subcommand("repl", "A prompt; also without a command, on a terminal");
 }
 
 void CommandLine::AddRun() {
@@ -71,6 +82,8 @@ void CommandLine::AddRun() {
     run->add_option("ARG", "Arguments that the script reads with App.Arguments: whatever follows its name")
         ->type_name("")
         ->expected(0, -1);
+    run->add_option("-e", run_.code, "The script's text itself, in place of SCRIPT")->type_name("CODE");
+    run->add_flag("--check", run_.onlyCheck, "Only check the script, as check-syntax does");
     run->add_flag("--explain", run_.explain, "Tell why calls of the plug-in gave nothing");
     run->add_flag("--leaks", run_.leaks, "Make objects that are left at the script's end an error");
     run->add_option("--max-pixels", run_.maxPixels,
@@ -83,8 +96,10 @@ void CommandLine::AddRun() {
 }
 
 void CommandLine::AddMembers() {
-    CLI::App* const members = app_.add_subcommand("members", "Print the members of the plug-in's classes");
-    members->add_option("CLASS", members_.wanted, "Only this class, or one member of it: Class.Member")->type_name("");
+    CLI::App* const members =
+        app_.add_subcommand("members", "What scripts can use: the plug-in's classes, the framework");
+    members->add_option("NAME", members_.wanted, "Only this class, function or member: Class.Member for one of a class")
+        ->type_name("");
     members->add_flag("--json", members_.json, "For programs: everything, as JSON");
 }
 
@@ -99,18 +114,20 @@ CLI::App* CommandLine::Find(const std::string& command) {
     return found.empty() ? nullptr : found.front();
 }
 
+void CommandLine::AddCheckSyntax() {
+    CLI::App* const check = app_.add_subcommand("check-syntax", "Check scripts without running them");
+    check->add_option("SCRIPT", files_, "The scripts' files; - is standard input")->type_name("")->required();
+}
+
+void CommandLine::AddShow() {
+    CLI::App* const show = app_.add_subcommand("show", "Show pictures in the terminal");
+    show->add_option("FILE", files_, "The pictures' files")->type_name("")->required();
+}
+
 int CommandLine::Refuse(const std::string& problem) const {
     const std::string command = chosen_ ? "tqx " + chosen_->get_name() : "tqx";
     Complain(command + ": " + problem + "\nTry " + command + " --help.\n");
     return kWrongUsage;
-}
-
-void CommandLine::TakeScript(std::vector<std::string>& words, std::size_t from) {
-    const std::size_t first = FirstPlainWord(*chosen_, words, from);
-    run_.arguments = TakeFrom(words, first);
-    if (run_.arguments.empty()) return;
-    run_.script = run_.arguments.front();
-    run_.arguments.erase(run_.arguments.begin());
 }
 
 // Leaves the words that are for the parser.
@@ -119,7 +136,7 @@ void CommandLine::Choose(std::vector<std::string>& words) {
     if (command == words.size()) return;
     chosen_ = Find(words[command]);
     if (!chosen_) throw WrongWords{"there is no command " + words[command]};
-    if (chosen_->get_name() == "run") TakeScript(words, command + 1);
+    if (chosen_->get_name() == "run") scriptWords_ = TakeFrom(words, FirstPlainWord(*chosen_, words, command + 1));
 }
 
 int CommandLine::Execute(std::vector<std::string> words) {
@@ -133,8 +150,9 @@ int CommandLine::Execute(std::vector<std::string> words) {
         app_.exit(help, text, text);
         WriteOutput(text.str());
         return 0;
-    } catch (const CLI::RequiredError&) {
-        return Refuse("a command is missing");
+    } catch (const CLI::RequiredError& error) {
+        if (!chosen_ && OnTerminal()) return Repl(settings_);
+        return Refuse(chosen_ ? error.what() : "a command is missing");
     } catch (const CLI::ParseError& error) {
         return Refuse(error.what());
     } catch (const WrongWords& wrong) {
@@ -144,8 +162,20 @@ int CommandLine::Execute(std::vector<std::string> words) {
 
 int CommandLine::Obey() {
     if (Find("check")->parsed()) return Check(settings_, check_);
+    if (Find("check-syntax")->parsed()) return CheckSyntax(settings_, files_);
     if (Find("members")->parsed()) return Members(settings_, members_);
-    if (run_.script.empty()) throw WrongWords{"a script is missing"};
+    if (Find("show")->parsed()) return Show(files_);
+    if (Find("repl")->parsed()) return Repl(settings_);
+    return ObeyRun();
+}
+
+int CommandLine::ObeyRun() {
+    if (!run_.code) {
+        if (scriptWords_.empty()) throw WrongWords{"a script is missing"};
+        run_.script = scriptWords_.front();
+        scriptWords_.erase(scriptWords_.begin());
+    }
+    run_.arguments = std::move(scriptWords_);
     return Run(settings_, run_);
 }
 

@@ -15,8 +15,10 @@ struct Settings {
 };
 
 struct RunSettings {
-    std::string script;
+    std::string script;               // its file, unless there is
+    std::optional<std::string> code;  // its text
     std::vector<std::string> arguments;
+    bool onlyCheck = false;
     bool leaks = false;                     // objects left at the end are an error
     bool explain = false;                   // tell why calls of the plug-in gave nothing
     bool noOrientation = false;             // leave pictures as they lie in their files
@@ -24,7 +26,7 @@ struct RunSettings {
 };
 
 struct MembersSettings {
-    std::string wanted;  // "", "Class" or "Class.Member"
+    std::string wanted;  // "", "Class", "Class.Member", "Member" or "Function"
     bool json = false;
 };
 
@@ -33,9 +35,14 @@ struct CheckSettings {
 };
 
 int Run(const Settings& settings, const RunSettings& run);
+int CheckSyntax(const Settings& settings, const std::vector<std::string>& scripts);
+int Repl(const Settings& settings);
+int Show(const std::vector<std::string>& files);
 int Members(const Settings& settings, const MembersSettings& members);
-
 int Check(const Settings& settings, const CheckSettings& check);
+
+// Shows the picture of a file in the terminal. Throws ImageError.
+void ShowPicture(const std::string& file);
 
 // Loads the plug-in that the settings mean; false after a message.
 bool LoadPlugin(const Settings& settings);

@@ -52,11 +52,27 @@ std::set<const host::Class*> ClassesOfPlugins() {
     return classes;
 }
 
+std::optional<script::Source> SourceOf(const RunSettings& run) {
+    if (run.code) return script::Source{"<code>", *run.code};
+    return script::ReadSource(run.script, Complain);
+}
+
 }  // namespace
 
+int CheckSyntax(const Settings& settings, const std::vector<std::string>& scripts) {
+    if (!LoadPlugin(settings)) return 1;
+    bool sound = true;
+    for (const std::string& script : scripts) {
+        const auto source = script::ReadSource(script, Complain);
+        sound &= source && script::CheckScript(*source, Complain);
+    }
+    return sound ? 0 : 1;
+}
+
 int Run(const Settings& settings, const RunSettings& run) {
-    const auto source = script::ReadSource(run.script, Complain);
+    const auto source = SourceOf(run);
     if (!source || !LoadPlugin(settings)) return 1;
+    if (run.onlyCheck) return script::CheckScript(*source, Complain) ? 0 : 1;
     host::SetApplicationArguments(run.arguments);
     host::DefaultImageReadSettings() = {run.maxPixels, !run.noOrientation};
     std::setvbuf(stdout, nullptr, _IOLBF, 0);  // each line is seen when it is printed, in a pipe too

@@ -41,6 +41,8 @@ void EndInOrder(int signal) {
     alarm(kSecondsToEnd);
 }
 
+void EndStep(int) { script::Machine::Interrupt(); }
+
 // The handler is gone by now: the signal takes its usual effect.
 void EndByFault(int signal) {
     RemoveFiles();
@@ -65,7 +67,10 @@ void Handle(int signal, const struct sigaction& action) {
 
 }  // namespace
 
-void HandleSignals() {
+bool EndIsAsked() { return endedBy != 0; }
+
+void HandleSignals(InterruptEnds interrupt) {
+    if (interrupt == InterruptEnds::Step) Handle(SIGINT, ActionOf(&EndStep, SA_RESTART));
     const struct sigaction inOrder = ActionOf(&EndInOrder, SA_RESTART), atOnce = ActionOf(&EndAtOnce, 0);
     const struct sigaction byFault = ActionOf(&EndByFault, static_cast<int>(SA_RESETHAND));
     for (const int signal : kEndings) Handle(signal, inOrder);

@@ -8,8 +8,14 @@
 
 namespace tqx {
 
+// What SIGINT ends: a script, or at a prompt only what runs there.
+enum class InterruptEnds { Script, Step };
+
 // Handles signals from now on, but for those that the command was told to ignore (nohup).
-void HandleSignals();
+void HandleSignals(InterruptEnds interrupt = InterruptEnds::Script);
+
+// Whether a signal asked for the end.
+bool EndIsAsked();
 
 // Removes what scratch files are left at the end, of objects that something still holds. Gives the
 // exit code: 128 and the signal's number after one that ended the script.

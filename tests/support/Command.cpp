@@ -9,6 +9,8 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
+#include <filesystem>
 #include <sstream>
 #include <utility>
 
@@ -143,6 +145,68 @@ Outcome RunCommandWithoutReader(const std::vector<std::string>& words) {
 
 Outcome RunCommandOnTerminal(const std::vector<std::string>& words) {
     return Run(words, {.out = MakePipe(), .err = MakeTerminal()});
+}
+
+namespace {
+
+// A folder of its own as the home of the processes made meanwhile, in a terminal of full colours.
+class OwnHome {
+  public:
+    OwnHome() {
+        mkdtemp(folder_);
+        setenv("HOME", folder_, 1);
+        setenv("TERM", "xterm-256color", 1);
+        setenv("COLORTERM", "truecolor", 1);
+    }
+    ~OwnHome() { std::filesystem::remove_all(folder_); }
+
+  private:
+    char folder_[32] = "/tmp/tqx-home-XXXXXX";
+};
+
+// Waits until the terminal is sent something, and then until it was quiet for a moment. False at
+// its end.
+bool ReadUntilQuiet(int terminal, std::string& text, int wait) {
+    constexpr int kQuiet = 300;  // milliseconds
+    for (pollfd waiting{terminal, POLLIN, 0}; poll(&waiting, 1, wait) > 0; wait = kQuiet) {
+        char buffer[4096];
+        const ssize_t count = read(terminal, buffer, sizeof(buffer));
+        if (count <= 0) return false;
+        text.append(buffer, static_cast<std::size_t>(count));
+    }
+    return true;
+}
+
+}  // namespace
+
+Outcome TypeToCommand(const std::vector<std::string>& words, const std::vector<std::string>& keys) {
+    constexpr int kLong = 20000;  // milliseconds
+    const OwnHome home;
+    Outcome outcome;
+    std::vector<std::string> all = {support::CommandFile(), "--plugin", support::PluginFile()};
+    all.insert(all.end(), words.begin(), words.end());
+    std::vector<char*> argv;
+    for (const std::string& word : all) argv.push_back(const_cast<char*>(word.c_str()));
+    argv.push_back(nullptr);
+    winsize size{30, 100, 0, 0};
+    int terminal = -1;
+    const pid_t child = forkpty(&terminal, nullptr, nullptr, &size);
+    if (child == 0) {
+        execv(argv[0], argv.data());
+        _exit(127);
+    }
+    bool open = ReadUntilQuiet(terminal, outcome.out, kLong);
+    for (const std::string& key : keys) {
+        if (!open || write(terminal, key.data(), key.size()) < 0) break;
+        open = ReadUntilQuiet(terminal, outcome.out, key == keys.back() ? kLong : 1000);
+    }
+    outcome.ended = !open;
+    if (open) kill(child, SIGKILL);
+    int status = 0;
+    waitpid(child, &status, 0);
+    outcome.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+    close(terminal);
+    return outcome;
 }
 
 bool HasTerminals() {

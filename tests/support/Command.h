@@ -29,6 +29,10 @@ Outcome RunCommandWithoutReader(const std::vector<std::string>& words);
 // The same with standard error on a terminal of its own; `err` is what that was sent.
 Outcome RunCommandOnTerminal(const std::vector<std::string>& words);
 
+// Runs tqx with all its streams on one terminal, typing the keys one after the other whenever it has
+// been quiet for a moment; `out` is what the terminal was sent. The home folder is one of its own.
+Outcome TypeToCommand(const std::vector<std::string>& words, const std::vector<std::string>& keys);
+
 // Whether this machine has the pseudo-terminals that RunCommandOnTerminal needs.
 bool HasTerminals();
 

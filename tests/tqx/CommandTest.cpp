@@ -93,6 +93,18 @@ TEST(Command, MembersShowsTheOverloadsOfOneMember) {
     EXPECT_EQ(RunCommand({"members", "Nothing"}).exitCode, 1);
 }
 
+TEST(Command, MembersExplainsTheFrameworkToo) {
+    const std::string all = RunCommand({"members"}).out;
+    for (const char* name : {" Picture\n", " Mid ", "One of them: tqx members NAME\n"})
+        EXPECT_THAT(all, HasSubstr(name));
+    EXPECT_THAT(RunCommand({"members", "mid"}).out, HasSubstr("  Mid(text As String, start As Integer) As String\n"));
+    EXPECT_THAT(RunCommand({"members", "timer"}).out, HasSubstr("Runs its event Action"));
+    EXPECT_THAT(RunCommand({"members", "ForeColor"}).out, testing::StartsWith("Graphics\n"));
+    const Outcome unknown = RunCommand({"members", "Midd"});
+    EXPECT_EQ(unknown.exitCode, 1);
+    EXPECT_THAT(unknown.err, HasSubstr("The nearest: Mid,"));
+}
+
 TEST(Command, MembersAsJsonHasEveryField) {
     const Outcome outcome = RunCommand({"members", "PictureTQX.DrawMaskedPictureRGB", "--json"});
     EXPECT_EQ(outcome.exitCode, 0);

@@ -82,6 +82,29 @@ TEST(Usage, AScriptMayComeFromStandardInput) {
     EXPECT_THAT(RunCommandFed("Print nothing\n", {"run", "-"}).err, testing::StartsWith("<stdin>:1:7: "));
 }
 
+TEST(Usage, AScriptMayStandAmongTheWords) {
+    const std::string script = std::string("Print \"from words\"\n") + kPrintArguments;
+    EXPECT_EQ(RunCommand({"run", "-e", script, "a", "-e"}).out, "from words\na\n-e\n");
+    EXPECT_EQ(RunCommand({"run", "-e", script, "--", "--", "a"}).out, "from words\n--\na\n");
+    EXPECT_THAT(RunCommand({"run", "-e", "Print nothing"}).err, testing::StartsWith("<code>:1:7: "));
+    ExpectRefused({"run", "-e"}, "-e");
+}
+
+TEST(Usage, ScriptsAreCheckedWithoutRunningThem) {
+    const ScriptOf sound("Print 1\n");
+    const Outcome outcome = RunCommand({"check-syntax", sound.path(), "/nowhere/at-all.rbs"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(outcome.err, "/nowhere/at-all.rbs: the script can't be read: No such file or directory\n");
+    EXPECT_EQ(RunCommand({"check-syntax", sound.path(), sound.path()}).exitCode, 0);
+    EXPECT_EQ(RunCommand({"run", "--check", sound.path()}).out, "");
+    const Outcome wrong = RunCommandFed("Print 1\nPrint nothing\n", {"check-syntax", "-"});
+    EXPECT_EQ(wrong.exitCode, 1);
+    EXPECT_THAT(wrong.err, testing::StartsWith("<stdin>:2:7: "));
+    EXPECT_EQ(RunCommandFed("Print nothing\n", {"run", "--check", "-"}).exitCode, 1);
+    ExpectRefused({"check-syntax"}, "SCRIPT is required");
+}
+
 TEST(Usage, AScriptMayComeThroughANamedPipe) {
     const auto pipe = std::filesystem::temp_directory_path() / ("tqx-pipe-" + std::to_string(getpid()));
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
