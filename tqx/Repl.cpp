@@ -87,11 +87,11 @@ bool ReadStep(LineEditor& editor, std::string& lines) {
 int Repl(const Settings& settings) {
     if (!LoadPlugin(settings)) return 1;
     NotePluginFiles();
-    HandleSignals(InterruptEnds::Step);
     int exitCode = 0;
     {
         script::Session session([](std::string_view line) { WriteLine(line); }, &Complain);
         LineEditor editor([&session](std::string_view line) { return session.Completions(line); });
+        HandleSignals(editor.Interactive() ? InterruptEnds::Step : InterruptEnds::Script);
         if (editor.Interactive()) WriteLine("The value of a line is shown. Tab completes names, Ctrl-D leaves.");
         for (std::string lines; !EndIsAsked() && ReadStep(editor, lines);) {
             const script::StepResult result = session.Run(lines);

@@ -82,7 +82,7 @@ class Page {
         }
     }
 
-    void Paragraph(const std::string& paragraph) { Wrap(paragraph, "", "", ""); }
+    void Paragraph(const std::string& paragraph, std::string_view ends = "") { Wrap(paragraph, "", "", ends); }
 
     const std::string& text() const { return text_; }
 
@@ -224,7 +224,7 @@ void WriteDescription(Page& page, std::string_view name) {
 void WriteClass(Page& page, const Class& type) {
     page.Title(type.name(), '=');
     WriteDescription(page, type.name());
-    page.Paragraph(Summary(type));
+    page.Paragraph(Summary(type), ",.");
     WriteMethods(page, type, true);
     WriteMethods(page, type, false);
     WriteSharedMethods(page, type);

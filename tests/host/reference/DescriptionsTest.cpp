@@ -2,10 +2,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <set>
-#include <sstream>
-
-#include "host/calls/PluginLoader.h"
 #include "host/calls/Runtime.h"
 #include "host/reference/Descriptions.h"
 #include "host/reference/Reference.h"
@@ -20,19 +16,6 @@ std::string FunctionPage(const std::string& name, bool json = false) {
     std::string text;
     EXPECT_TRUE(DescribeFunction(name, {name, json}, text)) << name;
     return text;
-}
-
-TEST(Descriptions, EveryFunctionAndClassOfTheFrameworkHasOne) {
-    for (const std::string& name : Runtime::Get().FunctionNames()) EXPECT_NE(DescriptionOf(name), "") << name;
-    for (const Class* type : Runtime::Get().Classes()) EXPECT_NE(DescriptionOf(type->name()), "") << type->name();
-}
-
-TEST(Descriptions, AreSentencesOfPagesWithin80Columns) {
-    for (const std::string& name : Runtime::Get().FunctionNames()) {
-        EXPECT_EQ(DescriptionOf(name).back(), '.') << name;
-        std::istringstream page(FunctionPage(name));
-        for (std::string line; std::getline(page, line);) EXPECT_LE(line.size(), 80u) << line;
-    }
 }
 
 TEST(Descriptions, OfAFunctionStandAboveItsDeclarations) {
