@@ -33,7 +33,9 @@ for machine in "$@"; do
     folder=build/elsewhere/$machine
     mkdir -p "$folder"
     unpack_libraries "$machine" "$PWD/$folder/root"
-    TQX_MACHINE=$machine TQX_MACHINE_ROOT=$PWD/$folder/root cmake -G Ninja -S . -B "$folder/build" \
+    # Read again whenever the build configures itself anew.
+    export TQX_MACHINE=$machine TQX_MACHINE_ROOT=$PWD/$folder/root
+    cmake -G Ninja -S . -B "$folder/build" \
         --toolchain cmake/Elsewhere.cmake -DCMAKE_BUILD_TYPE=Release -DTQX_BENCHMARKS=OFF \
         >"$folder/configure.log" 2>&1 || { cat "$folder/configure.log"; exit 1; }
     cmake --build "$folder/build" --target digest_tests
