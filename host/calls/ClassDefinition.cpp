@@ -1,8 +1,9 @@
-// Reading the definition records of classes.
+#include "host/calls/ClassDefinition.h"
+
 #include <span>
 
+#include "host/calls/Declaration.h"
 #include "host/calls/Lexer.h"
-#include "host/objects/Class.h"
 
 namespace host {
 

@@ -175,12 +175,6 @@ bool TryRead(std::string_view text, Result& result, std::string& problem, Read r
 
 }  // namespace
 
-std::size_t Declaration::RequiredCount() const {
-    return static_cast<std::size_t>(std::count_if(parameters.begin(), parameters.end(), [](const Parameter& parameter) {
-        return !parameter.optional && !parameter.paramArray;
-    }));
-}
-
 bool ReadDeclaration(std::string_view text, Declaration& declaration, std::string& problem) {
     return TryRead(text, declaration, problem, [](Reader& reader) { return reader.ReadMethod(); });
 }
@@ -211,15 +205,6 @@ std::string DeclarationText(const Declaration& declaration) {
     }
     if (declaration.result.kind != Kind::None) text += " As " + TypeText(declaration.result);
     return text;
-}
-
-bool SameParameters(const Declaration& a, const Declaration& b) {
-    return std::equal(a.parameters.begin(), a.parameters.end(), b.parameters.begin(), b.parameters.end(),
-                      [](const Parameter& x, const Parameter& y) { return x.type == y.type && x.byRef == y.byRef; });
-}
-
-bool SameSignature(const Declaration& a, const Declaration& b) {
-    return SameName(a.name, b.name) && a.result == b.result && SameParameters(a, b);
 }
 
 }  // namespace host

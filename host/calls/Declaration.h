@@ -1,4 +1,4 @@
-// Declarations of methods, events and constants, as text and as records.
+// Declarations of methods, events and constants as text.
 //
 //   DrawMaskedPictureRGB(pic as picture, DestX as integer, InvertMask as boolean = False)
 //   TransferFilter(dest as PictureTQX, gray() as integer) as PictureTQX
@@ -8,32 +8,11 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <vector>
 
-#include "host/objects/Type.h"
+#include "host/objects/Signature.h"
 #include "host/objects/Value.h"
 
 namespace host {
-
-// As many as a function of the plug-in interface may take.
-inline constexpr std::size_t kMostParameters = 32;
-
-struct Parameter {
-    std::string name;
-    Type type;
-    bool byRef = false;
-    bool optional = false;    // may be left out; then it is defaultValue
-    bool paramArray = false;  // takes all further arguments as one array
-    Value defaultValue;       // already of the parameter's type
-};
-
-struct Declaration {
-    std::string name;
-    std::vector<Parameter> parameters;
-    Type result;  // kind None for a method that gives nothing
-
-    std::size_t RequiredCount() const;  // arguments that can't be left out
-};
 
 struct ConstantDeclaration {
     std::string name;
@@ -50,10 +29,5 @@ bool ReadConstant(std::string_view text, ConstantDeclaration& constant, std::str
 // "Name(a As Integer, b() As Double = …) As Boolean", in one style whatever the original's.
 std::string DeclarationText(const Declaration& declaration);
 std::string ParameterText(const Parameter& parameter);
-
-// Whether the two have the same name, parameter types and result; names of parameters, defaults,
-// letter case and blanks do not count.
-bool SameSignature(const Declaration& a, const Declaration& b);
-bool SameParameters(const Declaration& a, const Declaration& b);
 
 }  // namespace host

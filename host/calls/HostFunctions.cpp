@@ -1,6 +1,7 @@
 #include "host/calls/HostFunctions.h"
 
 #include "host/calls/Call.h"
+#include "host/calls/Declaration.h"
 #include "host/calls/Runtime.h"
 
 namespace host {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/calls/Declaration.h"
 #include "host/calls/Runtime.h"
 
 namespace host {

@@ -7,6 +7,7 @@
 
 #include "host/calls/Border.h"
 #include "host/calls/Call.h"
+#include "host/calls/ClassDefinition.h"
 #include "host/calls/Exceptions.h"
 #include "host/calls/HostFunctions.h"
 #include "host/calls/Variant.h"

@@ -2,6 +2,7 @@
 
 #include <set>
 
+#include "host/calls/Declaration.h"
 #include "host/calls/Runtime.h"
 
 namespace host::check {

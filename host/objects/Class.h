@@ -15,8 +15,8 @@
 #include <unordered_map>
 #include <vector>
 
-#include "host/calls/Declaration.h"
 #include "host/objects/Object.h"
+#include "host/objects/Signature.h"
 #include "host/objects/Type.h"
 #include "host/objects/Value.h"
 #include "sdk/PluginInterface.h"
@@ -177,14 +177,5 @@ class Class {
     std::deque<EventHandler> eventHandlers_;
     Index methodIndex_, sharedIndex_, propertyIndex_, constantIndex_, eventIndex_;
 };
-
-// The class behind a definition record, with its members read. What is wrong with the record is
-// added to `problems`, each a sentence that names the member; with problems the class is null.
-// Writes instanceDataOffset; event numbers start at `firstEventNumber` and are written as well.
-std::unique_ptr<Class> ClassFromDefinition(sdk::ClassDefinition& definition, const Class* superclass,
-                                           std::intptr_t firstEventNumber, std::vector<std::string>& problems);
-
-// The method behind a record.
-bool MethodFromRecord(const sdk::MethodRecord& record, Method& method, std::string& problem);
 
 }  // namespace host

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <map>
 
+#include "host/calls/Declaration.h"
 #include "host/calls/Runtime.h"
 #include "host/objects/NearestName.h"
 #include "host/reference/Descriptions.h"

@@ -3,6 +3,7 @@
 #include <functional>
 #include <nlohmann/json.hpp>
 
+#include "host/calls/Declaration.h"
 #include "host/reference/Spelling.h"
 
 namespace host {

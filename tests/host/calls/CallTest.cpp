@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "host/calls/Call.h"
+#include "host/calls/Declaration.h"
 #include "tests/host/calls/SampleTest.h"
 
 namespace {

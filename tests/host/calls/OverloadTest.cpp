@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include "host/calls/Declaration.h"
 #include "host/calls/Overload.h"
 #include "tests/host/calls/SampleTest.h"
 

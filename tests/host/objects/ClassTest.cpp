@@ -1,6 +1,7 @@
 // Objects and classes: layout, members by name, destructors, script classes.
 #include <gtest/gtest.h>
 
+#include "host/calls/Declaration.h"
 #include "host/objects/Class.h"
 #include "host/objects/GuardedMemory.h"
 #include "tests/host/calls/SampleTest.h"
