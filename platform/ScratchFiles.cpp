@@ -19,6 +19,7 @@ static_assert(Place::is_always_lock_free, "a signal handler can't wait for a loc
 // the handler, has it for himself.
 struct Record {
     pid_t process;
+    Record* before;  // among those that a handler took
 
     // The text stands right behind.
     const char* Path() const { return reinterpret_cast<const char*>(this + 1); }
@@ -31,6 +32,9 @@ struct Block {
 };
 
 Block firstBlock;
+
+// What handlers took out of places. Never freed: the allocator may be at work below them.
+std::atomic<Record*> taken{nullptr};
 
 Record* NewRecord(const char* path) {
     const std::size_t bytes = std::strlen(path) + 1;
@@ -103,9 +107,10 @@ void RemoveScratchFiles() noexcept {
     const pid_t process = getpid();
     for (Block* block = &firstBlock; block; block = block->next.load())
         for (Place& place : block->places) {
-            // Never freed: the allocator may be at work below this handler.
-            const auto* record = static_cast<const Record*>(place.exchange(nullptr));
-            if (record && record->process == process) unlink(record->Path());
+            auto* const record = static_cast<Record*>(place.exchange(nullptr));
+            if (!record) continue;
+            if (record->process == process) unlink(record->Path());
+            record->before = taken.exchange(record);
         }
     errno = error;
 }

@@ -10,6 +10,14 @@ namespace {
 
 constexpr std::int32_t kDefaultQuality = 90;
 
+// The library's state, given up with it, also by a constructor that fails half-way.
+struct Compression : jpeg_compress_struct {
+    Compression() : jpeg_compress_struct{} {}
+    ~Compression() { jpeg_destroy_compress(this); }
+    Compression(const Compression&) = delete;
+    Compression& operator=(const Compression&) = delete;
+};
+
 class JpegEncoder final : public Encoder {
   public:
     explicit JpegEncoder(const Output& output) {
@@ -36,8 +44,6 @@ class JpegEncoder final : public Encoder {
             jpeg_start_compress(&jpeg_, TRUE);
         });
     }
-
-    ~JpegEncoder() override { jpeg_destroy_compress(&jpeg_); }
 
     void WriteRow(const std::uint8_t* pixels) override {
         // The library does not write to the row; its interface merely lacks the word.
@@ -68,7 +74,7 @@ class JpegEncoder final : public Encoder {
         std::longjmp(self->jump_, 1);
     }
 
-    jpeg_compress_struct jpeg_{};
+    Compression jpeg_;
     jpeg_error_mgr errors_{};
     std::jmp_buf jump_{};
     char message_[JMSG_LENGTH_MAX + 64] = "";

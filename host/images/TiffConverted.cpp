@@ -26,6 +26,18 @@ void CheckBlackAndWhite(TIFF* tiff) {
     if (!TIFFGetFieldDefaulted(tiff, TIFFTAG_REFERENCEBLACKWHITE, &numbers) || !numbers) throw std::bad_alloc();
 }
 
+// The library's converter, ended with it, also by a constructor that fails half-way.
+struct Converter : TIFFRGBAImage {
+    Converter() : TIFFRGBAImage{} {}
+    ~Converter() {
+        if (began) TIFFRGBAImageEnd(this);
+    }
+    Converter(const Converter&) = delete;
+    Converter& operator=(const Converter&) = delete;
+
+    bool began = false;
+};
+
 // Rows of strips or tiles as the library's red, green, blue and alpha.
 class ConvertedDecoder final : public Decoder {
   public:
@@ -39,15 +51,11 @@ class ConvertedDecoder final : public Decoder {
         char reason[1024] = "";
         if (!TIFFRGBAImageOK(file_->get(), reason) || !TIFFRGBAImageBegin(&image_, file_->get(), 1, reason))
             FailFormat(std::string("is a TIFF file of a kind that can't be read (") + reason + ")");
-        began_ = true;
+        image_.began = true;
         file_->StartPixels();
         image_.req_orientation = ORIENTATION_TOPLEFT;
         height_ = static_cast<std::int32_t>(std::min(BlocksOfTiff(*file_, d).height, d.height));
         packed_ = LazyBytes(std::size_t{d.width} * static_cast<std::size_t>(height_) * 4);
-    }
-
-    ~ConvertedDecoder() override {
-        if (began_) TIFFRGBAImageEnd(&image_);
     }
 
     void ReadRow(std::uint8_t* pixels) override {
@@ -68,8 +76,7 @@ class ConvertedDecoder final : public Decoder {
   private:
     Input input_;
     std::unique_ptr<TiffFile> file_;
-    TIFFRGBAImage image_{};
-    bool began_ = false;
+    Converter image_;
     LazyBytes packed_;         // the rows of a strip or of a row of tiles
     std::int32_t height_ = 1;  // of them
     std::int32_t next_ = 0;

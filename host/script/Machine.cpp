@@ -64,7 +64,7 @@ host::Value* Machine::PushFrame(const Function& function, host::Value* result) {
     if (frames_.size() >= kMostFrames || static_cast<std::size_t>(base - stack_) + size > kMostStackValues)
         Throw("StackOverflowException", "Calls are nested too deeply");
     // A prototype holds numbers and nil only, which may be copied as bytes.
-    std::memcpy(static_cast<void*>(base), function.prototype.data(), size * sizeof(host::Value));
+    if (size > 0) std::memcpy(static_cast<void*>(base), function.prototype.data(), size * sizeof(host::Value));
     frames_.push_back({&function, function.code.data(), base, result});
     return base;
 }
