@@ -13,6 +13,12 @@
 
 #include "tqx/Output.h"
 
+#ifdef __SANITIZE_ADDRESS__
+// The editing library never frees its copies of the functions' names.
+extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions();
+extern "C" const char* __lsan_default_suppressions() { return "leak:wcsdup"; }
+#endif
+
 namespace tqx {
 
 namespace {
