@@ -9,13 +9,18 @@
 
 #include "host/calls/Border.h"
 #include "host/calls/Runtime.h"
+#include "platform/RegisterCall.h"
 
 namespace host {
 
-// The shape of a call: what libffi needs to know of a signature.
+// The shape of a call: what libffi needs to know of a signature, and whether it can be done
+// without.
 struct CallPlan {
     ffi_cif cif{};
     std::vector<ffi_type*> types;
+    Declaration declaration;
+    bool inRegisters = false;
+    bool reals = false;  // there are doubles or singles among the arguments
 };
 
 namespace {
@@ -45,8 +50,28 @@ ffi_type* FfiTypeOf(Kind kind) {
     return row.size == 4 ? &ffi_type_uint32 : &ffi_type_uint8;
 }
 
+const Type& TypeOfArgument(const Declaration& declaration, std::size_t index) {
+    return index < declaration.parameters.size() ? declaration.parameters[index].type : declaration.result;
+}
+
+// Variants take the general way, which puts them into boxes.
+void ChooseRegisters(CallPlan& plan, bool passSelf, std::size_t count) {
+    std::size_t whole = passSelf ? 1 : 0, real = 0;
+    bool variants = plan.declaration.result.IsVariant();
+    for (std::size_t i = 0; i < count; ++i) {
+        const Type& type = TypeOfArgument(plan.declaration, i);
+        variants |= type.IsVariant();
+        ++(IsRealKind(type.kind) ? real : whole);
+    }
+    plan.reals = real > 0;
+    plan.inRegisters = platform::kRegisterCalls && !variants && whole <= platform::Registers::kWhole &&
+                       real <= platform::Registers::kReal;
+}
+
 std::shared_ptr<CallPlan> MakePlan(const Declaration& declaration, bool passSelf, std::size_t count) {
     auto plan = std::make_shared<CallPlan>();
+    plan->declaration = declaration;
+    ChooseRegisters(*plan, passSelf, count);
     if (passSelf) plan->types.push_back(&ffi_type_pointer);
     for (const Parameter& parameter : declaration.parameters) plan->types.push_back(FfiTypeOf(parameter.type.kind));
     // A setter takes one more, of the result's type, and gives nothing.
@@ -150,8 +175,68 @@ Value ValueOf(const Cell& cell, const Type& type, bool owned) {
     return Value();
 }
 
-const Type& TypeOfArgument(const Declaration& declaration, std::size_t index) {
-    return index < declaration.parameters.size() ? declaration.parameters[index].type : declaration.result;
+// --- Calls in registers ---------------------------------------------------------------------
+
+// A single lies in the low half of its register.
+double RegisterOf(float value) {
+    double whole = 0;
+    std::memcpy(&whole, &value, sizeof(value));
+    return whole;
+}
+
+std::int64_t WholeOf(const Value& value, Kind kind) {
+    if (value.kind() == kind) return value.bits();
+    return CellOf(value, kind).int64;
+}
+
+platform::Registers RegistersOf(const CallPlan& plan, bool passSelf, Object* self, std::span<const Value> arguments) {
+    platform::Registers in{};
+    std::size_t whole = 0, real = 0;
+    if (passSelf) in.whole[whole++] = reinterpret_cast<std::intptr_t>(static_cast<sdk::Object*>(self));
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const Kind kind = TypeOfArgument(plan.declaration, i).kind;
+        if (kind == Kind::Double)
+            in.real[real++] = arguments[i].ToDouble();
+        else if (kind == Kind::Single)
+            in.real[real++] = RegisterOf(static_cast<float>(arguments[i].ToDouble()));
+        else
+            in.whole[whole++] = WholeOf(arguments[i], kind);
+    }
+    return in;
+}
+
+// A call without libffi, with the result as a value.
+Value CallDirectly(sdk::AnyFunction function, const platform::Registers& in, bool reals, Kind result) {
+    const auto call = [&]<class Result>(Result) { return platform::CallInRegisters<Result>(function, in, reals); };
+    void* const pointer = nullptr;
+    switch (result) {
+        case Kind::None:
+            platform::CallInRegisters<void>(function, in, reals);
+            return Value();
+        case Kind::Integer:
+            return Value(call(std::int32_t{}));
+        case Kind::Int64:
+            return Value(call(std::int64_t{}));
+        case Kind::UInt32:
+            return Value(call(std::uint32_t{}));
+        case Kind::Color:
+            return Value(static_cast<sdk::Color>(call(std::uint32_t{})));
+        case Kind::UInt8:
+            return Value(call(std::uint8_t{}));
+        case Kind::Boolean:
+            return Value(call(std::uint8_t{}) != 0);
+        case Kind::Double:
+            return Value(call(double{}));
+        case Kind::Single:
+            return Value(call(float{}));
+        case Kind::String:
+            return Value(Take<String>(call(pointer), true));
+        case Kind::Array:
+            return Value(Take<Array>(call(pointer), true));
+        case Kind::Object:
+            return Value(Take<Object>(call(pointer), true));
+    }
+    return Value();
 }
 
 // The value whose reference the callee gets to see: itself, or its box for a variant.
@@ -190,9 +275,16 @@ Declaration AccessorDeclaration(const Property& property) { return {property.nam
 
 }  // namespace
 
-Value CallFunction(sdk::AnyFunction function, const Declaration& declaration, bool passSelf, Object* self,
-                   std::span<const Value> arguments, std::shared_ptr<CallPlan>& plan) {
-    if (!plan) plan = MakePlan(declaration, passSelf, arguments.size());
+namespace {
+
+Value CallPlanned(sdk::AnyFunction function, const CallPlan& plan, bool passSelf, Object* self,
+                  std::span<const Value> arguments) {
+    const Declaration& declaration = plan.declaration;
+    const auto keepAlive = Ref<Object>::Share(self);
+    const bool setter = arguments.size() > declaration.parameters.size();
+    if (plan.inRegisters)
+        return CallDirectly(function, RegistersOf(plan, passSelf, self, arguments), plan.reals,
+                            setter ? Kind::None : declaration.result.kind);
     std::array<Cell, kMostCells> cells;
     std::array<void*, kMostCells> pointers;
     std::size_t count = 0;
@@ -209,11 +301,18 @@ Value CallFunction(sdk::AnyFunction function, const Declaration& declaration, bo
         pass(CellOf(type.IsVariant() ? boxes.back() : arguments[i], type.kind));
     }
     Cell result{};
-    const auto keepAlive = Ref<Object>::Share(self);
-    ffi_call(&plan->cif, function, &result, pointers.data());
-    const bool setter = arguments.size() > declaration.parameters.size();
+    // libffi takes the shape as one that it could change, which it doesn't.
+    ffi_call(const_cast<ffi_cif*>(&plan.cif), function, &result, pointers.data());
     if (setter) return Value();
     return ValueOf(NarrowedResult(result, declaration.result.kind), declaration.result, true);
+}
+
+}  // namespace
+
+Value CallFunction(sdk::AnyFunction function, const Declaration& declaration, bool passSelf, Object* self,
+                   std::span<const Value> arguments, std::shared_ptr<CallPlan>& plan) {
+    if (!plan) plan = MakePlan(declaration, passSelf, arguments.size());
+    return CallPlanned(function, *plan, passSelf, self, arguments);
 }
 
 Value Invoke(const Method& method, Object* self, std::span<Value> arguments) {
@@ -233,8 +332,10 @@ void InvokeSetter(const Method& method, Object* self, std::span<Value> arguments
 Value GetProperty(const Property& property, Object* self) {
     if (property.read) return property.read(self, {});
     if (property.slot >= 0) return property.owner->SlotsOf(self)[property.slot];
-    if (property.getter.function)
-        return CallFunction(property.getter.function, AccessorDeclaration(property), true, self, {}, property.plan);
+    if (property.getter.function) {
+        if (!property.plan) property.plan = MakePlan(AccessorDeclaration(property), true, 0);
+        return CallPlanned(property.getter.function, *property.plan, true, self, {});
+    }
     Cell cell{};
     std::memcpy(&cell, FieldOf(property, self, property.getter.fieldOffset), FieldSize(property.type.kind));
     return ValueOf(cell, property.type, false);
@@ -252,8 +353,8 @@ void SetProperty(const Property& property, Object* self, const Value& value) {
         return;
     }
     if (property.setter.function) {
-        CallFunction(property.setter.function, AccessorDeclaration(property), true, self, {&value, 1},
-                     property.setterPlan);
+        if (!property.setterPlan) property.setterPlan = MakePlan(AccessorDeclaration(property), true, 1);
+        CallPlanned(property.setter.function, *property.setterPlan, true, self, {&value, 1});
         return;
     }
     std::uint8_t* field = FieldOf(property, self, property.setter.fieldOffset);

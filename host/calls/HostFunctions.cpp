@@ -58,7 +58,7 @@ sdk::String* BuildString(const char* bytes, std::int64_t length) {
 }
 
 void SetStringEncoding(sdk::String* string, sdk::Encoding encoding) {
-    if (string) FromPlugin(string)->encoding = encoding;
+    if (string) SetEncoding(*FromPlugin(string), encoding);
 }
 
 sdk::String* ConvertString(sdk::String* string, sdk::Encoding encoding) {

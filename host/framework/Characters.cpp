@@ -3,6 +3,7 @@
 #include <utf8proc.h>
 
 #include <algorithm>
+#include <memory>
 
 #include "host/objects/CodePoints.h"
 
@@ -38,6 +39,47 @@ std::size_t BytesOfCharacters(std::string_view text, sdk::Encoding encoding, std
     std::string_view rest = text;
     for (; !rest.empty() && count > 0; --count) rest.remove_prefix(CharacterLength(rest, encoding));
     return text.size() - rest.size();
+}
+
+namespace {
+
+// Shorter texts are read through faster than marks are made for them.
+constexpr std::size_t kLeastMarked = 128;
+constexpr std::int64_t kMarkEvery = 64;
+
+TextMarks* MakeMarks(std::string_view text, sdk::Encoding encoding) {
+    auto marks = std::make_unique<TextMarks>();
+    for (std::size_t at = 0; at < text.size(); ++marks->count) {
+        if (marks->count % kMarkEvery == 0) marks->starts.push_back(static_cast<std::uint32_t>(at));
+        at += CharacterLength(text.substr(at), encoding);
+    }
+    if (static_cast<std::size_t>(marks->count) == text.size()) marks->starts = {};
+    return marks.release();
+}
+
+// Null where it is quicker, or right at once, without.
+const TextMarks* MarksOf(String* string) {
+    if (!string || HasOneByteCharacters(string->encoding) || Bytes(string).size() < kLeastMarked) return nullptr;
+    if (!string->marks) string->marks = MakeMarks(Bytes(string), string->encoding);
+    return string->marks;
+}
+
+}  // namespace
+
+std::int64_t CharacterCount(String* string) {
+    const TextMarks* marks = MarksOf(string);
+    return marks ? marks->count : CharacterCount(Bytes(string), EncodingOf(string));
+}
+
+std::size_t BytesOfCharacters(String* string, std::int64_t count) {
+    const std::string_view text = Bytes(string);
+    const TextMarks* marks = MarksOf(string);
+    if (!marks) return BytesOfCharacters(text, EncodingOf(string), count);
+    if (count <= 0) return 0;
+    if (count >= marks->count) return text.size();
+    if (marks->starts.empty()) return static_cast<std::size_t>(count);
+    const std::size_t start = marks->starts[static_cast<std::size_t>(count / kMarkEvery)];
+    return start + BytesOfCharacters(text.substr(start), string->encoding, count % kMarkEvery);
 }
 
 std::string CharacterText(char32_t character, sdk::Encoding encoding) {

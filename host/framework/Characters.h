@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "host/objects/String.h"
 #include "sdk/PluginInterface.h"
 
 namespace host {
@@ -20,6 +21,11 @@ std::int64_t CharacterCount(std::string_view text, sdk::Encoding encoding);
 
 // Bytes of the first `count` characters; all bytes where there are fewer, 0 for less than none.
 std::size_t BytesOfCharacters(std::string_view text, sdk::Encoding encoding, std::int64_t count);
+
+// The same for a string, which remembers where its characters begin once it was asked: asking for
+// one after the other takes time for each alone.
+std::int64_t CharacterCount(String* string);
+std::size_t BytesOfCharacters(String* string, std::int64_t count);
 
 // The code point that `rest` begins with; a byte that is no sound text stands for itself.
 char32_t FirstCharacter(std::string_view rest, sdk::Encoding encoding);

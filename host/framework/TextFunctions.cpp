@@ -30,45 +30,45 @@ sdk::String* Part(sdk::String* text, std::size_t from, std::size_t to) {
 // A count as the language's integer; no string is longer.
 std::int32_t Count(std::int64_t count) { return static_cast<std::int32_t>(std::min<std::int64_t>(count, INT32_MAX)); }
 
-std::int32_t Len(sdk::String* text) { return Count(CharacterCount(Bytes(text), EncodingOfText(text))); }
+std::int32_t Len(sdk::String* text) { return Count(CharacterCount(FromPlugin(text))); }
 std::int32_t LenB(sdk::String* text) { return Count(static_cast<std::int64_t>(Bytes(text).size())); }
 
 // --- Parts ----------------------------------------------------------------------------------
 
-sdk::String* PartOfCharacters(sdk::String* text, sdk::Encoding encoding, std::int64_t start, std::int64_t length) {
-    const std::string_view bytes = Bytes(text);
-    const std::size_t from = BytesOfCharacters(bytes, encoding, start - 1);
-    return Part(text, from, from + BytesOfCharacters(bytes.substr(from), encoding, length));
+// Positions from 1; in 64 bits, so that no sum of the script's numbers wraps.
+sdk::String* PartOfCharacters(sdk::String* text, std::int64_t start, std::int64_t length) {
+    const std::int64_t before = std::max<std::int64_t>(start, 1) - 1;
+    const std::size_t from = BytesOfCharacters(FromPlugin(text), before);
+    return Part(text, from, BytesOfCharacters(FromPlugin(text), before + std::max<std::int64_t>(length, 0)));
 }
 
-sdk::String* LastCharacters(sdk::String* text, sdk::Encoding encoding, std::int64_t length) {
-    const std::string_view bytes = Bytes(text);
-    const std::int64_t left = CharacterCount(bytes, encoding) - std::max<std::int64_t>(length, 0);
-    return Part(text, BytesOfCharacters(bytes, encoding, left), bytes.size());
+sdk::String* PartOfBytes(sdk::String* text, std::int64_t start, std::int64_t length) {
+    const std::size_t size = Bytes(text).size();
+    const std::size_t from = BytesOfCharacters(Bytes(text), sdk::Encoding::None, start - 1);
+    const std::size_t count = std::min(size - from, static_cast<std::size_t>(std::max<std::int64_t>(length, 0)));
+    return Part(text, from, from + count);
 }
 
-sdk::String* Left(sdk::String* text, std::int32_t length) {
-    return PartOfCharacters(text, EncodingOfText(text), 1, length);
-}
+sdk::String* Left(sdk::String* text, std::int32_t length) { return PartOfCharacters(text, 1, length); }
 
-sdk::String* LeftB(sdk::String* text, std::int32_t length) {
-    return PartOfCharacters(text, sdk::Encoding::None, 1, length);
-}
+sdk::String* LeftB(sdk::String* text, std::int32_t length) { return PartOfBytes(text, 1, length); }
 
 sdk::String* Right(sdk::String* text, std::int32_t length) {
-    return LastCharacters(text, EncodingOfText(text), length);
+    const std::int64_t left = CharacterCount(FromPlugin(text)) - std::max<std::int64_t>(length, 0);
+    return Part(text, BytesOfCharacters(FromPlugin(text), left), Bytes(text).size());
 }
 
 sdk::String* RightB(sdk::String* text, std::int32_t length) {
-    return LastCharacters(text, sdk::Encoding::None, length);
+    const auto size = static_cast<std::int64_t>(Bytes(text).size());
+    return PartOfBytes(text, std::max<std::int64_t>(size - std::max(length, 0), 0) + 1, INT32_MAX);
 }
 
 sdk::String* Mid(sdk::String* text, std::int32_t start, std::int32_t length) {
-    return PartOfCharacters(text, EncodingOfText(text), start, length);
+    return PartOfCharacters(text, start, length);
 }
 
 sdk::String* MidB(sdk::String* text, std::int32_t start, std::int32_t length) {
-    return PartOfCharacters(text, sdk::Encoding::None, start, length);
+    return PartOfBytes(text, start, length);
 }
 
 sdk::String* MidToEnd(sdk::String* text, std::int32_t start) { return Mid(text, start, INT32_MAX); }

@@ -6,17 +6,16 @@
 
 #include "host/objects/Ref.h"
 #include "host/objects/Type.h"
+#include "host/objects/Values.h"
 #include "sdk/PluginInterface.h"
 
 namespace host {
 
-class Value;
-
 struct Array : sdk::Array {
     std::int32_t references;
     Type element;
-    std::vector<Value> values;  // each of the element type
-    Array* previous;            // among all that are alive
+    Values values;    // each of the element type
+    Array* previous;  // among all that are alive
     Array* next;
     Array* waitsBefore;  // the next one that waits to be freed
 
@@ -29,10 +28,6 @@ inline Array* FromPlugin(sdk::Array* array) { return static_cast<Array*>(array);
 // `count` elements of the type's default value.
 Ref<Array> MakeArray(const Type& element, std::size_t count = 0);
 Ref<Array> MakeIntegerArray(const std::vector<std::int32_t>& values);
-
-// Nil is allowed and ignored.
-void Retain(Array* array);
-void Release(Array* array) noexcept;
 
 // The highest index; -1 for an empty array or nil.
 std::int32_t UpperBound(const Array* array);

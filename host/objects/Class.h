@@ -15,6 +15,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "host/objects/Array.h"
 #include "host/objects/Object.h"
 #include "host/objects/Signature.h"
 #include "host/objects/Type.h"

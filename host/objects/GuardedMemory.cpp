@@ -58,6 +58,8 @@ void* AllocateGuarded(std::size_t size) {
     return memory;
 }
 
+std::size_t GuardedSize(const void* memory) { return SizeOf(memory); }
+
 bool GuardsAreWhole(const void* memory) {
     const std::size_t size = SizeOf(memory);
     Unpoison(memory, size);

@@ -13,6 +13,9 @@ namespace host {
 // `size` zero bytes, aligned to 16; null when memory is short. Size 0 gives an address of no bytes.
 void* AllocateGuarded(std::size_t size);
 
+// How many bytes AllocateGuarded was asked for.
+std::size_t GuardedSize(const void* memory);
+
 // Frees what AllocateGuarded gave, after a look at its guard bytes. Null is ignored.
 void FreeGuarded(void* memory);
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <utility>
 
 #include "host/objects/CodePoints.h"
 #include "host/objects/GuardedMemory.h"
@@ -57,12 +58,21 @@ std::string Encode(const std::u32string& text, sdk::Encoding encoding) {
 
 Ref<String> MakeString(std::string_view bytes, sdk::Encoding encoding) { return JoinStrings(bytes, {}, encoding); }
 
-Ref<String> JoinStrings(std::string_view first, std::string_view second, sdk::Encoding encoding) {
+namespace {
+
+// Room for `spare` bytes more is a wish.
+void* AllocateString(std::size_t length, std::size_t spare) {
+    if (length > kMostStringBytes) throw std::bad_alloc();
+    void* memory = spare > 0 ? AllocateGuarded(sizeof(String) + length + spare) : nullptr;
+    if (!memory) memory = AllocateGuarded(sizeof(String) + length);
+    if (!memory) throw std::bad_alloc();
+    return memory;
+}
+
+Ref<String> Join(std::string_view first, std::string_view second, sdk::Encoding encoding, std::size_t spare) {
     const std::size_t length = first.size() + second.size();
     if (length == 0) return nullptr;
-    void* memory = length <= kMostStringBytes ? AllocateGuarded(sizeof(String) + length) : nullptr;
-    if (!memory) throw std::bad_alloc();
-    auto* string = new (memory) String{};
+    auto* string = new (AllocateString(length, spare)) String{};
     auto* data = reinterpret_cast<std::uint8_t*>(string + 1);
     std::copy(second.begin(), second.end(), std::copy(first.begin(), first.end(), data));
     string->data = data;
@@ -71,6 +81,50 @@ Ref<String> JoinStrings(std::string_view first, std::string_view second, sdk::En
     string->encoding = encoding;
     ++liveStrings;
     return Ref<String>::Adopt(string);
+}
+
+}  // namespace
+
+Ref<String> JoinStrings(std::string_view first, std::string_view second, sdk::Encoding encoding) {
+    return Join(first, second, encoding, 0);
+}
+
+namespace {
+
+bool IsAscii(std::string_view bytes) {
+    return std::all_of(bytes.begin(), bytes.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+void DropMarks(String& string) { delete std::exchange(string.marks, nullptr); }
+
+// Text that is ASCII and stays so keeps its count.
+void CountAppended(String& string, std::string_view more) {
+    if (!string.marks) return;
+    if (string.marks->starts.empty() && IsAscii(more))
+        string.marks->count += static_cast<std::int64_t>(more.size());
+    else
+        DropMarks(string);
+}
+
+}  // namespace
+
+Ref<String> JoinWithRoom(std::string_view first, std::string_view second, sdk::Encoding encoding) {
+    const std::size_t length = std::min(first.size() + second.size(), kMostStringBytes);
+    return Join(first, second, encoding, std::min(length, kMostStringBytes - length));
+}
+
+bool AppendInPlace(String& string, std::string_view more) {
+    const auto length = static_cast<std::size_t>(string.length);
+    if (GuardedSize(&string) - sizeof(String) - length < more.size()) return false;
+    std::copy(more.begin(), more.end(), const_cast<std::uint8_t*>(string.data) + length);
+    string.length += static_cast<std::int64_t>(more.size());
+    CountAppended(string, more);
+    return true;
+}
+
+void SetEncoding(String& string, sdk::Encoding encoding) {
+    DropMarks(string);
+    string.encoding = encoding;
 }
 
 void AppendText(std::string& text, std::string_view more) {
@@ -85,6 +139,7 @@ void Retain(String* string) {
 void Release(String* string) noexcept {
     if (!string || --string->references > 0) return;
     --liveStrings;
+    delete string->marks;
     FreeGuarded(string);
 }
 

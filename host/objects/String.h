@@ -4,15 +4,23 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "host/objects/Ref.h"
 #include "sdk/PluginInterface.h"
 
 namespace host {
 
+// Where characters of a long text begin, so that the nth is found without reading all before it.
+struct TextMarks {
+    std::int64_t count = 0;             // of characters
+    std::vector<std::uint32_t> starts;  // byte of every 64th; empty: every character is one byte
+};
+
 struct String : sdk::String {
     std::int32_t references;
     sdk::Encoding encoding;
+    TextMarks* marks;  // owned; null until somebody counts (framework/Characters.h)
 };
 
 inline String* FromPlugin(sdk::String* string) { return static_cast<String*>(string); }
@@ -26,6 +34,17 @@ Ref<String> MakeString(std::string_view bytes, sdk::Encoding encoding = sdk::Enc
 
 // Two texts one after the other; as MakeString.
 Ref<String> JoinStrings(std::string_view first, std::string_view second, sdk::Encoding encoding);
+
+// For a text that grows: joined with room for as much again where memory allows, so that more can
+// be added in its own memory, in time for what is added only. Throws as MakeString.
+Ref<String> JoinWithRoom(std::string_view first, std::string_view second, sdk::Encoding encoding);
+
+// Adds bytes to a string, which nobody else may hold, in its own memory. False when that has no
+// room for them.
+bool AppendInPlace(String& string, std::string_view more);
+
+// The bytes stay, what they mean changes.
+void SetEncoding(String& string, sdk::Encoding encoding);
 
 // Adds to a text that is to become a string. Throws std::bad_alloc as soon as it is too long for
 // one, so that it takes no more memory than a string could.

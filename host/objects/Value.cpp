@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <limits>
 
+#include "host/objects/Array.h"
 #include "host/objects/Class.h"
 
 namespace host {

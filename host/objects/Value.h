@@ -10,12 +10,18 @@
 #include <string>
 #include <string_view>
 
-#include "host/objects/Array.h"
 #include "host/objects/Object.h"
+#include "host/objects/Ref.h"
 #include "host/objects/String.h"
 #include "host/objects/Type.h"
 
 namespace host {
+
+struct Array;
+
+// Nil is allowed and ignored.
+void Retain(Array* array);
+void Release(Array* array) noexcept;
 
 class Value {
   public:

@@ -79,6 +79,10 @@ enum class Op : std::uint16_t {
     MakeArray,             // A = array of types[C], sites[B] are its elements
     Append, Insert, Remove, Ubound, ReDim, Sort, Pop, IndexOf,  // A array; results in A, array in B
     Concatenate,           // A = B + C
+    // A text grows: the first += C. B is what it was before C was worked out, and given up; kNoRegister
+    // where that can't change it.
+    Grow, GrowGlobal,      // A; global A
+    GrowField,             // value C of object A += B; what it was is A of the next instruction
     ColorPart,             // A = byte C of colour B
     VariantOperation, VariantCompare,  // A = B op C; op is A of the next instruction
     Print,                 // A

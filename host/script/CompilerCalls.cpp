@@ -191,7 +191,74 @@ void FunctionCompiler::StoreElementOrField(const Expression& target, Operand obj
     Emit(reference ? Op::StoreField : Op::StoreFieldBits, object.index, value.index, FieldOffset(target));
 }
 
+namespace {
+
+bool IsConcatenation(const Expression& expression) {
+    return expression.node == Node::Intrinsic && expression.intrinsic == IntrinsicKind::Concatenate;
+}
+
+// Whether both name the same variable, or the same field of the same object.
+bool SamePlace(const Expression& a, const Expression& b) {
+    if (a.node != b.node) return false;
+    switch (a.node) {
+        case Node::Local:
+        case Node::Global:
+            return a.variable == b.variable && a.variable->storage != Storage::ByRef;
+        case Node::Self:
+            return true;
+        case Node::Field:
+            return a.owner == b.owner && a.fieldIndex == b.fieldIndex && SamePlace(*a.operands[0], *b.operands[0]);
+        default:
+            return false;
+    }
+}
+
+// Takes `place` off the front of "place + a + b", which leaves "a + b". Null, with the value as it
+// was, when it is no such sum.
+ExpressionPtr TakeAddend(const Expression& place, Expression& value) {
+    if (!IsConcatenation(value)) return nullptr;
+    if (SamePlace(place, *value.operands[0])) return std::move(value.operands[1]);
+    ExpressionPtr inner = TakeAddend(place, *value.operands[0]);
+    if (!inner) return nullptr;
+    auto rest = std::make_unique<Expression>(std::move(value));
+    rest->operands[0] = std::move(inner);
+    return rest;
+}
+
+}  // namespace
+
+// "text = text + more": the text grows where it is. False when the assignment is none.
+bool FunctionCompiler::AssignGrown(Expression& target, Expression& value) {
+    const ExpressionPtr addend = TakeAddend(target, value);
+    if (!addend) return false;
+    const Position at = at_;
+    const bool field = target.node == Node::Field;
+    const Operand object = field ? CompileBefore(*target.operands[0], *addend) : Operand{};
+    Operand before{kNoRegister, false};
+    if (MayRunScript(*addend)) {
+        before = Temporary(kStringType);
+        if (field)
+            Emit(Op::LoadField, before.index, object.index, FieldOffset(target));
+        else
+            LoadVariable(target, before.index);
+    }
+    const Operand more = Compile(*addend);
+    at_ = at;
+    if (field) {
+        Emit(Op::GrowField, object.index, more.index, FieldOffset(target));
+        Emit(Op::Jump, before.index);
+    } else {
+        const bool ownRegister = target.node == Node::Local || isMain_;
+        Emit(ownRegister ? Op::Grow : Op::GrowGlobal, target.variable->index, before.index, more.index);
+    }
+    Free(more);
+    Free(before);
+    Free(object);
+    return true;
+}
+
 void FunctionCompiler::Assign(Expression& target, Expression& value) {
+    if (AssignGrown(target, value)) return;
     if (target.node == Node::Local || target.node == Node::Global) {
         const Variable& variable = *target.variable;
         const bool ownRegister = variable.storage == Storage::Local || (target.node == Node::Global && isMain_);

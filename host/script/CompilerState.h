@@ -117,6 +117,7 @@ class FunctionCompiler {
     void CompileProperty(Expression& expression, std::uint16_t target);
     bool IsOverridden(const RoutineSymbol& routine) const;
     void Assign(Expression& target, Expression& value);
+    bool AssignGrown(Expression& target, Expression& value);
     void StoreVariable(const Expression& target, Operand value);
     void StoreElementOrField(const Expression& target, Operand object, Operand index, Operand value);
     std::uint16_t PropertyIndex(const host::Property* property);

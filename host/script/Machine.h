@@ -146,7 +146,7 @@ class Machine {
     host::Value Observe(const MemberUse& use, const Work& work);
     [[noreturn]] void FailOnNil(const MemberUse& use, std::string_view what) const;
     static void RefuseHusk(const MemberUse& use);
-    [[noreturn]] void RaiseFrom(const host::Value& exception);
+    host::Ref<host::Object> Raising(const host::Value& exception);
 
     Code& code_;
     Symbols& symbols_;

@@ -198,11 +198,18 @@ void Machine::Loop(std::size_t floor) {
                 pc = frame->next;
                 r = frame->registers;
                 break;
+            case Op::Raise:
+                // To a handler of this run it is a jump; only further out it travels as a C++ exception.
+                if (!Unwind(floor, Raising(r[i.a]))) throw host::Raised{failure_.exception};
+                frame = &frames_.back();
+                pc = frame->next;
+                r = frame->registers;
+                break;
             case Op::End:
                 return;
             default:
                 Perform(i, *frame->function, r, pc);
-                pc += i.op == Op::VariantOperation || i.op == Op::VariantCompare;
+                pc += i.op == Op::VariantOperation || i.op == Op::VariantCompare || i.op == Op::GrowField;
                 break;
         }
     }

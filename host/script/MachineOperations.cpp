@@ -115,14 +115,14 @@ void Machine::PerformArray(Instruction instruction, const Function& function, Va
             host::Array& array = ArrayIn(*a);
             const std::size_t at = IndexIn(array, r[instruction.b].bits(), array.values.size() + 1);
             RefuseTooMany(static_cast<std::int64_t>(array.values.size()) + 1);
-            array.values.insert(array.values.begin() + static_cast<std::ptrdiff_t>(at), r[instruction.c]);
+            array.values.Insert(at, r[instruction.c]);
             return;
         }
         case Op::Remove: {
             host::Array& array = ArrayIn(*a);
             const std::size_t at = IndexIn(array, r[instruction.b].bits(), array.values.size());
             const Value removed = std::move(array.values[at]);
-            array.values.erase(array.values.begin() + static_cast<std::ptrdiff_t>(at));
+            array.values.Erase(at);
             return;
         }
         case Op::ReDim:
@@ -148,11 +148,27 @@ void Machine::PerformArray(Instruction instruction, const Function& function, Va
     }
 }
 
-void Machine::RaiseFrom(const Value& exception) {
+host::Ref<host::Object> Machine::Raising(const Value& exception) {
     if (!exception.object()) Throw("NilObjectException", "Nil is raised");
     raising_ = true;
-    throw host::Raised{host::Ref<host::Object>::Share(exception.object())};
+    return host::Ref<host::Object>::Share(exception.object());
 }
+
+namespace {
+
+Value* BeforeIn(Value* r, std::uint16_t index) { return index == kNoRegister ? nullptr : &r[index]; }
+
+// Most often the text is still what it was: with that given up nobody else holds it.
+void GrowText(Value& text, Value* before, const Value& more) {
+    if (before && before->string() != text.string()) {
+        text = ConcatenateTexts(*before, more);
+        return;
+    }
+    if (before) *before = Value(host::Ref<host::String>());
+    AppendText(text, more);
+}
+
+}  // namespace
 
 void Machine::Perform(Instruction instruction, const Function& function, Value* r, const Instruction* next) {
     Value* a = &r[instruction.a];
@@ -187,6 +203,12 @@ void Machine::Perform(Instruction instruction, const Function& function, Value* 
         case Op::Concatenate:
             *a = ConcatenateTexts(r[instruction.b], r[instruction.c]);
             return;
+        case Op::Grow:
+            return GrowText(*a, BeforeIn(r, instruction.b), r[instruction.c]);
+        case Op::GrowGlobal:
+            return GrowText(globals_[instruction.a], BeforeIn(r, instruction.b), r[instruction.c]);
+        case Op::GrowField:
+            return GrowText(FieldOf(*a, instruction.c), BeforeIn(r, next->a), r[instruction.b]);
         case Op::ColorPart:
             a->bits() = r[instruction.b].bits() >> instruction.c & 0xFF;
             return;
@@ -201,8 +223,6 @@ void Machine::Perform(Instruction instruction, const Function& function, Value* 
             return;
         case Op::Quit:
             throw Terminated{static_cast<int>(a->bits())};
-        case Op::Raise:
-            RaiseFrom(*a);
         default:
             return PerformArray(instruction, function, r);
     }

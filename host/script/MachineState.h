@@ -42,6 +42,9 @@ int CompareTexts(const host::Value& a, const host::Value& b);
 // The texts one after the other. Of two encodings the first that is a text counts.
 host::Value ConcatenateTexts(const host::Value& a, const host::Value& b);
 
+// The first one with the second behind it. A text that nobody else holds grows in its own memory.
+void AppendText(host::Value& text, const host::Value& more);
+
 // A value as Print shows it.
 std::string TextOfValue(const host::Value& value);
 

@@ -181,7 +181,7 @@ Counts BreakCycles(const Symbols& symbols, const Alive& before) {
     for (const auto& array : left.arrays())
         if (array->references > 1) ++counts["array"];
     for (const auto& array : left.arrays()) {
-        const std::vector<host::Value> dropped = std::exchange(array->values, {});
+        const host::Values dropped = std::exchange(array->values, {});
     }
     return counts;
 }

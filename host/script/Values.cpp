@@ -66,16 +66,31 @@ int CompareTexts(const Value& a, const Value& b) {
     return order < 0 ? -1 : order > 0;
 }
 
+namespace {
+
+sdk::Encoding JoinedEncoding(const Value& a, const Value& b) {
+    const sdk::Encoding first = host::EncodingOf(a.string());
+    const sdk::Encoding second = host::EncodingOf(b.string());
+    if (first == second) return first;
+    return IsText(first) && IsText(second) ? sdk::Encoding::Utf8 : sdk::Encoding::None;
+}
+
+}  // namespace
+
 Value ConcatenateTexts(const Value& a, const Value& b) {
-    const std::string_view left = a.text();
-    const std::string_view right = b.text();
-    if (left.empty()) return b;
-    if (right.empty()) return a;
-    const sdk::Encoding encoding = host::EncodingOf(a.string());
-    const bool same = encoding == host::EncodingOf(b.string());
-    const bool ascii = IsText(encoding) && IsText(host::EncodingOf(b.string()));
-    const sdk::Encoding joined = same ? encoding : (ascii ? sdk::Encoding::Utf8 : sdk::Encoding::None);
-    return Value(host::JoinStrings(left, right, joined));
+    if (a.text().empty()) return b;
+    if (b.text().empty()) return a;
+    return Value(host::JoinStrings(a.text(), b.text(), JoinedEncoding(a, b)));
+}
+
+void AppendText(Value& text, const Value& more) {
+    host::String* const own = text.string();
+    const bool alone = own && own->references == 1 && !more.text().empty();
+    if (!alone || JoinedEncoding(text, more) != own->encoding) {
+        text = ConcatenateTexts(text, more);
+    } else if (!host::AppendInPlace(*own, more.text())) {
+        text = Value(host::JoinWithRoom(text.text(), more.text(), own->encoding));
+    }
 }
 
 namespace {

@@ -34,6 +34,17 @@ TEST(String, IsNeverEmptyForWantOfMemory) {
     EXPECT_THROW(host::JoinStrings({bytes.data(), INT32_MAX}, "x", Encoding::Utf8), std::bad_alloc);
 }
 
+TEST(String, GrowsInItsOwnMemoryWhileThereIsRoom) {
+    Ref<String> text = host::JoinWithRoom("abc", "def", Encoding::Utf8);
+    const auto* const data = text->data;
+    EXPECT_TRUE(host::AppendInPlace(*text, "ghijkl"));
+    EXPECT_EQ(text->data, data);
+    EXPECT_EQ(Bytes(text), "abcdefghijkl");
+    EXPECT_FALSE(host::AppendInPlace(*text, "m")) << "there is room for as much again, and no more";
+    EXPECT_EQ(Bytes(text), "abcdefghijkl");
+    EXPECT_FALSE(host::AppendInPlace(*MakeString("x"), "y"));
+}
+
 TEST(String, IsNilWhenEmpty) {
     EXPECT_FALSE(MakeString(""));
     EXPECT_EQ(Bytes(Ref<String>()), "");
