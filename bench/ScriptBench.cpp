@@ -59,8 +59,8 @@ constexpr Row kRows[] = {
      "Dim x As Double\nFor i As Integer = 1 To 2000000\n  x = Max(Abs(Sqrt(i) - x), 1.0)\nNext\nPrint x > 0\n",
      "from math import sqrt\nx = 0.0\nfor i in range(1, 2000001):\n    x = max(abs(sqrt(i) - x), 1.0)\nprint(x > 0)\n",
      "True\n"},
-    {"AGrowingText", "Dim s As String\nFor i As Integer = 1 To 1000000\n  s = s + \"abcdef\"\nNext\nPrint LenB(s)\n",
-     "s = ''\nfor i in range(1000000):\n    s = s + 'abcdef'\nprint(len(s))\n", "6000000\n"},
+    {"AGrowingText", "Dim s As String\nFor i As Integer = 1 To 100000\n  s = s + \"abcdef\"\nNext\nPrint LenB(s)\n",
+     "s = ''\nfor i in range(100000):\n    s = s + 'abcdef'\nprint(len(s))\n", "600000\n"},
     {"AQueue",
      "Dim a() As Integer\nFor i As Integer = 1 To 100000\n  a.Insert 0, i\nNext\nWhile a.Ubound >= 0\n  a.Remove 0\n"
      "Wend\nPrint a.Ubound\n",

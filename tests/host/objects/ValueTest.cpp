@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "host/objects/Array.h"
 #include "host/objects/Value.h"
 
 namespace {
