@@ -323,6 +323,10 @@ Value Invoke(const Method& method, Object* self, std::span<Value> arguments) {
 void InvokeSetter(const Method& method, Object* self, std::span<Value> arguments, const Value& assigned) {
     std::vector<Value> all(arguments.begin(), arguments.end());
     all.push_back(assigned);
+    InvokeSetter(method, self, all);
+}
+
+void InvokeSetter(const Method& method, Object* self, std::span<Value> all) {
     if (!method.function)
         method.assign(self, all);
     else

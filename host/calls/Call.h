@@ -21,6 +21,7 @@ Value Invoke(const Method& method, Object* self, std::span<Value> arguments);
 
 // Assigns to an assignable method: Method(arguments) = assigned.
 void InvokeSetter(const Method& method, Object* self, std::span<Value> arguments, const Value& assigned);
+void InvokeSetter(const Method& method, Object* self, std::span<Value> argumentsAndAssigned);
 
 // Reads and writes a property; self is nil for shared ones. Writing an object or string field
 // retains the new one and releases the old. The value has the property's type.

@@ -49,6 +49,9 @@ static_assert(
     }(),
     "a row for every kind, in their order");
 
+static_assert(Kind::String < Kind::Array && Kind::Array < Kind::Object && Kind::Color < Kind::String,
+              "references come last");
+
 constexpr bool IsWholeKind(Kind kind) { return RowOf(kind).form == NumberForm::Whole; }
 constexpr bool IsRealKind(Kind kind) { return RowOf(kind).form == NumberForm::Real; }
 constexpr bool IsNumberKind(Kind kind) { return RowOf(kind).form != NumberForm::None; }

@@ -60,7 +60,7 @@ double Value::ToDouble() const {
     return static_cast<double>(ToInt64());
 }
 
-void Value::RetainHeld() const {
+void Value::RetainReference() const {
     if (kind_ == Kind::String)
         Retain(string_);
     else if (kind_ == Kind::Array)
@@ -69,7 +69,7 @@ void Value::RetainHeld() const {
         Retain(object_);
 }
 
-void Value::ReleaseHeld() const {
+void Value::ReleaseReference() const {
     if (kind_ == Kind::String)
         Release(string_);
     else if (kind_ == Kind::Array)

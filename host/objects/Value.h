@@ -82,8 +82,16 @@ class Value {
     std::string_view text() const { return Bytes(string()); }
 
   private:
-    void RetainHeld() const;
-    void ReleaseHeld() const;
+    // References are the last of the kinds.
+    bool HoldsReference() const { return kind_ >= Kind::String; }
+    void RetainHeld() const {
+        if (HoldsReference()) RetainReference();
+    }
+    void ReleaseHeld() const {
+        if (HoldsReference()) ReleaseReference();
+    }
+    void RetainReference() const;
+    void ReleaseReference() const;
 
     Kind kind_ = Kind::None;
     union {

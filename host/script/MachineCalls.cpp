@@ -1,4 +1,4 @@
-#include <array>
+#include <memory>
 #include <new>
 
 #include "host/calls/Call.h"
@@ -17,15 +17,25 @@ class Arguments {
   public:
     Arguments(const CallSite& site, const Value* r) : count_(site.arguments.size() - (site.hasReceiver ? 1 : 0)) {
         const std::size_t first = site.hasReceiver ? 1 : 0;
-        if (count_ > few_.size()) many_.resize(count_);
-        for (std::size_t i = 0; i < count_; ++i) All()[i] = r[site.arguments[first + i]];
+        if (count_ > kFew) all_ = static_cast<Value*>(::operator new(count_ * sizeof(Value)));
+        for (std::size_t i = 0; i < count_; ++i) new (all_ + i) Value(r[site.arguments[first + i]]);
     }
-    std::span<Value> All() { return {count_ > few_.size() ? many_.data() : few_.data(), count_}; }
+    ~Arguments() {
+        std::destroy_n(all_, count_);
+        if (count_ > kFew) ::operator delete(all_);
+    }
+    Arguments(const Arguments&) = delete;
+    Arguments& operator=(const Arguments&) = delete;
+    std::span<Value> All() { return {all_, count_}; }
 
   private:
+    static constexpr std::size_t kFew = 8;
+
     std::size_t count_;
-    std::array<Value, 8> few_;
-    std::vector<Value> many_;
+    Value* all_ = few_;
+    union {
+        Value few_[kFew];  // not made before they are needed
+    };
 };
 
 host::Object* ReceiverOf(const CallSite& site, const Value* r) {
@@ -112,7 +122,7 @@ void Machine::CallSetter(Instruction instruction, const Function& function, Valu
     if (site.hasReceiver && !use.self) FailOnNil(use, "is called on");
     RefuseHusk(use);
     Observe(use, [&] {
-        host::InvokeSetter(*use.method, use.self, arguments, assigned);
+        host::InvokeSetter(*use.method, use.self, all.All());
         return Value();
     });
     CheckRaised();
