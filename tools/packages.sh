@@ -8,6 +8,8 @@ format_packages="clang-format"
 elsewhere_packages="mmdebstrap qemu-user g++-aarch64-linux-gnu g++-s390x-linux-gnu"
 elsewhere_libraries="libstdc++-12-dev libffi-dev libpng-dev libjpeg62-turbo-dev libtiff-dev libwebp-dev libgif-dev
     libexif-dev libcli11-dev libutf8proc-dev nlohmann-json3-dev libgtest-dev libgmock-dev libmpfr-dev"
+site_packages="mkdocs mkdocs-material python3"
+site_check_packages="chromium chromium-driver python3-selenium"
 photo_packages="lomiri-wallpapers-16.04"
 
 # install_packages NAME...: installs what is missing. Asks for nothing where nothing is.

@@ -1,0 +1,222 @@
+#!/usr/bin/env python3
+"""Makes the sources of the pages: make_pages.py TQX PHOTO FOLDER
+
+TQX is the command, which runs every script that a page shows, PHOTO the photograph that they work
+on, FOLDER what becomes of it all: Markdown, pictures and styles, for MkDocs to read.
+"""
+
+import html
+import json
+import re
+import shutil
+import subprocess
+import sys
+from pathlib import Path
+
+SITE = Path(__file__).resolve().parent
+ROOT = SITE.parent
+
+# The gallery's sections and the members shown in each.
+SECTIONS = {
+    "Tone": "GammaFilter GainFilter TransferFilter SolarizeFilter AutoLevel Invert",
+    "Blur and sharpen": "BoxBlurFilter BoxBlurFractionalFilter UnsharpFilter ApplyMatrix",
+    "Effects": "DitherFilter StampFilter OilFilter DiffuseFilter EngraveFilter NeonFilter",
+    "Mirrors, turns and scaling": "HMirror VMirror Rotate180 Rotate90 Rotate90slow Rotate270 Rotate270slow Rotate "
+    "Scale ScaleFast",
+    "Fills and copies": "ClearRect FillRect FillRectRGB CopyPixels",
+    "Views": "ClipImage MirroredView RedChannel GreenChannel BlueChannel",
+    "Rows as bytes": "RawRow Row RowInFormat",
+    "Host pictures": "DrawPictureRGB DrawPictureRedToGrayChannel DrawPictureGreenToGrayChannel "
+    "DrawPictureBlueToGrayChannel DrawMaskedPictureRGB DrawMaskedPictureApplyMaskRGB",
+}
+
+CHANNELS = ("red", "green", "blue", "gray", "alpha")
+
+
+class Pages:
+    def __init__(self, tqx, photo, folder):
+        self.tqx = tqx
+        self.folder = folder
+        self.images = folder / "images"
+        shutil.rmtree(folder, ignore_errors=True)
+        self.images.mkdir(parents=True)
+        self.photo = self.images / "photo.png"
+        self.run(SITE / "figures/photo.rbs", photo, self.photo)
+        self.constants = self.read_constants()
+
+    def command(self, *words):
+        done = subprocess.run([self.tqx, *map(str, words)], capture_output=True, text=True)
+        if done.returncode != 0:
+            raise SystemExit(f"tqx {' '.join(map(str, words))}: {done.stderr or done.stdout}")
+        return done.stdout
+
+    def run(self, script, *words):
+        return self.command("run", script, *words)
+
+    def read_constants(self):
+        classes = json.loads(self.command("members", "--json"))["classes"]
+        picture = next(c for c in classes if c["name"] == "PictureTQX")
+        return {constant["name"]: constant["value"] for constant in picture["constants"]}
+
+    def write(self, name, text):
+        (self.folder / name).write_text(text, encoding="utf-8")
+
+    def figure(self, script, name, *words):
+        """A picture that a script of figures/ makes of the photograph, as its name below images/."""
+        self.run(SITE / "figures" / script, self.photo, self.images / name, *words)
+        return f"images/{name}"
+
+    # --- What stands elsewhere ---------------------------------------------------------------
+
+    def copy_documents(self):
+        for source in (ROOT / "docs").iterdir():
+            if source.is_file():
+                shutil.copy(source, self.folder)
+        for source in (SITE / "pages").iterdir():
+            shutil.copy(source, self.folder)
+        shutil.copy(ROOT / "CHANGELOG.md", self.folder / "changes.md")
+
+    # --- Gallery -----------------------------------------------------------------------------
+
+    def make_gallery(self):
+        text = [
+            "# Before and after\n\nEvery member that changes pixels, on one photograph. Each picture is made by the "
+            "script below it when these pages are built. [Members](members.md) says what the arguments mean.\n"
+        ]
+        for section, members in SECTIONS.items():
+            text.append(f"## {section}\n")
+            text += [self.gallery_entry(member) for member in members.split()]
+        self.write("gallery.md", "\n".join(text))
+
+    def gallery_entry(self, member):
+        script = SITE / "gallery" / f"{member}.rbs"
+        lines = script.read_text(encoding="utf-8").splitlines()
+        caption = lines[0].removeprefix("' ")
+        self.run(script, self.photo, self.images / f"{member}.png")
+        pair = picture_row(
+            "pair",
+            [("images/photo.png", "The photograph", "Before"), (f"images/{member}.png", f"After {member}", "After")],
+        )
+        code = "\n".join(lines[1:])
+        return f"### {member}\n\n{caption}\n\n{pair}\n\n```vb\n{code}\n```\n"
+
+    def strip(self, members):
+        """Results side by side, each with its member's name."""
+        return picture_row("strip", [(f"images/{m}.png", f"The photograph after {m}", m) for m in members])
+
+    def make_start(self):
+        page = self.folder / "index.md"
+        strip = self.strip("GammaFilter BoxBlurFilter SolarizeFilter DitherFilter OilFilter NeonFilter StampFilter "
+                           "Rotate".split())
+        page.write_text(page.read_text(encoding="utf-8").replace("<!-- strip -->", strip), encoding="utf-8")
+
+    def make_kernels(self):
+        kernels = {"ScaleFast, the nearest pixel": 0}
+        kernels |= {name: value for name, value in sorted(self.constants.items(), key=lambda item: item[1])
+                    if re.fullmatch(r"Scale[A-Z]\w+", name)}
+        figures = [
+            (self.figure("kernels.rbs", f"kernel{value}.png", value), f"A dandelion eight times as large: {name}", name)
+            for name, value in kernels.items()
+        ]
+        self.write(
+            "kernels.md",
+            "# Kernels\n\nThe same 60 × 34 pixels at eight times their size. `Scale` filters with one of seven "
+            "kernels, `ScaleFast` takes the nearest pixel.\n\n" + picture_row("pair", figures) + "\n\n"
+            + self.shown_script("kernels.rbs"),
+        )
+
+    def make_dithers(self):
+        matrices = sorted((value, name) for name, value in self.constants.items() if name.startswith("Dither"))
+        figures = [
+            (self.figure("dither.rbs", f"dither{value}.png", value), f"The photograph in dots: {name}", name)
+            for value, name in matrices
+        ]
+        self.write(
+            "dither.md",
+            "# Dither matrices\n\nThe photograph in black and white dots, by each of the ten matrices.\n\n"
+            + picture_row("pair", figures) + "\n\n" + self.shown_script("dither.rbs"),
+        )
+
+    def shown_script(self, name):
+        text = (SITE / "figures" / name).read_text(encoding="utf-8")
+        return f"```vb\n{text}```\n"
+
+    # --- Formats -----------------------------------------------------------------------------
+
+    def make_formats(self):
+        names = {}
+        for name, value in self.constants.items():
+            if name.startswith("ImageFormat"):
+                names.setdefault(value, []).append(name)
+        rows = ["| Format | Bytes of a pixel | Also called |", "|---|---|---|"]
+        for line in self.run(SITE / "figures/formats.rbs").splitlines():
+            number, size, *offsets = map(int, line.split())
+            first, *others = names[number]
+            rows.append(f"| `{first}` | {drawn_bytes(size, offsets)} | {', '.join(f'`{o}`' for o in others)} |")
+        self.write(
+            "formats.md",
+            "# Formats, byte by byte\n\nWhat the bytes of a pixel hold, as the pictures themselves tell: **R**ed, "
+            "**G**reen, **B**lue, gra**Y**, **A**lpha; a dot is a byte that no channel uses. `ImageFormatScaling` "
+            "is four floats, the intermediate of `Scale`.\n\n" + "\n".join(rows) + "\n",
+        )
+
+    # --- Framework ---------------------------------------------------------------------------
+
+    def make_framework(self):
+        listed = self.command("members")
+        classes = words_below(listed, "Classes")
+        functions = words_below(listed, "Functions")
+        text = ["# Framework\n\nThe classes and functions that scripts have besides the plug-in's, as `tqx members` "
+                "tells them.\n\n## Classes\n"]
+        text += [self.described(name, "###") for name in classes]
+        text.append("## Functions\n")
+        text += [self.described(name, "###") for name in functions]
+        self.write("framework.md", "\n".join(text))
+
+    def described(self, name, heading):
+        told = self.command("members", name).rstrip()
+        return f"{heading} {name}\n\n```text\n{told}\n```\n"
+
+
+def picture_row(style, pictures):
+    figures = "\n".join(
+        f'<figure><img src="{source}" alt="{html.escape(text)}" loading="lazy">'
+        f"<figcaption>{html.escape(caption)}</figcaption></figure>"
+        for source, text, caption in pictures
+    )
+    return f'<div class="{style}">\n{figures}\n</div>'
+
+
+def drawn_bytes(size, offsets):
+    """A box a byte, in the colour of what it holds."""
+    if max(offsets) < 0:
+        return f"{size} bytes"
+    held = {offset: channel for channel, offset in zip(CHANNELS, offsets) if offset >= 0}
+    letters = {"red": "R", "green": "G", "blue": "B", "gray": "Y", "alpha": "A", "other": "·"}
+    boxes = [held.get(at, "other") for at in range(size)]
+    return '<span class="bytes">' + "".join(f'<span class="{b}">{letters[b]}</span>' for b in boxes) + "</span>"
+
+
+def words_below(text, heading):
+    """The words of the table below a heading, which an empty line ends."""
+    match = re.search(rf"^{heading}\n((?:.+\n)+)", text, re.MULTILINE)
+    if not match:
+        raise SystemExit(f"tqx members lists no {heading}")
+    return [word for word in match.group(1).split() if re.fullmatch(r"\w+", word)]
+
+
+def main():
+    if len(sys.argv) != 4:
+        raise SystemExit(__doc__)
+    pages = Pages(sys.argv[1], Path(sys.argv[2]), Path(sys.argv[3]))
+    pages.copy_documents()
+    pages.make_gallery()
+    pages.make_start()
+    pages.make_kernels()
+    pages.make_dithers()
+    pages.make_formats()
+    pages.make_framework()
+
+
+if __name__ == "__main__":
+    main()
