@@ -205,6 +205,24 @@ struct DeclaredProperty {
     using Setter = void (*)(Object*, Type);
 };
 
+// The part of "Name as type" that begins at First, as a text of its own.
+template <Text Declaration, std::size_t First, std::size_t Count>
+consteval Text<Count + 1> PartOf() {
+    char characters[Count + 1] = {};
+    std::copy_n(Declaration.characters + First, Count, characters);
+    return characters;
+}
+
+template <Text Declaration>
+inline constexpr std::size_t kNameLength = FindAs(Declaration.View());
+
+template <Text Declaration>
+inline constexpr Text kPropertyName = PartOf<Declaration, 0, kNameLength<Declaration>>();
+
+template <Text Declaration>
+inline constexpr Text kPropertyType =
+    PartOf<Declaration, kNameLength<Declaration> + 4, Declaration.View().size() - kNameLength<Declaration> - 4>();
+
 // The declaration as characters that live as long as the program.
 template <Text Declaration>
 inline constexpr Text kStored = Declaration;
@@ -241,12 +259,55 @@ Accessor AssignedAs() {
     return {reinterpret_cast<AnyFunction>(Setter), -1};
 }
 
-// A field of the instance data, checked against the property's type.
-template <Text TypeName, class FieldType>
-constexpr Accessor FieldAs(std::size_t offset) {
+// Where a field lies in the instance data.
+template <class Data, class FieldType>
+std::size_t OffsetOf(FieldType Data::*field) {
+    alignas(Data) static constexpr char place[sizeof(Data)] = {};
+    const auto* const data = reinterpret_cast<const Data*>(place);
+    return static_cast<std::size_t>(reinterpret_cast<const char*>(&(data->*field)) - place);
+}
+
+// A field of the instance data that stands for a property of the named type.
+template <Text TypeName, class Data, class FieldType>
+Accessor FieldAs(FieldType Data::*field) {
     static_assert(std::is_same_v<typename declare::DeclaredProperty<TypeName>::Type, FieldType>,
                   "the property's type and its field disagree");
-    return FieldAt(offset);
+    return FieldAt(OffsetOf(field));
+}
+
+// How a property is read or written: through a field of the instance data, or a function.
+template <Text TypeName, auto Member>
+Accessor ReadThrough() {
+    if constexpr (std::is_member_object_pointer_v<decltype(Member)>)
+        return FieldAs<TypeName>(Member);
+    else
+        return ComputedAs<TypeName, Member>();
+}
+
+template <Text TypeName, auto Member>
+Accessor WriteThrough() {
+    if constexpr (std::is_member_object_pointer_v<decltype(Member)>)
+        return FieldAs<TypeName>(Member);
+    else
+        return AssignedAs<TypeName, Member>();
+}
+
+// A property by its declaration, "Name as type", and what it is read and written through:
+//
+//   ReadOnly<"Width as Integer", &Data::width>(kMemberPortable)
+//   ReadWrite<"Gain as Double", &Data::gain, &SetGain>(kMemberPortable)
+template <Text Declaration, auto Getter>
+PropertyRecord ReadOnly(std::int32_t flags) {
+    using declare::kPropertyName, declare::kPropertyType;
+    return {kPropertyName<Declaration>.characters, kPropertyType<Declaration>.characters, flags | kMemberProperty,
+            ReadThrough<kPropertyType<Declaration>, Getter>(), kNoAccess};
+}
+
+template <Text Declaration, auto Getter, auto Setter = Getter>
+PropertyRecord ReadWrite(std::int32_t flags) {
+    PropertyRecord record = ReadOnly<Declaration, Getter>(flags);
+    record.setter = WriteThrough<declare::kPropertyType<Declaration>, Setter>();
+    return record;
 }
 
 }  // namespace sdk

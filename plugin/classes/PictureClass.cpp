@@ -1,7 +1,6 @@
-// The class PictureTQX: every member a script can reach, one line each.
+// The class PictureTQX: every member a script can reach, one entry each.
 #include "plugin/classes/PictureClass.h"
 
-#include <cstddef>
 #include <iterator>
 
 #include "plugin/buffer/Destination.h"
@@ -42,61 +41,63 @@ namespace tqx {
 namespace {
 
 using sdk::AssignableMethod;
-using sdk::AssignedAs;
-using sdk::ComputedAs;
-using sdk::FieldAs;
-using sdk::kNoAccess;
 using sdk::Method;
+using sdk::ReadOnly;
+using sdk::ReadWrite;
 using sdk::SharedMethod;
 
 constexpr std::int32_t kPortable = sdk::kMemberPortable;
 constexpr std::int32_t kWithHostPicture = 0;  // takes or gives a host picture
-constexpr std::int32_t kProperty = sdk::kMemberProperty;
 
 // clang-format off
 
 const sdk::PropertyRecord properties[] = {
-    {"YieldTicks", "Integer", kProperty | kPortable, FieldAs<"Integer", std::int32_t>(offsetof(PixelBuffer, YieldTicks)), FieldAs<"Integer", std::int32_t>(offsetof(PixelBuffer, YieldTicks))},
-    {"RedOffset", "Integer", kProperty | kPortable, FieldAs<"Integer", std::int32_t>(offsetof(PixelBuffer, RedOffset)), kNoAccess},
-    {"GreenOffset", "Integer", kProperty | kPortable, FieldAs<"Integer", std::int32_t>(offsetof(PixelBuffer, GreenOffset)), kNoAccess},
-    {"BlueOffset", "Integer", kProperty | kPortable, FieldAs<"Integer", std::int32_t>(offsetof(PixelBuffer, BlueOffset)), kNoAccess},
-    {"GrayOffset", "Integer", kProperty | kPortable, FieldAs<"Integer", std::int32_t>(offsetof(PixelBuffer, GrayOffset)), kNoAccess},
-    {"AlphaOffset", "Integer", kProperty | kPortable, FieldAs<"Integer", std::int32_t>(offsetof(PixelBuffer, AlphaOffset)), kNoAccess},
-    {"Width", "Integer", kProperty | kPortable, FieldAs<"Integer", std::int32_t>(offsetof(PixelBuffer, Width)), kNoAccess},
-    {"Height", "Integer", kProperty | kPortable, FieldAs<"Integer", std::int32_t>(offsetof(PixelBuffer, Height)), kNoAccess},
-    {"PixelSize", "Integer", kProperty | kPortable, FieldAs<"Integer", std::int32_t>(offsetof(PixelBuffer, PixelSize)), kNoAccess},
-    {"RowSize", "Integer", kProperty | kPortable, FieldAs<"Integer", std::int32_t>(offsetof(PixelBuffer, RowSize)), kNoAccess},
-    {"ImageFormat", "Integer", kProperty | kPortable, FieldAs<"Integer", std::int32_t>(offsetof(PixelBuffer, ImageFormat)), kNoAccess},
-    {"ImageFormatString", "String", kProperty | kPortable, ComputedAs<"String", &GetImageFormatString>(), kNoAccess},
-    {"MappingBlockSize", "Integer", kProperty | kPortable, FieldAs<"Integer", std::int32_t>(offsetof(PixelBuffer, MappingBlockSize)), AssignedAs<"Integer", &SetMappingBlockSize>()},
-    {"RowOffset", "Integer", kProperty | kPortable, FieldAs<"Integer", std::int32_t>(offsetof(PixelBuffer, RowOffset)), kNoAccess},
-    {"DebugPictureEnabled", "Boolean", kProperty | kWithHostPicture, FieldAs<"Boolean", bool>(offsetof(PixelBuffer, DebugPictureEnabled)), FieldAs<"Boolean", bool>(offsetof(PixelBuffer, DebugPictureEnabled))},
-    {"DebugPicture", "Picture", kProperty | kWithHostPicture, ComputedAs<"Picture", &GetDebugPicture>(), kNoAccess},
-    {"IsGray", "Boolean", kProperty | kPortable, FieldAs<"Boolean", bool>(offsetof(PixelBuffer, IsGray)), kNoAccess},
-    {"IsRGB", "Boolean", kProperty | kPortable, FieldAs<"Boolean", bool>(offsetof(PixelBuffer, IsRGB)), kNoAccess},
-    {"HasGreen", "Boolean", kProperty | kPortable, FieldAs<"Boolean", bool>(offsetof(PixelBuffer, HasGreen)), kNoAccess},
-    {"HasRed", "Boolean", kProperty | kPortable, FieldAs<"Boolean", bool>(offsetof(PixelBuffer, HasRed)), kNoAccess},
-    {"HasBlue", "Boolean", kProperty | kPortable, FieldAs<"Boolean", bool>(offsetof(PixelBuffer, HasBlue)), kNoAccess},
-    {"HasGray", "Boolean", kProperty | kPortable, FieldAs<"Boolean", bool>(offsetof(PixelBuffer, HasGray)), kNoAccess},
-    {"HasAlpha", "Boolean", kProperty | kPortable, FieldAs<"Boolean", bool>(offsetof(PixelBuffer, HasAlpha)), kNoAccess},
-    {"Valid", "Boolean", kProperty | kPortable, FieldAs<"Boolean", bool>(offsetof(PixelBuffer, Valid)), kNoAccess},
-    {"IsMapping", "Boolean", kProperty | kPortable, FieldAs<"Boolean", bool>(offsetof(PixelBuffer, IsMapping)), kNoAccess},
-    {"Parent", "PictureTQX", kProperty | kPortable, FieldAs<"PictureTQX", sdk::Object*>(offsetof(PixelBuffer, Parent)), kNoAccess},
-    {"Factory", "PictureFactoryTQX", kProperty | kPortable, FieldAs<"PictureFactoryTQX", sdk::Object*>(offsetof(PixelBuffer, Factory)), FieldAs<"PictureFactoryTQX", sdk::Object*>(offsetof(PixelBuffer, Factory))},
-    {"Target", "Picture", kProperty | kWithHostPicture, FieldAs<"Picture", sdk::Object*>(offsetof(PixelBuffer, Target)), kNoAccess},
-    {"Memory", "Memoryblock", kProperty | kPortable, ComputedAs<"Memoryblock", &GetMemory>(), kNoAccess},
-    {"MemoryTarget", "Memoryblock", kProperty | kPortable, FieldAs<"Memoryblock", sdk::Object*>(offsetof(PixelBuffer, MemoryTarget)), kNoAccess},
-    {"TotalSize", "Int64", kProperty | kPortable, ComputedAs<"Int64", &GetTotalSize>(), kNoAccess},
+    ReadWrite<"YieldTicks as Integer", &PixelBuffer::YieldTicks>(kPortable),
+    ReadOnly<"RedOffset as Integer", &PixelBuffer::RedOffset>(kPortable),
+    ReadOnly<"GreenOffset as Integer", &PixelBuffer::GreenOffset>(kPortable),
+    ReadOnly<"BlueOffset as Integer", &PixelBuffer::BlueOffset>(kPortable),
+    ReadOnly<"GrayOffset as Integer", &PixelBuffer::GrayOffset>(kPortable),
+    ReadOnly<"AlphaOffset as Integer", &PixelBuffer::AlphaOffset>(kPortable),
+    ReadOnly<"Width as Integer", &PixelBuffer::Width>(kPortable),
+    ReadOnly<"Height as Integer", &PixelBuffer::Height>(kPortable),
+    ReadOnly<"PixelSize as Integer", &PixelBuffer::PixelSize>(kPortable),
+    ReadOnly<"RowSize as Integer", &PixelBuffer::RowSize>(kPortable),
+    ReadOnly<"ImageFormat as Integer", &PixelBuffer::ImageFormat>(kPortable),
+    ReadOnly<"ImageFormatString as String", &GetImageFormatString>(kPortable),
+    ReadWrite<"MappingBlockSize as Integer", &PixelBuffer::MappingBlockSize, &SetMappingBlockSize>(kPortable),
+    ReadOnly<"RowOffset as Integer", &PixelBuffer::RowOffset>(kPortable),
+    ReadWrite<"DebugPictureEnabled as Boolean", &PixelBuffer::DebugPictureEnabled>(kWithHostPicture),
+    ReadOnly<"DebugPicture as Picture", &GetDebugPicture>(kWithHostPicture),
+    ReadOnly<"IsGray as Boolean", &PixelBuffer::IsGray>(kPortable),
+    ReadOnly<"IsRGB as Boolean", &PixelBuffer::IsRGB>(kPortable),
+    ReadOnly<"HasGreen as Boolean", &PixelBuffer::HasGreen>(kPortable),
+    ReadOnly<"HasRed as Boolean", &PixelBuffer::HasRed>(kPortable),
+    ReadOnly<"HasBlue as Boolean", &PixelBuffer::HasBlue>(kPortable),
+    ReadOnly<"HasGray as Boolean", &PixelBuffer::HasGray>(kPortable),
+    ReadOnly<"HasAlpha as Boolean", &PixelBuffer::HasAlpha>(kPortable),
+    ReadOnly<"Valid as Boolean", &PixelBuffer::Valid>(kPortable),
+    ReadOnly<"IsMapping as Boolean", &PixelBuffer::IsMapping>(kPortable),
+    ReadOnly<"Parent as PictureTQX", &PixelBuffer::Parent>(kPortable),
+    ReadWrite<"Factory as PictureFactoryTQX", &PixelBuffer::Factory>(kPortable),
+    ReadOnly<"Target as Picture", &PixelBuffer::Target>(kWithHostPicture),
+    ReadOnly<"Memory as Memoryblock", &GetMemory>(kPortable),
+    ReadOnly<"MemoryTarget as Memoryblock", &PixelBuffer::MemoryTarget>(kPortable),
+    ReadOnly<"TotalSize as Int64", &GetTotalSize>(kPortable),
 };
 
 const sdk::MethodRecord methods[] = {
-    Method<"Constructor(width as integer, height as integer, ImageFormat as integer)", &ConstructMemoryPicture>(kPortable),
-    Method<"Constructor(Buf as MemoryBlock, width as integer, height as integer, ImageFormat as integer, RowSize as integer)", &ConstructMemoryBlockPicture>(kPortable),
+    // Made, closed, and views of it
+    Method<"Constructor(width as integer, height as integer, ImageFormat as integer)",
+           &ConstructMemoryPicture>(kPortable),
+    Method<"Constructor(Buf as MemoryBlock, width as integer, height as integer, ImageFormat as integer, "
+           "RowSize as integer)", &ConstructMemoryBlockPicture>(kPortable),
     Method<"Constructor(pic as picture, UseAlpha as boolean=false)", &ConstructHostPicture>(kWithHostPicture),
-    Method<"Constructor(width as integer, height as integer, ImageFormat as integer, BlockSize as integer, FilePath as folderitem)", &ConstructMappedPicture>(kPortable),
+    Method<"Constructor(width as integer, height as integer, ImageFormat as integer, BlockSize as integer, "
+           "FilePath as folderitem)", &ConstructMappedPicture>(kPortable),
     Method<"Close", &Close>(kPortable),
     Method<"Clone as PictureTQX", &Clone>(kPortable),
-    Method<"CreatePictureTQX(width as integer, height as integer, ImageFormat as integer) as PictureTQX", &CreatePictureTQX>(kPortable),
+    Method<"CreatePictureTQX(width as integer, height as integer, ImageFormat as integer) as PictureTQX",
+           &CreatePictureTQX>(kPortable),
     Method<"MirroredView as PictureTQX", &MirroredView>(kPortable),
     Method<"RedChannel as PictureTQX", &RedChannel>(kPortable),
     Method<"GreenChannel as PictureTQX", &GreenChannel>(kPortable),
@@ -104,96 +105,169 @@ const sdk::MethodRecord methods[] = {
     Method<"GrayChannel as PictureTQX", &GrayChannel>(kPortable),
     Method<"AlphaChannel as PictureTQX", &AlphaChannel>(kPortable),
     Method<"RGBChannels as PictureTQX", &RGBChannels>(kPortable),
+
+    // Rows and all pixels as bytes
     Method<"RawRow(index as integer) as memoryblock", &RawRow>(kPortable),
     AssignableMethod<"Row(index as integer) as memoryblock", &GetRow, &SetRow>(kPortable),
-    AssignableMethod<"RowInFormat(index as integer, ImageFormat as integer) as memoryblock", &GetRowInFormat, &SetRowInFormat>(kPortable),
-    AssignableMethod<"RowInFormat(index as integer, ImageFormat as integer, InvertAlpha as boolean) as memoryblock", &GetRowInFormat, &SetRowInFormat>(kPortable),
-    AssignableMethod<"RowStringInFormat(index as integer, ImageFormat as integer) as string", &GetRowStringInFormat, &SetRowStringInFormat>(kPortable),
-    AssignableMethod<"DataStringInFormat(ImageFormat as integer) as string", &GetDataStringInFormat, &SetDataStringInFormat>(kPortable),
-    Method<"Scale(source as PictureTQX, temp as PictureTQX, mode as integer, width as integer, height as integer) as boolean", &Scale>(kPortable),
+    AssignableMethod<"RowInFormat(index as integer, ImageFormat as integer) as memoryblock",
+                     &GetRowInFormat, &SetRowInFormat>(kPortable),
+    AssignableMethod<"RowInFormat(index as integer, ImageFormat as integer, InvertAlpha as boolean) as memoryblock",
+                     &GetRowInFormat, &SetRowInFormat>(kPortable),
+    AssignableMethod<"RowStringInFormat(index as integer, ImageFormat as integer) as string",
+                     &GetRowStringInFormat, &SetRowStringInFormat>(kPortable),
+    AssignableMethod<"DataStringInFormat(ImageFormat as integer) as string",
+                     &GetDataStringInFormat, &SetDataStringInFormat>(kPortable),
+
+    // Scaling
+    Method<"Scale(source as PictureTQX, temp as PictureTQX, mode as integer, width as integer, "
+           "height as integer) as boolean", &Scale>(kPortable),
     Method<"ScaleFast(source as PictureTQX, width as integer, height as integer) as boolean", &ScaleFast>(kPortable),
+
+    // Filters
     Method<"GammaFilter(dest as PictureTQX, gamma as double) as PictureTQX", &GammaFilter>(kPortable),
-    Method<"GammaFilter(dest as PictureTQX, gamma as double, alphaGamma as double) as PictureTQX", &GammaFilter>(kPortable),
-    Method<"GammaFilter(dest as PictureTQX, redGamma as double, greenGamma as double, blueGamma as double) as PictureTQX", &GammaFilter>(kPortable),
-    Method<"GammaFilter(dest as PictureTQX, redGamma as double, greenGamma as double, blueGamma as double, alphaGamma as double) as PictureTQX", &GammaFilter>(kPortable),
+    Method<"GammaFilter(dest as PictureTQX, gamma as double, alphaGamma as double) as PictureTQX",
+           &GammaFilter>(kPortable),
+    Method<"GammaFilter(dest as PictureTQX, redGamma as double, greenGamma as double, "
+           "blueGamma as double) as PictureTQX", &GammaFilter>(kPortable),
+    Method<"GammaFilter(dest as PictureTQX, redGamma as double, greenGamma as double, blueGamma as double, "
+           "alphaGamma as double) as PictureTQX", &GammaFilter>(kPortable),
     Method<"GainFilter(dest as PictureTQX, gain as double, bias as double) as PictureTQX", &GainFilter>(kPortable),
     Method<"TransferFilter(dest as PictureTQX, gray() as integer) as PictureTQX", &TransferFilter>(kPortable),
-    Method<"TransferFilter(dest as PictureTQX, gray() as integer, alpha() as integer) as PictureTQX", &TransferFilter>(kPortable),
-    Method<"TransferFilter(dest as PictureTQX, red() as integer, green() as integer, blue() as integer) as PictureTQX", &TransferFilter>(kPortable),
-    Method<"TransferFilter(dest as PictureTQX, red() as integer, green() as integer, blue() as integer, alpha() as integer) as PictureTQX", &TransferFilter>(kPortable),
+    Method<"TransferFilter(dest as PictureTQX, gray() as integer, alpha() as integer) as PictureTQX",
+           &TransferFilter>(kPortable),
+    Method<"TransferFilter(dest as PictureTQX, red() as integer, green() as integer, blue() as integer) as PictureTQX",
+           &TransferFilter>(kPortable),
+    Method<"TransferFilter(dest as PictureTQX, red() as integer, green() as integer, blue() as integer, "
+           "alpha() as integer) as PictureTQX", &TransferFilter>(kPortable),
     Method<"SolarizeFilter(dest as PictureTQX) as PictureTQX", &SolarizeFilter>(kPortable),
     Method<"BoxBlurFilter(dest as PictureTQX, Radius as double) as PictureTQX", &BoxBlurFilter>(kPortable),
-    Method<"BoxBlurFilter(dest as PictureTQX, Radius as double, Iterations as integer) as PictureTQX", &BoxBlurFilter>(kPortable),
-    Method<"BoxBlurFractionalFilter(dest as PictureTQX, Radius as double) as PictureTQX", &BoxBlurFractionalFilter>(kPortable),
-    Method<"StampFilter(dest as PictureTQX, radius as double, threshold as double, softness as double, Black as Color, White as Color) as PictureTQX", &StampFilter>(kPortable),
-    Method<"UnsharpFilter(origpixels as PictureTQX, Amount as double, Threshold as integer) as boolean", &UnsharpFilter>(kPortable),
-    Method<"DitherFilter(dest as PictureTQX, matrix as integer, levels as integer) as PictureTQX", &DitherFilter>(kPortable),
+    Method<"BoxBlurFilter(dest as PictureTQX, Radius as double, Iterations as integer) as PictureTQX",
+           &BoxBlurFilter>(kPortable),
+    Method<"BoxBlurFractionalFilter(dest as PictureTQX, Radius as double) as PictureTQX",
+           &BoxBlurFractionalFilter>(kPortable),
+    Method<"StampFilter(dest as PictureTQX, radius as double, threshold as double, softness as double, "
+           "Black as Color, White as Color) as PictureTQX", &StampFilter>(kPortable),
+    Method<"UnsharpFilter(origpixels as PictureTQX, Amount as double, Threshold as integer) as boolean",
+           &UnsharpFilter>(kPortable),
+    Method<"DitherFilter(dest as PictureTQX, matrix as integer, levels as integer) as PictureTQX",
+           &DitherFilter>(kPortable),
     Method<"OilFilter(dest as PictureTQX, levels as integer, range as integer) as PictureTQX", &OilFilter>(kPortable),
     Method<"DiffuseFilter(dest as PictureTQX, level as integer) as PictureTQX", &DiffuseFilter>(kPortable),
     Method<"EngraveFilter(dest as PictureTQX, level as integer) as PictureTQX", &EngraveFilter>(kPortable),
     Method<"NeonFilter(dest as PictureTQX) as PictureTQX", &NeonFilter>(kPortable),
+
+    // Levels, fills and inversion
     Method<"AutoLevel(x as integer, y as integer, w as integer, h as integer) as boolean", &AutoLevel>(kPortable),
     Method<"AutoLevel as boolean", &AutoLevel>(kPortable),
     Method<"ClearRect", &ClearRect>(kPortable),
     Method<"ClearRect(x as integer, y as integer, width as integer, height as integer)", &ClearRect>(kPortable),
-    Method<"FillRect(x as integer, y as integer, width as integer, height as integer, value as integer)", &FillRect>(kPortable),
+    Method<"FillRect(x as integer, y as integer, width as integer, height as integer, value as integer)",
+           &FillRect>(kPortable),
     Method<"FillRect(value as integer)", &FillRect>(kPortable),
-    Method<"FillRectRGB(x as integer, y as integer, width as integer, height as integer, red as integer, green as integer, blue as integer)", &FillRectRGB>(kPortable),
-    Method<"FillRectRGB(x as integer, y as integer, width as integer, height as integer, FillColor as color)", &FillRectRGB>(kPortable),
+    Method<"FillRectRGB(x as integer, y as integer, width as integer, height as integer, red as integer, "
+           "green as integer, blue as integer)", &FillRectRGB>(kPortable),
+    Method<"FillRectRGB(x as integer, y as integer, width as integer, height as integer, FillColor as color)",
+           &FillRectRGB>(kPortable),
     Method<"FillRectRGB(red as integer, green as integer, blue as integer)", &FillRectRGB>(kPortable),
     Method<"FillRectRGB(FillColor as color)", &FillRectRGB>(kPortable),
-    Method<"FillRectRGB(x as integer, y as integer, width as integer, height as integer, red as integer, green as integer, blue as integer, alpha as integer)", &FillRectRGB>(kPortable),
-    Method<"FillRectRGB(x as integer, y as integer, width as integer, height as integer, FillColor as color, alpha as integer)", &FillRectRGB>(kPortable),
-    Method<"FillRectRGB(red as integer, green as integer, blue as integer, alpha as integer)", &FillRectRGB>(kPortable),
+    Method<"FillRectRGB(x as integer, y as integer, width as integer, height as integer, red as integer, "
+           "green as integer, blue as integer, alpha as integer)", &FillRectRGB>(kPortable),
+    Method<"FillRectRGB(x as integer, y as integer, width as integer, height as integer, FillColor as color, "
+           "alpha as integer)", &FillRectRGB>(kPortable),
+    Method<"FillRectRGB(red as integer, green as integer, blue as integer, alpha as integer)",
+           &FillRectRGB>(kPortable),
     Method<"FillRectRGB(FillColor as color, alpha as integer)", &FillRectRGB>(kPortable),
     Method<"Invert(x as integer, y as integer, w as integer, h as integer)", &Invert>(kPortable),
     Method<"Invert", &Invert>(kPortable),
+
+    // Mirrors in place
     Method<"HMirror", &HMirror>(kPortable),
     Method<"VMirror", &VMirror>(kPortable),
     Method<"Rotate180", &Rotate180>(kPortable),
-    Method<"CopyPicture(x as integer, y as integer, w as integer, h as integer) as picture", &CopyPicture>(kWithHostPicture),
+
+    // To host pictures, and from them
+    Method<"CopyPicture(x as integer, y as integer, w as integer, h as integer) as picture",
+           &CopyPicture>(kWithHostPicture),
     Method<"CopyPicture as picture", &CopyPicture>(kWithHostPicture),
-    Method<"CopyMask(x as integer, y as integer, w as integer, h as integer) as picture", &CopyMask>(kWithHostPicture),
+    Method<"CopyMask(x as integer, y as integer, w as integer, h as integer) as picture",
+           &CopyMask>(kWithHostPicture),
     Method<"CopyMask as picture", &CopyMask>(kWithHostPicture),
-    Method<"CopyPictureWithMask(x as integer, y as integer, w as integer, h as integer) as picture", &CopyPictureWithMask>(kWithHostPicture),
+    Method<"CopyPictureWithMask(x as integer, y as integer, w as integer, h as integer) as picture",
+           &CopyPictureWithMask>(kWithHostPicture),
     Method<"CopyPictureWithMask as picture", &CopyPictureWithMask>(kWithHostPicture),
-    Method<"DrawPictureRedToGrayChannel(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer, SourceX as integer, SourceY as integer)", &DrawPictureRedToGrayChannel>(kWithHostPicture),
-    Method<"DrawPictureRedToGrayChannel(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer)", &DrawPictureRedToGrayChannel>(kWithHostPicture),
-    Method<"DrawPictureGreenToGrayChannel(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer, SourceX as integer, SourceY as integer)", &DrawPictureGreenToGrayChannel>(kWithHostPicture),
-    Method<"DrawPictureGreenToGrayChannel(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer)", &DrawPictureGreenToGrayChannel>(kWithHostPicture),
-    Method<"DrawPictureBlueToGrayChannel(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer, SourceX as integer, SourceY as integer)", &DrawPictureBlueToGrayChannel>(kWithHostPicture),
-    Method<"DrawPictureBlueToGrayChannel(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer)", &DrawPictureBlueToGrayChannel>(kWithHostPicture),
+    Method<"DrawPictureRedToGrayChannel(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, "
+           "DestHeight as integer, SourceX as integer, SourceY as integer)",
+           &DrawPictureRedToGrayChannel>(kWithHostPicture),
+    Method<"DrawPictureRedToGrayChannel(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, "
+           "DestHeight as integer)", &DrawPictureRedToGrayChannel>(kWithHostPicture),
+    Method<"DrawPictureGreenToGrayChannel(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, "
+           "DestHeight as integer, SourceX as integer, SourceY as integer)",
+           &DrawPictureGreenToGrayChannel>(kWithHostPicture),
+    Method<"DrawPictureGreenToGrayChannel(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, "
+           "DestHeight as integer)", &DrawPictureGreenToGrayChannel>(kWithHostPicture),
+    Method<"DrawPictureBlueToGrayChannel(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, "
+           "DestHeight as integer, SourceX as integer, SourceY as integer)",
+           &DrawPictureBlueToGrayChannel>(kWithHostPicture),
+    Method<"DrawPictureBlueToGrayChannel(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, "
+           "DestHeight as integer)", &DrawPictureBlueToGrayChannel>(kWithHostPicture),
     Method<"DrawPictureRGB(pic as picture)", &DrawPictureRGB>(kWithHostPicture),
     Method<"DrawPictureRGB(pic as picture, DestX as integer, DestY as integer)", &DrawPictureRGB>(kWithHostPicture),
-    Method<"DrawPictureRGB(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer)", &DrawPictureRGB>(kWithHostPicture),
-    Method<"DrawPictureRGB(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer, SourceX as integer, SourceY as integer)", &DrawPictureRGB>(kWithHostPicture),
-    Method<"DrawMaskedPictureRGB(pic as picture, InvertMask as boolean=False)", &DrawMaskedPictureRGB>(kWithHostPicture),
-    Method<"DrawMaskedPictureRGB(pic as picture, DestX as integer, DestY as integer, InvertMask as boolean=False)", &DrawMaskedPictureRGB>(kWithHostPicture),
-    Method<"DrawMaskedPictureRGB(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer, InvertMask as boolean=False)", &DrawMaskedPictureRGB>(kWithHostPicture),
-    Method<"DrawMaskedPictureRGB(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer, SourceX as integer, SourceY as integer, InvertMask as boolean=False)", &DrawMaskedPictureRGB>(kWithHostPicture),
-    Method<"DrawMaskedPictureApplyMaskRGB(pic as picture, InvertMask as boolean=False)", &DrawMaskedPictureApplyMaskRGB>(kWithHostPicture),
-    Method<"DrawMaskedPictureApplyMaskRGB(pic as picture, DestX as integer, DestY as integer, InvertMask as boolean=False)", &DrawMaskedPictureApplyMaskRGB>(kWithHostPicture),
-    Method<"DrawMaskedPictureApplyMaskRGB(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer, InvertMask as boolean=False)", &DrawMaskedPictureApplyMaskRGB>(kWithHostPicture),
-    Method<"DrawMaskedPictureApplyMaskRGB(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer, SourceX as integer, SourceY as integer, InvertMask as boolean=False)", &DrawMaskedPictureApplyMaskRGB>(kWithHostPicture),
-    Method<"CopyPixels(source as PictureTQX, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer, SourceX as integer, SourceY as integer)", &CopyPixels>(kPortable),
-    Method<"CopyPixels(source as PictureTQX, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer)", &CopyPixels>(kPortable),
+    Method<"DrawPictureRGB(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, "
+           "DestHeight as integer)", &DrawPictureRGB>(kWithHostPicture),
+    Method<"DrawPictureRGB(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, "
+           "DestHeight as integer, SourceX as integer, SourceY as integer)", &DrawPictureRGB>(kWithHostPicture),
+    Method<"DrawMaskedPictureRGB(pic as picture, InvertMask as boolean=False)",
+           &DrawMaskedPictureRGB>(kWithHostPicture),
+    Method<"DrawMaskedPictureRGB(pic as picture, DestX as integer, DestY as integer, InvertMask as boolean=False)",
+           &DrawMaskedPictureRGB>(kWithHostPicture),
+    Method<"DrawMaskedPictureRGB(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, "
+           "DestHeight as integer, InvertMask as boolean=False)", &DrawMaskedPictureRGB>(kWithHostPicture),
+    Method<"DrawMaskedPictureRGB(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, "
+           "DestHeight as integer, SourceX as integer, SourceY as integer, InvertMask as boolean=False)",
+           &DrawMaskedPictureRGB>(kWithHostPicture),
+    Method<"DrawMaskedPictureApplyMaskRGB(pic as picture, InvertMask as boolean=False)",
+           &DrawMaskedPictureApplyMaskRGB>(kWithHostPicture),
+    Method<"DrawMaskedPictureApplyMaskRGB(pic as picture, DestX as integer, DestY as integer, "
+           "InvertMask as boolean=False)", &DrawMaskedPictureApplyMaskRGB>(kWithHostPicture),
+    Method<"DrawMaskedPictureApplyMaskRGB(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, "
+           "DestHeight as integer, InvertMask as boolean=False)", &DrawMaskedPictureApplyMaskRGB>(kWithHostPicture),
+    Method<"DrawMaskedPictureApplyMaskRGB(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, "
+           "DestHeight as integer, SourceX as integer, SourceY as integer, InvertMask as boolean=False)",
+           &DrawMaskedPictureApplyMaskRGB>(kWithHostPicture),
+
+    // Pixels from picture to picture, and clips
+    Method<"CopyPixels(source as PictureTQX, DestX as integer, DestY as integer, DestWidth as integer, "
+           "DestHeight as integer, SourceX as integer, SourceY as integer)", &CopyPixels>(kPortable),
+    Method<"CopyPixels(source as PictureTQX, DestX as integer, DestY as integer, DestWidth as integer, "
+           "DestHeight as integer)", &CopyPixels>(kPortable),
     Method<"CopyPixels(source as PictureTQX)", &CopyPixels>(kPortable),
     Method<"ClipImage as PictureTQX", &ClipImage>(kPortable),
-    Method<"ClipImage(x as integer, y as integer, width as integer, height as integer) as PictureTQX", &ClipImage>(kPortable),
+    Method<"ClipImage(x as integer, y as integer, width as integer, height as integer) as PictureTQX",
+           &ClipImage>(kPortable),
+
+    // Turns
     Method<"Rotate90slow(dest as PictureTQX=nil) as PictureTQX", &Rotate90slow>(kPortable),
     Method<"Rotate180(dest as PictureTQX=nil) as PictureTQX", &Rotate180>(kPortable),
     Method<"Rotate270slow(dest as PictureTQX=nil) as PictureTQX", &Rotate270slow>(kPortable),
-    Method<"Rotate(angle as double, Red as integer, Green as integer, Blue as integer, Alpha as integer, Gray as integer) as PictureTQX", &Rotate>(kPortable),
+    Method<"Rotate(angle as double, Red as integer, Green as integer, Blue as integer, Alpha as integer, "
+           "Gray as integer) as PictureTQX", &Rotate>(kPortable),
     Method<"Rotate90(dest as PictureTQX=nil) as PictureTQX", &Rotate90>(kPortable),
     Method<"Rotate270(dest as PictureTQX=nil) as PictureTQX", &Rotate270>(kPortable),
+
+    // Convolution
     Method<"ApplyMatrix(dest as PictureTQX, matrix() as integer) as PictureTQX", &ApplyMatrix>(kPortable),
-    Method<"ApplyMatrix(dest as PictureTQX, matrix() as integer, delta as integer) as PictureTQX", &ApplyMatrix>(kPortable),
-    Method<"ApplyMatrix(dest as PictureTQX, matrix() as integer, delta as integer, ScaleFactor as double) as PictureTQX", &ApplyMatrix>(kPortable),
+    Method<"ApplyMatrix(dest as PictureTQX, matrix() as integer, delta as integer) as PictureTQX",
+           &ApplyMatrix>(kPortable),
+    Method<"ApplyMatrix(dest as PictureTQX, matrix() as integer, delta as integer, "
+           "ScaleFactor as double) as PictureTQX", &ApplyMatrix>(kPortable),
+
+    // To an off-screen world
     Method<"CopyGWorld as variant", &CopyGWorld>(kPortable),
 };
 
 const sdk::MethodRecord sharedMethods[] = {
-    SharedMethod<"CreatePictureTQX(width as integer, height as integer, theImageFormat as integer) as PictureTQX", &CreatePictureTQXShared>(kPortable),
+    SharedMethod<"CreatePictureTQX(width as integer, height as integer, theImageFormat as integer) as PictureTQX",
+                 &CreatePictureTQXShared>(kPortable),
 };
 
 constexpr NamedValue constantValues[] = {

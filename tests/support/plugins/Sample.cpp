@@ -235,28 +235,23 @@ const sdk::MethodRecord* SharedMethods() {
     return methods;
 }
 
-template <sdk::Text Type, class Field>
-sdk::PropertyRecord FieldProperty(const char* name, std::size_t offset) {
-    constexpr auto flags = sdk::kMemberPortable | sdk::kMemberProperty;
-    const auto field = sdk::FieldAs<Type, Field>(offset);
-    return {name, Type.characters, flags, field, field};
-}
-
 std::int32_t DoubleCount(Object* self) { return 2 * DataOf(self)->count; }
 
 const sdk::PropertyRecord* Properties() {
+    using sdk::ReadOnly, sdk::ReadWrite;
+    constexpr auto flags = sdk::kMemberPortable;
     static const sdk::PropertyRecord properties[] = {
-        {"Count", "Integer", 6, sdk::FieldAt(offsetof(SampleData, count)), sdk::AssignedAs<"Integer", &SetCount>()},
-        FieldProperty<"Int64", std::int64_t>("Big", offsetof(SampleData, big)),
-        FieldProperty<"UInt32", std::uint32_t>("Word", offsetof(SampleData, word)),
-        FieldProperty<"UInt8", std::uint8_t>("Small", offsetof(SampleData, small)),
-        FieldProperty<"Double", double>("Real", offsetof(SampleData, real)),
-        FieldProperty<"Single", float>("Narrow", offsetof(SampleData, single)),
-        FieldProperty<"Boolean", bool>("Flag", offsetof(SampleData, flag)),
-        FieldProperty<"Color", Color>("Tint", offsetof(SampleData, tint)),
-        FieldProperty<"String", String*>("Label", offsetof(SampleData, label)),
-        FieldProperty<"Sample", Object*>("Other", offsetof(SampleData, other)),
-        {"DoubleCount", "Integer", 6, sdk::ComputedAs<"Integer", &DoubleCount>(), sdk::kNoAccess},
+        ReadWrite<"Count as Integer", &SampleData::count, &SetCount>(flags),
+        ReadWrite<"Big as Int64", &SampleData::big>(flags),
+        ReadWrite<"Word as UInt32", &SampleData::word>(flags),
+        ReadWrite<"Small as UInt8", &SampleData::small>(flags),
+        ReadWrite<"Real as Double", &SampleData::real>(flags),
+        ReadWrite<"Narrow as Single", &SampleData::single>(flags),
+        ReadWrite<"Flag as Boolean", &SampleData::flag>(flags),
+        ReadWrite<"Tint as Color", &SampleData::tint>(flags),
+        ReadWrite<"Label as String", &SampleData::label>(flags),
+        ReadWrite<"Other as Sample", &SampleData::other>(flags),
+        ReadOnly<"DoubleCount as Integer", &DoubleCount>(flags),
     };
     sample.propertyCount = static_cast<std::int32_t>(std::size(properties));
     return properties;
