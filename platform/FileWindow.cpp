@@ -1,3 +1,4 @@
+// Windows of a file, by mmap.
 #include "platform/FileWindow.h"
 
 #include <sys/mman.h>

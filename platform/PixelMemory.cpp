@@ -1,3 +1,5 @@
+// Blocks of pixel memory from the allocator, large ones on large pages, the last one kept for the
+// next.
 #include "platform/PixelMemory.h"
 
 #include <sys/mman.h>

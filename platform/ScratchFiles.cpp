@@ -1,3 +1,4 @@
+// The names of files to be deleted, in lists that a signal's handler may read at any moment.
 #include "platform/ScratchFiles.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// The tick clock, by the system's monotonic one.
 #include "platform/TickCount.h"
 
 #include <ctime>

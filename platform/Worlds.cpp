@@ -1,3 +1,4 @@
+// Off-screen worlds and their pixel maps, made and taken away.
 #include "platform/Worlds.h"
 
 #include <cstdlib>

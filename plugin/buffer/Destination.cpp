@@ -1,3 +1,4 @@
+// Who is asked for a destination, in which order, and what may serve as one.
 #include "plugin/buffer/Destination.h"
 
 #include "plugin/buffer/Picture.h"

@@ -1,3 +1,4 @@
+// A folder item's path, as the host gives it.
 #include "plugin/buffer/FilePath.h"
 
 #include <cstring>

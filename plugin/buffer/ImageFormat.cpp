@@ -1,3 +1,4 @@
+// The table of formats, a row each, and the descriptor made from a row.
 #include "plugin/buffer/ImageFormat.h"
 
 #include <cstring>

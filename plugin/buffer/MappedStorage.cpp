@@ -1,3 +1,4 @@
+// Sliding a mapped picture's window to the rows that are asked for, from above or from below.
 #include "plugin/buffer/MappedStorage.h"
 
 #include <algorithm>

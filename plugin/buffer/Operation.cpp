@@ -1,3 +1,4 @@
+// The prologue: whether pictures can be used, the yields, the destination, the channels.
 #include "plugin/buffer/Operation.h"
 
 #include <utility>

@@ -1,3 +1,4 @@
+// The constructors, Clone and Close.
 #include "plugin/buffer/Picture.h"
 
 #include <algorithm>

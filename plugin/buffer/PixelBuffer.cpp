@@ -1,3 +1,4 @@
+// Where the rows of unmapped storage are, and what views take over from their parents.
 #include "plugin/buffer/PixelBuffer.h"
 
 #include <type_traits>

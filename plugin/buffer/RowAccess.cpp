@@ -1,3 +1,4 @@
+// The members that give and take rows and whole pictures as blocks and strings.
 #include "plugin/buffer/RowAccess.h"
 
 #include <algorithm>

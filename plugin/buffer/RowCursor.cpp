@@ -1,3 +1,5 @@
+// Rows of one picture during an operation: copies where several are wanted at once, none once it is
+// gone.
 #include "plugin/buffer/RowCursor.h"
 
 #include <algorithm>

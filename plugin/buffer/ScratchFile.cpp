@@ -1,3 +1,4 @@
+// Making, filling, locking and deleting the file of a mapped picture.
 #include "plugin/buffer/ScratchFile.h"
 
 #include <fcntl.h>

@@ -1,3 +1,5 @@
+// Overlaps found from the bytes that two pictures' storage spans, and of mapped ones from their
+// files.
 #include "plugin/buffer/Sharing.h"
 
 #include <sys/stat.h>

@@ -1,3 +1,4 @@
+// Clips, single channels, the RGB part and mirrored views.
 #include "plugin/buffer/Views.h"
 
 #include "plugin/buffer/ImageFormat.h"

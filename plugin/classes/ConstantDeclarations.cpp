@@ -1,3 +1,4 @@
+// Declaration strings, each in memory that is never given back: the host keeps them.
 #include "plugin/classes/ConstantDeclarations.h"
 
 #include <cinttypes>

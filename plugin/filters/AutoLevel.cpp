@@ -1,3 +1,4 @@
+// Levels from a histogram of luminance, and the curve that stretches between them.
 #include "plugin/filters/AutoLevel.h"
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// Box blurs by running sums, any number of passes, and the fractional blur.
 #include "plugin/filters/Blur.h"
 
 #include <algorithm>

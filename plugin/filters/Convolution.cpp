@@ -1,3 +1,4 @@
+// The caller's kernel brought to five by five weights, and run over padded rows.
 #include "plugin/filters/Convolution.h"
 
 #include <algorithm>

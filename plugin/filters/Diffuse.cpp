@@ -1,3 +1,4 @@
+// Pixels picked at random distances, two numbers of the C library's generator for each.
 #include "plugin/filters/Diffuse.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// The call behind DitherFilter: matrix, levels, rows.
 #include "plugin/filters/Dither.h"
 
 #include "plugin/filters/DitherMatrices.h"

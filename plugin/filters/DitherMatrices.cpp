@@ -1,3 +1,4 @@
+// The ten matrices.
 #include "plugin/filters/DitherMatrices.h"
 
 #include <iterator>

@@ -1,3 +1,5 @@
+// Rows against rows a level away, apart, by copies or in pixel order, as source and destination
+// lie.
 #include "plugin/filters/Engrave.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// One walk over source and destination, through tables by the channels' order.
 #include "plugin/filters/LookUp.h"
 
 #include <cstdint>

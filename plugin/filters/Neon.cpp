@@ -1,3 +1,4 @@
+// Gradients from a row, the one below and the next pixel.
 #include "plugin/filters/Neon.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// The call behind OilFilter, and the filter pixel by pixel where columns don't serve.
 #include "plugin/filters/Oil.h"
 
 #include <algorithm>

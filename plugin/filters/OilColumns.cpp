@@ -1,3 +1,4 @@
+// Histograms of columns, sliding down the picture, and their sum sliding along rows.
 #include "plugin/filters/OilColumns.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Packing rows of a picture and unpacking them into another.
 #include "plugin/filters/PackedRows.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// The blur, and then the table that makes two colours of it.
 #include "plugin/filters/Stamp.h"
 
 #include <cstdint>

@@ -1,3 +1,4 @@
+// Tables for gamma, gain, transfer and solarize, from the arguments of each member.
 #include "plugin/filters/ToneCurves.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Differences to a reference, by tables or in doubles, as the amount allows.
 #include "plugin/filters/Unsharp.h"
 
 #include <cmath>

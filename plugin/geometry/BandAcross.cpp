@@ -1,3 +1,4 @@
+// Bands of source rows put into lanes strip by strip and summed.
 #include "plugin/geometry/BandAcross.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// The ring of bands, and which rows of self the latest band completes.
 #include "plugin/geometry/BandDown.h"
 
 #include <algorithm>

@@ -1,3 +1,14 @@
+// Columns sheared a strip at a time, or one by one where pictures share pixels.
+//
+// Column x moves down by start - x · slope rows. The whole part of that is an offset, so row y of the
+// source lands in row y + offset of the destination; the fraction is a weight, which has each pixel
+// leave a part of itself to the next one below (rows/Skew.h). Going down one column after the other
+// would fetch every row as often as the picture is wide. So a strip of neighbouring columns goes down
+// together. Their weights are all that blending a row needs: it is blended across the strip, for
+// all columns at once, as soon as it comes in, and is put into a ring. What differs is where the blended
+// pixels go: a row of the destination takes the pixels of each run of equal offset from another
+// row of the ring. Offsets of a strip spread over no more rows than sin 45° times its width, which
+// is what the ring has to hold. Rows come in and go out in ascending order, each once a strip.
 #include "plugin/geometry/ColumnShear.h"
 
 #include <algorithm>

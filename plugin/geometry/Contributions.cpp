@@ -1,3 +1,4 @@
+// Lists of weights: the range searched, the kernel at each distance, the total.
 #include "plugin/geometry/Contributions.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Rows reversed, swapped, or both, whichever storage they lie in.
 #include "plugin/geometry/Mirrors.h"
 
 #include <algorithm>

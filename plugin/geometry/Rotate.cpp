@@ -1,3 +1,4 @@
+// An angle brought near zero by quarter turns, and the three shears that do the rest.
 #include "plugin/geometry/Rotate.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// The call behind Scale: what is refused, the intermediate, and the way the passes run.
 #include "plugin/geometry/Scale.h"
 
 #include <algorithm>

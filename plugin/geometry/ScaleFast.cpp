@@ -1,3 +1,4 @@
+// The columns and rows that are picked, and the rows moved or converted.
 #include "plugin/geometry/ScaleFast.h"
 
 #include <algorithm>

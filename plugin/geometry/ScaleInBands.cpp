@@ -1,3 +1,4 @@
+// A scaling in bands: with the script's intermediate pass after pass, else both passes at once.
 #include <algorithm>
 
 #include "plugin/geometry/BandAcross.h"

@@ -1,3 +1,4 @@
+// A scaling in the order of its definition: list by list, row by row, with the yields in between.
 #include <algorithm>
 
 #include "plugin/buffer/Scratch.h"

@@ -1,3 +1,4 @@
+// The seven kernels as functions of a distance.
 #include "plugin/geometry/ScaleKernels.h"
 
 #include <cmath>

@@ -1,3 +1,4 @@
+// Channels read and written for each pair of layouts.
 #include "plugin/geometry/ScalePath.h"
 
 #include "plugin/buffer/Channels.h"

@@ -1,3 +1,4 @@
+// Blocks taken row by row, turned in pieces as they come, and written as rows.
 #include "plugin/geometry/TurnedBlock.h"
 
 #include <algorithm>

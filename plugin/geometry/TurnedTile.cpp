@@ -1,3 +1,4 @@
+// Tiles packed, turned and unpacked, in memory of their own.
 #include "plugin/geometry/TurnedTile.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Half and quarter turns: by tiles, by blocks for mapped files, or in pixel order.
 #include "plugin/geometry/Turns.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// A world filled with a picture's pixels and handed to a new object of the host's.
 #include "plugin/interop/CopyGWorld.h"
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// New host pictures and masks, filled through their locked pixels.
 #include "plugin/interop/CopyPicture.h"
 
 #include "platform/Worlds.h"

@@ -1,3 +1,4 @@
+// The draws: host picture and mask locked, cut to both pictures, drawn row by row.
 #include "plugin/interop/DrawPicture.h"
 
 #include <algorithm>

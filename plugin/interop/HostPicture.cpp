@@ -1,3 +1,4 @@
+// The constructor around a host picture.
 #include "plugin/interop/HostPicture.h"
 
 #include "platform/Worlds.h"

@@ -1,3 +1,4 @@
+// Opening and closing a host picture's pixels, and what is read of their description.
 #include "plugin/interop/LockedPicture.h"
 
 #include <cstring>

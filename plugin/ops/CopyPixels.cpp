@@ -1,3 +1,4 @@
+// The members CopyPixels: a cut rectangle, converted row by row.
 #include "plugin/ops/CopyPixels.h"
 
 #include "plugin/buffer/CopyRectangle.h"

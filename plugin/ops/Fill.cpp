@@ -1,3 +1,4 @@
+// The members ClearRect, FillRect and FillRectRGB, each as a pattern of a pixel's bytes.
 #include "plugin/ops/Fill.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// The members Invert.
 #include "plugin/ops/Invert.h"
 
 #include "plugin/buffer/Channels.h"

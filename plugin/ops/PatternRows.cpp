@@ -1,3 +1,4 @@
+// Loops over a rectangle's rows, whole stretches at once where rows lie side by side.
 #include "plugin/ops/PatternRows.h"
 
 #include "plugin/buffer/Operation.h"

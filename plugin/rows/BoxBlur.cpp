@@ -1,3 +1,4 @@
+// Box sums plainly, with the multiplication that divides them.
 #include "plugin/rows/BoxBlur.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Which moves and grays a conversion comes down to, and running them.
 #include "plugin/rows/Convert.h"
 
 #include "plugin/rows/Blocks.h"

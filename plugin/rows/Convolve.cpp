@@ -1,3 +1,4 @@
+// Weighted sums of five rows plainly.
 #include "plugin/rows/Convolve.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// The processor asked once, and the variable that holds it down.
 #include "plugin/rows/CpuLevel.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Thresholds compared plainly.
 #include "plugin/rows/Dither.h"
 
 #include <algorithm>

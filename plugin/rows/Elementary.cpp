@@ -1,3 +1,4 @@
+// Estimates, and exact decisions where an estimate lies too near a boundary.
 #include "plugin/rows/Elementary.h"
 
 #include <bit>

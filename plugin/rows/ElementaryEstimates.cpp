@@ -1,3 +1,4 @@
+// Reductions and series in pairs of doubles.
 #include "plugin/rows/ElementaryEstimates.h"
 
 #include <cmath>

@@ -1,3 +1,4 @@
+// Series in fixed point, as long as it takes to tell the side.
 #include "plugin/rows/ElementarySides.h"
 
 #include <bit>

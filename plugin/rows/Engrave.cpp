@@ -1,3 +1,4 @@
+// The differences plainly.
 #include "plugin/rows/Engrave.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// A pixel's pattern repeated over a row, and the loops over the pattern.
 #include "plugin/rows/Fill.h"
 
 #include <algorithm>

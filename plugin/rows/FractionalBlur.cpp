@@ -1,3 +1,4 @@
+// Three-tap averages in doubles, and whole numbers where they are shown to give the same.
 #include "plugin/rows/FractionalBlur.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Three weights plainly.
 #include "plugin/rows/Gray.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Masked draws and blends plainly, and the plans that the wide forms read.
 #include "plugin/rows/HostPixels.h"
 
 #include <algorithm>

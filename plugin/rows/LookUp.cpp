@@ -1,3 +1,4 @@
+// Bytes through one table, or through a table a channel, plainly.
 #include "plugin/rows/LookUp.h"
 
 #include <algorithm>

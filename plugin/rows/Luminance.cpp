@@ -1,3 +1,4 @@
+// Luminance in doubles, counted.
 #include "plugin/rows/Luminance.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Plans of moves as shuffles, and the moves one by one.
 #include "plugin/rows/Move.h"
 
 #include <algorithm>

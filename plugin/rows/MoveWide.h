@@ -1,4 +1,19 @@
 // Rows of moves in registers, for Move.cpp.
+//
+// A plan of moves becomes one shuffle of bytes that serves some pixels at a time, a step: which byte
+// of the source each byte of the destination comes from, or that it stays. AVX-512 shuffles 64 bytes
+// across the register and has masks for what may be touched, so a step is a load, a shuffle and a
+// store, and the rest of the row is a shorter step. AVX2 shuffles within lanes of 16 bytes and has
+// no masks. There a lane of the destination is a step of its own, made of the 16, 32, 48 or 64 bytes
+// of the source that its pixels may lie in; the lanes of a register are such steps side by side, each
+// loaded from its own address. Bytes that stay are read first and written back, so steps end where
+// a load or a store would leave the row, and the plain loop does what is left.
+//
+// Three bytes a pixel don't fill 16 bytes: a lane has five pixels and one byte more. That byte is
+// the next lane's first and is written right the next moment; the last one is put back.
+//
+// In reverse the destination still grows from its left, while the source is read from its right end:
+// steps count down, and the shuffle turns the pixels around within a step.
 
 namespace rows::ROWS_LEVEL {
 

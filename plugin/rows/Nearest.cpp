@@ -1,3 +1,4 @@
+// Pixels picked one by one, and which picks a register can make.
 #include "plugin/rows/Nearest.h"
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// Square roots of squared gradients, as a loop for every level.
 #include "plugin/rows/Neon.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Searches for the fullest bin, and histograms that move by columns.
 #include "plugin/rows/OilHistogram.h"
 
 #include <algorithm>

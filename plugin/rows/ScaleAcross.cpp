@@ -1,3 +1,4 @@
+// The sums along rows plainly, and one pixel by itself.
 #include "plugin/rows/ScaleAcross.h"
 
 #include "plugin/rows/ScaleTurns.h"

@@ -5,6 +5,11 @@
 // precision. Every sum is made in that order, one product and one rounding at a time; the wide
 // forms sum several rows side by side.
 //
+// A sum that keeps its order can't be split among the lanes of a register, but sums of different
+// rows have nothing to do with each other. So kLanes rows, a band, go along together, one row a lane:
+// the bytes of a band are turned so that what belongs to one column and channel lies side by side,
+// every product and addition serves all rows, and the sums are turned back into rows.
+//
 // A band is kLanes rows. Values of a band lie in lanes: value v of row r at v × kLanes + r, with
 // v = x × (values a pixel) + channel.
 #pragma once

@@ -1,3 +1,4 @@
+// The sums along columns plainly, piece by piece.
 #include "plugin/rows/ScaleDown.h"
 
 #include <bit>

@@ -3,6 +3,10 @@
 // A byte is the sum of weight × value from the top row to the bottom row, divided by the weights'
 // total, clamped to 0..255 (not-a-number gives 0) and truncated. Every sum is made in that order,
 // one product and one rounding at a time; the wide forms sum several values of a row side by side.
+//
+// Here neighbouring values of a row fill the registers without being turned, since all have the same
+// weights. Rows of sums are walked in pieces of kPiece values, small enough for the sums of a piece
+// to stay in registers from the first weight to the last.
 #pragma once
 
 #include <cstdint>

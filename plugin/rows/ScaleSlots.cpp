@@ -1,3 +1,4 @@
+// Values to slots and back.
 #include "plugin/rows/ScaleSlots.h"
 
 #include <cstring>

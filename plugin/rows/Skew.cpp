@@ -1,3 +1,4 @@
+// Shears plainly, in doubles, and by shares where whole numbers give the same.
 #include "plugin/rows/Skew.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Blocks turned by squares, plainly.
 #include "plugin/rows/Transpose.h"
 
 #include <algorithm>

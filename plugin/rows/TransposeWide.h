@@ -4,53 +4,36 @@ namespace rows::ROWS_LEVEL {
 
 namespace {
 
-// Each of these turns one square of pixels. Trading rows i and i + side / 2, pixel by pixel, into
-// rows 2 i and 2 i + 1 turns a square when it is done as often as the side has bits.
-struct ByteSquare {
-    using Pixel = std::uint8_t;
-    static constexpr std::int32_t kSide = 16;
+// Pixels of two rows by turns, of the first halves of lanes and of the second.
+ROWS_INLINE __m128i LowPixels(std::uint8_t, __m128i a, __m128i b) { return _mm_unpacklo_epi8(a, b); }
+ROWS_INLINE __m128i HighPixels(std::uint8_t, __m128i a, __m128i b) { return _mm_unpackhi_epi8(a, b); }
+ROWS_INLINE __m128i LowPixels(std::uint16_t, __m128i a, __m128i b) { return _mm_unpacklo_epi16(a, b); }
+ROWS_INLINE __m128i HighPixels(std::uint16_t, __m128i a, __m128i b) { return _mm_unpackhi_epi16(a, b); }
+
+// A square of pixels whose rows are lanes. Trading rows i and i + side / 2, pixel by pixel, into rows
+// 2 i and 2 i + 1 turns a square when it is done as often as the side has bits.
+template <class PixelType>
+struct LaneSquare {
+    using Pixel = PixelType;
+    static constexpr std::int32_t kSide = 16 / sizeof(Pixel);
 
     ROWS_INLINE static void Turn(const std::uint8_t* source, std::int64_t sourceStride, std::uint8_t* destination,
                                  std::int64_t destinationStride) {
-        __m128i row[16], traded[16];
+        __m128i row[kSide], traded[kSide];
 #pragma GCC unroll 16
-        for (int i = 0; i < 16; ++i) row[i] = LoadLane(source + i * sourceStride);
+        for (int i = 0; i < kSide; ++i) row[i] = LoadLane(source + i * sourceStride);
 #pragma GCC unroll 4
-        for (int step = 0; step < 4; ++step) {
+        for (int side = 1; side < kSide; side *= 2) {
 #pragma GCC unroll 8
-            for (int i = 0; i < 8; ++i) {
-                traded[2 * i] = _mm_unpacklo_epi8(row[i], row[i + 8]);
-                traded[2 * i + 1] = _mm_unpackhi_epi8(row[i], row[i + 8]);
+            for (int i = 0; i < kSide / 2; ++i) {
+                traded[2 * i] = LowPixels(Pixel{}, row[i], row[i + kSide / 2]);
+                traded[2 * i + 1] = HighPixels(Pixel{}, row[i], row[i + kSide / 2]);
             }
 #pragma GCC unroll 16
-            for (int i = 0; i < 16; ++i) row[i] = traded[i];
+            for (int i = 0; i < kSide; ++i) row[i] = traded[i];
         }
 #pragma GCC unroll 16
-        for (int i = 0; i < 16; ++i) StoreLane(destination + i * destinationStride, row[i]);
-    }
-};
-
-struct WordSquare {
-    using Pixel = std::uint16_t;
-    static constexpr std::int32_t kSide = 8;
-
-    ROWS_INLINE static void Turn(const std::uint8_t* source, std::int64_t sourceStride, std::uint8_t* destination,
-                                 std::int64_t destinationStride) {
-        __m128i row[8], traded[8];
-#pragma GCC unroll 8
-        for (int i = 0; i < 8; ++i) row[i] = LoadLane(source + i * sourceStride);
-#pragma GCC unroll 3
-        for (int step = 0; step < 3; ++step) {
-#pragma GCC unroll 4
-            for (int i = 0; i < 4; ++i) {
-                traded[2 * i] = _mm_unpacklo_epi16(row[i], row[i + 4]);
-                traded[2 * i + 1] = _mm_unpackhi_epi16(row[i], row[i + 4]);
-            }
-#pragma GCC unroll 8
-            for (int i = 0; i < 8; ++i) row[i] = traded[i];
-        }
-#pragma GCC unroll 8
-        for (int i = 0; i < 8; ++i) StoreLane(destination + i * destinationStride, row[i]);
+        for (int i = 0; i < kSide; ++i) StoreLane(destination + i * destinationStride, row[i]);
     }
 };
 
@@ -131,12 +114,12 @@ void TransposeWith(const std::uint8_t* source, std::int64_t sourceStride, std::u
 
 void TransposeBytes(const std::uint8_t* source, std::int64_t sourceStride, std::uint8_t* destination,
                     std::int64_t destinationStride, std::int32_t width, std::int32_t height) {
-    TransposeWith<ByteSquare>(source, sourceStride, destination, destinationStride, width, height);
+    TransposeWith<LaneSquare<std::uint8_t>>(source, sourceStride, destination, destinationStride, width, height);
 }
 
 void TransposeWords(const std::uint8_t* source, std::int64_t sourceStride, std::uint8_t* destination,
                     std::int64_t destinationStride, std::int32_t width, std::int32_t height) {
-    TransposeWith<WordSquare>(source, sourceStride, destination, destinationStride, width, height);
+    TransposeWith<LaneSquare<std::uint16_t>>(source, sourceStride, destination, destinationStride, width, height);
 }
 
 void TransposeInts(const std::uint8_t* source, std::int64_t sourceStride, std::uint8_t* destination,

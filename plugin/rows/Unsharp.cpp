@@ -1,3 +1,4 @@
+// Sharpening in doubles, and by tables of small distances.
 #include "plugin/rows/Unsharp.h"
 
 #include <algorithm>

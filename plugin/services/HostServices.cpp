@@ -1,3 +1,4 @@
+// The resolver, and the services made of the host's functions.
 #include "plugin/services/HostServices.h"
 
 #include <cstring>

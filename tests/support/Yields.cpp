@@ -1,5 +1,7 @@
+// What is said of yields in Yields.h, tried with a clock that is always late enough.
 #include "tests/support/Yields.h"
 
+#include "tests/support/Formats.h"
 #include "tests/support/Interpose.h"
 
 namespace support {
@@ -55,6 +57,33 @@ void ExpectEndWhenAYieldTakesEither(const Copying& copy) {
     for (const int at : {1, 2, 4})
         for (const bool ofSource : {false, true})
             for (const bool rebuild : {false, true}) ExpectEnd(copy, at, ofSource, rebuild);
+}
+
+void ExpectOneYieldForEach(const Working& work) {
+    const HastyClock clock;
+    const auto first = New("PictureTQX", 4, 100, kRGB), second = New("PictureTQX", 4, 100, kRGB);
+    Set(first, "YieldTicks", Value(1));
+    Set(second, "YieldTicks", Value(1));
+    const auto before = CallsOf("REALYieldToRB");
+    work(first, second);
+    EXPECT_EQ(CallsOf("REALYieldToRB") - before, 2);
+}
+
+void ExpectEndWhenAYieldTakesThePicture(int format, const WorkingInPlace& work) {
+    const HastyClock clock;
+    for (const bool rebuild : {false, true}) {
+        const auto picture = New("PictureTQX", 4, 50, format);
+        Set(picture, "YieldTicks", Value(1));
+        int yields = 0;
+        const OnYield interrupt([&] {
+            if (++yields == 3) Take(picture, rebuild);
+        });
+        work(picture);
+        EXPECT_EQ(yields, 3);
+        if (rebuild) {
+            EXPECT_EQ(ReadPixels(picture), Bytes{0});
+        }
+    }
 }
 
 }  // namespace support

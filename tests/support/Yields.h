@@ -1,4 +1,4 @@
-// What holds for the yields of every member that copies the rows of one picture into another.
+// What holds for the yields of whole families of members.
 #pragma once
 
 #include <functional>
@@ -16,5 +16,17 @@ void ExpectYieldsForBothAndAfterEachRow(const Copying& copy);
 
 // It ends where a yield closes either picture or builds it anew.
 void ExpectEndWhenAYieldTakesEither(const Copying& copy);
+
+// Works on two pictures, which have one size and format.
+using Working = std::function<void(const Ref<Object>& first, const Ref<Object>& second)>;
+
+// It yields once for each, however long it takes.
+void ExpectOneYieldForEach(const Working& work);
+
+// Works on one picture, in place.
+using WorkingInPlace = std::function<void(const Ref<Object>& picture)>;
+
+// Of a format: it ends where a yield closes the picture or builds it anew.
+void ExpectEndWhenAYieldTakesThePicture(int format, const WorkingInPlace& work);
 
 }  // namespace support

@@ -1,3 +1,4 @@
+// Destinations: who is asked for one, and what factories may do in the middle of a call.
 #include "tests/support/Formats.h"
 #include "tests/support/Interpose.h"
 #include "tests/support/PluginFixture.h"

@@ -1,3 +1,4 @@
+// What each format's code says of a picture.
 #include "tests/support/Formats.h"
 #include "tests/support/PluginFixture.h"
 

@@ -1,3 +1,4 @@
+// Mapped pictures and their doubles in memory.
 #include "tests/plugin/buffer/MappedStage.h"
 
 #include <algorithm>

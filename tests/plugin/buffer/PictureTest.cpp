@@ -1,3 +1,4 @@
+// Construction, cloning and closing, with what each refuses.
 #include "tests/support/Formats.h"
 #include "tests/support/Interpose.h"
 #include "tests/support/PluginFixture.h"

@@ -1,3 +1,4 @@
+// Rows and whole pictures as blocks and strings, in every format.
 #include <array>
 #include <optional>
 

@@ -1,3 +1,4 @@
+// Views: what they show, share and keep alive.
 #include "tests/support/Formats.h"
 #include "tests/support/PluginFixture.h"
 

@@ -1,3 +1,4 @@
+// Constants as declaration strings.
 #include <gtest/gtest.h>
 
 #include <cstdlib>

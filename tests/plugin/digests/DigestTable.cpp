@@ -1,3 +1,4 @@
+// The table of digests, read and written.
 #include "tests/plugin/digests/DigestTable.h"
 
 #include <fstream>

@@ -1,3 +1,4 @@
+// Operations that only the digests try, beside those of all tests.
 #include "tests/plugin/digests/MoreOperations.h"
 
 #include "tests/support/Formats.h"

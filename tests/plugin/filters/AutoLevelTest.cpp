@@ -1,3 +1,4 @@
+// Automatic levels beside a model, and what they refuse.
 #include <climits>
 #include <cmath>
 

@@ -1,3 +1,4 @@
+// Box and fractional blurs beside models that sum every window anew.
 #include <climits>
 #include <cmath>
 #include <limits>
@@ -6,6 +7,7 @@
 #include "tests/plugin/filters/RandomScenes.h"
 #include "tests/support/Interpose.h"
 #include "tests/support/MappedPictures.h"
+#include "tests/support/Yields.h"
 
 namespace {
 
@@ -245,15 +247,7 @@ TEST_F(BoxBlur, LeavesTheDestinationWhenMemoryIsShort) {
 }
 
 TEST_F(BoxBlur, YieldsOnceForEachPicture) {
-    FakeClock clock;
-    const auto picture = New("PictureTQX", 4, 50, 1);
-    const auto destination = New("PictureTQX", 4, 50, 1);
-    Set(picture, "YieldTicks", 1);
-    Set(destination, "YieldTicks", 1);
-    clock.AdvancePerReading(10);
-    const auto before = CallsOf("REALYieldToRB");
-    CallObject(picture, "BoxBlurFilter", destination, 1.0);
-    EXPECT_EQ(CallsOf("REALYieldToRB") - before, 2);
+    ExpectOneYieldForEach([](const auto& picture, const auto& to) { CallObject(picture, "BoxBlurFilter", to, 1.0); });
 }
 
 class FractionalBlur : public PluginTest {};

@@ -1,3 +1,4 @@
+// Convolution beside a model, with kernels of every shape.
 #include <climits>
 #include <cmath>
 #include <limits>
@@ -5,6 +6,7 @@
 #include "tests/plugin/filters/FilterScenes.h"
 #include "tests/plugin/filters/RandomScenes.h"
 #include "tests/support/Interpose.h"
+#include "tests/support/Yields.h"
 
 namespace {
 
@@ -243,15 +245,8 @@ TEST_F(Convolution, LeavesTheDestinationWhenMemoryIsShort) {
 }
 
 TEST_F(Convolution, YieldsOnceForEachPicture) {
-    FakeClock clock;
-    const auto picture = New("PictureTQX", 4, 50, 1);
-    const auto destination = New("PictureTQX", 4, 50, 1);
-    Set(picture, "YieldTicks", 1);
-    Set(destination, "YieldTicks", 1);
-    clock.AdvancePerReading(10);
-    const auto before = CallsOf("REALYieldToRB");
-    CallObject(picture, "ApplyMatrix", destination, Single(12, 1));
-    EXPECT_EQ(CallsOf("REALYieldToRB") - before, 2);
+    ExpectOneYieldForEach(
+        [](const auto& picture, const auto& to) { CallObject(picture, "ApplyMatrix", to, Single(12, 1)); });
 }
 
 }  // namespace

@@ -1,3 +1,4 @@
+// Diffusion with the C library's random numbers drawn alongside.
 #include <climits>
 #include <cstdlib>
 

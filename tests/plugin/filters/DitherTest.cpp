@@ -1,3 +1,4 @@
+// Dithering beside a model, with every matrix and number of levels.
 #include <climits>
 #include <sstream>
 

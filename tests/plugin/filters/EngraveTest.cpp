@@ -1,3 +1,4 @@
+// Engraving beside a model, edges and in place.
 #include <climits>
 
 #include "tests/plugin/filters/FilterScenes.h"

@@ -1,3 +1,5 @@
+// Sources and destinations made in every way in which they can meet, and read as a reference sees
+// them.
 #include "tests/plugin/filters/FilterScenes.h"
 
 #include <algorithm>

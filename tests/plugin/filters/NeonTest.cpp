@@ -1,3 +1,4 @@
+// Neon beside a model, edges and in place.
 #include <cmath>
 
 #include "tests/plugin/filters/FilterScenes.h"

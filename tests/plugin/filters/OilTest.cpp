@@ -1,3 +1,4 @@
+// Oil paint beside a model with slots of its own that live as long as the plug-in's.
 #include <climits>
 
 #include "tests/plugin/filters/FilterScenes.h"

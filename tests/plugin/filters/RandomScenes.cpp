@@ -1,3 +1,4 @@
+// Random pictures, views and destinations for filters.
 #include "tests/plugin/filters/RandomScenes.h"
 
 #include <algorithm>

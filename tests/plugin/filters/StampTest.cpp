@@ -1,3 +1,4 @@
+// Stamps beside a model.
 #include <cmath>
 #include <limits>
 

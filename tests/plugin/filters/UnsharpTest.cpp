@@ -1,3 +1,4 @@
+// Sharpening beside a model, and what it refuses.
 #include <climits>
 #include <cmath>
 #include <limits>
@@ -5,6 +6,7 @@
 #include "tests/plugin/filters/FilterScenes.h"
 #include "tests/plugin/filters/RandomScenes.h"
 #include "tests/support/Interpose.h"
+#include "tests/support/Yields.h"
 
 namespace {
 
@@ -158,15 +160,9 @@ TEST_F(Unsharp, IsTrueForAPictureWithoutChannels) {
 }
 
 TEST_F(Unsharp, YieldsOnceForEachPicture) {
-    FakeClock clock;
-    const auto picture = New("PictureTQX", 4, 50, 1);
-    const auto reference = New("PictureTQX", 4, 50, 1);
-    Set(picture, "YieldTicks", 1);
-    Set(reference, "YieldTicks", 1);
-    clock.AdvancePerReading(10);
-    const auto before = CallsOf("REALYieldToRB");
-    EXPECT_TRUE(CallBool(picture, "UnsharpFilter", reference, 1.0, 0));
-    EXPECT_EQ(CallsOf("REALYieldToRB") - before, 2);
+    ExpectOneYieldForEach([](const auto& picture, const auto& reference) {
+        EXPECT_TRUE(CallBool(picture, "UnsharpFilter", reference, 1.0, 0));
+    });
 }
 
 TEST_F(Unsharp, EndsWhenAYieldClosesThePicture) {

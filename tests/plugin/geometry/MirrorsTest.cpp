@@ -1,6 +1,8 @@
+// Mirrors and half turns in place.
 #include "tests/plugin/geometry/ReferenceTurns.h"
 #include "tests/support/Interpose.h"
 #include "tests/support/Scene.h"
+#include "tests/support/Yields.h"
 
 namespace {
 
@@ -144,23 +146,8 @@ TEST_F(Mirrors, YieldFirstAndAfterEachRowOrPair) {
 }
 
 TEST_F(Mirrors, EndWhenAYieldTakesThePicture) {
-    FakeClock clock(100);
-    clock.AdvancePerReading(10);
     for (const char* const mirror : {"HMirror", "VMirror", "Rotate180"})
-        for (const bool rebuilds : {false, true}) {
-            auto picture = New("PictureTQX", 4, 50, kRGB);
-            Set(picture, "YieldTicks", Value(1));
-            int yields = 0;
-            const OnYield interrupt([&] {
-                if (++yields != 3) return;
-                if (rebuilds)
-                    Call(picture, "Constructor", 1, 1, kG);
-                else
-                    Call(picture, "Close");
-            });
-            Call(picture, mirror);
-            EXPECT_EQ(yields, 3) << mirror;
-        }
+        ExpectEndWhenAYieldTakesThePicture(kRGB, [&](const auto& picture) { Call(picture, mirror); });
 }
 
 }  // namespace

@@ -1,3 +1,4 @@
+// Rotation beside a model of the three shears.
 #include <cmath>
 #include <limits>
 

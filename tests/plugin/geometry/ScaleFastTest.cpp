@@ -1,3 +1,4 @@
+// Picked pixels beside a model, and what is refused.
 #include <limits>
 
 #include "tests/support/Scene.h"

@@ -1,3 +1,4 @@
+// Filtered scaling as it is defined, sample by sample.
 #include "tests/plugin/geometry/ScaleReference.h"
 
 #include <algorithm>

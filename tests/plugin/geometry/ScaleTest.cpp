@@ -1,3 +1,4 @@
+// Filtered scaling beside the reference, kernel by kernel and path by path.
 #include <tuple>
 
 #include "tests/plugin/geometry/ScaleReference.h"

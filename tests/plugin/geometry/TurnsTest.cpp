@@ -1,3 +1,4 @@
+// Turns into destinations of every kind.
 #include <limits>
 
 #include "tests/plugin/geometry/ReferenceTurns.h"

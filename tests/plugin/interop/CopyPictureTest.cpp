@@ -1,3 +1,4 @@
+// Host pictures and masks made of pictures.
 #include <string>
 
 #include "host/framework/FolderItem.h"

@@ -1,3 +1,4 @@
+// Draws beside a model of the cut and of each blend.
 #include <string>
 
 #include "tests/plugin/interop/HostModels.h"

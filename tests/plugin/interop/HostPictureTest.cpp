@@ -1,3 +1,4 @@
+// Pictures around a host picture's pixels.
 #include "host/calls/HostFunctionSlot.h"
 #include "tests/plugin/interop/HostModels.h"
 

@@ -1,3 +1,4 @@
+// Copies beside a model of the cut, in every pair of layouts.
 #include <limits>
 
 #include "tests/plugin/ops/Rectangles.h"

@@ -1,8 +1,10 @@
+// Clears and fills beside a model, with rectangles anywhere.
 #include <limits>
 
 #include "tests/plugin/ops/Rectangles.h"
 #include "tests/support/Interpose.h"
 #include "tests/support/Scene.h"
+#include "tests/support/Yields.h"
 
 namespace {
 
@@ -328,30 +330,11 @@ TEST_F(Fill, YieldsBeforeTheFirstRowAndAfterEach) {
 }
 
 TEST_F(Fill, EndsWhenAYieldClosesOrRebuildsThePicture) {
-    FakeClock clock(100);
-    clock.AdvancePerReading(10);
-    for (const bool rebuilds : {false, true})
-        for (const int format : {kRGB, kRGBX})
-            for (const char* const operation : {"ClearRect", "FillRect", "Invert"}) {
-                auto picture = New("PictureTQX", 4, 50, format);
-                Set(picture, "YieldTicks", Value(1));
-                int yields = 0;
-                const OnYield interrupt([&] {
-                    if (++yields != 3) return;
-                    if (rebuilds)
-                        Call(picture, "Constructor", 1, 1, kG);
-                    else
-                        Call(picture, "Close");
-                });
-                if (operation == std::string("FillRect"))
-                    Call(picture, operation, 255);
-                else
-                    Call(picture, operation);
-                EXPECT_EQ(yields, 3);
-                if (rebuilds) {
-                    EXPECT_EQ(ReadPixels(picture), Bytes{0});
-                }
-            }
+    for (const int format : {kRGB, kRGBX}) {
+        ExpectEndWhenAYieldTakesThePicture(format, [](const auto& picture) { Call(picture, "ClearRect"); });
+        ExpectEndWhenAYieldTakesThePicture(format, [](const auto& picture) { Call(picture, "FillRect", 255); });
+        ExpectEndWhenAYieldTakesThePicture(format, [](const auto& picture) { Call(picture, "Invert"); });
+    }
 }
 
 }  // namespace

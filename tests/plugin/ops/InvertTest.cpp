@@ -1,3 +1,4 @@
+// Inversion of rectangles anywhere.
 #include "tests/plugin/ops/Rectangles.h"
 #include "tests/support/Scene.h"
 

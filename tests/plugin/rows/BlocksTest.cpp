@@ -1,3 +1,4 @@
+// Ranges cut into blocks, up to the largest numbers.
 #include <gtest/gtest.h>
 
 #include <limits>

@@ -1,3 +1,4 @@
+// Box sums at every level against the plain ones.
 #include <gtest/gtest.h>
 
 #include <algorithm>

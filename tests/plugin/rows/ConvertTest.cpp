@@ -1,3 +1,4 @@
+// Conversions at every level, for every pair of layouts and length.
 #include <gtest/gtest.h>
 
 #include "plugin/rows/Convert.h"

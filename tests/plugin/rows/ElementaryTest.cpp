@@ -1,3 +1,4 @@
+// Elementary functions against a library of many digits.
 #include <gtest/gtest.h>
 
 #include <bit>

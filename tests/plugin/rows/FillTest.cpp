@@ -1,3 +1,4 @@
+// Filled rows at every level, with every mask of bytes.
 #include <gtest/gtest.h>
 
 #include "plugin/rows/Fill.h"

@@ -1,3 +1,4 @@
+// Three-tap averages at every level against the plain ones.
 #include <gtest/gtest.h>
 
 #include <cmath>

@@ -1,3 +1,4 @@
+// Masked draws at every level against the plain ones.
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Looked-up rows at every level against the plain ones.
 #include <gtest/gtest.h>
 
 #include "plugin/rows/LookUp.h"

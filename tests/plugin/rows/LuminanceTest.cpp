@@ -1,3 +1,4 @@
+// Counted luminances at every level against the plain ones.
 #include <gtest/gtest.h>
 
 #include <cmath>

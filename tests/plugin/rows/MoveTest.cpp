@@ -1,3 +1,4 @@
+// Moves at every level, forward, reversed and within a row.
 #include <gtest/gtest.h>
 
 #include "plugin/rows/Move.h"

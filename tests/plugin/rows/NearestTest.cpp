@@ -1,3 +1,4 @@
+// Picked pixels at every level against the plain ones.
 #include <gtest/gtest.h>
 
 #include "plugin/rows/Nearest.h"

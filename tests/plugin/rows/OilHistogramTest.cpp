@@ -1,3 +1,4 @@
+// Histograms and their fullest bin against counts made anew.
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Sheared rows and columns at every level against the plain ones.
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Turned blocks at every level against the plain ones.
 #include <gtest/gtest.h>
 
 #include "plugin/rows/Transpose.h"
