@@ -34,6 +34,9 @@ int PixelSize(int format);
 // A new picture in memory, all zero.
 Ref<Object> NewPicture(int width, int height, int format);
 
+// The pixels of a photograph as packed red, green, blue and alpha.
+std::string_view PhotoBytes(int width, int height);
+
 // A new picture of smooth noise with edges and grain, the same at every run.
 Ref<Object> Photo(int width, int height, int format);
 

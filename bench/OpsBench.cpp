@@ -12,11 +12,14 @@ bench::Work Written(int format) {
     return work;
 }
 
+const std::vector<std::int64_t> kFormats = {bench::kRGB, bench::kRGBA, bench::kGray};
+
 void BM_ClearRect(benchmark::State& state) {
-    const auto picture = bench::Photo(kWidth, kHeight, bench::kRGB);
-    bench::Measure(state, Written(bench::kRGB), [&] { bench::Call(picture, "ClearRect"); });
+    const int format = static_cast<int>(state.range(0));
+    const auto picture = bench::Photo(kWidth, kHeight, format);
+    bench::Measure(state, Written(format), [&] { bench::Call(picture, "ClearRect"); });
 }
-BENCHMARK(BM_ClearRect)->UseManualTime();
+BENCHMARK(BM_ClearRect)->UseManualTime()->ArgName("format")->ArgsProduct({kFormats});
 
 void BM_FillRectRGB(benchmark::State& state) {
     const int format = static_cast<int>(state.range(0));
@@ -31,7 +34,7 @@ void BM_Invert(benchmark::State& state) {
     const auto picture = bench::Photo(kWidth, kHeight, format);
     bench::Measure(state, bench::WorkOf(kWidth, kHeight, format, format), [&] { bench::Call(picture, "Invert"); });
 }
-BENCHMARK(BM_Invert)->UseManualTime()->ArgName("format")->Arg(bench::kGray)->Arg(bench::kRGB)->Arg(bench::kRGBA);
+BENCHMARK(BM_Invert)->UseManualTime()->ArgName("format")->ArgsProduct({kFormats});
 
 void BM_CopyPixels(benchmark::State& state) {
     const int from = static_cast<int>(state.range(0)), to = static_cast<int>(state.range(1));
@@ -43,6 +46,8 @@ BENCHMARK(BM_CopyPixels)
     ->UseManualTime()
     ->ArgNames({"from", "to"})
     ->Args({bench::kRGB, bench::kRGB})
+    ->Args({bench::kRGBA, bench::kRGBA})
+    ->Args({bench::kGray, bench::kGray})
     ->Args({bench::kRGB, bench::kBGR})
     ->Args({bench::kRGB, bench::kBGRA})
     ->Args({bench::kRGB, bench::kGray})

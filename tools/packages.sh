@@ -10,6 +10,8 @@ elsewhere_libraries="libstdc++-12-dev libffi-dev libpng-dev libjpeg62-turbo-dev 
     libexif-dev libcli11-dev libutf8proc-dev nlohmann-json3-dev libgtest-dev libgmock-dev libmpfr-dev"
 site_packages="mkdocs mkdocs-material python3"
 site_check_packages="chromium chromium-driver python3-selenium"
+peers_packages="python3-opencv python3-pil python3-numpy python3-wand python3-gi gir1.2-vips-8.0 libzimg2
+    libgraphicsmagick-q16-3 util-linux"
 photo_packages="lomiri-wallpapers-16.04"
 
 # install_packages NAME...: installs what is missing. Asks for nothing where nothing is.
