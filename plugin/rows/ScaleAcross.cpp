@@ -1,6 +1,8 @@
 // The sums along rows plainly, and one pixel by itself.
 #include "plugin/rows/ScaleAcross.h"
 
+#include <algorithm>
+
 #include "plugin/rows/ScaleTurns.h"
 
 #define ROWS_WIDE "plugin/rows/ScaleAcrossWide.h"
@@ -96,6 +98,21 @@ void SumAcrossPixel(const Samples& samples, const Taps& taps, const std::uint8_t
             return SumPixel<3, false>(samples.layout, taps, row, values);
         default:
             return SumPixel<4, false>(samples.layout, taps, row, values);
+    }
+}
+
+// Some rows at a time, since each sum waits for its own additions.
+void SumAcrossSamples(const Taps& taps, const std::uint8_t* const* rows, int count, std::int64_t offset, int stride,
+                      float* values) {
+    constexpr int kRows = 4;
+    const std::int64_t start = std::int64_t{taps.first} * stride + offset;
+    for (int r = 0; r < count; r += kRows) {
+        const std::uint8_t* sample[kRows];
+        for (int i = 0; i < kRows; ++i) sample[i] = rows[std::min(r + i, count - 1)] + start;
+        double sum[kRows] = {};
+        for (std::int64_t k = 0; k < taps.count; ++k)
+            for (int i = 0; i < kRows; ++i) sum[i] += taps.weights[k] * sample[i][k * stride];
+        for (int i = 0; i < kRows && r + i < count; ++i) values[r + i] = ValueOf(sum[i] / taps.total);
     }
 }
 

@@ -35,6 +35,11 @@ struct Samples {
 // One pixel of a row: the definition. Writes Values() doubles, each a single.
 void SumAcrossPixel(const Samples& samples, const Taps& taps, const std::uint8_t* row, double* values);
 
+// One value of some rows of sampled bytes. Each row is given by its address; the column's channel has
+// its bytes from `offset` on, `stride` bytes apart, the first of them column 0's.
+void SumAcrossSamples(const Taps& taps, const std::uint8_t* const* rows, int count, std::int64_t offset, int stride,
+                      float* values);
+
 // The first `count` bytes of kLanes rows, `stride` bytes apart, as doubles in lanes. Reads and
 // writes up to 15 values past the count.
 using BytesToLanesFunction = void(const std::uint8_t* band, std::int64_t stride, std::int64_t count, double* lanes);

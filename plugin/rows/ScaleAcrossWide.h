@@ -83,7 +83,7 @@ void BytesToLanes(const std::uint8_t* band, std::int64_t stride, std::int64_t co
 void LanesToRows(const float* sums, std::int64_t count, double* rows, std::int64_t stride) {
     for (std::int64_t v = 0; v < count; v += 8) {
         __m256 row[8];
-        TurnFloats(sums + v * kLanes, row);
+        TurnFloats(sums + v * kLanes, kLanes, row);
 #pragma GCC unroll 8
         for (int r = 0; r < kLanes; ++r) _mm512_storeu_pd(rows + r * stride + v, _mm512_cvtps_pd(row[r]));
     }
@@ -140,7 +140,7 @@ void BytesToLanes(const std::uint8_t* band, std::int64_t stride, std::int64_t co
 void LanesToRows(const float* sums, std::int64_t count, double* rows, std::int64_t stride) {
     for (std::int64_t v = 0; v < count; v += 8) {
         __m256 row[8];
-        TurnFloats(sums + v * kLanes, row);
+        TurnFloats(sums + v * kLanes, kLanes, row);
 #pragma GCC unroll 8
         for (int r = 0; r < kLanes; ++r) {
             double* const to = rows + r * stride + v;

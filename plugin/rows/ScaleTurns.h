@@ -39,11 +39,11 @@ TURN_INLINE void TurnBytes(const std::uint8_t* band, std::int64_t stride, __m128
         }
 }
 
-// 8 values of 8 lanes: row[r] holds lane r of every value.
-TURN_INLINE void TurnFloats(const float* lanes, __m256* row) {
+// 8 values of 8 lanes, `stride` floats from a value to the next: row[r] holds lane r of every value.
+TURN_INLINE void TurnFloats(const float* lanes, std::int64_t stride, __m256* row) {
     __m256 value[8], pair[8], four[8];
 #pragma GCC unroll 8
-    for (int v = 0; v < 8; ++v) value[v] = _mm256_loadu_ps(lanes + v * 8);
+    for (int v = 0; v < 8; ++v) value[v] = _mm256_loadu_ps(lanes + v * stride);
 #pragma GCC unroll 4
     for (int i = 0; i < 4; ++i) {
         pair[2 * i] = _mm256_unpacklo_ps(value[2 * i], value[2 * i + 1]);

@@ -1,0 +1,67 @@
+// Weights as singles, and the bounds that QuickTaps.h proves.
+#include "plugin/geometry/QuickTaps.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace tqx {
+
+namespace {
+
+constexpr std::int32_t kMostTaps = 4096;
+constexpr double kExactUnit = 0x1p-20;
+constexpr double kUnit = 0x1p-24, kSecondOrder = 1 + 0x1p-10, kRest = 0x1p-28, kRounding = 0x1p-17;
+
+bool IsMultiple(double number, double unit) { return number / unit == std::floor(number / unit); }
+
+// The least p for which a weight, divided by its total, is a multiple of 2^-p; kMostPlaces + 1 where it
+// takes more, or where the definition rounds. A fused step rounds once, so it gives 0 for nothing but 0.
+int PlacesOf(float weight, double total, double defined) {
+    const bool exact = std::fma(static_cast<double>(weight), total, -defined) == 0 && IsMultiple(defined, kExactUnit);
+    int places = exact ? 0 : QuickTaps::kMostPlaces + 1;
+    while (places <= QuickTaps::kMostPlaces && !IsMultiple(weight, std::ldexp(1.0, -places))) ++places;
+    return places;
+}
+
+bool Serves(const rows::Taps& list) { return list.count > 0 && list.count <= kMostTaps && list.reciprocal != 0; }
+
+}  // namespace
+
+bool QuickTaps::Build(const Contributions& lists) {
+    count_ = lists.Count();
+    std::int64_t weights = 0;
+    for (std::int32_t i = 0; i < count_; ++i) {
+        if (!Serves(lists[i])) return false;
+        weights += lists[i].count;
+    }
+    if (!taps_.Allocate(count_) || !magnitudes_.Allocate(count_) || !weights_.Allocate(weights)) return false;
+    float* next = weights_.data();
+    for (std::int32_t i = 0; i < count_; ++i) {
+        const rows::Taps& list = lists[i];
+        Magnitudes& magnitudes = magnitudes_[i];
+        taps_[i] = {next, list.first, list.count};
+        for (std::int32_t k = 0; k < list.count; ++k, ++next) {
+            *next = static_cast<float>(list.weights[k] * list.reciprocal);
+            places_ = std::max(places_, PlacesOf(*next, list.total, list.weights[k]));
+            magnitudes.whole += std::abs(*next);
+            magnitudes.sum += magnitudes.whole;
+        }
+    }
+    return true;
+}
+
+double QuickTaps::ErrorOf(const Magnitudes& magnitudes) {
+    return rows::kMiddle * kUnit * (magnitudes.sum + magnitudes.whole) * kSecondOrder + kRest;
+}
+
+double QuickTaps::ErrorAcross() const {
+    double most = 0;
+    for (std::int32_t i = 0; i < count_; ++i) most = std::max(most, ErrorOf(magnitudes_[i]));
+    return most + kRounding;
+}
+
+double QuickTaps::ErrorDown(std::int32_t i, double across) const {
+    return ErrorOf(magnitudes_[i]) + magnitudes_[i].whole * kSecondOrder * across + kRounding;
+}
+
+}  // namespace tqx

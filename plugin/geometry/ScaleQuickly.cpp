@@ -1,0 +1,170 @@
+// A scaling in bands by quick arithmetic, where no intermediate is wanted: near values, the bytes that
+// they tell beyond doubt, and the definition for the others.
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include "plugin/geometry/ExactSamples.h"
+#include "plugin/geometry/QuickAcross.h"
+#include "plugin/geometry/QuickTaps.h"
+#include "plugin/geometry/ScaleJob.h"
+
+namespace tqx {
+
+namespace {
+
+using rows::kPiece;
+using rows::kQuickLanes;
+
+constexpr std::int64_t kSlack = 64;  // bytes past the last one that wide forms may touch
+
+// What the rings of rows may take; a larger window is the doubles' business, which carry sums.
+constexpr std::int64_t kMostRingBytes = 32 << 20;
+
+// Below this a multiply-add in one rounding is a call of the C library's.
+bool HasFusedSteps() { return rows::ActiveCpuLevel() != rows::CpuLevel::Plain; }
+
+constexpr std::int64_t RoundUp(std::int64_t value, std::int64_t step) { return (value + step - 1) / step * step; }
+
+// The number as a single, or the next one on the way to `end`.
+float SingleToward(double number, float end) {
+    const auto single = static_cast<float>(number);
+    return single == number ? single : std::nextafter(single, end);
+}
+
+class QuickScaling {
+  public:
+    // False when memory is short, or when a size or a kernel's weights don't suit.
+    bool Prepare(const ScaleJob& job) {
+        job_ = &job;
+        return BuildLists() && quickAcross_.Build(across_) && quickDown_.Build(down_) && MakeRings() &&
+               acrossBands_.Prepare(job, quickAcross_) && exact_.Prepare(job, across_, down_, sampled_, stride_);
+    }
+
+    void Run() {
+        std::int32_t next = 0;
+        for (std::int64_t y = 0; next < job_->rows; y += kQuickLanes) {
+            TakeBand(y);
+            std::int32_t end = next;
+            while (end < job_->rows && reaches_[end] < y + kQuickLanes) ++end;
+            for (const rows::Block batch : rows::Blocks(next, end, kBatch)) MakeRows(batch);
+            next = end;
+        }
+    }
+
+  private:
+    static constexpr int kBatch = 32;  // rows of self at a time
+
+    bool BuildLists() {
+        if (!across_.Start(*job_->kernel, job_->AcrossScale(job_->columns))) return false;
+        for (std::int32_t i = 0; i < across_.Count(); ++i) across_.BuildList(i);
+        if (!down_.Start(*job_->kernel, job_->DownScale())) return false;
+        for (std::int32_t i = 0; i < down_.Count(); ++i) down_.BuildList(i);
+        return true;
+    }
+
+    // Lists of rows may be out of step by a row, so a row waits for all before it.
+    bool FindReaches(std::int64_t* span) {
+        if (!reaches_.Allocate(down_.Count())) return false;
+        std::int32_t reach = 0;
+        for (std::int32_t y = 0; y < down_.Count(); ++y) {
+            reach = std::max(reach, down_[y].first + down_[y].count - 1);
+            reaches_[y] = reach;
+            *span = std::max<std::int64_t>(*span, std::int64_t{reach} - down_[y].first + 1);
+        }
+        return true;
+    }
+
+    bool MakeRings() {
+        const int values = job_->path.Values();
+        std::int64_t span = 0;
+        if (!FindReaches(&span)) return false;
+        const std::int64_t rows = RoundUp(span + kQuickLanes - 1, kQuickLanes);
+        stride_ = RoundUp(std::int64_t{job_->columns} * values, std::int64_t{ExactSamples::kBlockColumns} * values);
+        const std::int64_t packedStride = RoundUp(std::int64_t{job_->source->Width} * values + kSlack, kSlack);
+        // Quick values, exact ones and sampled bytes.
+        if (rows * (stride_ * (4 + 8) + packedStride) > kMostRingBytes) return false;
+        if (!packed_.Allocate(rows, packedStride) || !ring_.Allocate(rows, stride_) || !ringRow_.Allocate(2, rows) ||
+            !packedRow_.Allocate(2, rows) || !bytes_.Allocate(kBatch, stride_) ||
+            !undecided_.Allocate(kBatch, stride_ / kPiece))
+            return false;
+        for (std::int64_t i = 0; i < 2 * rows; ++i) {
+            ringRow_[i] = ring_.data() + i % rows * stride_;
+            packedRow_[i] = packed_.data() + i % rows * packedStride;
+        }
+        sampled_ = {packedRow_.data(), packedStride, rows};
+        errorAcross_ = quickAcross_.ErrorAcross();
+        return true;
+    }
+
+    void TakeBand(std::int64_t y) {
+        RowCursor& source = job_->source;
+        std::uint8_t* const band = packed_.data() + y % sampled_.rows * sampled_.stride;
+        for (int r = 0; r < kQuickLanes; ++r) {
+            std::uint8_t* const packed = band + r * sampled_.stride;
+            const std::uint8_t* const row =
+                y + r < source->Height ? source.Row(static_cast<std::int32_t>(y + r)) : nullptr;
+            if (row)
+                rows::MoveRow(job_->path.pack, row, packed, source->Width);
+            else
+                std::memset(packed, 0, static_cast<std::size_t>(sampled_.stride));
+        }
+        acrossBands_.Make(band, sampled_.stride, ring_.data() + y % sampled_.rows * stride_, stride_);
+        exact_.Forget(y);
+    }
+
+    rows::QuickRow RowOf(std::int32_t y, std::int32_t place) const {
+        const rows::QuickTaps& taps = quickDown_[y];
+        const bool exact = quickAcross_.Places() + quickDown_.Places() <= QuickTaps::kMostPlaces;
+        const double error = exact ? 0 : quickDown_.ErrorDown(y, errorAcross_);
+        return {.rows = &ringRow_[taps.first % sampled_.rows],
+                .weights = taps.weights,
+                .count = taps.count,
+                .low = SingleToward(rows::kMiddle - error, 0),
+                .high = SingleToward(rows::kMiddle + error, 1024),
+                .bytes = bytes_.data() + place * stride_,
+                .undecided = undecided_.data() + place * (stride_ / kPiece)};
+    }
+
+    void MakeRows(const rows::Block& batch) {
+        rows::QuickRow outputs[kBatch];
+        for (std::int32_t i = 0; i < batch.count; ++i) outputs[i] = RowOf(batch.first + i, i);
+        sumDown_(outputs, batch.count, RoundUp(std::int64_t{job_->columns} * job_->path.Values(), kPiece));
+        for (std::int32_t i = 0; i < batch.count; ++i) {
+            exact_.Decide(batch.first + i, outputs[i].undecided, outputs[i].bytes);
+            std::uint8_t* const row = job_->self.Row(batch.first + i);
+            if (row) rows::MoveRow(job_->path.fromPacked, outputs[i].bytes, row, job_->columns);
+        }
+    }
+
+    const ScaleJob* job_ = nullptr;
+    rows::QuickSumDownFunction* sumDown_ = rows::kQuickSumDown.Chosen();
+    Contributions across_;
+    Contributions down_;
+    QuickTaps quickAcross_;
+    QuickTaps quickDown_;
+    double errorAcross_ = 0;
+    Scratch<std::int32_t> reaches_;  // no row of self up to this one uses rows of the source below
+    Scratch<std::uint8_t> packed_;   // the rings: sampled bytes, and quick values
+    SampledRows sampled_{};
+    Scratch<float> ring_;
+    std::int64_t stride_ = 0;                 // values, whole blocks
+    Scratch<const std::uint8_t*> packedRow_;  // the rings' rows twice in a row, so that runs may wrap
+    Scratch<const float*> ringRow_;
+    Scratch<std::uint8_t> bytes_;  // of a batch
+    Scratch<std::uint64_t> undecided_;
+    QuickAcross acrossBands_;
+    ExactSamples exact_;
+};
+
+}  // namespace
+
+bool ScaleQuickly(const ScaleJob& job) {
+    if (!HasFusedSteps() || job.path.samples.luma || job.columns <= 0 || job.rows <= 0) return false;
+    QuickScaling scaling;
+    if (!scaling.Prepare(job)) return false;
+    scaling.Run();
+    return true;
+}
+
+}  // namespace tqx

@@ -1,0 +1,59 @@
+// Scaling by quick arithmetic: single precision, each product added in one rounding, where the doubles
+// of ScaleAcross.h and ScaleDown.h are the definition. What comes out is near the defined value, and
+// geometry/QuickTaps.h says how near: mostly near enough to know the byte.
+//
+// Weights are divided by their total beforehand, and kMiddle is taken off every sample, which halves
+// the numbers that are rounded. Every sum is made from the first weight to the last, so all forms give
+// the same bits.
+#pragma once
+
+#include <cstdint>
+
+#include "plugin/rows/Forms.h"
+
+namespace rows {
+
+// Rows that go along together, a lane each. Value v of row r lies at v × kQuickLanes + r.
+inline constexpr int kQuickLanes = 16;
+
+inline constexpr int kMiddle = 128;
+
+// A run of neighbours and their weights, each divided by the total.
+struct QuickTaps {
+    const float* weights;
+    std::int32_t first;
+    std::int32_t count;
+};
+
+// The first `count` bytes of kQuickLanes rows, `stride` bytes apart, less kMiddle, in lanes. Reads and
+// writes up to 15 values past the count.
+using QuickBytesToLanesFunction = void(const std::uint8_t* band, std::int64_t stride, std::int64_t count, float* lanes);
+extern const Forms<QuickBytesToLanesFunction> kQuickBytesToLanes;
+
+// Sums for `count` columns with 1 to 4 values a pixel, clamped to 0..255 less kMiddle. `lanes` begins
+// with source column `firstColumn`.
+using QuickSumAcrossFunction = void(int values, const QuickTaps* columns, std::int64_t count, const float* lanes,
+                                    std::int64_t firstColumn, float* sums);
+extern const Forms<QuickSumAcrossFunction> kQuickSumAcross;
+
+// Values in lanes as rows, `stride` floats apart. Writes whole groups of 8 values, so up to 7 past
+// the count, and reads as many.
+using QuickLanesToRowsFunction = void(const float* sums, std::int64_t count, float* rows, std::int64_t stride);
+extern const Forms<QuickLanesToRowsFunction> kQuickLanesToRows;
+
+// An output row. The defined value of a sample lies between its sum + low and its sum + high.
+struct QuickRow {
+    const float* const* rows;  // of values less kMiddle, one row a weight
+    const float* weights;
+    int count;
+    float low;
+    float high;
+    std::uint8_t* bytes;       // what sum + low gives, clamped and truncated
+    std::uint64_t* undecided;  // a bit for each sample of a piece whose sum + high gives another byte
+};
+
+// Adds for the outputs piece by piece: `values` values each, a multiple of kPiece.
+using QuickSumDownFunction = void(const QuickRow* outputs, int count, std::int64_t values);
+extern const Forms<QuickSumDownFunction> kQuickSumDown;
+
+}  // namespace rows

@@ -1,0 +1,159 @@
+// Quick sums in registers, for QuickScale.cpp.
+
+namespace rows::ROWS_LEVEL {
+
+namespace {
+
+#if ROWS_LEVEL_IS_AVX512
+
+using Floats = __m512;
+constexpr int kFloats = 16;
+
+ROWS_INLINE Floats LoadFloats(const float* from) { return _mm512_loadu_ps(from); }
+ROWS_INLINE void StoreFloats(float* to, Floats value) { _mm512_storeu_ps(to, value); }
+ROWS_INLINE Floats AllFloats(float value) { return _mm512_set1_ps(value); }
+ROWS_INLINE Floats AddFloats(Floats a, Floats b) { return _mm512_add_ps(a, b); }
+ROWS_INLINE Floats MulAddFloats(Floats a, Floats b, Floats sum) { return _mm512_fmadd_ps(a, b, sum); }
+ROWS_INLINE Floats ClampFloats(Floats value, Floats least, Floats most) {
+    return _mm512_min_ps(_mm512_max_ps(value, least), most);
+}
+ROWS_INLINE Register TruncatedInts(Floats value) { return _mm512_cvttps_epi32(value); }
+ROWS_INLINE std::uint64_t Differences(Register a, Register b) { return _mm512_cmpneq_epi8_mask(a, b); }
+
+// Two values of 16 rows, from two values of 8 rows each.
+ROWS_INLINE void StoreTurned(__m128i upper, __m128i lower, float* to) {
+    StoreFloats(to, _mm512_cvtepi32_ps(_mm512_cvtepi8_epi32(_mm_unpacklo_epi64(upper, lower))));
+    StoreFloats(to + 16, _mm512_cvtepi32_ps(_mm512_cvtepi8_epi32(_mm_unpackhi_epi64(upper, lower))));
+}
+
+#else
+
+using Floats = __m256;
+constexpr int kFloats = 8;
+
+ROWS_INLINE Floats LoadFloats(const float* from) { return _mm256_loadu_ps(from); }
+ROWS_INLINE void StoreFloats(float* to, Floats value) { _mm256_storeu_ps(to, value); }
+ROWS_INLINE Floats AllFloats(float value) { return _mm256_set1_ps(value); }
+ROWS_INLINE Floats AddFloats(Floats a, Floats b) { return _mm256_add_ps(a, b); }
+ROWS_INLINE Floats MulAddFloats(Floats a, Floats b, Floats sum) { return _mm256_fmadd_ps(a, b, sum); }
+ROWS_INLINE Floats ClampFloats(Floats value, Floats least, Floats most) {
+    return _mm256_min_ps(_mm256_max_ps(value, least), most);
+}
+ROWS_INLINE Register TruncatedInts(Floats value) { return _mm256_cvttps_epi32(value); }
+ROWS_INLINE std::uint64_t Differences(Register a, Register b) {
+    return static_cast<std::uint32_t>(~_mm256_movemask_epi8(_mm256_cmpeq_epi8(a, b)));
+}
+
+ROWS_INLINE void StoreSignedBytes(__m128i bytes, float* to) {
+    StoreFloats(to, _mm256_cvtepi32_ps(_mm256_cvtepi8_epi32(bytes)));
+}
+
+ROWS_INLINE void StoreTurned(__m128i upper, __m128i lower, float* to) {
+    StoreSignedBytes(upper, to);
+    StoreSignedBytes(lower, to + 8);
+    StoreSignedBytes(_mm_unpackhi_epi64(upper, upper), to + 16);
+    StoreSignedBytes(_mm_unpackhi_epi64(lower, lower), to + 24);
+}
+
+#endif
+
+// Less kMiddle, a byte is a signed one with its highest bit turned over.
+void QuickBytesToLanes(const std::uint8_t* band, std::int64_t stride, std::int64_t count, float* lanes) {
+    const __m128i middle = _mm_set1_epi8(static_cast<char>(kMiddle));
+    for (std::int64_t v = 0; v < count; v += 16) {
+        __m128i upper[8], lower[8];
+        TurnBytes(band + v, stride, upper);
+        TurnBytes(band + 8 * stride + v, stride, lower);
+#pragma GCC unroll 8
+        for (int i = 0; i < 8; ++i)
+            StoreTurned(_mm_xor_si128(upper[i], middle), _mm_xor_si128(lower[i], middle),
+                        lanes + (v + 2 * i) * kQuickLanes);
+    }
+}
+
+template <int Values>
+void QuickSumAcrossOf(const QuickTaps* columns, std::int64_t count, const float* lanes, std::int64_t firstColumn,
+                      float* sums) {
+    constexpr int kColumn = Values * kQuickLanes, kRegisters = kColumn / kFloats;
+    const Floats least = AllFloats(0.0F - kMiddle), most = AllFloats(255.0F - kMiddle);
+    for (std::int64_t x = 0; x < count; ++x) {
+        const QuickTaps& taps = columns[x];
+        const float* column = lanes + (taps.first - firstColumn) * kColumn;
+        Floats sum[kRegisters];
+#pragma GCC unroll 8
+        for (int i = 0; i < kRegisters; ++i) sum[i] = AllFloats(0);
+        for (std::int32_t k = 0; k < taps.count; ++k, column += kColumn) {
+            const Floats weight = AllFloats(taps.weights[k]);
+#pragma GCC unroll 8
+            for (int i = 0; i < kRegisters; ++i)
+                sum[i] = MulAddFloats(weight, LoadFloats(column + i * kFloats), sum[i]);
+        }
+#pragma GCC unroll 8
+        for (int i = 0; i < kRegisters; ++i)
+            StoreFloats(sums + x * kColumn + i * kFloats, ClampFloats(sum[i], least, most));
+    }
+}
+
+void QuickSumAcross(int values, const QuickTaps* columns, std::int64_t count, const float* lanes,
+                    std::int64_t firstColumn, float* sums) {
+    switch (values) {
+        case 1:
+            return QuickSumAcrossOf<1>(columns, count, lanes, firstColumn, sums);
+        case 2:
+            return QuickSumAcrossOf<2>(columns, count, lanes, firstColumn, sums);
+        case 3:
+            return QuickSumAcrossOf<3>(columns, count, lanes, firstColumn, sums);
+        default:
+            return QuickSumAcrossOf<4>(columns, count, lanes, firstColumn, sums);
+    }
+}
+
+void QuickLanesToRows(const float* sums, std::int64_t count, float* rows, std::int64_t stride) {
+    for (std::int64_t v = 0; v < count; v += 8)
+        for (int half = 0; half < kQuickLanes; half += 8) {
+            __m256 row[8];
+            TurnFloats(sums + v * kQuickLanes + half, kQuickLanes, row);
+#pragma GCC unroll 8
+            for (int r = 0; r < 8; ++r) _mm256_storeu_ps(rows + (half + r) * stride + v, row[r]);
+        }
+}
+
+// Four registers of sums as bytes, clamped and truncated.
+ROWS_INLINE Register TruncatedBytes(const Floats* sums, Floats shift) {
+    Register ints[4];
+#pragma GCC unroll 4
+    for (int i = 0; i < 4; ++i) ints[i] = TruncatedInts(AddFloats(sums[i], shift));
+    return QuartersInOrder(PackWords(PackInts(ints[0], ints[1]), PackInts(ints[2], ints[3])));
+}
+
+void QuickSumPiece(const QuickRow& output, std::int64_t at) {
+    constexpr int kRegisters = kPiece / kFloats;
+    Floats sum[kRegisters];
+#pragma GCC unroll 8
+    for (int i = 0; i < kRegisters; ++i) sum[i] = AllFloats(0);
+    for (int k = 0; k < output.count; ++k) {
+        const Floats weight = AllFloats(output.weights[k]);
+        const float* const values = output.rows[k] + at;
+#pragma GCC unroll 8
+        for (int i = 0; i < kRegisters; ++i) sum[i] = MulAddFloats(weight, LoadFloats(values + i * kFloats), sum[i]);
+    }
+    const Floats low = AllFloats(output.low), high = AllFloats(output.high);
+    std::uint64_t undecided = 0;
+#pragma GCC unroll 2
+    for (int i = 0; i < kRegisters; i += 4) {
+        const Register bytes = TruncatedBytes(sum + i, low);
+        Store(output.bytes + at + i * kFloats, bytes);
+        undecided |= Differences(bytes, TruncatedBytes(sum + i, high)) << (i * kFloats);
+    }
+    output.undecided[at / kPiece] = undecided;
+}
+
+// Piece by piece, so that the rows that several outputs share come from the nearest cache.
+void QuickSumDown(const QuickRow* outputs, int count, std::int64_t values) {
+    for (std::int64_t at = 0; at < values; at += kPiece)
+        for (int i = 0; i < count; ++i) QuickSumPiece(outputs[i], at);
+}
+
+}  // namespace
+
+}  // namespace rows::ROWS_LEVEL

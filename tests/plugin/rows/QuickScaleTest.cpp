@@ -1,0 +1,103 @@
+// The quick sums of scaling at every level against the plain ones, bit for bit.
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <vector>
+
+#include "plugin/rows/QuickScale.h"
+#include "plugin/rows/Taps.h"
+#include "tests/plugin/rows/Levels.h"
+
+namespace {
+
+using namespace rows_test;
+using rows::kPiece;
+using rows::kQuickLanes;
+using rows::QuickRow;
+using rows::QuickTaps;
+
+float Between(Random& random, float low, float high) {
+    return low + (high - low) * static_cast<float>(random.Next() & 0xFFFF) / 65536;
+}
+
+std::vector<float> Numbers(Random& random, std::size_t count, float low, float high) {
+    std::vector<float> numbers(count);
+    for (float& number : numbers) number = Between(random, low, high);
+    return numbers;
+}
+
+std::vector<std::uint32_t> BitsOf(const std::vector<float>& numbers, std::size_t count) {
+    std::vector<std::uint32_t> bits;
+    for (std::size_t i = 0; i < count; ++i) bits.push_back(std::bit_cast<std::uint32_t>(numbers[i]));
+    return bits;
+}
+
+AT_EACH_LEVEL(QuickScale);
+
+TEST_P(QuickScale, PutsBytesIntoLanesFromEveryLength) {
+    Random random(1);
+    constexpr std::int64_t kStride = 128;
+    const Bytes band = random.NextBytes(kStride * kQuickLanes);
+    for (std::int64_t count = 0; count <= 70; ++count) {
+        const std::size_t values = static_cast<std::size_t>(count) * kQuickLanes;
+        std::vector<float> plain(values + 16 * kQuickLanes), wide = plain;
+        rows::kQuickBytesToLanes.plain(band.data(), kStride, count, plain.data());
+        rows::kQuickBytesToLanes.At(GetParam())(band.data(), kStride, count, wide.data());
+        ASSERT_EQ(BitsOf(wide, values), BitsOf(plain, values)) << count;
+    }
+}
+
+TEST_P(QuickScale, SumsColumnsOfEveryNumberOfValuesAndTaps) {
+    Random random(2);
+    for (int values = 1; values <= 4; ++values)
+        for (int taps = 0; taps <= 26; ++taps) {
+            const std::vector<float> lanes =
+                Numbers(random, static_cast<std::size_t>(40 * values) * kQuickLanes, -128, 127);
+            const std::vector<float> weights = Numbers(random, 26, -0.4F, 0.7F);
+            const QuickTaps columns[] = {
+                {weights.data(), 3, taps}, {weights.data(), 5, taps}, {weights.data(), 9, taps}};
+            std::vector<float> plain(static_cast<std::size_t>(3 * values) * kQuickLanes), wide = plain;
+            rows::kQuickSumAcross.plain(values, columns, 3, lanes.data(), 3, plain.data());
+            rows::kQuickSumAcross.At(GetParam())(values, columns, 3, lanes.data(), 3, wide.data());
+            ASSERT_EQ(BitsOf(wide, wide.size()), BitsOf(plain, plain.size())) << values << ", " << taps;
+        }
+}
+
+TEST_P(QuickScale, TurnsLanesIntoRows) {
+    Random random(3);
+    constexpr std::int64_t kStride = 48;
+    for (std::int64_t count = 0; count <= 33; ++count) {
+        const std::vector<float> sums = Numbers(random, 40 * kQuickLanes, -128, 127);
+        std::vector<float> plain(kStride * kQuickLanes), wide = plain;
+        rows::kQuickLanesToRows.plain(sums.data(), count, plain.data(), kStride);
+        rows::kQuickLanesToRows.At(GetParam())(sums.data(), count, wide.data(), kStride);
+        ASSERT_EQ(BitsOf(wide, wide.size()), BitsOf(plain, plain.size())) << count;
+    }
+}
+
+TEST_P(QuickScale, TellsDecidedBytesFromUndecidedOnes) {
+    Random random(4);
+    constexpr std::int64_t kValues = 3 * kPiece;
+    for (int taps = 0; taps <= 9; ++taps)
+        for (const float doubt : {0.0F, 0.001F, 0.3F, 600.0F}) {
+            std::vector<std::vector<float>> rows;
+            std::vector<const float*> row;
+            for (int k = 0; k < taps; ++k) row.push_back(rows.emplace_back(Numbers(random, kValues, -128, 127)).data());
+            const std::vector<float> weights = Numbers(random, 9, -1, 2);
+            Bytes plainBytes(kValues), wideBytes(kValues);
+            std::vector<std::uint64_t> plainBits(3), wideBits(3);
+            QuickRow output{row.data(),        weights.data(),  taps, 128 - doubt, 128 + doubt,
+                            plainBytes.data(), plainBits.data()};
+            rows::kQuickSumDown.plain(&output, 1, kValues);
+            output.bytes = wideBytes.data();
+            output.undecided = wideBits.data();
+            rows::kQuickSumDown.At(GetParam())(&output, 1, kValues);
+            ASSERT_EQ(wideBytes, plainBytes) << taps;
+            ASSERT_EQ(wideBits, plainBits) << taps;
+            if (doubt == 600) {
+                ASSERT_EQ(plainBits[0], ~std::uint64_t{0});
+            }
+        }
+}
+
+}  // namespace
