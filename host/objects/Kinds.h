@@ -62,6 +62,14 @@ constexpr std::int64_t LowestOf(Kind whole) {
 }
 constexpr std::int64_t HighestOf(Kind whole) { return ((std::int64_t{1} << (RowOf(whole).digits - 1)) - 1) * 2 + 1; }
 
+// A whole number brought into a whole kind's range by dropping high bits.
+constexpr std::int64_t WrapTo(std::int64_t value, Kind whole) {
+    const int dropped = 64 - 8 * RowOf(whole).size;
+    const std::uint64_t high = static_cast<std::uint64_t>(value) << dropped;
+    return RowOf(whole).isSigned ? static_cast<std::int64_t>(high) >> dropped
+                                 : static_cast<std::int64_t>(high >> dropped);
+}
+
 // Whether every number of one kind is one of the other as well.
 constexpr bool HoldsAll(Kind holder, Kind kind) {
     const KindRow& to = RowOf(holder);

@@ -194,18 +194,8 @@ Type Checker::CommonType(Type a, Type b) const {
 
 namespace {
 
-// A whole number brought into a type's range by dropping high bits.
 std::int64_t Wrap(std::int64_t value, Base base) {
-    switch (base) {
-        case Base::Integer:
-            return static_cast<std::int32_t>(value);
-        case Base::UInt32:
-            return static_cast<std::uint32_t>(value);
-        case Base::UInt8:
-            return static_cast<std::uint8_t>(value);
-        default:
-            return value;
-    }
+    return host::IsWholeKind(KindOf(base)) ? host::WrapTo(value, KindOf(base)) : value;
 }
 
 void FoldConversion(ExpressionPtr& expression) {

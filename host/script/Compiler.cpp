@@ -12,16 +12,10 @@ namespace {
 constexpr int kVariantKind = -1;
 
 // Registers are shared only among values of one kind.
-int KindOf(Type type) {
+int RegisterKindOf(Type type) {
     if (type.array) return static_cast<int>(host::Kind::Array);
     if (type.base == Base::Variant || type.base == Base::Nil) return kVariantKind;
-    return static_cast<int>(ToHost(type).kind);
-}
-
-host::Value FirstValueOf(Type type) {
-    if (type.array) return host::Value(host::Ref<host::Array>());
-    if (type.base == Base::Variant || type.base == Base::Nil || type.base == Base::Object) return host::Value(nullptr);
-    return host::DefaultOf(ToHost(type));
+    return static_cast<int>(KindOf(type.base));
 }
 
 }  // namespace
@@ -33,7 +27,7 @@ std::size_t FirstField(const ClassSymbol& symbol) {
 bool HoldsReference(Type type) { return TakesNil(type) || type.base == Base::String; }
 
 std::uint16_t FunctionCompiler::Allocate(Type type) {
-    const int kind = KindOf(type);
+    const int kind = RegisterKindOf(type);
     std::vector<std::uint16_t>& free = free_[kind];
     std::uint16_t index = 0;
     if (!free.empty()) {
@@ -66,7 +60,7 @@ void FunctionCompiler::Free(Operand operand) {
 }
 
 Operand FunctionCompiler::Constant(Type type, host::Value value) {
-    const int kind = KindOf(type);
+    const int kind = RegisterKindOf(type);
     const auto key = std::make_pair(kind, value.bits());
     const auto found = constants_.find(key);
     if (found != constants_.end()) return {found->second, false};

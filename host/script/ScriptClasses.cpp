@@ -8,12 +8,6 @@ namespace script {
 
 namespace {
 
-host::Value FirstValueOf(Type type) {
-    if (type.array) return host::Value(host::Ref<host::Array>());
-    if (TakesNil(type)) return host::Value(nullptr);
-    return host::DefaultOf(ToHost(type));
-}
-
 host::Declaration DeclarationOf(const Signature& signature) {
     host::Declaration declaration;
     declaration.name = signature.name;

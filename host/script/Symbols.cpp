@@ -8,20 +8,8 @@ namespace script {
 
 namespace {
 
-struct BaseName {
-    Base base;
-    std::string_view name;
-    host::Kind kind;
-};
-
-constexpr BaseName kBaseNames[] = {
-    {Base::Boolean, "Boolean", host::Kind::Boolean}, {Base::Integer, "Integer", host::Kind::Integer},
-    {Base::Integer, "Int32", host::Kind::Integer},   {Base::Int64, "Int64", host::Kind::Int64},
-    {Base::UInt32, "UInt32", host::Kind::UInt32},    {Base::UInt8, "UInt8", host::Kind::UInt8},
-    {Base::UInt8, "Byte", host::Kind::UInt8},        {Base::Single, "Single", host::Kind::Single},
-    {Base::Double, "Double", host::Kind::Double},    {Base::Color, "Color", host::Kind::Color},
-    {Base::String, "String", host::Kind::String},
-};
+// Other names of simple types.
+constexpr std::pair<std::string_view, Base> kAliases[] = {{"Int32", Base::Integer}, {"Byte", Base::UInt8}};
 
 ExpressionPtr LiteralNode(Node node, Type type, Position at) {
     auto literal = std::make_unique<Expression>();
@@ -34,50 +22,29 @@ ExpressionPtr LiteralNode(Node node, Type type, Position at) {
 }  // namespace
 
 std::string NameOf(Type type) {
-    std::string name;
-    switch (type.base) {
-        case Base::None:
-            return "nothing";
-        case Base::Wrong:
-            return "?";
-        case Base::Nil:
-            return "Nil";
-        case Base::Variant:
-            name = "Variant";
-            break;
-        case Base::Object:
-            name = type.of->name;
-            break;
-        default:
-            for (const BaseName& row : kBaseNames) {
-                if (row.base != type.base) continue;
-                name = row.name;
-                break;
-            }
-    }
-    return type.array ? name + "()" : name;
+    if (type.base == Base::None) return "nothing";
+    if (type.base == Base::Wrong) return "?";
+    if (type.base == Base::Nil) return "Nil";
+    return host::TypeText(ToHost(type));
 }
 
 // The simple type of a name; kNoType when it is none.
 Type SimpleTypeNamed(std::string_view name) {
     if (host::SameName(name, "Variant")) return kVariantType;
-    for (const BaseName& row : kBaseNames)
-        if (host::SameName(row.name, name)) return {row.base};
-    return kNoType;
+    for (const auto& [alias, base] : kAliases)
+        if (host::SameName(alias, name)) return {base};
+    const host::Kind kind = host::TypeNamed(name).kind;
+    return kind == host::Kind::Object ? kNoType : Type{static_cast<Base>(kind)};
 }
 
 host::Type ToHost(Type type) {
-    host::Type element;
-    if (type.base == Base::Object || type.base == Base::Variant || type.base == Base::Nil) {
-        element.kind = host::Kind::Object;
-        element.className = type.base == Base::Object ? type.of->name : "Variant";
-    }
-    for (const BaseName& row : kBaseNames) {
-        if (row.base != type.base) continue;
-        element.kind = row.kind;
-        break;
-    }
+    host::Type element{KindOf(type.base), host::Kind::None, {}};
+    if (element.kind == host::Kind::Object) element.className = type.of ? type.of->name : "Variant";
     return type.array ? host::ArrayOf(element) : element;
+}
+
+host::Value FirstValueOf(Type type) {
+    return type.array ? host::Value(host::Ref<host::Array>()) : host::DefaultOf(ToHost(type));
 }
 
 bool Inherits(const ClassSymbol* type, const ClassSymbol* base) { return Distance(type, base) >= 0; }
@@ -140,9 +107,7 @@ Type Symbols::FromHost(const host::Type& type) {
         ClassSymbol* symbol = FindClass(type.className);
         return {Base::Object, array, symbol ? symbol : object};
     }
-    for (const BaseName& row : kBaseNames)
-        if (row.kind == kind) return {row.base, array};
-    return kNoType;
+    return {static_cast<Base>(kind), array};
 }
 
 ExpressionPtr Symbols::LiteralOf(const host::Value& value, Position at) {

@@ -164,4 +164,7 @@ bool SameParameters(const Signature& a, const Signature& b);
 // The host's form of a type.
 host::Type ToHost(Type type);
 
+// What a variable of a type holds at first; an array none at all.
+host::Value FirstValueOf(Type type);
+
 }  // namespace script

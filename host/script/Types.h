@@ -10,47 +10,28 @@ namespace script {
 
 struct ClassSymbol;
 
+// A kind of value that the host knows, or what only the checker knows.
 enum class Base : std::uint8_t {
-    None,   // no value: a Sub's result
-    Wrong,  // of an expression already reported; fits everything, so that one mistake gives one message
+    None = static_cast<std::uint8_t>(host::Kind::None),  // no value: a Sub's result
+    Boolean = static_cast<std::uint8_t>(host::Kind::Boolean),
+    Integer = static_cast<std::uint8_t>(host::Kind::Integer),
+    Int64 = static_cast<std::uint8_t>(host::Kind::Int64),
+    UInt32 = static_cast<std::uint8_t>(host::Kind::UInt32),
+    UInt8 = static_cast<std::uint8_t>(host::Kind::UInt8),
+    Single = static_cast<std::uint8_t>(host::Kind::Single),
+    Double = static_cast<std::uint8_t>(host::Kind::Double),
+    Color = static_cast<std::uint8_t>(host::Kind::Color),
+    String = static_cast<std::uint8_t>(host::Kind::String),
+    Object = static_cast<std::uint8_t>(host::Kind::Object),
+    Variant = 0x80,  // an object to the host
     Nil,
-    Boolean,
-    Integer,
-    Int64,
-    UInt32,
-    UInt8,
-    Single,
-    Double,
-    Color,
-    String,
-    Variant,
-    Object,
+    Wrong,  // of an expression already reported; fits everything, so that one mistake gives one message
 };
 
-// The host's kind of a value; None for what it knows by no single kind.
+// The host's kind of such a value.
 constexpr host::Kind KindOf(Base base) {
-    switch (base) {
-        case Base::Boolean:
-            return host::Kind::Boolean;
-        case Base::Integer:
-            return host::Kind::Integer;
-        case Base::Int64:
-            return host::Kind::Int64;
-        case Base::UInt32:
-            return host::Kind::UInt32;
-        case Base::UInt8:
-            return host::Kind::UInt8;
-        case Base::Single:
-            return host::Kind::Single;
-        case Base::Double:
-            return host::Kind::Double;
-        case Base::Color:
-            return host::Kind::Color;
-        case Base::String:
-            return host::Kind::String;
-        default:
-            return host::Kind::None;
-    }
+    if (base == Base::Variant || base == Base::Nil) return host::Kind::Object;
+    return base == Base::Wrong ? host::Kind::None : static_cast<host::Kind>(base);
 }
 
 // An array is a reference like an object; arrays of arrays don't exist.
@@ -77,8 +58,8 @@ inline Type ElementOf(Type array) { return {array.base, false, array.of}; }
 inline Type ArrayOf(Type element) { return {element.base, true, element.of}; }
 
 inline bool IsWrong(Type type) { return type.base == Base::Wrong; }
-inline bool IsIntegral(Type type) { return !type.array && type.base >= Base::Integer && type.base <= Base::UInt8; }
-inline bool IsReal(Type type) { return !type.array && (type.base == Base::Single || type.base == Base::Double); }
+inline bool IsIntegral(Type type) { return !type.array && host::IsWholeKind(KindOf(type.base)); }
+inline bool IsReal(Type type) { return !type.array && host::IsRealKind(KindOf(type.base)); }
 inline bool IsNumeric(Type type) { return IsIntegral(type) || IsReal(type); }
 inline bool IsObject(Type type) { return !type.array && type.base == Base::Object; }
 inline bool IsVariant(Type type) { return !type.array && type.base == Base::Variant; }
