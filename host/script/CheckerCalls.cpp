@@ -1,6 +1,7 @@
+// Calls: which of several routines or methods is meant, and its arguments as it wants them.
 #include <algorithm>
 
-#include "host/script/CheckerState.h"
+#include "host/script/Checker.h"
 
 namespace script {
 

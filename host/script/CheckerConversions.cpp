@@ -1,3 +1,4 @@
+// Types by name, implicit conversions and what they cost, and constants worked out in advance.
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -7,7 +8,7 @@
 #include "host/objects/NearestName.h"
 #include "host/objects/Value.h"
 #include "host/script/Arithmetic.h"
-#include "host/script/CheckerState.h"
+#include "host/script/Checker.h"
 #include "host/script/Literal.h"
 
 namespace script {

@@ -1,9 +1,10 @@
+// Classes, members, routines and variables that a program declares.
 #include <algorithm>
 
 #include "host/calls/Runtime.h"
 #include "host/objects/NearestName.h"
+#include "host/script/Check.h"
 #include "host/script/Checker.h"
-#include "host/script/CheckerState.h"
 
 namespace script {
 

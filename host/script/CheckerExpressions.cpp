@@ -1,6 +1,7 @@
+// Operators, literals and New: the types they take and the one they give.
 #include <limits>
 
-#include "host/script/CheckerState.h"
+#include "host/script/Checker.h"
 #include "host/script/Literal.h"
 
 namespace script {

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "host/calls/Runtime.h"
-#include "host/script/CheckerState.h"
+#include "host/script/Checker.h"
 
 namespace script {
 

@@ -1,8 +1,10 @@
+// Names and members: variables, fields, properties, constants, and what a bracket behind them
+// means.
 #include <algorithm>
 
 #include "host/calls/Runtime.h"
 #include "host/objects/NearestName.h"
-#include "host/script/CheckerState.h"
+#include "host/script/Checker.h"
 
 namespace script {
 

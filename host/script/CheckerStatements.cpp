@@ -1,7 +1,8 @@
+// Statements: their variables, conditions and jumps.
 #include <algorithm>
 
 #include "host/calls/Runtime.h"
-#include "host/script/CheckerState.h"
+#include "host/script/Checker.h"
 
 namespace script {
 

@@ -1,9 +1,10 @@
+// Routines, first values and the program as functions: registers, scopes and constants.
 #include "host/script/Compiler.h"
 
 #include <algorithm>
 #include <limits>
 
-#include "host/script/CompilerState.h"
+#include "host/script/FunctionCompiler.h"
 
 namespace script {
 

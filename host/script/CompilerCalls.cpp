@@ -1,6 +1,7 @@
+// Calls, new objects, properties and assignments as instructions.
 #include <algorithm>
 
-#include "host/script/CompilerState.h"
+#include "host/script/FunctionCompiler.h"
 
 namespace script {
 

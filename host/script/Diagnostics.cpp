@@ -1,3 +1,4 @@
+// Errors and warnings with their place, line and mark.
 #include "host/script/Diagnostics.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Watches each use of a member and tells of those that refused.
 #include "host/script/Explain.h"
 
 #include <filesystem>

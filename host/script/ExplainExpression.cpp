@@ -1,3 +1,4 @@
+// The conditions of the explain table: read, and worked out for one use of a member.
 #include "host/script/ExplainExpression.h"
 
 #include <algorithm>

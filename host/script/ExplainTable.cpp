@@ -1,3 +1,4 @@
+// Reads the table of what members ask for, and looks members up in it.
 #include "host/script/ExplainTable.h"
 
 namespace script::explain {

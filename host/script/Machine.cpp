@@ -1,3 +1,4 @@
+// Frames, exceptions on their way through them, and calls that come from outside.
 #include "host/script/Machine.h"
 
 #include <sys/resource.h>

@@ -1,3 +1,4 @@
+// Calls of routines and of the host's members, and the properties and places behind references.
 #include <memory>
 #include <new>
 

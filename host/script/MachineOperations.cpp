@@ -1,3 +1,4 @@
+// Instructions that may raise: arrays, conversions, new objects.
 #include <algorithm>
 
 #include "host/calls/Call.h"

@@ -1,3 +1,4 @@
+// Whether lines typed at a prompt end in the middle of a block or statement.
 #include <algorithm>
 #include <cctype>
 

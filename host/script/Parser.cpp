@@ -1,10 +1,11 @@
-#include "host/script/Parser.h"
+// Tokens: what stands here, what is expected, and what an error calls it.
+#include "host/script/Parse.h"
 
 #include <algorithm>
 
 #include "host/calls/ForeignText.h"
 #include "host/objects/Type.h"
-#include "host/script/ParserState.h"
+#include "host/script/Parser.h"
 
 namespace script {
 

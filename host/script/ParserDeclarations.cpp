@@ -1,4 +1,5 @@
-#include "host/script/ParserState.h"
+// Routines, classes and their members.
+#include "host/script/Parser.h"
 
 namespace script {
 

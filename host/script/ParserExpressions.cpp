@@ -1,6 +1,7 @@
+// Expressions by precedence, and types by name.
 #include <algorithm>
 
-#include "host/script/ParserState.h"
+#include "host/script/Parser.h"
 
 namespace script {
 

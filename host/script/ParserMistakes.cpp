@@ -6,7 +6,7 @@
 
 #include "host/objects/NearestName.h"
 #include "host/objects/Type.h"
-#include "host/script/ParserState.h"
+#include "host/script/Parser.h"
 
 namespace script {
 

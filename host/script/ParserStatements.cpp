@@ -1,4 +1,5 @@
-#include "host/script/ParserState.h"
+// Statements, one line or one block after the other.
+#include "host/script/Parser.h"
 
 namespace script {
 

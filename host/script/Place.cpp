@@ -1,3 +1,4 @@
+// References to elements, fields and properties as objects that hold their array or object.
 #include "host/script/Place.h"
 
 #include <new>

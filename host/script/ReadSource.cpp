@@ -1,3 +1,4 @@
+// Scripts from files and standard input.
 #include <fcntl.h>
 #include <unistd.h>
 

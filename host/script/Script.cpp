@@ -1,13 +1,14 @@
+// A script from its text through check, compilation and run to what is told of its end.
 #include "host/script/Script.h"
 
 #include <memory>
 #include <new>
 #include <utility>
 
-#include "host/script/Checker.h"
+#include "host/script/Check.h"
 #include "host/script/Compiler.h"
 #include "host/script/Machine.h"
-#include "host/script/Parser.h"
+#include "host/script/Parse.h"
 #include "host/script/ProgramEnd.h"
 #include "host/script/ScriptClasses.h"
 

@@ -1,3 +1,4 @@
+// Properties as slots, methods and handlers as bodies that run on the machine.
 #include "host/script/ScriptClasses.h"
 
 #include <algorithm>

@@ -1,13 +1,14 @@
+// Steps of a program that grows, and the names that may complete a line.
 #include "host/script/Session.h"
 
 #include <algorithm>
 #include <cctype>
 #include <utility>
 
-#include "host/script/Checker.h"
+#include "host/script/Check.h"
 #include "host/script/Compiler.h"
 #include "host/script/Machine.h"
-#include "host/script/Parser.h"
+#include "host/script/Parse.h"
 #include "host/script/ProgramEnd.h"
 #include "host/script/Script.h"
 #include "host/script/ScriptClasses.h"

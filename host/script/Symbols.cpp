@@ -1,3 +1,4 @@
+// The host's classes and functions under the script's records, and the symbols of a program.
 #include "host/script/Symbols.h"
 
 #include <algorithm>
