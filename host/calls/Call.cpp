@@ -31,7 +31,7 @@ constexpr std::size_t kMostCells = kMostParameters + 2;
 // One argument or result as it is passed.
 union Cell {
     std::uint8_t byte;
-    std::int32_t integer;
+    std::uint16_t half;
     std::uint32_t word;
     std::int64_t int64;
     double real;
@@ -40,14 +40,27 @@ union Cell {
     ffi_arg whole;
 };
 
-// By its row: a real by its width, what has no digits is a pointer.
+bool IsReference(Kind kind) { return kind == Kind::String || kind == Kind::Array || kind == Kind::Object; }
+
+// What libffi calls whole numbers of 1, 2, 4 and 8 bytes.
+ffi_type* WholeFfiType(const KindRow& row) {
+    switch (row.size) {
+        case 1:
+            return row.isSigned ? &ffi_type_sint8 : &ffi_type_uint8;
+        case 2:
+            return row.isSigned ? &ffi_type_sint16 : &ffi_type_uint16;
+        case 4:
+            return row.isSigned ? &ffi_type_sint32 : &ffi_type_uint32;
+        default:
+            return row.isSigned ? &ffi_type_sint64 : &ffi_type_uint64;
+    }
+}
+
 ffi_type* FfiTypeOf(Kind kind) {
     const KindRow& row = RowOf(kind);
     if (kind == Kind::None) return &ffi_type_void;
     if (row.form == NumberForm::Real) return row.size == 8 ? &ffi_type_double : &ffi_type_float;
-    if (row.digits == 0) return &ffi_type_pointer;
-    if (row.isSigned) return row.size == 8 ? &ffi_type_sint64 : &ffi_type_sint32;
-    return row.size == 4 ? &ffi_type_uint32 : &ffi_type_uint8;
+    return IsReference(kind) ? &ffi_type_pointer : WholeFfiType(row);
 }
 
 const Type& TypeOfArgument(const Declaration& declaration, std::size_t index) {
@@ -84,44 +97,45 @@ std::shared_ptr<CallPlan> MakePlan(const Declaration& declaration, bool passSelf
     return plan;
 }
 
+void* ReferenceIn(const Value& value) {
+    if (value.kind() == Kind::String) return value.string();
+    if (value.kind() == Kind::Array) return value.array();
+    return static_cast<sdk::Object*>(value.object());
+}
+
+// The low bytes of a number, as many as its kind has.
+void SetWhole(Cell& cell, std::int32_t size, std::int64_t bits) {
+    if (size == 1) cell.byte = static_cast<std::uint8_t>(bits);
+    if (size == 2) cell.half = static_cast<std::uint16_t>(bits);
+    if (size == 4) cell.word = static_cast<std::uint32_t>(bits);
+    if (size == 8) cell.int64 = bits;
+}
+
+std::int64_t WholeIn(const Cell& cell, std::int32_t size) {
+    if (size == 1) return cell.byte;
+    if (size == 2) return cell.half;
+    return size == 4 ? std::int64_t{cell.word} : cell.int64;
+}
+
+// What a number, Boolean or colour of a kind is kept as. A value of another kind is brought into it.
+std::int64_t WholeOf(const Value& value, Kind kind) {
+    if (value.kind() == kind) return value.bits();
+    if (IsWholeKind(kind)) return NumberAs(value, kind).bits();
+    return kind == Kind::Boolean ? value.ToBoolean() : value.ToInt64();
+}
+
 // A borrowed value as an argument.
 Cell CellOf(const Value& value, Kind kind) {
     Cell cell{};
-    switch (kind) {
-        case Kind::None:
-            break;
-        case Kind::Integer:
-            cell.integer = value.ToInt32();
-            break;
-        case Kind::Int64:
-            cell.int64 = value.ToInt64();
-            break;
-        case Kind::UInt32:
-        case Kind::Color:
-            cell.word = static_cast<std::uint32_t>(value.ToInt64());
-            break;
-        case Kind::UInt8:
-            cell.byte = static_cast<std::uint8_t>(value.ToInt64());
-            break;
-        case Kind::Boolean:
-            cell.byte = value.ToBoolean();
-            break;
-        case Kind::Double:
-            cell.real = value.ToDouble();
-            break;
-        case Kind::Single:
-            cell.single = static_cast<float>(value.ToDouble());
-            break;
-        case Kind::String:
-            cell.pointer = value.string();
-            break;
-        case Kind::Array:
-            cell.pointer = value.array();
-            break;
-        case Kind::Object:
-            cell.pointer = static_cast<sdk::Object*>(value.object());
-            break;
-    }
+    if (kind == Kind::None) return cell;
+    if (kind == Kind::Double)
+        cell.real = value.ToDouble();
+    else if (kind == Kind::Single)
+        cell.single = static_cast<float>(value.ToDouble());
+    else if (IsReference(kind))
+        cell.pointer = value.kind() == kind ? ReferenceIn(value) : nullptr;
+    else
+        SetWhole(cell, RowOf(kind).size, WholeOf(value, kind));
     return cell;
 }
 
@@ -129,10 +143,10 @@ Cell CellOf(const Value& value, Kind kind) {
 // count, wherever in it they are.
 Cell NarrowedResult(const Cell& result, Kind kind) {
     Cell cell = result;
-    const ffi_type* const type = FfiTypeOf(kind);
-    if (type == &ffi_type_uint8) cell.byte = static_cast<std::uint8_t>(result.whole);
-    if (type == &ffi_type_uint32) cell.word = static_cast<std::uint32_t>(result.whole);
-    if (type == &ffi_type_sint32) cell.integer = static_cast<std::int32_t>(result.whole);
+    const KindRow& row = RowOf(kind);
+    const bool whole = row.form != NumberForm::Real && !IsReference(kind);
+    if (whole && row.size < static_cast<std::int32_t>(sizeof(ffi_arg)))
+        SetWhole(cell, row.size, static_cast<std::int64_t>(result.whole));
     return cell;
 }
 
@@ -143,36 +157,25 @@ Ref<T> Take(void* pointer, bool owned) {
     return owned ? Ref<T>::Adopt(counted) : Ref<T>::Share(counted);
 }
 
+// A number, Boolean or colour by its low bytes.
+Value WholeValue(std::int64_t bits, Kind kind) {
+    if (kind == Kind::Boolean) return Value((bits & 0xFF) != 0);
+    return Value::OfKind(kind, WrapTo(bits, kind));
+}
+
+Value ReferenceValue(void* pointer, Kind kind, bool owned) {
+    if (kind == Kind::String) return Value(Take<String>(pointer, owned));
+    if (kind == Kind::Array) return Value(Take<Array>(pointer, owned));
+    return Value(Take<Object>(pointer, owned));
+}
+
 Value ValueOf(const Cell& cell, const Type& type, bool owned) {
-    switch (type.kind) {
-        case Kind::None:
-            return Value();
-        case Kind::Integer:
-            return Value(cell.integer);
-        case Kind::Int64:
-            return Value(cell.int64);
-        case Kind::UInt32:
-            return Value(cell.word);
-        case Kind::Color:
-            return Value(static_cast<sdk::Color>(cell.word));
-        case Kind::UInt8:
-            return Value(cell.byte);
-        case Kind::Boolean:
-            return Value(cell.byte != 0);
-        case Kind::Double:
-            return Value(cell.real);
-        case Kind::Single:
-            return Value(cell.single);
-        case Kind::String:
-            return Value(Take<String>(cell.pointer, owned));
-        case Kind::Array:
-            return Value(Take<Array>(cell.pointer, owned));
-        case Kind::Object: {
-            Ref<Object> object = Take<Object>(cell.pointer, owned);
-            return type.IsVariant() ? Unbox(object) : Value(std::move(object));
-        }
-    }
-    return Value();
+    if (type.kind == Kind::None) return Value();
+    if (type.kind == Kind::Double) return Value(cell.real);
+    if (type.kind == Kind::Single) return Value(cell.single);
+    if (!IsReference(type.kind)) return WholeValue(WholeIn(cell, RowOf(type.kind).size), type.kind);
+    Value value = ReferenceValue(cell.pointer, type.kind, owned);
+    return type.IsVariant() ? Unbox(Ref<Object>::Share(value.object())) : value;
 }
 
 // --- Calls in registers ---------------------------------------------------------------------
@@ -182,11 +185,6 @@ double RegisterOf(float value) {
     double whole = 0;
     std::memcpy(&whole, &value, sizeof(value));
     return whole;
-}
-
-std::int64_t WholeOf(const Value& value, Kind kind) {
-    if (value.kind() == kind) return value.bits();
-    return CellOf(value, kind).int64;
 }
 
 platform::Registers RegistersOf(const CallPlan& plan, bool passSelf, Object* self, std::span<const Value> arguments) {
@@ -207,36 +205,15 @@ platform::Registers RegistersOf(const CallPlan& plan, bool passSelf, Object* sel
 
 // A call without libffi, with the result as a value.
 Value CallDirectly(sdk::AnyFunction function, const platform::Registers& in, bool reals, Kind result) {
-    const auto call = [&]<class Result>(Result) { return platform::CallInRegisters<Result>(function, in, reals); };
-    void* const pointer = nullptr;
-    switch (result) {
-        case Kind::None:
-            platform::CallInRegisters<void>(function, in, reals);
-            return Value();
-        case Kind::Integer:
-            return Value(call(std::int32_t{}));
-        case Kind::Int64:
-            return Value(call(std::int64_t{}));
-        case Kind::UInt32:
-            return Value(call(std::uint32_t{}));
-        case Kind::Color:
-            return Value(static_cast<sdk::Color>(call(std::uint32_t{})));
-        case Kind::UInt8:
-            return Value(call(std::uint8_t{}));
-        case Kind::Boolean:
-            return Value(call(std::uint8_t{}) != 0);
-        case Kind::Double:
-            return Value(call(double{}));
-        case Kind::Single:
-            return Value(call(float{}));
-        case Kind::String:
-            return Value(Take<String>(call(pointer), true));
-        case Kind::Array:
-            return Value(Take<Array>(call(pointer), true));
-        case Kind::Object:
-            return Value(Take<Object>(call(pointer), true));
+    if (result == Kind::None) {
+        platform::CallInRegisters<void>(function, in, reals);
+        return Value();
     }
-    return Value();
+    if (result == Kind::Double) return Value(platform::CallInRegisters<double>(function, in, reals));
+    if (result == Kind::Single) return Value(platform::CallInRegisters<float>(function, in, reals));
+    if (IsReference(result))
+        return ReferenceValue(platform::CallInRegisters<void*>(function, in, reals), result, true);
+    return WholeValue(platform::CallInRegisters<std::int64_t>(function, in, reals), result);
 }
 
 // The value whose reference the callee gets to see: itself, or its box for a variant.
@@ -264,8 +241,6 @@ void WriteReferenceField(std::uint8_t* field, const Value& value, Kind kind) {
 }
 
 std::size_t FieldSize(Kind kind) { return FfiTypeOf(kind)->size; }
-
-bool IsReference(Kind kind) { return kind == Kind::String || kind == Kind::Array || kind == Kind::Object; }
 
 std::uint8_t* FieldOf(const Property& property, Object* self, std::int32_t offset) {
     return DataAt<std::uint8_t>(self, property.owner->dataOffset() + offset);
@@ -419,9 +394,7 @@ void Closure::Parts::Give(const Value& value, void* result) const {
     if (type.kind == Kind::Object) Retain(value.object());
     const std::size_t size = FieldSize(type.kind);
     if (size < sizeof(ffi_arg) && type.kind != Kind::Single) {
-        const ffi_arg whole = type.kind == Kind::Integer ? static_cast<ffi_arg>(std::int64_t{cell.integer})
-                              : size == 1                ? cell.byte
-                                                         : cell.word;
+        const auto whole = static_cast<ffi_arg>(WholeOf(value, type.kind));
         std::memcpy(result, &whole, sizeof(whole));
     } else {
         std::memcpy(result, &cell, size);

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "host/calls/Lexer.h"
+#include "host/calls/ParameterList.h"
 
 namespace host {
 
@@ -36,16 +37,50 @@ class Reader {
         return constant;
     }
 
-  private:
-    void Step() { token_ = lexer_.Next(); }
+    // --- The grammar of ParameterList.h
 
-    [[noreturn]] void Fail(std::string expected) { throw Unreadable{std::move(expected), token_}; }
+    bool AtParameterWord(std::string_view word) const {
+        if (!token_.Is(word)) return false;
+        Lexer after = lexer_;
+        return after.Next().kind == TokenKind::Identifier && !IsAs(lexer_);
+    }
+    void ReadName(Parameter& parameter) { parameter.name = Name("a parameter's name"); }
+    void ReadClosing() {
+        if (!Skip(")")) Fail(")");
+    }
+    void ReadAs() {
+        if (!Skip("as")) Fail("As");
+    }
+    void ReadParameterType(Parameter& parameter, bool array) {
+        const Token type = token_;
+        parameter.type = ReadType();
+        if (array || parameter.paramArray) {
+            if (parameter.type.kind == Kind::Array) throw Unreadable{"the type of an element", type};
+            parameter.type = ArrayOf(parameter.type);
+        }
+        if (parameter.optional) parameter.defaultValue = DefaultOf(parameter.type);
+    }
+    void Step() { token_ = lexer_.Next(); }
 
     bool Skip(std::string_view word) {
         if (!token_.Is(word)) return false;
         Step();
         return true;
     }
+    void ReadDefault(Parameter& parameter) {
+        const Token start = token_;
+        const Value value = Literal();
+        const Kind kind = parameter.type.kind;
+        if (value.IsNumber() && IsNumberKind(kind))
+            parameter.defaultValue = NumberAs(value, kind);
+        else if (value.kind() == kind || (value.IsNil() && kind == Kind::Array))
+            parameter.defaultValue = value;
+        else
+            throw Unreadable{"a default of type " + TypeText(parameter.type), start};
+    }
+
+  private:
+    [[noreturn]] void Fail(std::string expected) { throw Unreadable{std::move(expected), token_}; }
 
     std::string Name(const char* expected) {
         if (token_.kind != TokenKind::Identifier || token_.Is("as")) Fail(expected);
@@ -68,61 +103,12 @@ class Reader {
 
     void ReadParameters(std::vector<Parameter>& parameters) {
         if (Skip(")")) return;
-        do parameters.push_back(ReadParameter());
+        do host::ReadParameter(*this, parameters.emplace_back());
         while (Skip(","));
         if (!Skip(")")) Fail(", or )");
     }
 
-    Parameter ReadParameter() {
-        Parameter parameter;
-        ReadModifiers(parameter);
-        parameter.name = Name("a parameter's name");
-        const bool array = Skip("(");
-        if (array && !Skip(")")) Fail(")");
-        if (!Skip("as")) Fail("As");
-        const Token type = token_;
-        parameter.type = ReadType();
-        if (array || parameter.paramArray) {
-            if (parameter.type.kind == Kind::Array) throw Unreadable{"the type of an element", type};
-            parameter.type = ArrayOf(parameter.type);
-        }
-        if (parameter.optional) parameter.defaultValue = DefaultOf(parameter.type);
-        if (Skip("=")) ReadDefault(parameter);
-        return parameter;
-    }
-
-    // ByRef, Optional and the like are words before the name, but may be the name themselves.
-    void ReadModifiers(Parameter& parameter) {
-        for (;;) {
-            const Token word = token_;
-            Lexer after = lexer_;
-            if (after.Next().kind != TokenKind::Identifier || IsAs(lexer_)) return;
-            if (word.Is("byref"))
-                parameter.byRef = true;
-            else if (word.Is("optional"))
-                parameter.optional = true;
-            else if (word.Is("paramarray"))
-                parameter.paramArray = true;
-            else if (!word.Is("byval") && !word.Is("assigns"))
-                return;
-            Step();
-        }
-    }
-
     static bool IsAs(Lexer lexer) { return lexer.Next().Is("as"); }
-
-    void ReadDefault(Parameter& parameter) {
-        const Token start = token_;
-        const Value value = Literal();
-        parameter.optional = true;
-        const Kind kind = parameter.type.kind;
-        if (value.IsNumber() && sdk::declare::Kind::Integer <= kind && kind <= Kind::Single)
-            parameter.defaultValue = NumberAs(value, kind);
-        else if (value.kind() == kind || (value.IsNil() && kind == Kind::Array))
-            parameter.defaultValue = value;
-        else
-            throw Unreadable{"a default of type " + TypeText(parameter.type), start};
-    }
 
     Value Literal() {
         const bool negative = Skip("-");

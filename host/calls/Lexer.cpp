@@ -168,8 +168,12 @@ Token Lexer::Number() {
     }
     Token token = Finish(whole ? TokenKind::Integer : TokenKind::Double, bytes);
     const char* last = token.text.data() + token.text.size();
-    if (whole && std::from_chars(token.text.data(), last, token.number).ec == std::errc::result_out_of_range)
+    if (whole && std::from_chars(token.text.data(), last, token.number).ec == std::errc::result_out_of_range) {
         token.kind = TokenKind::Double;
+        std::uint64_t wide = 0;
+        if (std::from_chars(token.text.data(), last, wide).ec == std::errc())
+            token.number = static_cast<std::int64_t>(wide);
+    }
     if (std::from_chars(token.text.data(), last, token.real).ec == std::errc::result_out_of_range)
         token.real = std::strtod(token.text.c_str(), nullptr);
     return token;

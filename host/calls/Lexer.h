@@ -28,7 +28,7 @@ struct Token {
     TokenKind kind = TokenKind::End;
     std::string text;        // as written, but for String and Error
     std::string_view meant;  // of an Error: what to go on with, a word, an operator or ""; empty: nothing
-    std::int64_t number = 0;
+    std::int64_t number = 0;  // of a Double the bits, where it is written as a whole number below 2^64
     double real = 0;
     std::int32_t line = 1;    // from 1
     std::int32_t column = 1;  // from 1, in characters

@@ -52,6 +52,11 @@ Value Gathered(const Parameter& parameter, std::span<const Value> rest) {
     return Value(std::move(array));
 }
 
+// A method of a script's class may leave its type's own default unsaid.
+Value DefaultOf(const Parameter& parameter) {
+    return parameter.defaultValue.IsNothing() ? host::DefaultOf(parameter.type) : parameter.defaultValue;
+}
+
 std::vector<Value> Converted(const Method& method, std::span<const Value> arguments, const Value* assigned) {
     const auto& parameters = method.declaration.parameters;
     std::vector<Value> values;
@@ -60,7 +65,7 @@ std::vector<Value> Converted(const Method& method, std::span<const Value> argume
         if (parameter.paramArray)
             values.push_back(Gathered(parameter, arguments.subspan(std::min(i, arguments.size()))));
         else
-            values.push_back(i < arguments.size() ? ConvertTo(arguments[i], parameter.type) : parameter.defaultValue);
+            values.push_back(i < arguments.size() ? ConvertTo(arguments[i], parameter.type) : DefaultOf(parameter));
     }
     if (assigned) values.push_back(ConvertTo(*assigned, method.declaration.result));
     return values;
@@ -98,7 +103,7 @@ int WholeRank(Kind whole) {
 int NumberCost(Kind from, Kind to) {
     if (from == to) return 0;
     if (!IsRealKind(to)) {
-        if (IsRealKind(from)) return kCutCost + WholeRank(Kind::Int64) - WholeRank(to);
+        if (IsRealKind(from)) return kCutCost + WholeRank(Kind::UInt64) - WholeRank(to);
         return HoldsAll(to, from) ? WholeRank(to) - WholeRank(from) : kNarrowCost;
     }
     const bool single = to == Kind::Single;

@@ -114,7 +114,7 @@ class CaseList {
         AddLists(one, method.declaration, extremes);
         if (!method.assignable()) return;
         Declaration setter = method.declaration;
-        setter.parameters.push_back({"value", method.declaration.result});
+        setter.parameters.push_back({{}, "value", method.declaration.result, {}});
         one.action = Action::Assign;
         AddLists(one, setter, extremes);
     }
@@ -124,7 +124,7 @@ class CaseList {
         if (property.readable()) cases_.push_back(one);
         if (!property.writable()) return;
         one.action = Action::Write;
-        AddLists(one, {property.name, {{"value", property.type}}}, instance->broad);
+        AddLists(one, {property.name, {{{}, "value", property.type, {}}}, {}}, instance->broad);
     }
 
     void AddSharedMethod(const Class& type, const Method& method) {

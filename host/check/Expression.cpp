@@ -197,18 +197,18 @@ Expression NewExpression(std::string_view className, const std::vector<Expressio
             }};
 }
 
+// Of a whole kind: a small number; the ends of its range and those beside 0.
+Choices WholeChoices(Kind kind) {
+    const auto of = [kind](std::int64_t number) { return NumberAs(Value(number), kind); };
+    const Value highest = Value::OfKind(kind, static_cast<std::int64_t>(HighestOf(kind)));
+    if (!RowOf(kind).isSigned) return {Literals({of(3)}), Literals({of(0), highest})};
+    return {Literals({of(3)}), Literals({of(0), of(-1), highest, of(LowestOf(kind))})};
+}
+
 Choices ChoicesFor(const Parameter& parameter, std::size_t position, const Class& owner, const Supply& supply) {
     switch (parameter.type.kind) {
         case Kind::Integer:
             return IntegerChoices(parameter, position, owner);
-        case Kind::Int64:
-            return {Literals({Value(std::int64_t{3})}),
-                    Literals({Value(std::int64_t{0}), Value(std::int64_t{-1}), Value(std::int64_t{INT64_MAX}),
-                              Value(std::int64_t{INT64_MIN})})};
-        case Kind::UInt32:
-            return {Literals({Value(3U)}), Literals({Value(0U), Value(UINT32_MAX)})};
-        case Kind::UInt8:
-            return {Literals({Value(std::uint8_t{3})}), Literals({Value(std::uint8_t{0}), Value(std::uint8_t{255})})};
         case Kind::Double:
         case Kind::Single:
             return {Literals({Value(1.5)}),
@@ -225,6 +225,7 @@ Choices ChoicesFor(const Parameter& parameter, std::size_t position, const Class
         default:
             break;
     }
+    if (IsWholeKind(parameter.type.kind)) return WholeChoices(parameter.type.kind);
     const Class* type = Runtime::Get().FindClass(parameter.type.className);
     const bool own = type && std::find(supply.classes.begin(), supply.classes.end(), type) != supply.classes.end();
     return own ? OwnObjectChoices(parameter, *type, supply) : HostObjectChoices(parameter, supply);

@@ -191,6 +191,7 @@ sdk::String* DigestOf(sdk::String* text) {
 sdk::String* StrOfDouble(double value) { return GiveString(NumberText(value)); }
 sdk::String* StrOfSingle(float value) { return GiveString(NumberText(value)); }
 sdk::String* StrOfInteger(std::int64_t value) { return GiveString(std::to_string(value)); }
+sdk::String* StrOfWide(std::uint64_t value) { return GiveString(std::to_string(value)); }
 sdk::String* StrOfBoolean(bool value) { return GiveString(value ? "True" : "False"); }
 sdk::String* StrOfText(sdk::String* value) { return Part(value, 0, Bytes(value).size()); }
 
@@ -252,6 +253,7 @@ void RegisterTextFunctions(Runtime& runtime) {
         sdk::SharedMethod<"DecodeHex(digits as string) as string", Guarded<&DecodeHex>>(sdk::kMemberPortable),
         sdk::SharedMethod<"MD5(bytes as string) as string", Guarded<&DigestOf>>(sdk::kMemberPortable),
         sdk::SharedMethod<"Str(value as int64) as string", Guarded<&StrOfInteger>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"Str(value as uint64) as string", Guarded<&StrOfWide>>(sdk::kMemberPortable),
         sdk::SharedMethod<"Str(value as double) as string", Guarded<&StrOfDouble>>(sdk::kMemberPortable),
         sdk::SharedMethod<"Str(value as single) as string", Guarded<&StrOfSingle>>(sdk::kMemberPortable),
         sdk::SharedMethod<"Str(value as boolean) as string", Guarded<&StrOfBoolean>>(sdk::kMemberPortable),

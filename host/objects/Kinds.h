@@ -28,12 +28,16 @@ inline constexpr KindRow kKinds[] = {
     {Kind::None, "", 8, NumberForm::None, false, 0, 0},
     {Kind::Integer, "Integer", 4, NumberForm::Whole, true, 31, 3},
     {Kind::Int64, "Int64", 8, NumberForm::Whole, true, 63, 2},
-    {Kind::UInt32, "UInt32", 4, NumberForm::Whole, false, 32, 5},
-    {Kind::UInt8, "UInt8", 1, NumberForm::Whole, false, 8, 6},
+    {Kind::UInt32, "UInt32", 4, NumberForm::Whole, false, 32, 6},
+    {Kind::UInt8, "UInt8", 1, NumberForm::Whole, false, 8, 9},
+    {Kind::Int8, "Int8", 1, NumberForm::Whole, true, 7, 10},
+    {Kind::Int16, "Int16", 2, NumberForm::Whole, true, 15, 7},
+    {Kind::UInt16, "UInt16", 2, NumberForm::Whole, false, 16, 8},
+    {Kind::UInt64, "UInt64", 8, NumberForm::Whole, false, 64, 4},
     {Kind::Double, "Double", 8, NumberForm::Real, true, 53, 1},
-    {Kind::Single, "Single", 4, NumberForm::Real, true, 24, 4},
-    {Kind::Boolean, "Boolean", 1, NumberForm::None, false, 1, 8},
-    {Kind::Color, "Color", 4, NumberForm::None, false, 32, 7},
+    {Kind::Single, "Single", 4, NumberForm::Real, true, 24, 5},
+    {Kind::Boolean, "Boolean", 1, NumberForm::None, false, 1, 12},
+    {Kind::Color, "Color", 4, NumberForm::None, false, 32, 11},
     {Kind::String, "String", 8, NumberForm::None, false, 0, 0},
     {Kind::Array, "", 8, NumberForm::None, false, 0, 0},
     {Kind::Object, "", 8, NumberForm::None, false, 0, 0},
@@ -60,7 +64,7 @@ constexpr bool IsNumberKind(Kind kind) { return RowOf(kind).form != NumberForm::
 constexpr std::int64_t LowestOf(Kind whole) {
     return RowOf(whole).isSigned ? -((std::int64_t{1} << (RowOf(whole).digits - 1)) - 1) * 2 - 2 : 0;
 }
-constexpr std::int64_t HighestOf(Kind whole) { return ((std::int64_t{1} << (RowOf(whole).digits - 1)) - 1) * 2 + 1; }
+constexpr std::uint64_t HighestOf(Kind whole) { return ~std::uint64_t{0} >> (64 - RowOf(whole).digits); }
 
 // A whole number brought into a whole kind's range by dropping high bits.
 constexpr std::int64_t WrapTo(std::int64_t value, Kind whole) {

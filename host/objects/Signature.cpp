@@ -4,12 +4,6 @@
 
 namespace host {
 
-std::size_t Declaration::RequiredCount() const {
-    return static_cast<std::size_t>(std::count_if(parameters.begin(), parameters.end(), [](const Parameter& parameter) {
-        return !parameter.optional && !parameter.paramArray;
-    }));
-}
-
 bool SameParameters(const Declaration& a, const Declaration& b) {
     return std::equal(a.parameters.begin(), a.parameters.end(), b.parameters.begin(), b.parameters.end(),
                       [](const Parameter& x, const Parameter& y) { return x.type == y.type && x.byRef == y.byRef; });

@@ -1,5 +1,6 @@
 #include "host/objects/Value.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -39,25 +40,38 @@ std::int32_t TruncateToInt32(double value) { return Truncate<std::int32_t>(value
 
 std::int64_t TruncateToInt64(double value) { return Truncate<std::int64_t>(value); }
 
-bool Value::IsWhole() const {
-    return kind_ == Kind::Integer || kind_ == Kind::Int64 || kind_ == Kind::UInt32 || kind_ == Kind::UInt8;
+std::int64_t CutTo(double value, Kind whole) {
+    constexpr double kHalf = 9223372036854775808.0;  // 2^63
+    if (whole == Kind::UInt64 && value >= kHalf)
+        return static_cast<std::int64_t>(value < 2 * kHalf ? static_cast<std::uint64_t>(value) : HighestOf(whole));
+    const std::uint64_t most = std::min(HighestOf(whole), HighestOf(Kind::Int64));
+    return std::clamp(TruncateToInt64(value), LowestOf(whole), static_cast<std::int64_t>(most));
 }
 
-bool Value::IsNumber() const { return IsWhole() || kind_ == Kind::Double || kind_ == Kind::Single; }
+Value Value::OfKind(Kind kind, std::int64_t bits) {
+    Value value(bits);
+    value.kind_ = kind;
+    return value;
+}
+
+bool Value::IsWhole() const { return IsWholeKind(kind_); }
+
+bool Value::IsNumber() const { return IsNumberKind(kind_); }
 
 std::int64_t Value::ToInt64() const {
-    if (kind_ == Kind::Double || kind_ == Kind::Single) return TruncateToInt64(real_);
+    if (IsRealKind(kind_)) return TruncateToInt64(real_);
     return IsWhole() || kind_ == Kind::Boolean || kind_ == Kind::Color ? integer_ : 0;
 }
 
 std::int32_t Value::ToInt32() const {
-    if (kind_ == Kind::Double || kind_ == Kind::Single) return TruncateToInt32(real_);
+    if (IsRealKind(kind_)) return TruncateToInt32(real_);
     return static_cast<std::int32_t>(ToInt64());
 }
 
 double Value::ToDouble() const {
-    if (kind_ == Kind::Double || kind_ == Kind::Single) return real_;
-    return static_cast<double>(ToInt64());
+    if (IsRealKind(kind_)) return real_;
+    return kind_ == Kind::UInt64 ? static_cast<double>(static_cast<std::uint64_t>(integer_))
+                                 : static_cast<double>(ToInt64());
 }
 
 void Value::RetainReference() const {
@@ -98,35 +112,15 @@ Value DefaultOf(const Type& type) {
 }
 
 Value NumberAs(const Value& number, Kind kind) {
-    const bool whole = number.IsWhole();
-    switch (kind) {
-        case Kind::Integer:
-            return Value(number.ToInt32());
-        case Kind::Int64:
-            return Value(number.ToInt64());
-        case Kind::UInt32:
-            if (!whole && number.ToInt64() < 0) return Value(std::uint32_t{0});
-            if (!whole && number.ToInt64() > UINT32_MAX) return Value(std::uint32_t{UINT32_MAX});
-            return Value(static_cast<std::uint32_t>(number.ToInt64()));
-        case Kind::UInt8:
-            if (!whole && number.ToInt64() < 0) return Value(std::uint8_t{0});
-            if (!whole && number.ToInt64() > UINT8_MAX) return Value(std::uint8_t{UINT8_MAX});
-            return Value(static_cast<std::uint8_t>(number.ToInt64()));
-        case Kind::Single:
-            return Value(static_cast<float>(number.ToDouble()));
-        default:
-            return Value(number.ToDouble());
-    }
+    if (kind == Kind::Single) return Value(static_cast<float>(number.ToDouble()));
+    if (!IsWholeKind(kind)) return Value(number.ToDouble());
+    return Value::OfKind(kind, number.IsWhole() ? WrapTo(number.bits(), kind) : CutTo(number.ToDouble(), kind));
 }
 
 std::string Describe(const Value& value) {
     switch (value.kind()) {
         case Kind::None:
             return "nothing";
-        case Kind::Boolean:
-            return value.ToBoolean() ? "True" : "False";
-        case Kind::Color:
-            return ColorText(static_cast<std::uint32_t>(value.ToInt64()));
         case Kind::Double:
         case Kind::Single:
             return NumberText(value.ToDouble());
@@ -137,8 +131,15 @@ std::string Describe(const Value& value) {
         case Kind::Object:
             return value.IsNil() ? "nil" : value.object()->type->name();
         default:
-            return std::to_string(value.ToInt64());
+            return PlainText(value);
     }
+}
+
+std::string PlainText(const Value& value) {
+    if (value.kind() == Kind::Boolean) return value.ToBoolean() ? "True" : "False";
+    if (value.kind() == Kind::Color) return ColorText(static_cast<std::uint32_t>(value.ToInt64()));
+    if (value.kind() == Kind::UInt64) return std::to_string(static_cast<std::uint64_t>(value.bits()));
+    return std::to_string(value.ToInt64());
 }
 
 std::string TypeTextOf(const Value& value) {

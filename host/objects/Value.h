@@ -44,6 +44,9 @@ class Value {
     template <class T>
     Value(T*) = delete;  // would be taken for a boolean
 
+    // Of a kind that is kept as a whole number, by its bits: a number in the kind's range, a colour.
+    static Value OfKind(Kind kind, std::int64_t bits);
+
     Value(const Value& other) : kind_(other.kind_), integer_(other.integer_) { RetainHeld(); }
     Value(Value&& other) noexcept : kind_(other.kind_), integer_(other.integer_) { other.kind_ = Kind::None; }
     ~Value() { ReleaseHeld(); }
@@ -56,11 +59,11 @@ class Value {
     Kind kind() const { return kind_; }
     bool IsNothing() const { return kind_ == Kind::None; }
     bool IsNil() const { return kind_ == Kind::Object && !object_; }
-    bool IsWhole() const;   // Integer, Int64, UInt32, UInt8
+    bool IsWhole() const;   // Integer, Int64 and the like
     bool IsNumber() const;  // whole, Double or Single
 
     // Numbers, booleans and colours as a number; 0 for anything else. A double is truncated and
-    // saturates; not-a-number gives the most negative integer.
+    // saturates; not-a-number gives the most negative integer. A UInt64 gives its bits.
     std::int64_t ToInt64() const;
     std::int32_t ToInt32() const;  // whole numbers wrap, doubles saturate
     double ToDouble() const;
@@ -109,6 +112,10 @@ static_assert(sizeof(Value) == 16);
 std::int32_t TruncateToInt32(double value);
 std::int64_t TruncateToInt64(double value);
 
+// A double as a number of a whole kind: truncated, and the nearest end of the range beyond it. Of a
+// UInt64 the bits.
+std::int64_t CutTo(double value, Kind whole);
+
 // The value that a variable of a type starts with: 0, false, empty, nil; an array is empty.
 Value DefaultOf(const Type& type);
 
@@ -117,8 +124,11 @@ Value DefaultOf(const Type& type);
 Value NumberAs(const Value& number, Kind kind);
 
 // The value as a person would read it: numbers in shortest form, strings in quotes, objects by
-// class. For messages, not for scripts.
+// class. For messages, not for scripts; PlainText is the part of it that scripts see as well.
 std::string Describe(const Value& value);
+
+// A whole number, a Boolean or a colour (&cRRGGBB) as text.
+std::string PlainText(const Value& value);
 
 // The name of a value's type as a declaration would give it ("nil" for nil).
 std::string TypeTextOf(const Value& value);

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "host/objects/Signature.h"
 #include "host/script/Diagnostics.h"
 #include "host/script/Types.h"
 
@@ -218,14 +219,11 @@ struct Statement {
 
 enum class RoutineKind : std::uint8_t { Sub, Function, Event };
 
-struct Parameter {
+struct Parameter : host::ParameterFlags {
     std::string name;
     Position at;
     TypeName type;
-    bool byRef = false;
-    bool paramArray = false;
-    ExpressionPtr defaultValue;  // null: the argument must be given, unless `optional`
-    bool optional = false;
+    ExpressionPtr defaultValue;  // null: none is written
 };
 
 struct RoutineDeclaration {

@@ -22,7 +22,7 @@
 namespace script {
 
 // In the descriptions A, B and C are registers and N is the number in B and C together.
-// I: Integer, L: Int64, U: UInt32, D: Double. Other whole numbers are calculated as Integer.
+// I: Integer, L: Int64, U: UInt32, W: UInt64, D: Double. Other whole numbers are calculated as Integer.
 // A "bits" form moves numbers; the plain form moves references and variants and counts them.
 // clang-format off
 enum class Op : std::uint16_t {
@@ -43,18 +43,22 @@ enum class Op : std::uint16_t {
     AddI, SubtractI, MultiplyI, DivideI, ModuloI,  // A = B op C
     AddL, SubtractL, MultiplyL, DivideL, ModuloL,
     AddU, SubtractU, MultiplyU, DivideU, ModuloU,
+    DivideW, ModuloW,  // the others are those of L
     AddD, SubtractD, MultiplyD, DivideD, PowerD,
     And, Or, Xor,
     NegateI, NegateL, NegateD,  // A = op B
-    NotSigned, NotU, NotByte, NotBoolean,
+    NotWhole,                   // A = Not B, of kind C
+    NotBoolean,
 
     EqualI, NotEqualI, LessI, LessOrEqualI,  // A = B op C; all whole numbers, booleans, colours
+    LessW, LessOrEqualW,
     EqualD, NotEqualD, LessD, LessOrEqualD,
     EqualText, NotEqualText, LessText, LessOrEqualText,
     Same, NotSame,  // references
 
-    ToByte, ToInteger, ToUnsigned, WholeToDouble, WholeToSingle,  // A = B, a whole number
-    DoubleToInteger, DoubleToInt64, DoubleToUnsigned, DoubleToByte, DoubleToSingle,
+    ToByte, ToInteger, ToWhole,           // A = B, a whole number; of kind C
+    WholeToDouble, WholeToSingle, WideToDouble, WideToSingle,  // A = B, a whole number; a UInt64
+    DoubleToInteger, DoubleToByte, DoubleToWhole, DoubleToSingle,  // A = B; of kind C
     ConvertValue,  // A = B as types[C]; may raise
     Cast,          // A = B, an object of types[C] or nil; may raise
     TextOf,        // A = B as Print shows it
@@ -65,8 +69,9 @@ enum class Op : std::uint16_t {
     JumpIf, JumpUnless,    // to N on A
     TestEqualI, TestNotEqualI, TestLessI, TestLessOrEqualI,  // skips the next instruction if A op B
     TestEqualD, TestNotEqualD, TestLessD, TestLessOrEqualD,
-    TestForI, TestForD,    // skips the next instruction if A has not passed B in steps of C
-    StepByte, StepI, StepU, StepL,  // A += B and skips the next instruction, unless A would overflow
+    TestLessOrEqualW,
+    TestForI, TestForW, TestForD,  // skips the next instruction if A has not passed B in steps of C
+    StepI, StepL, StepW, StepWhole,  // A += B, of kind C, and skips the next instruction, unless A would overflow
     StepSingle, StepD,              // A += B and skips the next instruction
 
     Call, CallVirtual,     // A = sites[N]

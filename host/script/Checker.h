@@ -98,6 +98,7 @@ class Checker {
     void CheckIsA(Expression& expression);
     void CheckNew(ExpressionPtr& expression);
     void CheckSelf(Expression& expression);
+    Type OperandType(const Expression& left, const Expression& right) const;
     void MakeVariantOperation(Expression& expression, bool comparison);
     void Wrong(Expression& expression, std::string message);  // tells and marks
 

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "host/script/Checker.h"
+#include "host/script/Literal.h"
 
 namespace script {
 
@@ -43,9 +44,7 @@ std::optional<host::Fit> Checker::FitOfCall(const Signature& signature,
 
 // Why a call does not fit the one signature there is.
 std::string Checker::MismatchText(const Signature& signature, const std::vector<ExpressionPtr>& arguments) const {
-    const auto required =
-        static_cast<std::size_t>(std::count_if(signature.parameters.begin(), signature.parameters.end(),
-                                               [](const ParameterSymbol& p) { return !p.optional && !p.paramArray; }));
+    const std::size_t required = signature.RequiredCount();
     const std::size_t most = signature.parameters.size();
     const bool open = most > 0 && signature.parameters.back().paramArray;
     const std::string tail = "\n    " + TextOf(signature);
@@ -139,8 +138,8 @@ std::vector<ExpressionPtr> Checker::FitArguments(const Signature& signature, std
             else
                 Convert(argument, parameter.type, "the argument " + parameter.name);
             fitted.push_back(std::move(argument));
-        } else if (parameter.defaultValue) {
-            fitted.push_back(CloneLiteral(*parameter.defaultValue, {}));
+        } else if (!parameter.defaultValue.IsNothing()) {
+            fitted.push_back(LiteralOf(parameter.defaultValue, {}));
             ForceConvert(fitted.back(), parameter.type);
         } else {
             fitted.push_back(MakeExpression(Node::Nothing, parameter.type, {}));  // the type's own default

@@ -21,13 +21,15 @@ bool FitsIn(const Expression& literal, host::Kind whole) {
         const int bits = host::RowOf(whole).size * 8;
         return bits == 64 || static_cast<std::uint64_t>(literal.integer) >> bits == 0;
     }
-    return literal.integer >= host::LowestOf(whole) && literal.integer <= host::HighestOf(whole);
+    const bool negative = literal.integer < 0;
+    return negative ? literal.integer >= host::LowestOf(whole)
+                    : static_cast<std::uint64_t>(literal.integer) <= host::HighestOf(whole);
 }
 
 // Whether a literal number, its fraction cut off, is one of a kind's numbers.
 bool FitsCut(double literal, host::Kind whole) {
     const double cut = std::trunc(literal);
-    // The highest Int64 is no double; one more is the first that does not fit.
+    // The highest Int64 and UInt64 are no doubles; one more is the first that does not fit.
     return cut >= static_cast<double>(host::LowestOf(whole)) && cut < static_cast<double>(host::HighestOf(whole)) + 1;
 }
 
@@ -147,6 +149,7 @@ void Checker::WarnOfLoss(const Expression& literal, Type to) {
     const bool whole = literal.node == Node::IntegerLiteral;
     if (!whole && literal.node != Node::RealLiteral) return;
     if (whole ? FitsIn(literal, kind) : FitsCut(literal.real, kind)) return;
+    if (!whole && kind == host::Kind::UInt64 && literal.integer != 0) return;
     const std::string range = std::to_string(host::LowestOf(kind)) + " to " + std::to_string(host::HighestOf(kind));
     diagnostics_.Warn(literal.at, "this number does not fit in " + NameOf(to) + ", which holds " + range);
 }
@@ -185,12 +188,9 @@ void Checker::ForceConvert(ExpressionPtr& expression, Type to) {
 
 Type Checker::CommonType(Type a, Type b) const {
     if (IsReal(a) || IsReal(b)) return kDoubleType;
-    if (a.base == Base::Int64 || b.base == Base::Int64) return kInt64Type;
-    if (a.base == Base::UInt32 || b.base == Base::UInt32) {
-        const bool bothUnsigned = a.base != Base::Integer && b.base != Base::Integer;
-        return bothUnsigned ? Type{Base::UInt32} : kInt64Type;
-    }
-    return kIntegerType;
+    const Type wider = host::RowOf(KindOf(a.base)).digits < host::RowOf(KindOf(b.base)).digits ? b : a;
+    if (host::HoldsAll(host::Kind::Integer, KindOf(wider.base))) return kIntegerType;
+    return IsUnsigned(a) && IsUnsigned(b) ? wider : kInt64Type;
 }
 
 namespace {
@@ -210,14 +210,14 @@ void FoldConversion(ExpressionPtr& expression) {
         literal->integer = Wrap(value, to.base);
         if (IsReal(to)) {
             literal->node = Node::RealLiteral;
-            literal->real = static_cast<double>(inner.integer);
+            literal->real = LiteralValue(inner).ToDouble();
         }
     } else if (inner.node == Node::RealLiteral) {
         literal->node = IsReal(to) ? Node::RealLiteral : Node::IntegerLiteral;
         literal->real = inner.real;
-        literal->integer = to.base == Base::Int64 ? host::TruncateToInt64(inner.real)
-                                                  : Wrap(host::TruncateToInt32(inner.real), to.base);
-        if (to.base == Base::UInt32) literal->integer = Wrap(host::TruncateToInt64(inner.real), to.base);
+        if (IsIntegral(to)) literal->integer = host::CutTo(inner.real, KindOf(to.base));
+        // Written as a whole number above the highest Int64.
+        if (to.base == Base::UInt64 && inner.integer != 0) literal->integer = inner.integer;
     } else {
         return;
     }
@@ -230,6 +230,7 @@ void FoldNegation(ExpressionPtr& expression) {
     ExpressionPtr literal = CloneLiteral(inner, expression->at);
     literal->pattern = false;
     if (inner.node == Node::RealLiteral) {
+        literal->integer = 0;
         literal->real = -inner.real;
     } else if (inner.node == Node::IntegerLiteral) {
         const std::int64_t value = WrapNegate(LiteralInteger(inner));
@@ -248,7 +249,7 @@ void FoldArithmetic(ExpressionPtr& expression) {
     ExpressionPtr literal = MakeExpression(a.node, expression->type, expression->at);
     if (a.node == Node::IntegerLiteral && b.node == Node::IntegerLiteral) {
         const bool divides = expression->op == Operator::IntegerDivide || expression->op == Operator::Modulo;
-        if (divides && LiteralInteger(b) == 0) return;  // raises when it is run
+        if (divides && (LiteralInteger(b) == 0 || expression->type.base == Base::UInt64)) return;  // may raise
         literal->integer = Wrap(WholeResult(expression->op, LiteralInteger(a), LiteralInteger(b)), literal->type.base);
     } else if (a.node == Node::RealLiteral && b.node == Node::RealLiteral && expression->type == kDoubleType) {
         literal->real = RealResult(expression->op, a.real, b.real);

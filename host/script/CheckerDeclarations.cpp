@@ -5,6 +5,7 @@
 #include "host/objects/NearestName.h"
 #include "host/script/Check.h"
 #include "host/script/Checker.h"
+#include "host/script/Literal.h"
 
 namespace script {
 
@@ -130,11 +131,9 @@ void Checker::DeclareParameters(RoutineSymbol& routine) {
             diagnostics_.Add(parameter.at, "nothing is left for a parameter after a ParamArray, which comes last");
         open |= parameter.paramArray;
         ParameterSymbol& symbol = routine.signature.parameters.emplace_back();
+        static_cast<host::ParameterFlags&>(symbol) = parameter;
         symbol.name = parameter.name;
         symbol.type = ResolveType(parameter.type);
-        symbol.byRef = parameter.byRef;
-        symbol.optional = parameter.optional;
-        symbol.paramArray = parameter.paramArray;
         if (parameter.paramArray && !IsWrong(symbol.type) && !symbol.type.array) symbol.type.array = true;
         if (optional && !parameter.optional && !parameter.paramArray)
             diagnostics_.Add(parameter.at, "a parameter after an optional one is optional too");
@@ -143,7 +142,7 @@ void Checker::DeclareParameters(RoutineSymbol& routine) {
         CheckValue(parameter.defaultValue);
         Convert(parameter.defaultValue, symbol.type, "the default of " + parameter.name);
         if (IsLiteral(*parameter.defaultValue)) {
-            symbol.defaultValue = CloneLiteral(*parameter.defaultValue, parameter.at);
+            symbol.defaultValue = LiteralValue(*parameter.defaultValue);
         } else if (!IsWrong(parameter.defaultValue->type)) {
             diagnostics_.Add(parameter.defaultValue->at, "a default is made of literals and constants");
         }
@@ -191,14 +190,8 @@ void Checker::CheckEvent(RoutineSymbol& routine) {
         return diagnostics_.Add(at, routine.owner->name + " inherits no event " + routine.signature.name +
                                         host::DidYouMean(routine.signature.name, EventNames(*routine.owner)));
     }
-    Signature wanted;
-    wanted.name = event->declaration.name;
-    wanted.result = symbols_.FromHost(event->declaration.result);
-    for (const host::Parameter& parameter : event->declaration.parameters) {
-        ParameterSymbol& symbol = wanted.parameters.emplace_back();
-        symbol.name = parameter.name;
-        symbol.type = symbols_.FromHost(parameter.type);
-    }
+    const auto fromHost = [this](const host::Type& type) { return symbols_.FromHost(type); };
+    const auto wanted = host::WithTypes<Type>(event->declaration, fromHost);
     if (!SameParameters(wanted, routine.signature) || wanted.result != routine.signature.result)
         return diagnostics_.Add(at, "the event is declared as " + TextOf(wanted) + "; the handler must be the same");
     routine.event = event;

@@ -53,6 +53,11 @@ std::string_view WordOf(Operator op) {
 
 bool IsEquality(Operator op) { return op == Operator::Equal || op == Operator::NotEqual; }
 
+// The type in which a whole number is calculated together with signed ones.
+Type SignedType(Type type) {
+    return host::HoldsAll(host::Kind::Integer, KindOf(type.base)) ? kIntegerType : kInt64Type;
+}
+
 bool IsReference(Type type) { return type.array || type.base == Base::Object || type.base == Base::Nil; }
 
 }  // namespace
@@ -147,8 +152,7 @@ void Checker::CheckUnary(ExpressionPtr& expression) {
                                       (negates ? "; it takes a number" : "; it takes a Boolean or a whole number"));
     }
     // The negative of a byte is no byte.
-    if (negates && operand->type.base == Base::UInt8) ForceConvert(operand, kIntegerType);
-    if (negates && operand->type.base == Base::UInt32) ForceConvert(operand, kInt64Type);
+    if (negates && IsIntegral(operand->type)) ForceConvert(operand, SignedType(operand->type));
     if (operand->type.base == Base::Single) ForceConvert(operand, kDoubleType);
     expression->node = negates ? Node::Negate : Node::Complement;
     expression->type = operand->type;
@@ -189,6 +193,16 @@ void Checker::MakeVariantOperation(Expression& expression, bool comparison) {
     expression.type = comparison ? kBooleanType : kVariantType;
 }
 
+// Of two numbers. A plain one beside an unsigned one is taken as unsigned.
+Type Checker::OperandType(const Expression& left, const Expression& right) const {
+    const Type type = CommonType(left.type, right.type);
+    const auto plain = [](const Expression& e) {
+        return e.type == kIntegerType && e.node == Node::IntegerLiteral && LiteralInteger(e) >= 0;
+    };
+    if (type == kInt64Type && IsUnsigned(left.type) && plain(right)) return left.type;
+    return type == kInt64Type && IsUnsigned(right.type) && plain(left) ? right.type : type;
+}
+
 void Checker::CheckArithmetic(ExpressionPtr& expression) {
     ExpressionPtr& left = expression->operands[0];
     ExpressionPtr& right = expression->operands[1];
@@ -213,12 +227,7 @@ void Checker::CheckArithmetic(ExpressionPtr& expression) {
         if (expression->op == Operator::Add && oneText) message += "; Str makes a text of a number";
         return Wrong(*expression, std::move(message));
     }
-    Type type = CommonType(left->type, right->type);
-    // A plain number beside an unsigned one is taken as unsigned.
-    const auto plain = [](const Expression& e) { return e.node == Node::IntegerLiteral && LiteralInteger(e) >= 0; };
-    if (type == kInt64Type && ((left->type.base == Base::UInt32 && right->type == kIntegerType && plain(*right)) ||
-                               (right->type.base == Base::UInt32 && left->type == kIntegerType && plain(*left))))
-        type = {Base::UInt32};
+    Type type = OperandType(*left, *right);
     if (expression->op == Operator::Divide || expression->op == Operator::Power) type = kDoubleType;
     const bool whole = expression->op == Operator::IntegerDivide || expression->op == Operator::Modulo;
     if (whole && type == kDoubleType) type = kInt64Type;
@@ -246,7 +255,7 @@ void Checker::CheckComparison(ExpressionPtr& expression) {
     const Type a = left->type;
     const Type b = right->type;
     if (IsNumeric(a) && IsNumeric(b)) {
-        const Type common = IsReal(a) || IsReal(b) ? kDoubleType : CommonType(a, b);
+        const Type common = OperandType(*left, *right);
         ForceConvert(left, common);
         ForceConvert(right, common);
     } else if ((IsString(a) && ConversionCost(*right, kStringType) >= 0) ||
@@ -276,8 +285,9 @@ void Checker::CheckLogic(ExpressionPtr& expression) {
                                       NameOf(b) + "; it takes two Booleans or two whole numbers");
     }
     Type type = CommonType(a, b);
-    if (a.base == Base::UInt32 || b.base == Base::UInt32)
-        if (a.base != Base::Int64 && b.base != Base::Int64) type = {Base::UInt32};
+    // Bits beside bits of the same width or fewer stay unsigned.
+    if (type == kInt64Type && a.base != Base::Int64 && b.base != Base::Int64)
+        type = {a.base == Base::UInt64 || b.base == Base::UInt64 ? Base::UInt64 : Base::UInt32};
     ForceConvert(expression->operands[0], type);
     ForceConvert(expression->operands[1], type);
     expression->node = Node::Arithmetic;

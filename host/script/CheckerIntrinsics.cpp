@@ -223,13 +223,8 @@ bool Checker::ResolveAssignableCall(Statement& statement) {
     std::deque<Signature> setters;
     for (const Candidate& candidate : MethodCandidates(*object->type.of, member.text, false)) {
         if (!candidate.native || !candidate.native->method->assignable()) continue;
-        Signature& setter = setters.emplace_back();
-        setter.name = candidate.signature->name;
-        for (const ParameterSymbol& parameter : candidate.signature->parameters) {
-            ParameterSymbol& copy = setter.parameters.emplace_back();
-            copy.name = parameter.name;
-            copy.type = parameter.type;
-        }
+        Signature& setter = setters.emplace_back(*candidate.signature);
+        setter.result = kNoType;
         ParameterSymbol& assigned = setter.parameters.emplace_back();
         assigned.name = "value";
         assigned.type = candidate.signature->result;

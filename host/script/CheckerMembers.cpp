@@ -5,6 +5,7 @@
 #include "host/calls/Runtime.h"
 #include "host/objects/NearestName.h"
 #include "host/script/Checker.h"
+#include "host/script/Literal.h"
 
 namespace script {
 
@@ -190,7 +191,7 @@ bool Checker::ResolveSharedMember(ExpressionPtr& expression, const ClassSymbol& 
     for (const ClassSymbol* at = &type; at; at = at->base) {
         const host::Constant* constant = at->native && !at->declaration ? at->native->FindConstant(name) : nullptr;
         if (!constant) continue;
-        expression = symbols_.LiteralOf(constant->value, expression->at);
+        expression = LiteralOf(constant->value, expression->at);
         if (hasArguments) Wrong(*expression, name + " is a constant and takes no arguments");
         return true;
     }

@@ -11,19 +11,21 @@ struct ComparisonCode {
     bool swapped;
 };
 
-enum class CompareAs { Whole, Real, Text, Reference };
+enum class CompareAs { Whole, Real, Text, Reference, Wide };
 
 CompareAs HowToCompare(Type type) {
     if (IsString(type)) return CompareAs::Text;
     if (TakesNil(type)) return CompareAs::Reference;
+    if (type.base == Base::UInt64) return CompareAs::Wide;
     return IsReal(type) ? CompareAs::Real : CompareAs::Whole;
 }
 
 ComparisonCode CodeOf(Operator op, CompareAs as) {
-    constexpr Op table[4][4] = {{Op::EqualI, Op::NotEqualI, Op::LessI, Op::LessOrEqualI},
+    constexpr Op table[5][4] = {{Op::EqualI, Op::NotEqualI, Op::LessI, Op::LessOrEqualI},
                                 {Op::EqualD, Op::NotEqualD, Op::LessD, Op::LessOrEqualD},
                                 {Op::EqualText, Op::NotEqualText, Op::LessText, Op::LessOrEqualText},
-                                {Op::Same, Op::NotSame, Op::Same, Op::Same}};
+                                {Op::Same, Op::NotSame, Op::Same, Op::Same},
+                                {Op::EqualI, Op::NotEqualI, Op::LessW, Op::LessOrEqualW}};
     const Op* row = table[static_cast<int>(as)];
     switch (op) {
         case Operator::Equal:

@@ -21,24 +21,9 @@ bool MayRunScript(const Expression& expression) {
                        [](const ExpressionPtr& operand) { return operand && MayRunScript(*operand); });
 }
 
+// Kept with the kind of its type, for when it becomes an argument or a variant.
 Operand FunctionCompiler::CompileLiteral(const Expression& expression) {
-    switch (expression.node) {
-        case Node::IntegerLiteral:
-        case Node::BooleanLiteral:
-        case Node::ColorLiteral:
-            // Kept with the kind of its type, for when it becomes an argument or a variant.
-            if (expression.type == kBooleanType) return Constant(kBooleanType, host::Value(expression.integer != 0));
-            if (expression.type == kColorType)
-                return Constant(kColorType, host::Value(static_cast<sdk::Color>(expression.integer)));
-            return Constant(expression.type,
-                            host::NumberAs(host::Value(LiteralInteger(expression)), ToHost(expression.type).kind));
-        case Node::RealLiteral:
-            return Constant(expression.type,
-                            host::NumberAs(host::Value(expression.real), ToHost(expression.type).kind));
-        default:
-            return Constant(expression.type,
-                            expression.type.array ? host::Value(host::Ref<host::Array>()) : host::Value(nullptr));
-    }
+    return Constant(expression.type, LiteralValue(expression));
 }
 
 // A value in any register, its own if it has one.
@@ -119,8 +104,7 @@ Op NegationOf(Type type) {
 
 Op ComplementOf(Type type) {
     if (type == kBooleanType) return Op::NotBoolean;
-    if (type.base == Base::UInt32) return Op::NotU;
-    return type.base == Base::UInt8 ? Op::NotByte : Op::NotSigned;
+    return Op::NotWhole;
 }
 
 }  // namespace
@@ -161,7 +145,8 @@ void FunctionCompiler::CompileNode(Expression& expression, std::uint16_t target)
         case Node::Negate:
             return CompileUnaryInto(NegationOf(expression.type), *expression.operands[0], target);
         case Node::Complement:
-            return CompileUnaryInto(ComplementOf(expression.type), *expression.operands[0], target);
+            return CompileUnaryInto(ComplementOf(expression.type), *expression.operands[0], target,
+                                    static_cast<std::uint16_t>(KindOf(expression.type.base)));
         case Node::IsA:
             return CompileUnaryInto(Op::IsA, *expression.operands[0], target, TypeIndex(expression.typeName.resolved));
         case Node::CallRoutine:
@@ -204,8 +189,10 @@ void FunctionCompiler::CompileBinaryInto(Op op, Expression& expression, std::uin
 
 namespace {
 
-Op Pick(Base base, Op integer, Op wide, Op isUnsigned, Op real) {
+Op Pick(Base base, Op integer, Op wide, Op isUnsigned, Op real, Op wideUnsigned) {
     switch (base) {
+        case Base::UInt64:
+            return wideUnsigned;
         case Base::Int64:
             return wide;
         case Base::UInt32:
@@ -220,15 +207,15 @@ Op Pick(Base base, Op integer, Op wide, Op isUnsigned, Op real) {
 Op ArithmeticOp(Operator op, Base base) {
     switch (op) {
         case Operator::Add:
-            return Pick(base, Op::AddI, Op::AddL, Op::AddU, Op::AddD);
+            return Pick(base, Op::AddI, Op::AddL, Op::AddU, Op::AddD, Op::AddL);
         case Operator::Subtract:
-            return Pick(base, Op::SubtractI, Op::SubtractL, Op::SubtractU, Op::SubtractD);
+            return Pick(base, Op::SubtractI, Op::SubtractL, Op::SubtractU, Op::SubtractD, Op::SubtractL);
         case Operator::Multiply:
-            return Pick(base, Op::MultiplyI, Op::MultiplyL, Op::MultiplyU, Op::MultiplyD);
+            return Pick(base, Op::MultiplyI, Op::MultiplyL, Op::MultiplyU, Op::MultiplyD, Op::MultiplyL);
         case Operator::IntegerDivide:
-            return Pick(base, Op::DivideI, Op::DivideL, Op::DivideU, Op::DivideD);
+            return Pick(base, Op::DivideI, Op::DivideL, Op::DivideU, Op::DivideD, Op::DivideW);
         case Operator::Modulo:
-            return Pick(base, Op::ModuloI, Op::ModuloL, Op::ModuloU, Op::ModuloI);
+            return Pick(base, Op::ModuloI, Op::ModuloL, Op::ModuloU, Op::ModuloI, Op::ModuloW);
         case Operator::Divide:
             return Op::DivideD;
         case Operator::Power:
@@ -248,36 +235,34 @@ void FunctionCompiler::CompileArithmetic(Expression& expression, std::uint16_t t
     CompileBinaryInto(ArithmeticOp(expression.op, expression.type.base), expression, target, false);
 }
 
+namespace {
+
+Op NumberConversion(Type from, Type to) {
+    const bool wide = from.base == Base::UInt64;
+    if (IsReal(to) && IsReal(from)) return to.base == Base::Single ? Op::DoubleToSingle : Op::MoveBits;
+    if (to.base == Base::Single) return wide ? Op::WideToSingle : Op::WholeToSingle;
+    if (to.base == Base::Double) return wide ? Op::WideToDouble : Op::WholeToDouble;
+    if (host::RowOf(KindOf(to.base)).size == 8 && !IsReal(from)) return Op::MoveBits;
+    switch (to.base) {
+        case Base::UInt8:
+            return IsReal(from) ? Op::DoubleToByte : Op::ToByte;
+        case Base::Integer:
+            return IsReal(from) ? Op::DoubleToInteger : Op::ToInteger;
+        default:
+            return IsReal(from) ? Op::DoubleToWhole : Op::ToWhole;
+    }
+}
+
+}  // namespace
+
 void FunctionCompiler::CompileConvert(Expression& expression, std::uint16_t target) {
     Expression& inner = *expression.operands[0];
     const Type from = inner.type;
     const Type to = expression.type;
     if (IsVariant(to)) return CompileUnaryInto(Op::Move, inner, target);
-    if (IsNumeric(from) && IsNumeric(to)) {
-        Op op = Op::MoveBits;
-        const bool real = IsReal(from);
-        switch (to.base) {
-            case Base::UInt8:
-                op = real ? Op::DoubleToByte : Op::ToByte;
-                break;
-            case Base::Integer:
-                op = real ? Op::DoubleToInteger : Op::ToInteger;
-                break;
-            case Base::UInt32:
-                op = real ? Op::DoubleToUnsigned : Op::ToUnsigned;
-                break;
-            case Base::Int64:
-                op = real ? Op::DoubleToInt64 : Op::MoveBits;
-                break;
-            case Base::Single:
-                op = real ? Op::DoubleToSingle : Op::WholeToSingle;
-                break;
-            default:
-                op = real ? Op::MoveBits : Op::WholeToDouble;
-                break;
-        }
-        return CompileUnaryInto(op, inner, target);
-    }
+    if (IsNumeric(from) && IsNumeric(to))
+        return CompileUnaryInto(NumberConversion(from, to), inner, target,
+                                static_cast<std::uint16_t>(KindOf(to.base)));
     const bool cast = IsObject(from) && IsObject(to) && Inherits(to.of, from.of);
     CompileUnaryInto(cast ? Op::Cast : Op::ConvertValue, inner, target, TypeIndex(to));
 }

@@ -148,14 +148,16 @@ void FunctionCompiler::CompileSelect(Statement& statement) {
 // has it.
 void FunctionCompiler::CompileForTest(Statement& statement, Operand variable, Operand step, bool stepKnown, bool down,
                                       JumpList& exits) {
-    const bool real = IsReal(statement.expressions[0]->type);
+    const Type type = statement.expressions[0]->type;
+    const bool real = IsReal(type);
+    const bool wide = type.base == Base::UInt64;
     const Operand last = Compile(*statement.expressions[2]);
     at_ = statement.at;
     Free(last);
     if (!stepKnown) {
-        Emit(real ? Op::TestForD : Op::TestForI, variable.index, last.index, step.index);
+        Emit(real ? Op::TestForD : (wide ? Op::TestForW : Op::TestForI), variable.index, last.index, step.index);
     } else {
-        const Op test = real ? Op::TestLessOrEqualD : Op::TestLessOrEqualI;
+        const Op test = real ? Op::TestLessOrEqualD : (wide ? Op::TestLessOrEqualW : Op::TestLessOrEqualI);
         Emit(test, down ? last.index : variable.index, down ? variable.index : last.index);
     }
     Jump(exits);
@@ -165,18 +167,18 @@ namespace {
 
 Op StepOf(Base base) {
     switch (base) {
-        case Base::UInt8:
-            return Op::StepByte;
-        case Base::UInt32:
-            return Op::StepU;
         case Base::Int64:
             return Op::StepL;
+        case Base::UInt64:
+            return Op::StepW;
         case Base::Single:
             return Op::StepSingle;
         case Base::Double:
             return Op::StepD;
-        default:
+        case Base::Integer:
             return Op::StepI;
+        default:
+            return Op::StepWhole;
     }
 }
 
@@ -226,7 +228,7 @@ void FunctionCompiler::CompileFor(Statement& statement) {
     Land(loops_.back().continues);
     at_ = statement.at;
     if (variable.temporary) CompileTo(target, variable.index);
-    Emit(StepOf(type.base), variable.index, step.index);
+    Emit(StepOf(type.base), variable.index, step.index, static_cast<std::uint16_t>(KindOf(type.base)));
     Jump(loops_.back().exits);
     if (variable.temporary) StoreLoopVariable(target, variable);
     JumpTo(head);

@@ -1,7 +1,7 @@
 // The instruction loop. Numbers, jumps and calls are worked on here; whatever may raise for other
 // reasons is done by Perform.
+#include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include "host/script/Arithmetic.h"
 #include "host/script/Machine.h"
@@ -16,6 +16,8 @@ using host::Value;
 
 std::int32_t Narrow(const Value& value) { return static_cast<std::int32_t>(value.bits()); }
 std::uint32_t Unsigned(const Value& value) { return static_cast<std::uint32_t>(value.bits()); }
+
+std::uint64_t Wide(const Value& value) { return static_cast<std::uint64_t>(value.bits()); }
 
 [[noreturn]] void ThrowDivision() { Throw("RuntimeException", "Division by zero"); }
 
@@ -32,9 +34,16 @@ bool Step(Value& variable, std::int64_t step, std::int64_t lowest, std::int64_t 
     return true;
 }
 
-template <class T>
-bool StepIn(Value& variable, const Value& step) {
-    return Step(variable, step.bits(), std::numeric_limits<T>::min(), std::numeric_limits<T>::max());
+bool StepIn(Value& variable, const Value& step, host::Kind kind) {
+    return Step(variable, step.bits(), host::LowestOf(kind), static_cast<std::int64_t>(host::HighestOf(kind)));
+}
+
+// The same for a UInt64, up or down.
+bool StepWide(Value& variable, std::int64_t step) {
+    const std::uint64_t next = Wide(variable) + static_cast<std::uint64_t>(step);
+    if (step < 0 ? next >= Wide(variable) : next < Wide(variable)) return false;
+    variable.bits() = static_cast<std::int64_t>(next);
+    return true;
 }
 
 }  // namespace
@@ -105,6 +114,8 @@ void Machine::Loop(std::size_t floor) {
             case Op::MultiplyU: r[i.a].bits() = WrapMultiply(Unsigned(r[i.b]), Unsigned(r[i.c])); break;
             case Op::DivideU: r[i.a].bits() = r[i.b].bits() / NonZero(r[i.c].bits()); break;
             case Op::ModuloU: r[i.a].bits() = r[i.b].bits() % NonZero(r[i.c].bits()); break;
+            case Op::DivideW: r[i.a].bits() = static_cast<std::int64_t>(Wide(r[i.b]) / static_cast<std::uint64_t>(NonZero(r[i.c].bits()))); break;
+            case Op::ModuloW: r[i.a].bits() = static_cast<std::int64_t>(Wide(r[i.b]) % static_cast<std::uint64_t>(NonZero(r[i.c].bits()))); break;
             case Op::AddD: r[i.a].real() = r[i.b].real() + r[i.c].real(); break;
             case Op::SubtractD: r[i.a].real() = r[i.b].real() - r[i.c].real(); break;
             case Op::MultiplyD: r[i.a].real() = r[i.b].real() * r[i.c].real(); break;
@@ -116,15 +127,15 @@ void Machine::Loop(std::size_t floor) {
             case Op::NegateI: r[i.a].bits() = WrapNegate(Narrow(r[i.b])); break;
             case Op::NegateL: r[i.a].bits() = WrapNegate(r[i.b].bits()); break;
             case Op::NegateD: r[i.a].real() = -r[i.b].real(); break;
-            case Op::NotSigned: r[i.a].bits() = ~r[i.b].bits(); break;
-            case Op::NotU: r[i.a].bits() = static_cast<std::uint32_t>(~r[i.b].bits()); break;
-            case Op::NotByte: r[i.a].bits() = static_cast<std::uint8_t>(~r[i.b].bits()); break;
+            case Op::NotWhole: r[i.a].bits() = host::WrapTo(~r[i.b].bits(), static_cast<host::Kind>(i.c)); break;
             case Op::NotBoolean: r[i.a].bits() = r[i.b].bits() == 0; break;
 
             case Op::EqualI: r[i.a].bits() = r[i.b].bits() == r[i.c].bits(); break;
             case Op::NotEqualI: r[i.a].bits() = r[i.b].bits() != r[i.c].bits(); break;
             case Op::LessI: r[i.a].bits() = r[i.b].bits() < r[i.c].bits(); break;
             case Op::LessOrEqualI: r[i.a].bits() = r[i.b].bits() <= r[i.c].bits(); break;
+            case Op::LessW: r[i.a].bits() = Wide(r[i.b]) < Wide(r[i.c]); break;
+            case Op::LessOrEqualW: r[i.a].bits() = Wide(r[i.b]) <= Wide(r[i.c]); break;
             case Op::EqualD: r[i.a].bits() = r[i.b].real() == r[i.c].real(); break;
             case Op::NotEqualD: r[i.a].bits() = r[i.b].real() != r[i.c].real(); break;
             case Op::LessD: r[i.a].bits() = r[i.b].real() < r[i.c].real(); break;
@@ -138,17 +149,14 @@ void Machine::Loop(std::size_t floor) {
 
             case Op::ToByte: r[i.a].bits() = static_cast<std::uint8_t>(r[i.b].bits()); break;
             case Op::ToInteger: r[i.a].bits() = Narrow(r[i.b]); break;
-            case Op::ToUnsigned: r[i.a].bits() = Unsigned(r[i.b]); break;
+            case Op::ToWhole: r[i.a].bits() = host::WrapTo(r[i.b].bits(), static_cast<host::Kind>(i.c)); break;
             case Op::WholeToDouble: r[i.a].real() = static_cast<double>(r[i.b].bits()); break;
             case Op::WholeToSingle: r[i.a].real() = static_cast<float>(r[i.b].bits()); break;
+            case Op::WideToDouble: r[i.a].real() = static_cast<double>(Wide(r[i.b])); break;
+            case Op::WideToSingle: r[i.a].real() = static_cast<float>(Wide(r[i.b])); break;
             case Op::DoubleToInteger: r[i.a].bits() = host::TruncateToInt32(r[i.b].real()); break;
-            case Op::DoubleToInt64: r[i.a].bits() = host::TruncateToInt64(r[i.b].real()); break;
-            case Op::DoubleToUnsigned:
-                r[i.a].bits() = static_cast<std::uint32_t>(host::TruncateToInt64(r[i.b].real()));
-                break;
-            case Op::DoubleToByte:
-                r[i.a].bits() = static_cast<std::uint8_t>(host::TruncateToInt32(r[i.b].real()));
-                break;
+            case Op::DoubleToByte: r[i.a].bits() = std::clamp(host::TruncateToInt32(r[i.b].real()), 0, 255); break;
+            case Op::DoubleToWhole: r[i.a].bits() = host::CutTo(r[i.b].real(), static_cast<host::Kind>(i.c)); break;
             case Op::DoubleToSingle: r[i.a].real() = static_cast<float>(r[i.b].real()); break;
 
             case Op::Jump: pc = frame->function->code.data() + i.Number(); break;
@@ -169,13 +177,17 @@ void Machine::Loop(std::size_t floor) {
             case Op::TestForI:
                 pc += r[i.c].bits() < 0 ? r[i.a].bits() >= r[i.b].bits() : r[i.a].bits() <= r[i.b].bits();
                 break;
+            case Op::TestLessOrEqualW: pc += Wide(r[i.a]) <= Wide(r[i.b]); break;
+            case Op::TestForW:
+                pc += r[i.c].bits() < 0 ? Wide(r[i.a]) >= Wide(r[i.b]) : Wide(r[i.a]) <= Wide(r[i.b]);
+                break;
             case Op::TestForD:
                 pc += r[i.c].real() < 0 ? r[i.a].real() >= r[i.b].real() : r[i.a].real() <= r[i.b].real();
                 break;
-            case Op::StepByte: pc += StepIn<std::uint8_t>(r[i.a], r[i.b]); break;
-            case Op::StepI: pc += StepIn<std::int32_t>(r[i.a], r[i.b]); break;
-            case Op::StepU: pc += StepIn<std::uint32_t>(r[i.a], r[i.b]); break;
-            case Op::StepL: pc += StepIn<std::int64_t>(r[i.a], r[i.b]); break;
+            case Op::StepI: pc += StepIn(r[i.a], r[i.b], host::Kind::Integer); break;
+            case Op::StepL: pc += StepIn(r[i.a], r[i.b], host::Kind::Int64); break;
+            case Op::StepW: pc += StepWide(r[i.a], r[i.b].bits()); break;
+            case Op::StepWhole: pc += StepIn(r[i.a], r[i.b], static_cast<host::Kind>(i.c)); break;
             case Op::StepSingle: r[i.a].real() = static_cast<float>(r[i.a].real() + r[i.b].real()); ++pc; break;
             case Op::StepD: r[i.a].real() += r[i.b].real(); ++pc; break;
 

@@ -39,20 +39,20 @@ std::size_t IndexIn(const host::Array& array, std::int64_t index, std::size_t en
 
 void Sort(host::Array& array) {
     const bool texts = array.element.kind == host::Kind::String;
-    const bool reals = array.element.kind == host::Kind::Double || array.element.kind == host::Kind::Single;
+    const bool reals = host::IsRealKind(array.element.kind);
     std::stable_sort(array.values.begin(), array.values.end(), [&](const Value& a, const Value& b) {
         if (texts) return CompareTexts(a, b) < 0;
         // Not-a-number comes last, so that there is an order at all.
         if (reals) return a.real() < b.real() || (b.real() != b.real() && a.real() == a.real());
+        if (array.element.kind == host::Kind::UInt64)
+            return static_cast<std::uint64_t>(a.bits()) < static_cast<std::uint64_t>(b.bits());
         return a.bits() < b.bits();
     });
 }
 
 bool SameElement(const Value& a, const Value& b) {
     if (a.kind() == host::Kind::String && b.kind() == host::Kind::String) return CompareTexts(a, b) == 0;
-    if (a.kind() == host::Kind::Double || a.kind() == host::Kind::Single)
-        return b.IsNumber() && a.ToDouble() == b.ToDouble();
-    if (a.IsNumber() && b.IsNumber()) return a.ToDouble() == b.ToDouble();
+    if (a.IsNumber() && b.IsNumber() && (a.kind() != b.kind() || !a.IsWhole())) return a.ToDouble() == b.ToDouble();
     return a.kind() == b.kind() && a.bits() == b.bits();
 }
 

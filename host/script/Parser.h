@@ -133,6 +133,7 @@ class Parser {
     RoutineDeclaration ParseRoutine();
     void ParseRoutineHead(RoutineDeclaration& routine);
     void ParseParameters(RoutineDeclaration& routine);
+    class ParameterGrammar;
     Parameter ParseParameter();
     ClassDeclaration ParseClass();
     void ParseClassMember(ClassDeclaration& declaration);

@@ -1,4 +1,5 @@
 // Routines, classes and their members.
+#include "host/calls/ParameterList.h"
 #include "host/script/Parser.h"
 
 namespace script {
@@ -35,32 +36,39 @@ void Parser::ParseDeclaration(Program& program) {
     }
 }
 
+// A script's part of the grammar of a parameter.
+class Parser::ParameterGrammar {
+  public:
+    explicit ParameterGrammar(Parser& parser) : parser_(parser) {}
+
+    bool AtParameterWord(std::string_view word) const {
+        const bool named = parser_.Peek(1).kind == TokenKind::Identifier && !parser_.AtWord("as", 1);
+        return named && parser_.AtWord(word);
+    }
+    void Step() { parser_.Advance(); }
+    bool Skip(std::string_view sign) { return parser_.TakeSymbol(sign); }
+    void ReadName(Parameter& parameter) {
+        parameter.at = parser_.Here();
+        parameter.name = parser_.ExpectName("a parameter's name");
+    }
+    void ReadClosing() { parser_.ExpectSymbol(")", "an array parameter's name"); }
+    void ReadAs() { parser_.ExpectWord("as", "the parameter's name; a parameter needs a type (x As Integer)"); }
+    void ReadParameterType(Parameter& parameter, bool array) {
+        parameter.type = parser_.ParseTypeName();
+        parameter.type.array |= array;
+    }
+    void ReadDefault(Parameter& parameter) { parameter.defaultValue = parser_.ParseExpression(); }
+
+  private:
+    Parser& parser_;
+};
+
 Parameter Parser::ParseParameter() {
-    Parameter parameter;
     for (const std::string_view foreign : {"Extends", "Assigns"})
         if (AtWord(foreign) && AtName(1)) Fail(std::string(foreign) + " is not part of this language");
-    for (;;) {
-        if (TakeWord("byref")) {
-            parameter.byRef = true;
-        } else if (TakeWord("optional")) {
-            parameter.optional = true;
-        } else if (TakeWord("paramarray")) {
-            parameter.paramArray = true;
-        } else if (!TakeWord("byval")) {
-            break;
-        }
-    }
-    parameter.at = Here();
-    parameter.name = ExpectName("a parameter's name");
-    const bool array = TakeSymbol("(");
-    if (array) ExpectSymbol(")", "an array parameter's name");
-    ExpectWord("as", "the parameter's name; a parameter needs a type (x As Integer)");
-    parameter.type = ParseTypeName();
-    parameter.type.array |= array;
-    if (TakeSymbol("=")) {
-        parameter.defaultValue = ParseExpression();
-        parameter.optional = true;
-    }
+    Parameter parameter;
+    ParameterGrammar grammar(*this);
+    host::ReadParameter(grammar, parameter);
     if (parameter.paramArray && parameter.optional)
         FailAt(parameter.at, "a ParamArray has no default: where nothing is left for it, it is empty");
     if (parameter.byRef && (parameter.optional || parameter.paramArray))

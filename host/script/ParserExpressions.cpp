@@ -201,6 +201,7 @@ ExpressionPtr Parser::ParseLiteral() {
         case TokenKind::Double:
             node->node = Node::RealLiteral;
             node->real = token.real;
+            node->integer = token.number;  // a whole one above the highest Int64
             break;
         case TokenKind::Color:
             node->node = Node::ColorLiteral;

@@ -9,20 +9,6 @@ namespace script {
 
 namespace {
 
-host::Declaration DeclarationOf(const Signature& signature) {
-    host::Declaration declaration;
-    declaration.name = signature.name;
-    if (signature.result != kNoType) declaration.result = ToHost(signature.result);
-    for (const ParameterSymbol& parameter : signature.parameters) {
-        host::Parameter& copy = declaration.parameters.emplace_back();
-        copy.name = parameter.name;
-        copy.type = ToHost(parameter.type);
-        copy.byRef = parameter.byRef;
-        copy.paramArray = parameter.paramArray;
-    }
-    return declaration;
-}
-
 host::Callable BodyOf(RoutineSymbol& routine, Machine& machine) {
     return [&routine, &machine](host::Object* self, std::span<host::Value> arguments) {
         const Function* code = routine.code;
@@ -54,7 +40,7 @@ void AddRoutine(host::Class& type, RoutineSymbol& routine, Machine& machine) {
         return;
     }
     host::Method method;
-    method.declaration = DeclarationOf(routine.signature);
+    method.declaration = host::WithTypes<host::Type>(routine.signature, ToHost);
     method.shared = routine.shared;
     method.body = BodyOf(routine, machine);
     routine.method = &type.AddMethod(std::move(method));

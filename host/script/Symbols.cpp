@@ -7,21 +7,6 @@
 
 namespace script {
 
-namespace {
-
-// Other names of simple types.
-constexpr std::pair<std::string_view, Base> kAliases[] = {{"Int32", Base::Integer}, {"Byte", Base::UInt8}};
-
-ExpressionPtr LiteralNode(Node node, Type type, Position at) {
-    auto literal = std::make_unique<Expression>();
-    literal->node = node;
-    literal->type = type;
-    literal->at = at;
-    return literal;
-}
-
-}  // namespace
-
 std::string NameOf(Type type) {
     if (type.base == Base::None) return "nothing";
     if (type.base == Base::Wrong) return "?";
@@ -32,8 +17,6 @@ std::string NameOf(Type type) {
 // The simple type of a name; kNoType when it is none.
 Type SimpleTypeNamed(std::string_view name) {
     if (host::SameName(name, "Variant")) return kVariantType;
-    for (const auto& [alias, base] : kAliases)
-        if (host::SameName(alias, name)) return {base};
     const host::Kind kind = host::TypeNamed(name).kind;
     return kind == host::Kind::Object ? kNoType : Type{static_cast<Base>(kind)};
 }
@@ -111,54 +94,13 @@ Type Symbols::FromHost(const host::Type& type) {
     return {static_cast<Base>(kind), array};
 }
 
-ExpressionPtr Symbols::LiteralOf(const host::Value& value, Position at) {
-    ExpressionPtr literal;
-    switch (value.kind()) {
-        case host::Kind::Boolean:
-            literal = LiteralNode(Node::BooleanLiteral, kBooleanType, at);
-            break;
-        case host::Kind::Color:
-            literal = LiteralNode(Node::ColorLiteral, kColorType, at);
-            break;
-        case host::Kind::Double:
-        case host::Kind::Single:
-            literal = LiteralNode(Node::RealLiteral, kDoubleType, at);
-            literal->real = value.ToDouble();
-            return literal;
-        case host::Kind::String:
-            literal = LiteralNode(Node::StringLiteral, kStringType, at);
-            literal->text = value.text();
-            return literal;
-        case host::Kind::Integer:
-            literal = LiteralNode(Node::IntegerLiteral, kIntegerType, at);
-            break;
-        case host::Kind::Int64:
-        case host::Kind::UInt32:
-        case host::Kind::UInt8:
-            literal = LiteralNode(Node::IntegerLiteral, kInt64Type, at);
-            break;
-        default:
-            return LiteralNode(Node::NilLiteral, kNilType, at);
-    }
-    literal->integer = value.ToInt64();
-    return literal;
-}
-
 const NativeMethod* Symbols::Wrap(const host::Method& method) {
     std::unique_ptr<NativeMethod>& wrapped = natives_[&method];
     if (wrapped) return wrapped.get();
     wrapped = std::make_unique<NativeMethod>();
     wrapped->method = &method;
-    wrapped->signature.name = method.declaration.name;
-    wrapped->signature.result = FromHost(method.declaration.result);
-    for (const host::Parameter& parameter : method.declaration.parameters) {
-        ParameterSymbol& symbol = wrapped->signature.parameters.emplace_back();
-        symbol.name = parameter.name;
-        symbol.type = FromHost(parameter.type);
-        symbol.optional = parameter.optional;
-        symbol.paramArray = parameter.paramArray;
-        if (parameter.optional) symbol.defaultValue = LiteralOf(parameter.defaultValue, {});
-    }
+    wrapped->signature =
+        host::WithTypes<Type>(method.declaration, [this](const host::Type& type) { return FromHost(type); });
     return wrapped.get();
 }
 

@@ -35,21 +35,9 @@ struct Variable {
     std::uint16_t index = 0;   // its register, given by the compiler
 };
 
-struct ParameterSymbol {
-    std::string name;
-    Type type;
-    bool byRef = false;
-    bool optional = false;
-    bool paramArray = false;
-    ExpressionPtr defaultValue;  // a literal; null: the type's own default
-};
-
-// How something is called.
-struct Signature {
-    std::string name;
-    std::vector<ParameterSymbol> parameters;
-    Type result;  // kNoType: none
-};
+// How something is called; a default is a literal's value.
+using ParameterSymbol = host::ParameterOf<Type>;
+using Signature = host::DeclarationOf<Type>;
 
 struct NativeMethod {
     const host::Method* method = nullptr;
@@ -113,7 +101,6 @@ class Symbols {
     std::vector<const NativeMethod*> SharedMethods(const ClassSymbol& type, std::string_view name);
     const host::Property* FindProperty(const ClassSymbol& type, std::string_view name);
     Type FromHost(const host::Type& type);
-    ExpressionPtr LiteralOf(const host::Value& value, Position at);
     const NativeMethod* Wrap(const host::Method& method);
 
     // --- The script's

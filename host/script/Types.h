@@ -18,6 +18,10 @@ enum class Base : std::uint8_t {
     Int64 = static_cast<std::uint8_t>(host::Kind::Int64),
     UInt32 = static_cast<std::uint8_t>(host::Kind::UInt32),
     UInt8 = static_cast<std::uint8_t>(host::Kind::UInt8),
+    Int8 = static_cast<std::uint8_t>(host::Kind::Int8),
+    Int16 = static_cast<std::uint8_t>(host::Kind::Int16),
+    UInt16 = static_cast<std::uint8_t>(host::Kind::UInt16),
+    UInt64 = static_cast<std::uint8_t>(host::Kind::UInt64),
     Single = static_cast<std::uint8_t>(host::Kind::Single),
     Double = static_cast<std::uint8_t>(host::Kind::Double),
     Color = static_cast<std::uint8_t>(host::Kind::Color),
@@ -59,6 +63,7 @@ inline Type ArrayOf(Type element) { return {element.base, true, element.of}; }
 
 inline bool IsWrong(Type type) { return type.base == Base::Wrong; }
 inline bool IsIntegral(Type type) { return !type.array && host::IsWholeKind(KindOf(type.base)); }
+inline bool IsUnsigned(Type type) { return IsIntegral(type) && !host::RowOf(KindOf(type.base)).isSigned; }
 inline bool IsReal(Type type) { return !type.array && host::IsRealKind(KindOf(type.base)); }
 inline bool IsNumeric(Type type) { return IsIntegral(type) || IsReal(type); }
 inline bool IsObject(Type type) { return !type.array && type.base == Base::Object; }

@@ -43,13 +43,6 @@ int CompareFolded(std::string_view a, std::string_view b) {
     Throw("TypeMismatchException", "A value of type " + host::TypeTextOf(value) + " can't become " + wanted);
 }
 
-std::string ColorText(std::int64_t color) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
-    std::string text = "&c";
-    for (int shift = 20; shift >= 0; shift -= 4) text += digits[static_cast<std::size_t>(color >> shift & 15)];
-    return text;
-}
-
 std::string ObjectText(const Value& value) {
     if (!value.object()) return "Nil";
     const host::Conversion* conversion = host::Runtime::Get().FindConversion(value, host::TypeNamed("String"));
@@ -112,10 +105,6 @@ std::string TextOfArray(const host::Array& array, int depth) {
 
 std::string TextOfValue(const Value& value) {
     switch (value.kind()) {
-        case Kind::Boolean:
-            return value.ToBoolean() ? "True" : "False";
-        case Kind::Color:
-            return ColorText(value.ToInt64());
         case Kind::Double:
             return host::NumberText(value.real());
         case Kind::Single:
@@ -129,7 +118,7 @@ std::string TextOfValue(const Value& value) {
         case Kind::None:
             return "Nil";
         default:
-            return std::to_string(value.ToInt64());
+            return host::PlainText(value);
     }
 }
 
@@ -246,7 +235,7 @@ Value VariantArithmetic(Operator op, const Value& a, const Value& b) {
         const std::int64_t x = NumberOf(a, Kind::Int64, "a number").ToInt64();
         const std::int64_t y = NumberOf(b, Kind::Int64, "a number").ToInt64();
         const std::int64_t result = WholeArithmetic(op, x, y);
-        const bool narrow = a.kind() != Kind::Int64 && b.kind() != Kind::Int64;
+        const bool narrow = host::RowOf(a.kind()).size < 8 && host::RowOf(b.kind()).size < 8;
         return narrow ? Value(static_cast<std::int32_t>(result)) : Value(result);
     }
     return Value(RealResult(op, NumberOf(a, Kind::Double, "a number").ToDouble(),
@@ -267,8 +256,12 @@ bool VariantComparison(Operator op, const Value& a, const Value& b) {
         const int order = CompareTexts(Value(TextOfValue(a)), Value(TextOfValue(b)));
         return Holds(op, order);
     }
-    const bool reals =
-        a.kind() == Kind::Double || b.kind() == Kind::Double || a.kind() == Kind::Single || b.kind() == Kind::Single;
+    const bool reals = host::IsRealKind(a.kind()) || host::IsRealKind(b.kind()) ||
+                       (a.kind() == Kind::UInt64) != (b.kind() == Kind::UInt64);
+    if (a.kind() == Kind::UInt64 && b.kind() == Kind::UInt64) {
+        const auto left = static_cast<std::uint64_t>(a.bits()), right = static_cast<std::uint64_t>(b.bits());
+        return Holds(op, left < right ? -1 : left > right);
+    }
     if (!reals) return Holds(op, a.ToInt64() < b.ToInt64() ? -1 : a.ToInt64() > b.ToInt64());
     const double x = a.ToDouble();
     const double y = b.ToDouble();
