@@ -53,7 +53,24 @@ constexpr std::size_t FindAs(std::string_view piece) {
     return std::string_view::npos;
 }
 
-enum class Kind { None, Integer, Int64, UInt32, UInt8, Int8, Int16, UInt16, UInt64, Double, Single, Boolean, Color, String, Array, Object };
+enum class Kind {
+    None,
+    Integer,
+    Int64,
+    UInt32,
+    UInt8,
+    Int8,
+    Int16,
+    UInt16,
+    UInt64,
+    Double,
+    Single,
+    Boolean,
+    Color,
+    String,
+    Array,
+    Object
+};
 
 // The kind behind a type name: an unknown name is a class.
 constexpr Kind KindOfTypeName(std::string_view name) {
@@ -61,12 +78,12 @@ constexpr Kind KindOfTypeName(std::string_view name) {
         std::string_view name;
         Kind kind;
     };
-    constexpr Row rows[] = {
-        {"integer", Kind::Integer}, {"int64", Kind::Int64},   {"uint32", Kind::UInt32},   {"uint8", Kind::UInt8},
-        {"double", Kind::Double},   {"single", Kind::Single}, {"boolean", Kind::Boolean}, {"color", Kind::Color},
-        {"string", Kind::String},   {"", Kind::None},         {"int8", Kind::Int8},       {"int16", Kind::Int16},
-        {"uint16", Kind::UInt16},   {"uint64", Kind::UInt64}, {"int32", Kind::Integer},   {"uinteger", Kind::UInt32},
-        {"byte", Kind::UInt8}};
+    constexpr Row rows[] = {{"integer", Kind::Integer}, {"int64", Kind::Int64},   {"uint32", Kind::UInt32},
+                            {"uint8", Kind::UInt8},     {"double", Kind::Double}, {"single", Kind::Single},
+                            {"boolean", Kind::Boolean}, {"color", Kind::Color},   {"string", Kind::String},
+                            {"", Kind::None},           {"int8", Kind::Int8},     {"int16", Kind::Int16},
+                            {"uint16", Kind::UInt16},   {"uint64", Kind::UInt64}, {"int32", Kind::Integer},
+                            {"uinteger", Kind::UInt32}, {"byte", Kind::UInt8}};
     for (const Row& row : rows)
         if (SameName(name, row.name)) return row.kind;
     return Kind::Object;

@@ -211,8 +211,7 @@ Value CallDirectly(sdk::AnyFunction function, const platform::Registers& in, boo
     }
     if (result == Kind::Double) return Value(platform::CallInRegisters<double>(function, in, reals));
     if (result == Kind::Single) return Value(platform::CallInRegisters<float>(function, in, reals));
-    if (IsReference(result))
-        return ReferenceValue(platform::CallInRegisters<void*>(function, in, reals), result, true);
+    if (IsReference(result)) return ReferenceValue(platform::CallInRegisters<void*>(function, in, reals), result, true);
     return WholeValue(platform::CallInRegisters<std::int64_t>(function, in, reals), result);
 }
 

@@ -20,11 +20,8 @@ struct ParameterWord {
 };
 
 inline constexpr ParameterWord kParameterWords[] = {
-    {"byref", &ParameterFlags::byRef},
-    {"byval", nullptr},
-    {"optional", &ParameterFlags::optional},
-    {"paramarray", &ParameterFlags::paramArray},
-    {"assigns", nullptr},
+    {"byref", &ParameterFlags::byRef},           {"byval", nullptr},   {"optional", &ParameterFlags::optional},
+    {"paramarray", &ParameterFlags::paramArray}, {"assigns", nullptr},
 };
 
 // Such a word may be the parameter's name as well: it says something where a name follows.

@@ -261,8 +261,7 @@ void FunctionCompiler::CompileConvert(Expression& expression, std::uint16_t targ
     const Type to = expression.type;
     if (IsVariant(to)) return CompileUnaryInto(Op::Move, inner, target);
     if (IsNumeric(from) && IsNumeric(to))
-        return CompileUnaryInto(NumberConversion(from, to), inner, target,
-                                static_cast<std::uint16_t>(KindOf(to.base)));
+        return CompileUnaryInto(NumberConversion(from, to), inner, target, static_cast<std::uint16_t>(KindOf(to.base)));
     const bool cast = IsObject(from) && IsObject(to) && Inherits(to.of, from.of);
     CompileUnaryInto(cast ? Op::Cast : Op::ConvertValue, inner, target, TypeIndex(to));
 }

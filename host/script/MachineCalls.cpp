@@ -4,7 +4,7 @@
 
 #include "host/calls/Call.h"
 #include "host/script/Machine.h"
-#include "host/script/MachineState.h"
+#include "host/script/MachineAccess.h"
 #include "host/script/Place.h"
 
 namespace script {

@@ -5,8 +5,9 @@
 
 #include "host/script/Arithmetic.h"
 #include "host/script/Machine.h"
-#include "host/script/MachineState.h"
+#include "host/script/MachineAccess.h"
 #include "host/script/Place.h"
+#include "host/script/Values.h"
 
 namespace script {
 

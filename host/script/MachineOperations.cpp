@@ -3,7 +3,8 @@
 
 #include "host/calls/Call.h"
 #include "host/script/Machine.h"
-#include "host/script/MachineState.h"
+#include "host/script/MachineAccess.h"
+#include "host/script/Values.h"
 
 namespace script {
 

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "host/script/MachineState.h"
+#include "host/script/MachineAccess.h"
 
 namespace script {
 

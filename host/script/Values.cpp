@@ -1,4 +1,5 @@
-// Texts, conversions and operators on values whose type is known only when they are met.
+#include "host/script/Values.h"
+
 #include <cmath>
 #include <cstring>
 
@@ -7,7 +8,6 @@
 #include "host/framework/NumberText.h"
 #include "host/script/Arithmetic.h"
 #include "host/script/Machine.h"
-#include "host/script/MachineState.h"
 
 namespace script {
 
