@@ -9,6 +9,7 @@
 
 #include "host/calls/Border.h"
 #include "host/calls/Runtime.h"
+#include "host/objects/Handlers.h"
 #include "platform/RegisterCall.h"
 
 namespace host {
@@ -343,7 +344,7 @@ void SetProperty(const Property& property, Object* self, const Value& value) {
 }
 
 bool RaiseEvent(const Event& event, Object* self, std::span<Value> arguments, Value& result) {
-    const EventHandler* handler = self ? self->type->FindEventHandler(event.number) : nullptr;
+    const EventHandler* handler = self ? HandlerOf(*self, event.number) : nullptr;
     if (!handler) return false;
     result = handler->body(self, arguments);
     return true;

@@ -3,6 +3,7 @@
 #include "host/calls/Call.h"
 #include "host/calls/Declaration.h"
 #include "host/calls/Runtime.h"
+#include "host/objects/Handlers.h"
 
 namespace host {
 
@@ -48,7 +49,7 @@ sdk::AnyFunction LoadObjectMethod(sdk::Object* object, const char* text) {
 }
 
 sdk::AnyFunction GetEventInstance(sdk::Object* object, std::intptr_t number) {
-    const EventHandler* handler = object ? FromPlugin(object)->type->FindEventHandler(number) : nullptr;
+    const EventHandler* handler = object ? HandlerOf(*FromPlugin(object), number) : nullptr;
     return handler ? FunctionOf(*handler) : nullptr;
 }
 

@@ -78,6 +78,8 @@ void Lexer::SkipToLineEnd() {
 
 bool Lexer::AtComment() const {
     if (Peek() == '\'' || (Peek() == '/' && Peek(1) == '/')) return true;
+    // The program that is to run a script, named in its first line.
+    if (at_ == 0 && source_.starts_with("#!")) return true;
     // Advice to a compiler that would need it.
     if (Peek() == '#' && SameName(source_.substr(at_ + 1, 6), "pragma") && !IsWordCharacter(Peek(7))) return true;
     return !afterDot_ && SameName(source_.substr(at_, 3), "rem") && !IsWordCharacter(Peek(3));
@@ -223,13 +225,12 @@ Token Lexer::Text() {
     return token;
 }
 
-// "#If" and the like. Its line is nothing that could be read.
 Token Lexer::Directive() {
     std::size_t bytes = 1;
     while (IsWordCharacter(Peek(bytes))) ++bytes;
-    std::string message = "\"" + std::string(source_.substr(at_, bytes)) + "\" is not part of this language";
-    while (at_ + bytes < source_.size() && !IsLineEnd(Peek(bytes))) ++bytes;
-    return Fail(std::move(message), bytes);
+    Token token = Finish(TokenKind::Directive, bytes);
+    token.text = LowerName(token.text);
+    return token;
 }
 
 Token Lexer::ForeignSign() {

@@ -14,11 +14,12 @@ namespace host {
 
 enum class TokenKind {
     Identifier,
-    Integer,   // number holds it; decimal, &h, &b, &o
-    Double,    // real holds it
-    Color,     // &cRRGGBB; number holds it
-    String,    // text holds the characters between the quotes, "" made one quote
-    Operator,  // one of + - * / \ ^ = <> < <= > >= ( ) , . :
+    Integer,    // number holds it; decimal, &h, &b, &o
+    Double,     // real holds it
+    Color,      // &cRRGGBB; number holds it
+    String,     // text holds the characters between the quotes, "" made one quote
+    Directive,  // "#if" and the like, in lower case
+    Operator,   // one of + - * / \ ^ = <> < <= > >= ( ) , . :
     NewLine,
     End,
     Error  // text holds a message, meant what was probably meant
@@ -26,8 +27,8 @@ enum class TokenKind {
 
 struct Token {
     TokenKind kind = TokenKind::End;
-    std::string text;        // as written, but for String and Error
-    std::string_view meant;  // of an Error: what to go on with, a word, an operator or ""; empty: nothing
+    std::string text;         // as written, but for String and Error
+    std::string_view meant;   // of an Error: what to go on with, a word, an operator or ""; empty: nothing
     std::int64_t number = 0;  // of a Double the bits, where it is written as a whole number below 2^64
     double real = 0;
     std::int32_t line = 1;    // from 1

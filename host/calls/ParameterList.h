@@ -1,6 +1,6 @@
 // One parameter as declarations and scripts write it:
 //
-//   [ByRef | ByVal | Optional | ParamArray] name[()] As Type [= default]
+//   [ByRef | ByVal | Optional | ParamArray | Assigns | Extends] name[()] As Type [= default]
 //
 // How tokens are taken, what a type is and what is told of a mistake differs: the Grammar knows.
 #pragma once
@@ -20,8 +20,9 @@ struct ParameterWord {
 };
 
 inline constexpr ParameterWord kParameterWords[] = {
-    {"byref", &ParameterFlags::byRef},           {"byval", nullptr},   {"optional", &ParameterFlags::optional},
-    {"paramarray", &ParameterFlags::paramArray}, {"assigns", nullptr},
+    {"byref", &ParameterFlags::byRef},       {"byval", nullptr},
+    {"optional", &ParameterFlags::optional}, {"paramarray", &ParameterFlags::paramArray},
+    {"assigns", &ParameterFlags::assigns},   {"extends", &ParameterFlags::extends},
 };
 
 // Such a word may be the parameter's name as well: it says something where a name follows.

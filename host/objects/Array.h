@@ -1,4 +1,5 @@
-// Host arrays: counted, of one element type, of one dimension from index 0.
+// Host arrays: counted, of one element type, from index 0. The elements of several dimensions lie one row
+// behind the other, the last index counting fastest; plug-ins see them so.
 #pragma once
 
 #include <cstdint>
@@ -14,8 +15,9 @@ namespace host {
 struct Array : sdk::Array {
     std::int32_t references;
     Type element;
-    Values values;    // each of the element type
-    Array* previous;  // among all that are alive
+    Values values;                      // each of the element type
+    std::vector<std::int32_t> highest;  // of several dimensions: the highest index of each
+    Array* previous;                    // among all that are alive
     Array* next;
     Array* waitsBefore;  // the next one that waits to be freed
 

@@ -7,6 +7,7 @@
 
 #include "host/objects/Class.h"
 #include "host/objects/GuardedMemory.h"
+#include "host/objects/Handlers.h"
 #include "host/objects/Value.h"
 
 namespace host {
@@ -60,6 +61,7 @@ void RunDestructors(Object* object) {
     RunScriptDestructors(object);
     RunRecordDestructors(object);
     ClearSlots(object);
+    ForgetHandlers(*object);
     object->references -= kDestroying;
 }
 

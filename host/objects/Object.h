@@ -28,6 +28,7 @@ struct Object : sdk::Object {
     std::int32_t references;
     bool ended;      // the destructors that scripts wrote have run
     bool destroyed;  // all of them have; its data is cleared
+    bool handled;    // it has handlers of its own (Handlers.h)
     const Class* type;
     Object* previous;  // in the list of live objects
     Object* next;

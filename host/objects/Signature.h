@@ -18,6 +18,8 @@ struct ParameterFlags {
     bool byRef = false;
     bool optional = false;    // may be left out; then it is the default value
     bool paramArray = false;  // takes all further arguments as one array
+    bool assigns = false;     // takes the value of an assignment to a call
+    bool extends = false;     // takes what stands before the dot
 };
 
 // The records of the object model name types by host::Type, those of a script that is being checked

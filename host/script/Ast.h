@@ -16,8 +16,9 @@
 #include "host/script/Types.h"
 
 namespace host {
+struct Event;
 struct Property;
-}
+}  // namespace host
 
 namespace script {
 
@@ -43,37 +44,42 @@ enum class Node : std::uint8_t {
     ColorLiteral,
     BooleanLiteral,
     NilLiteral,
-    Name,    // text
-    Member,  // operands[0] . text
-    Apply,   // operands[0] ( operands[1…] )
-    New,     // typeName ( operands )
-    Unary,   // op operands[0]
-    Binary,  // operands[0] op operands[1]
-    IsA,     // operands[0] IsA typeName
-    Self,    // also Me
+    Name,       // text
+    Member,     // operands[0] . text
+    Apply,      // operands[0] ( operands[1…] )
+    New,        // typeName ( operands )
+    Unary,      // op operands[0]
+    Binary,     // operands[0] op operands[1]
+    IsA,        // operands[0] IsA typeName
+    Cast,       // operands[0] as typeName
+    AddressOf,  // operands[0] names a routine
+    Self,       // also Me
     Super,
 
     // Resolved; literals, Self and IsA stay what they are
-    Local,        // variable: a register, or the caller's variable behind a ByRef parameter
-    Global,       // variable: of the program, shared, or Static
-    Field,        // operands[0] . fieldIndex
-    Element,      // operands[0] ( operands[1] )
-    Convert,      // operands[0] to type
-    Arithmetic,   // op on two operands of one type
-    Comparison,   // op on two operands of one type
-    Logic,        // And, Or of two Booleans, from left to right as far as needed
-    Negate,       // a number
-    Complement,   // Not of a Boolean or a whole number
-    CallRoutine,  // routine; operands[0] is the receiver if it has one; direct: not overridden
-    CallNative,   // native; operands as the interface wants them, receiver first
-    CallSetter,   // native's setter, likewise, the assigned value last
-    GetProperty,  // property of operands[0]
-    SetProperty,  // property of operands[0] to operands[1]
-    NewObject,    // type; native or routine is the constructor, or neither; operands its arguments
-    MakeArray,    // operands are the elements
-    ArrayMethod,  // arrayMethod on operands[0]
-    Intrinsic,    // intrinsic on operands
-    Nothing,      // after an error
+    Local,         // variable: a register, or the caller's variable behind a ByRef parameter
+    Global,        // variable: of the program, shared, or Static
+    Field,         // operands[0] . fieldIndex
+    Element,       // operands[0] ( operands[1…] ), an index for each dimension
+    Convert,       // operands[0] to type
+    Arithmetic,    // op on two operands of one type
+    Comparison,    // op on two operands of one type
+    Logic,         // And, Or of two Booleans, from left to right as far as needed
+    Negate,        // a number
+    Complement,    // Not of a Boolean or a whole number
+    CallRoutine,   // routine; operands[0] is the receiver if it has one; direct: not overridden
+    CallNative,    // native; operands as the interface wants them, receiver first
+    CallSetter,    // native's setter, likewise, the assigned value last
+    GetProperty,   // property of operands[0]
+    SetProperty,   // property of operands[0] to operands[1]
+    NewDelegate,   // of type, that calls routine; operands[0] is the receiver if it has one
+    CallDelegate,  // operands[0] ( operands[1…] )
+    Handle,        // operands[0]'s event is handled by operands[1], a delegate or Nil
+    NewObject,     // type; native or routine is the constructor, or neither; operands its arguments
+    MakeArray,     // operands are the elements
+    ArrayMethod,   // arrayMethod on operands[0]
+    Intrinsic,     // intrinsic on operands
+    Nothing,       // after an error
 };
 
 enum class Operator : std::uint8_t {
@@ -113,8 +119,9 @@ enum class IntrinsicKind : std::uint8_t {
 };
 
 struct TypeName {
-    std::string name;
+    std::string name;  // perhaps behind a module's and a dot
     bool array = false;
+    int dimensions = 1;  // of an array
     Position at;
     Type resolved;
 };
@@ -139,14 +146,19 @@ struct Expression {
     Type type;
     Variable* variable = nullptr;
     RoutineSymbol* routine = nullptr;
+    std::vector<RoutineSymbol*> routines;  // of an address: of one name
     const NativeMethod* native = nullptr;
     const host::Property* property = nullptr;
+    const host::Event* event = nullptr;
     const ClassSymbol* owner = nullptr;  // of a field
     std::int32_t fieldIndex = 0;
     bool direct = false;
     ArrayMethodKind arrayMethod = ArrayMethodKind::Append;
     IntrinsicKind intrinsic = IntrinsicKind::Print;
 };
+
+// A copy of a tree that is not resolved yet.
+ExpressionPtr CloneWritten(const Expression& written);
 
 enum class Action : std::uint8_t {
     Dim,       // declarators
@@ -164,7 +176,9 @@ enum class Action : std::uint8_t {
     Return,    // expressions[0] or nothing
     Try,       // blocks[0]; catches; finallyBlock
     Raise,     // expressions[0]
-    ReDim,     // expressions[0] to expressions[1]
+    ReDim,     // expressions[0] to expressions[1…]
+    Label,     // name
+    GoTo,      // name
 };
 
 // Which loop an Exit or Continue means.
@@ -178,7 +192,7 @@ struct Declarator {
     bool isStatic = false;
     bool isNew = false;
     std::vector<ExpressionPtr> arguments;  // of New
-    ExpressionPtr size;                    // highest index; null: none given
+    std::vector<ExpressionPtr> sizes;      // highest indices; none given: an empty array
     ExpressionPtr value;
     Variable* variable = nullptr;
 };
@@ -204,8 +218,10 @@ struct Statement {
     std::vector<std::vector<CaseTest>> cases;
     std::vector<Catch> catches;
     Block finallyBlock;
+    std::string name;
     bool hasElse = false;
     bool hasFinally = false;
+    bool wholeRoutine = false;  // Try: made of Exception blocks; the body's variables are the routine's
     bool negated = false;       // Do: the condition before is Until
     bool negatedAfter = false;  // Do: the condition after is Until
     bool down = false;          // For: DownTo
@@ -216,6 +232,11 @@ struct Statement {
     Variable* scratch = nullptr;  // Select's subject, ForEach's array
     Variable* counter = nullptr;  // ForEach's index
 };
+
+// What an accessor or an event is called among a class's routines: no script can spell these.
+inline constexpr std::string_view kGetterMark = "get ";
+inline constexpr std::string_view kSetterMark = "set ";
+inline constexpr std::string_view kEventMark = "event ";
 
 enum class RoutineKind : std::uint8_t { Sub, Function, Event };
 
@@ -232,6 +253,8 @@ struct RoutineDeclaration {
     RoutineKind kind = RoutineKind::Sub;
     bool shared = false;
     bool isPrivate = false;
+    bool needsPrefix = false;    // of a module: known elsewhere by the module's name and a dot only
+    bool declaresEvent = false;  // Event: without a body of its own
     std::vector<Parameter> parameters;
     TypeName result;  // empty name: none
     Block body;
@@ -242,13 +265,18 @@ struct FieldDeclaration {
     bool shared = false;
     bool constant = false;
     bool isPrivate = false;
+    bool needsPrefix = false;  // as of a routine
 };
+
+enum class ClassForm : std::uint8_t { Class, Module, Interface, Enum, Delegate };
 
 struct ClassDeclaration {
     std::string name;
     Position at;
-    std::string base;  // empty: none
-    Position baseAt;
+    ClassForm form = ClassForm::Class;
+    std::string enclosing;  // the module or class it stands in
+    TypeName base;          // empty name: none; of an Enum the type of its members
+    std::vector<TypeName> interfaces;
     std::vector<FieldDeclaration> fields;
     std::vector<RoutineDeclaration> routines;
 };

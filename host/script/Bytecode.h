@@ -75,12 +75,17 @@ enum class Op : std::uint16_t {
     StepSingle, StepD,              // A += B and skips the next instruction
 
     Call, CallVirtual,     // A = sites[N]
+    CallDelegate,          // A = sites[N], whose receiver is the delegate
+    Handle,                // events[C] of A is handled by B
     CallNative,            // A = sites[N]
     CallSetter,            // sites[N]
     GetProperty,           // A = properties[C] of B
     SetProperty,           // properties[C] of A = B
     NewObject,             // A = new types[N]
     NewArray,              // A = array of types[C] with highest index B
+    NewGrid, ReDimGrid,    // A = array of types[C], sites[B] are the highest indices; A gets others
+    GridIndex,             // A = where the element of array B with the indices in sites[C] lies
+    UboundOf,              // A = highest index of array B in dimension C, a register
     MakeArray,             // A = array of types[C], sites[B] are its elements
     Append, Insert, Remove, Ubound, ReDim, Sort, Pop, IndexOf,  // A array; results in A, array in B
     Concatenate,           // A = B + C
@@ -152,6 +157,7 @@ struct Function {
     std::vector<host::Value> texts;
     std::vector<TypeEntry> types;
     std::vector<const host::Property*> properties;
+    std::vector<const host::Event*> events;
 };
 
 }  // namespace script

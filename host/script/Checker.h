@@ -33,6 +33,7 @@ struct RoutineContext {
     bool hasSelf = false;
     std::vector<std::map<std::string, Variable*, std::less<>>> scopes;
     std::vector<LoopKind> loops;
+    std::vector<const Block*> blocks;  // that are open, for their labels
 };
 
 class Checker {
@@ -53,7 +54,12 @@ class Checker {
     void DeclareParameters(RoutineSymbol& routine);
     void AddRoutine(std::vector<RoutineSymbol*>& overloads, RoutineSymbol& routine, const std::string& there);
     void CheckOverride(const RoutineSymbol& routine);
-    void WarnOfUncalled(const RoutineSymbol& routine);
+    void ResolveInterfaces(ClassSymbol& symbol);
+    void CheckInterfaces(const ClassSymbol& symbol);
+    void DeclareEvent(ClassSymbol& symbol, RoutineSymbol& event);
+    ClassSymbol* MakeDelegate(const std::string& name, Signature signature, Position at);
+    static Signature HandlerOf(const Signature& event, const ClassSymbol& sender);
+    const host::Event* FindNativeEvent(const ClassSymbol& type, std::string_view name) const;
     void CheckEvent(RoutineSymbol& routine);
     void DeclareGlobals(Block& block);
     void CheckClassBodies(ClassSymbol& symbol);
@@ -63,6 +69,9 @@ class Checker {
 
     // --- Statements (CheckerStatements.cpp)
     void CheckBlock(Block& block);
+    void CheckStatements(Block& block);
+    void CheckGoTo(const Statement& statement) const;
+    void CheckSizes(std::vector<ExpressionPtr>& sizes);
     void CheckStatement(Statement& statement);
     void CheckDim(Statement& statement);
     void CheckDeclarator(Declarator& declarator);
@@ -97,6 +106,7 @@ class Checker {
     void CheckLogic(ExpressionPtr& expression);
     void CheckIsA(Expression& expression);
     void CheckNew(ExpressionPtr& expression);
+    void CheckCast(ExpressionPtr& expression);
     void CheckSelf(Expression& expression);
     Type OperandType(const Expression& left, const Expression& right) const;
     void MakeVariantOperation(Expression& expression, bool comparison);
@@ -114,6 +124,17 @@ class Checker {
     bool ResolveSharedMember(ExpressionPtr& expression, const ClassSymbol& type, std::vector<ExpressionPtr>& arguments,
                              bool hasArguments, bool wantsValue);
     bool ResolveField(ExpressionPtr& expression, FieldSymbol& field, ExpressionPtr& receiver);
+    bool ResolveAccessor(ExpressionPtr& expression, const ClassSymbol& type, ExpressionPtr& receiver,
+                         std::vector<ExpressionPtr>& arguments, bool wantsValue);
+    bool ResolveModuleMember(ExpressionPtr& expression, std::vector<ExpressionPtr>& arguments, bool hasArguments,
+                             bool wantsValue);
+    bool ResolveExtension(ExpressionPtr& expression, ExpressionPtr& receiver, std::vector<ExpressionPtr>& arguments,
+                          bool wantsValue);
+    bool HasAccessor(const ClassSymbol& type, std::string_view name) const;
+    std::vector<ClassSymbol*> ModulesWith(std::string_view name) const;
+    std::vector<Candidate> OwnRoutines(std::string_view name) const;
+    ClassSymbol* FindHolder(const Expression& name);
+    void UnfoldModule(ExpressionPtr& object);
     bool ResolveArrayMember(ExpressionPtr& expression, ExpressionPtr& receiver, std::vector<ExpressionPtr>& arguments);
     bool ResolveValueMember(ExpressionPtr& expression, ExpressionPtr& receiver, std::vector<ExpressionPtr>& arguments,
                             bool wantsValue);
@@ -130,7 +151,9 @@ class Checker {
     std::vector<Candidate> TextFunctions(std::string_view name);
     std::string UnknownMember(const ClassSymbol& type, std::string_view name);
     std::string UnknownName(std::string_view name, bool wantsValue);
+    std::vector<Candidate> AssignableCandidates(Expression& member, ExpressionPtr& receiver);
     bool ResolveAssignableCall(Statement& statement);
+    bool ResolveAccessorSet(Statement& statement);
     bool ResolvePropertySet(Statement& statement);
 
     // --- Calls (CheckerCalls.cpp)
@@ -150,6 +173,7 @@ class Checker {
 
     // --- Types and conversions (CheckerConversions.cpp)
     Type ResolveType(TypeName& name);
+    ClassSymbol* FindTypeSymbol(std::string_view name);
     int ConversionCost(const Expression& from, Type to) const;  // -1: none
     void Convert(ExpressionPtr& expression, Type to, std::string_view use, Casting casting = Casting::Implicit);
     void WarnOfLoss(const Expression& literal, Type to);
@@ -157,6 +181,25 @@ class Checker {
     std::string UnknownType(const std::string& name) const;
     void ForceConvert(ExpressionPtr& expression, Type to);
     void Fold(ExpressionPtr& expression);
+    // Delegates (CheckerDelegates.cpp)
+    void CheckAddressOf(Expression& expression);
+    void CheckHandle(Expression& expression);
+    bool ResolveInvoke(ExpressionPtr& expression, ExpressionPtr& delegate, std::vector<ExpressionPtr>& arguments,
+                       bool wantsValue);
+    RoutineSymbol* FindAddressed(const Expression& address, Type delegate) const;
+    void MakeAddressed(Expression& address, Type delegate) const;
+    const ClassSymbol* DelegateOf(const host::Event& event, const ClassSymbol& type, Position at);
+    // Operators that classes have (CheckerOperators.cpp)
+    bool ResolveOperator(ExpressionPtr& expression);
+    bool ResolveUnaryOperator(ExpressionPtr& expression);
+    bool ResolveCompare(ExpressionPtr& expression);
+    bool CallOperator(ExpressionPtr& call, const std::string& name, std::size_t receiver, ExpressionPtr* operands,
+                      std::size_t count);
+    RoutineSymbol* FindOperatorConvert(Type from, Type to) const;
+    void CallOperatorConvert(ExpressionPtr& expression, RoutineSymbol& convert, Type to);
+    bool ResolveSubscript(ExpressionPtr& expression, std::vector<ExpressionPtr>& arguments);
+    bool ResolveLookup(ExpressionPtr& expression, const ClassSymbol& type, ExpressionPtr& receiver,
+                       std::vector<ExpressionPtr>& arguments, bool wantsValue);
     Type CommonType(Type a, Type b) const;  // of two numbers
     Type JoinedType(Type a, Type b) const;
 

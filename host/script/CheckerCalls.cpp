@@ -15,7 +15,7 @@ std::vector<Candidate> Checker::MethodCandidates(const ClassSymbol& type, std::s
     std::vector<Candidate> candidates;
     for (RoutineSymbol* routine : symbols_.FindRoutines(type, name)) {
         if (routine->shared != shared || routine->event || !MayReach(routine->owner, routine->isPrivate)) continue;
-        candidates.push_back({&routine->signature, routine, nullptr});
+        if (!TakesAssignment(routine->signature)) candidates.push_back({&routine->signature, routine, nullptr});
     }
     const bool constructors = host::SameName(name, "Constructor");
     if (constructors && !candidates.empty()) return candidates;
@@ -166,7 +166,7 @@ bool Checker::ResolveCall(ExpressionPtr& expression, const std::vector<Candidate
             receiver->node = Node::Self;
             receiver->type = {Base::Object, false, context_.owner};
         }
-        call->operands.push_back(std::move(receiver));
+        if (!chosen->routine || chosen->routine->HasReceiver()) call->operands.push_back(std::move(receiver));
     }
     for (ExpressionPtr& argument : FitArguments(*chosen->signature, arguments))
         call->operands.push_back(std::move(argument));

@@ -112,16 +112,38 @@ std::string Checker::UnknownType(const std::string& name) const {
     return "there is no type " + name + host::DidYouMean(name, TypeNames());
 }
 
+// A class by its name, or one inside a module or class by both names.
+ClassSymbol* Checker::FindTypeSymbol(std::string_view name) {
+    const std::size_t dot = name.rfind('.');
+    if (dot == std::string_view::npos) return symbols_.FindClass(name);
+    ClassSymbol* symbol = symbols_.FindClass(name.substr(dot + 1));
+    const bool inside =
+        symbol && symbol->declaration && host::SameName(symbol->declaration->enclosing, name.substr(0, dot));
+    return inside ? symbol : nullptr;
+}
+
 Type Checker::ResolveType(TypeName& name) {
     Type type = SimpleTypeNamed(name.name);
     if (type == kNoType) {
-        if (ClassSymbol* symbol = symbols_.FindClass(name.name)) type = {Base::Object, false, symbol};
+        if (ClassSymbol* symbol = FindTypeSymbol(name.name)) {
+            type = {Base::Object, false, symbol};
+            if (FormOf(*symbol) == ClassForm::Enum) type = ResolveType(symbol->declaration->base);
+            if (FormOf(*symbol) == ClassForm::Module) {
+                diagnostics_.Add(name.at, symbol->name + " is a module; there are no objects of it");
+                type = kWrongType;
+            }
+        }
     }
     if (type == kNoType) {
         diagnostics_.Add(name.at, UnknownType(name.name));
         type = kWrongType;
     }
+    if (name.dimensions > kMostDimensions) {
+        diagnostics_.Add(name.at, "an array has at most " + std::to_string(kMostDimensions) + " dimensions");
+        name.dimensions = kMostDimensions;
+    }
     type.array = name.array && !IsWrong(type);
+    type.furtherDimensions = static_cast<std::uint8_t>(type.array ? name.dimensions - 1 : 0);
     name.resolved = type;
     return type;
 }
@@ -130,6 +152,7 @@ int Checker::ConversionCost(const Expression& from, Type to) const {
     const Type type = from.type;
     if (IsWrong(type) || IsWrong(to) || type == to) return 0;
     if (type == kNoType) return host::kNoConversion;
+    if (type.base == Base::Address) return FindAddressed(from, to) ? 0 : host::kNoConversion;
     if (IsVariant(to)) return host::kToVariantCost;
     if (type == kNilType) return TakesNil(to) ? host::kNilCost : host::kNoConversion;
     if (IsVariant(type)) return host::kFromVariantCost + (to.array ? 0 : host::RowOf(KindOf(to.base)).variantStep);
@@ -139,6 +162,7 @@ int Checker::ConversionCost(const Expression& from, Type to) const {
         if (steps >= 0) return host::SuperclassCost(steps);
     }
     if (type.array || to.array) return host::kNoConversion;
+    if (FindOperatorConvert(type, to)) return host::kHostConversionCost;
     return HasHostConversion(type, to) ? host::kHostConversionCost : host::kNoConversion;
 }
 
@@ -159,6 +183,9 @@ void Checker::Convert(ExpressionPtr& expression, Type to, std::string_view use, 
     if (ConversionCost(*expression, to) < 0) {
         std::string message =
             std::string(use) + " is " + NameOf(expression->type) + ", but " + NameOf(to) + " is wanted";
+        if (expression->type.base == Base::Address)
+            message = "AddressOf names no routine that is called like " + NameOf(to) +
+                      (to.of && to.of->invoke ? ":\n    " + TextOf(*to.of->invoke) : "; it is given to a delegate");
         if (expression->type == kNoType) message = std::string(use) + " gives nothing; " + NameOf(to) + " is wanted";
         if (IsNumeric(expression->type) && IsString(to)) message += "; Str makes a text of a number";
         if (IsString(expression->type) && IsNumeric(to)) message += "; Val makes a number of a text";
@@ -177,6 +204,9 @@ void Checker::ForceConvert(ExpressionPtr& expression, Type to) {
         expression->type = to;
         return;
     }
+    if (expression->type.base == Base::Address) return MakeAddressed(*expression, to);
+    if (RoutineSymbol* convert = FindOperatorConvert(expression->type, to))
+        return CallOperatorConvert(expression, *convert, to);
     const bool upwards = IsObject(expression->type) && IsObject(to) && Inherits(expression->type.of, to.of);
     if (upwards) return;  // the same reference
     ExpressionPtr conversion = MakeExpression(Node::Convert, to, expression->at);

@@ -16,15 +16,24 @@ bool IsTypeName(std::string_view name) { return SimpleTypeNamed(name) != kNoType
 
 std::string LineOf(Position at) { return ", in line " + std::to_string(at.line); }
 
-// Methods that operators call in other versions of the language.
-bool IsOperatorName(std::string_view name) { return host::SameName(name.substr(0, 9), "Operator_"); }
+// The name without what marks an accessor or event.
+std::string PlainName(std::string_view name) { return std::string(name.substr(name.find(' ') + 1)); }
+
+std::string_view WordOf(ClassForm form) {
+    constexpr std::string_view words[] = {"class", "module", "interface", "enumeration", "delegate"};
+    return words[static_cast<int>(form)];
+}
 
 // Events that a class inherits.
 std::vector<std::string> EventNames(const ClassSymbol& symbol) {
     std::vector<std::string> names;
     for (const ClassSymbol* type = symbol.base; type; type = type->base)
-        if (type->native && !type->declaration)
+        if (type->native && !type->declaration) {
             for (const host::Event& event : type->native->events()) names.push_back(event.declaration.name);
+        } else if (type->declaration) {
+            for (const RoutineDeclaration& routine : type->declaration->routines)
+                if (routine.declaresEvent) names.push_back(PlainName(routine.name));
+        }
     return names;
 }
 
@@ -49,17 +58,58 @@ void Checker::DeclareClasses() {
 void Checker::ResolveBases() {
     for (ClassSymbol* symbol : classes_) {
         const ClassDeclaration& declaration = *symbol->declaration;
-        if (declaration.base.empty()) continue;
-        ClassSymbol* base = symbols_.FindClass(declaration.base);
+        const TypeName& name = declaration.base;
+        if (name.name.empty() || declaration.form == ClassForm::Enum) continue;
+        ClassSymbol* base = FindTypeSymbol(name.name);
+        const bool ownKind = base && FormOf(*base) == declaration.form;
         if (!base) {
-            diagnostics_.Add(declaration.baseAt, "there is no class " + declaration.base + " to inherit" +
-                                                     host::DidYouMean(declaration.base, TypeNames()));
+            diagnostics_.Add(
+                name.at, "there is no class " + name.name + " to inherit" + host::DidYouMean(name.name, TypeNames()));
+        } else if (!ownKind) {
+            const bool implements = FormOf(*base) == ClassForm::Interface;
+            diagnostics_.Add(name.at, name.name + " is " + std::string(implements ? "an " : "a ") +
+                                          std::string(WordOf(FormOf(*base))) +
+                                          (implements ? "; write Implements " + name.name : " and can't be inherited"));
         } else if (Inherits(base, symbol)) {
-            diagnostics_.Add(declaration.baseAt, declaration.name + " can't inherit itself");
+            diagnostics_.Add(name.at, declaration.name + " can't inherit itself");
         } else {
             symbol->base = base;
         }
     }
+    for (ClassSymbol* symbol : classes_) ResolveInterfaces(*symbol);
+}
+
+void Checker::ResolveInterfaces(ClassSymbol& symbol) {
+    for (const TypeName& name : symbol.declaration->interfaces) {
+        ClassSymbol* interface = FindTypeSymbol(name.name);
+        if (!interface || FormOf(*interface) != ClassForm::Interface) {
+            diagnostics_.Add(name.at, interface ? name.name + " is no interface" : UnknownType(name.name));
+        } else if (symbol.declaration->form != ClassForm::Class) {
+            diagnostics_.Add(name.at, "only a class implements interfaces; an interface inherits others");
+        } else {
+            symbol.interfaces.push_back(interface);
+            for (ClassSymbol* above = interface; above && above->declaration;
+                 above = const_cast<ClassSymbol*>(above->base))
+                above->implementers.push_back(&symbol);
+        }
+    }
+}
+
+// A class has every method of its interfaces, its own or inherited.
+void Checker::CheckInterfaces(const ClassSymbol& symbol) {
+    for (const ClassSymbol* interface : symbol.interfaces)
+        for (const ClassSymbol* at = interface; at; at = at->base)
+            for (const auto& [name, wanted] : at->routines)
+                for (const RoutineSymbol* method : wanted) {
+                    const auto own = symbols_.FindRoutines(symbol, name);
+                    const bool has = std::any_of(own.begin(), own.end(), [&](const RoutineSymbol* routine) {
+                        return SameParameters(routine->signature, method->signature) && !routine->shared &&
+                               routine->signature.result == method->signature.result;
+                    });
+                    if (has) continue;
+                    diagnostics_.Add(symbol.declaration->at, symbol.name + " implements " + interface->name +
+                                                                 " and so needs:\n    " + TextOf(method->signature));
+                }
 }
 
 void Checker::OrderClasses() {
@@ -95,12 +145,95 @@ void Checker::DeclareMembers(ClassSymbol& symbol) {
     for (RoutineDeclaration& declaration : symbol.declaration->routines) {
         RoutineSymbol* routine = DeclareRoutine(declaration, &symbol);
         const std::string lower = host::LowerName(declaration.name);
-        if (const auto field = symbol.fields.find(lower); field != symbol.fields.end())
+        const auto field = symbol.fields.find(PlainName(lower));
+        if (field != symbol.fields.end() && declaration.kind != RoutineKind::Event)
             diagnostics_.Add(declaration.at, symbol.name + " has a " + field->second->name + " already" +
                                                  LineOf(field->second->declaration->declarator.at));
         AddRoutine(symbol.routines[lower], *routine, symbol.name + " has a ");
-        WarnOfUncalled(*routine);
+        if (declaration.declaresEvent) DeclareEvent(symbol, *routine);
     }
+    if (symbol.declaration->form != ClassForm::Delegate) return;
+    symbol.invoke = std::make_unique<Signature>(symbol.routines["invoke"][0]->signature);
+    symbol.routines.clear();
+}
+
+// A delegate type that no script names.
+ClassSymbol* Checker::MakeDelegate(const std::string& name, Signature signature, Position at) {
+    ClassSymbol* symbol = symbols_.AddClass(name);
+    ClassDeclaration& declaration = symbols_.AddDeclaration();
+    declaration.name = name;
+    declaration.at = at;
+    declaration.form = ClassForm::Delegate;
+    symbol->declaration = &declaration;
+    symbol->invoke = std::make_unique<Signature>(std::move(signature));
+    symbols_.scriptClasses.push_back(symbol);
+    return symbol;
+}
+
+// How a handler of an event is called: with the object that has it first.
+Signature Checker::HandlerOf(const Signature& event, const ClassSymbol& sender) {
+    Signature signature = event;
+    ParameterSymbol first;
+    first.name = "sender";
+    first.type = {Base::Object, false, &sender};
+    signature.parameters.insert(signature.parameters.begin(), std::move(first));
+    return signature;
+}
+
+namespace {
+
+ExpressionPtr Written(Node node, Position at, std::string text = {}) {
+    ExpressionPtr expression = MakeExpression(node, kNoType, at);
+    expression->text = std::move(text);
+    return expression;
+}
+
+// "handler.Invoke(Self, parameters)", by itself or as what is returned.
+StatementPtr CallOfHandler(const std::string& field, const RoutineSymbol& event) {
+    const Position at = event.declaration->at;
+    ExpressionPtr member = Written(Node::Member, at, "Invoke");
+    member->operands.push_back(Written(Node::Name, at, field));
+    ExpressionPtr call = Written(Node::Apply, at);
+    call->operands.push_back(std::move(member));
+    call->operands.push_back(Written(Node::Self, at));
+    for (const ParameterSymbol& parameter : event.signature.parameters)
+        call->operands.push_back(Written(Node::Name, at, parameter.name));
+    auto statement = std::make_unique<Statement>();
+    statement->action = event.signature.result == kNoType ? Action::Call : Action::Return;
+    statement->at = at;
+    statement->expressions.push_back(std::move(call));
+    return statement;
+}
+
+}  // namespace
+
+// An event is a method that subclasses override with their handlers. Its own body calls the handler
+// that AddHandler gave to this object, which a property without a speakable name holds.
+void Checker::DeclareEvent(ClassSymbol& symbol, RoutineSymbol& event) {
+    const Position at = event.declaration->at;
+    const std::string name = "handler " + PlainName(event.signature.name);
+    const ClassSymbol* delegate = MakeDelegate(name + " of " + symbol.name, HandlerOf(event.signature, symbol), at);
+    FieldDeclaration& declaration = symbols_.AddFieldDeclaration();
+    declaration.declarator.name = name;
+    declaration.declarator.at = at;
+    FieldSymbol* field = symbols_.AddField();
+    field->name = name;
+    field->owner = &symbol;
+    field->declaration = &declaration;
+    field->type = {Base::Object, false, delegate};
+    field->slot = symbol.slotCount++;
+    symbol.fields.emplace(host::LowerName(name), field);
+    symbol.ownFields.push_back(field);
+    auto check = std::make_unique<Statement>();
+    check->action = Action::If;
+    check->at = at;
+    ExpressionPtr isThere = Written(Node::Binary, at);
+    isThere->op = Operator::NotEqual;
+    isThere->operands.push_back(Written(Node::Name, at, name));
+    isThere->operands.push_back(Written(Node::NilLiteral, at));
+    check->expressions.push_back(std::move(isThere));
+    check->blocks.emplace_back().push_back(CallOfHandler(name, event));
+    event.declaration->body.push_back(std::move(check));
 }
 
 // One more of a name; `there` begins the message for one too many.
@@ -111,16 +244,6 @@ void Checker::AddRoutine(std::vector<RoutineSymbol*>& overloads, RoutineSymbol& 
                 routine.declaration->at,
                 there + routine.signature.name + " with these parameters already" + LineOf(other->declaration->at));
     overloads.push_back(&routine);
-}
-
-// Methods that look as if the language called them.
-void Checker::WarnOfUncalled(const RoutineSymbol& routine) {
-    const std::string& name = routine.signature.name;
-    if (IsOperatorName(name))
-        diagnostics_.Warn(routine.declaration->at, "no operator calls " + name + " here; it is a method like others");
-    if (host::SameName(name, routine.owner->name))
-        diagnostics_.Warn(routine.declaration->at,
-                          "New does not call a Sub with the name of its class; a constructor is Sub Constructor");
 }
 
 void Checker::DeclareParameters(RoutineSymbol& routine) {
@@ -135,7 +258,13 @@ void Checker::DeclareParameters(RoutineSymbol& routine) {
         symbol.name = parameter.name;
         symbol.type = ResolveType(parameter.type);
         if (parameter.paramArray && !IsWrong(symbol.type) && !symbol.type.array) symbol.type.array = true;
-        if (optional && !parameter.optional && !parameter.paramArray)
+        if (parameter.extends && &parameter != &routine.declaration->parameters.front())
+            diagnostics_.Add(parameter.at, "Extends stands before the first parameter");
+        if (parameter.extends && routine.owner && FormOf(*routine.owner) != ClassForm::Module)
+            diagnostics_.Add(parameter.at, "a method that extends a type stands in a module or outside of any class");
+        if (parameter.assigns && &parameter != &routine.declaration->parameters.back())
+            diagnostics_.Add(parameter.at, "Assigns stands before the last parameter");
+        if (optional && !parameter.optional && !parameter.paramArray && !parameter.assigns)
             diagnostics_.Add(parameter.at, "a parameter after an optional one is optional too");
         optional |= parameter.optional;
         if (!parameter.defaultValue) continue;
@@ -155,6 +284,7 @@ RoutineSymbol* Checker::DeclareRoutine(RoutineDeclaration& declaration, ClassSym
     routine->owner = owner;
     routine->shared = declaration.shared;
     routine->isPrivate = declaration.isPrivate;
+    routine->needsPrefix = declaration.needsPrefix;
     routine->signature.name = declaration.name;
     if (!declaration.result.name.empty()) routine->signature.result = ResolveType(declaration.result);
     DeclareParameters(*routine);
@@ -181,20 +311,33 @@ void Checker::CheckOverride(const RoutineSymbol& routine) {
 }
 
 void Checker::CheckEvent(RoutineSymbol& routine) {
-    if (routine.declaration->kind != RoutineKind::Event) return;
-    const host::Event* event = nullptr;
-    for (const ClassSymbol* type = routine.owner->base; type && !event; type = type->base)
-        if (type->native && !type->declaration) event = type->native->FindEvent(routine.signature.name);
+    if (routine.declaration->kind != RoutineKind::Event || routine.declaration->declaresEvent) return;
+    const std::string name = PlainName(routine.signature.name);
+    const host::Event* event = FindNativeEvent(*routine.owner->base, name);
     const Position at = routine.declaration->at;
     if (!event) {
-        return diagnostics_.Add(at, routine.owner->name + " inherits no event " + routine.signature.name +
-                                        host::DidYouMean(routine.signature.name, EventNames(*routine.owner)));
+        const auto inherited = symbols_.FindRoutines(*routine.owner->base, routine.signature.name);
+        if (inherited.empty())
+            return diagnostics_.Add(at, routine.owner->name + " inherits no event " + name +
+                                            host::DidYouMean(name, EventNames(*routine.owner)));
+        if (!SameParameters(inherited[0]->signature, routine.signature) ||
+            inherited[0]->signature.result != routine.signature.result)
+            diagnostics_.Add(at, "the event is declared as " +
+                                     TextOf(inherited[0]->signature).substr(kEventMark.size()) +
+                                     "; the handler must be the same");
+        return;
     }
     const auto fromHost = [this](const host::Type& type) { return symbols_.FromHost(type); };
     const auto wanted = host::WithTypes<Type>(event->declaration, fromHost);
     if (!SameParameters(wanted, routine.signature) || wanted.result != routine.signature.result)
         return diagnostics_.Add(at, "the event is declared as " + TextOf(wanted) + "; the handler must be the same");
     routine.event = event;
+}
+
+const host::Event* Checker::FindNativeEvent(const ClassSymbol& type, std::string_view name) const {
+    for (const ClassSymbol* at = &type; at; at = at->base)
+        if (at->native && !at->declaration) return at->native->FindEvent(name);
+    return nullptr;
 }
 
 // Variables of the program's own level exist for its routines too, so they are known first.
@@ -230,10 +373,7 @@ void Checker::CheckField(FieldSymbol& field) {
         }
         return;
     }
-    if (declarator.size) {
-        CheckValue(declarator.size);
-        Convert(declarator.size, kIntegerType, "the highest index");
-    }
+    CheckSizes(declarator.sizes);
     if (declarator.isNew) {
         declarator.value = MakeExpression(Node::New, kNoType, declarator.type.at);
         declarator.value->typeName = declarator.type;
@@ -256,7 +396,7 @@ void Checker::CheckRoutine(RoutineSymbol& routine) {
                                                      parameter.byRef ? Storage::ByRef : Storage::Local,
                                                      routine.declaration->parameters[i].at));
     }
-    for (StatementPtr& statement : routine.declaration->body) CheckStatement(*statement);
+    CheckStatements(routine.declaration->body);
     context_ = {};
 }
 
@@ -275,7 +415,7 @@ void Checker::CheckClassBodies(ClassSymbol& symbol) {
 void Checker::CheckMainProgram() {
     context_ = {};
     context_.scopes.emplace_back();
-    for (StatementPtr& statement : program_.body) CheckStatement(*statement);
+    CheckStatements(program_.body);
 }
 
 void Checker::Run() {
@@ -304,6 +444,7 @@ void Checker::Run() {
     }
     ForEachRoutine([this](RoutineSymbol& routine) { CheckEvent(routine); });
     ForEachRoutine([this](RoutineSymbol& routine) { CheckOverride(routine); });
+    for (ClassSymbol* symbol : classes_) CheckInterfaces(*symbol);
     CheckMainProgram();
     for (ClassSymbol* symbol : classes_) CheckClassBodies(*symbol);
     ForEachRoutine([this](RoutineSymbol& routine) { CheckRoutine(routine); });

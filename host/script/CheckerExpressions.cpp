@@ -97,6 +97,12 @@ void Checker::CheckExpression(ExpressionPtr& expression, bool wantsValue) {
             return CheckBinary(expression);
         case Node::IsA:
             return CheckIsA(*expression);
+        case Node::Cast:
+            return CheckCast(expression);
+        case Node::AddressOf:
+            return CheckAddressOf(*expression);
+        case Node::Handle:
+            return CheckHandle(*expression);
         case Node::Self:
             return CheckSelf(*expression);
         case Node::Super:
@@ -144,6 +150,7 @@ void Checker::CheckUnary(ExpressionPtr& expression) {
     CheckValue(operand);
     const Type type = operand->type;
     if (IsWrong(type)) return Wrong(*expression, {});
+    if (ResolveUnaryOperator(expression)) return;
     const bool negates = expression->op == Operator::Negate;
     if (IsVariant(type)) ForceConvert(operand, negates ? kDoubleType : kBooleanType);
     const bool fits = negates ? IsNumeric(operand->type) : operand->type == kBooleanType || IsIntegral(operand->type);
@@ -167,6 +174,11 @@ void Checker::CheckBinary(ExpressionPtr& expression) {
         expression->type = kWrongType;
         return;
     }
+    for (const ExpressionPtr& operand : expression->operands)
+        if (operand->type.base == Base::Address)
+            return Wrong(*expression, "AddressOf is given to a delegate; " + std::string(WordOf(expression->op)) +
+                                          " does not take it");
+    if (ResolveOperator(expression)) return;
     switch (expression->op) {
         case Operator::And:
         case Operator::Or:
@@ -295,6 +307,15 @@ void Checker::CheckLogic(ExpressionPtr& expression) {
     Fold(expression);
 }
 
+void Checker::CheckCast(ExpressionPtr& expression) {
+    const Type type = ResolveType(expression->typeName);
+    std::vector<ExpressionPtr> arguments = std::move(expression->operands);
+    expression->operands.clear();
+    CheckArguments(arguments);
+    if (IsWrong(type) || IsWrong(arguments[0]->type)) return Wrong(*expression, {});
+    MakeCast(expression, type, arguments);
+}
+
 void Checker::CheckIsA(Expression& expression) {
     CheckValue(expression.operands[0]);
     const Type type = ResolveType(expression.typeName);
@@ -314,6 +335,10 @@ void Checker::CheckNew(ExpressionPtr& expression) {
     CheckArguments(arguments);
     if (IsWrong(type)) return Wrong(*expression, {});
     if (!IsObject(type)) return Wrong(*expression, "New makes objects of classes; " + NameOf(type) + " is none");
+    if (FormOf(*type.of) == ClassForm::Interface)
+        return Wrong(*expression, "New makes objects of classes; " + NameOf(type) + " is an interface");
+    if (FormOf(*type.of) == ClassForm::Delegate)
+        return Wrong(*expression, "an object of " + NameOf(type) + " is made by AddressOf and the name of a routine");
     expression->type = type;
     expression->node = Node::NewObject;
     const std::vector<Candidate> constructors = MethodCandidates(*type.of, "Constructor", false);

@@ -1,6 +1,7 @@
 // What the language itself knows by name: members of arrays, texts, colours and variants; Print,
 // Array and Ubound; and assignments to members.
 #include <algorithm>
+#include <deque>
 
 #include "host/calls/Runtime.h"
 #include "host/script/Checker.h"
@@ -43,7 +44,13 @@ bool Checker::ResolveArrayMember(ExpressionPtr& expression, ExpressionPtr& recei
                                       [&](const ArrayMember& row) { return host::SameName(row.name, name); });
     if (member == std::end(kArrayMembers)) return false;
     const Type element = ElementOf(receiver->type);
-    if (arguments.size() != member->arguments) {
+    const bool asksDimension = member->kind == ArrayMethodKind::Ubound && arguments.size() == 1;
+    if (IsGrid(receiver->type) && member->kind != ArrayMethodKind::Ubound) {
+        Wrong(*expression,
+              std::string(member->name) + " works on arrays of one dimension; this is " + NameOf(receiver->type));
+        return true;
+    }
+    if (arguments.size() != member->arguments && !asksDimension) {
         Wrong(*expression, std::string(member->name) + " of an array takes " + std::to_string(member->arguments) +
                                (member->arguments == 1 ? " argument" : " arguments"));
         return true;
@@ -153,6 +160,9 @@ void Checker::MakeArrayOf(Expression& expression, std::vector<ExpressionPtr> arg
     Type element = arguments[0]->type;
     for (const ExpressionPtr& argument : arguments) {
         if (IsWrong(argument->type)) return Wrong(expression, {});
+        if (argument->type.base == Base::Address)
+            return Wrong(expression,
+                         "Array can't tell what delegate this address is for; append it to an array of one");
         if (argument->type.array) return Wrong(expression, "an array can't hold arrays");
         element = JoinedType(element, argument->type);
     }
@@ -165,21 +175,22 @@ void Checker::MakeArrayOf(Expression& expression, std::vector<ExpressionPtr> arg
 
 bool Checker::ResolveIntrinsic(ExpressionPtr& expression, std::vector<ExpressionPtr>& arguments) {
     const std::string name = expression->text;
-    if (symbols_.routines.contains(host::LowerName(name))) return false;
     if (host::SameName(name, "Array")) {
         MakeArrayOf(*expression, std::move(arguments));
         return true;
     }
     if (host::SameName(name, "Ubound")) {
-        if (arguments.size() != 1)
-            return Wrong(*expression, "Ubound takes 1 argument, an array, not " + std::to_string(arguments.size())),
+        if (arguments.empty() || arguments.size() > 2)
+            return Wrong(*expression, "Ubound takes an array and perhaps the number of a dimension, not " +
+                                          std::to_string(arguments.size()) + " arguments"),
                    true;
         if (IsWrong(arguments[0]->type) || !arguments[0]->type.array) {
             Wrong(*expression, IsWrong(arguments[0]->type) ? "" : "Ubound is asked of an array");
             return true;
         }
-        std::vector<ExpressionPtr> none;
-        return ResolveArrayMember(expression, arguments[0], none);
+        std::vector<ExpressionPtr> dimension;
+        if (arguments.size() == 2) dimension.push_back(std::move(arguments[1]));
+        return ResolveArrayMember(expression, arguments[0], dimension);
     }
     if (host::SameName(name, "Print")) {
         if (arguments.size() > 1) {
@@ -188,6 +199,11 @@ bool Checker::ResolveIntrinsic(ExpressionPtr& expression, std::vector<Expression
         }
         for (const ExpressionPtr& argument : arguments)
             if (IsWrong(argument->type)) return Wrong(*expression, {}), true;
+        for (ExpressionPtr& argument : arguments)
+            if (argument->type.base == Base::Address)
+                return Wrong(*expression, "an address can't be shown; AddressOf is given to a delegate"), true;
+            else if (FindOperatorConvert(argument->type, kStringType))
+                ForceConvert(argument, kStringType);
         expression->node = Node::Intrinsic;
         expression->intrinsic = IntrinsicKind::Print;
         expression->type = kNoType;
@@ -208,40 +224,80 @@ bool Checker::ResolveIntrinsic(ExpressionPtr& expression, std::vector<Expression
 
 // --- Assignments to members: "x.Width = 3", "block.Byte(4) = 5"
 
-// Whether the target is a call of an assignable method; it is then one with the value.
+// The methods that an assignment to this member may call, and the object they are called on.
+std::vector<Candidate> Checker::AssignableCandidates(Expression& member, ExpressionPtr& receiver) {
+    std::vector<Candidate> all;
+    const auto add = [&](const std::vector<RoutineSymbol*>& routines) {
+        for (RoutineSymbol* routine : routines)
+            if (TakesAssignment(routine->signature) && MayReach(routine->owner, routine->isPrivate))
+                all.push_back({&routine->signature, routine, nullptr});
+    };
+    const auto addOpen = [&] {
+        const auto own = symbols_.routines.find(host::LowerName(member.text));
+        if (own != symbols_.routines.end()) add(own->second);
+        for (const ClassSymbol* module : ModulesWith(member.text)) add(symbols_.FindRoutines(*module, member.text));
+    };
+    if (member.node == Node::Name) {
+        if (FindLocal(member.text)) return all;
+        if (context_.owner) add(symbols_.FindRoutines(*context_.owner, member.text));
+        if (context_.hasSelf && !all.empty())
+            receiver = MakeExpression(Node::Self, {Base::Object, false, context_.owner}, member.at);
+        if (all.empty() && !FindGlobal(member.text)) addOpen();
+        return all;
+    }
+    ExpressionPtr& object = member.operands[0];
+    if (object->node == Node::Super) return all;
+    UnfoldModule(object);
+    if (const ClassSymbol* holder = FindHolder(*object)) {
+        add(symbols_.FindRoutines(*holder, member.text));
+        std::erase_if(all, [](const Candidate& candidate) { return candidate.routine->HasReceiver(); });
+        return all;
+    }
+    CheckValue(object);
+    if (IsObject(object->type)) {
+        add(symbols_.FindRoutines(*object->type.of, member.text));
+        for (const Candidate& candidate : MethodCandidates(*object->type.of, member.text, false))
+            if (candidate.native && candidate.native->method->assignable()) all.push_back(candidate);
+    }
+    if (all.empty()) {
+        addOpen();
+        std::erase_if(all, [](const Candidate& candidate) { return !candidate.signature->parameters[0].extends; });
+    }
+    if (!all.empty()) receiver = std::move(object);
+    return all;
+}
+
+// Whether the target is a call of a method that can be assigned to; it is then one with the value.
 bool Checker::ResolveAssignableCall(Statement& statement) {
     Expression& target = *statement.expressions[0];
     Expression& member = target.node == Node::Apply ? *target.operands[0] : target;
-    if (member.node != Node::Member) return false;
-    ExpressionPtr& object = member.operands[0];
-    if (object->node == Node::Super || (object->node == Node::Name && !FindLocal(object->text) &&
-                                        !FindGlobal(object->text) && symbols_.FindClass(object->text)))
-        return false;
-    CheckValue(object);
-    if (!IsObject(object->type)) return false;
-    std::vector<Candidate> candidates;
+    if (member.node != Node::Member && member.node != Node::Name) return false;
+    ExpressionPtr receiver;
+    std::vector<Candidate> candidates = AssignableCandidates(member, receiver);
+    if (candidates.empty()) return false;
     std::deque<Signature> setters;
-    for (const Candidate& candidate : MethodCandidates(*object->type.of, member.text, false)) {
-        if (!candidate.native || !candidate.native->method->assignable()) continue;
+    for (Candidate& candidate : candidates) {
+        if (!candidate.native) continue;
         Signature& setter = setters.emplace_back(*candidate.signature);
         setter.result = kNoType;
         ParameterSymbol& assigned = setter.parameters.emplace_back();
         assigned.name = "value";
         assigned.type = candidate.signature->result;
-        candidates.push_back({&setter, nullptr, candidate.native});
+        candidate.signature = &setter;
     }
-    if (candidates.empty()) return false;
     std::vector<ExpressionPtr> arguments;
     for (std::size_t i = 1; target.node == Node::Apply && i < target.operands.size(); ++i)
         arguments.push_back(std::move(target.operands[i]));
     CheckArguments(arguments);
     CheckValue(statement.expressions[1]);
     arguments.push_back(std::move(statement.expressions[1]));
-    ExpressionPtr receiver = std::move(object);
+    const bool extends = receiver && candidates[0].routine && !candidates[0].routine->HasReceiver();
+    if (extends && candidates[0].signature->parameters[0].extends)
+        arguments.insert(arguments.begin(), std::move(receiver));
     ExpressionPtr call = MakeExpression(Node::Nothing, kNoType, member.at);
     if (ResolveCall(call, candidates, std::move(receiver), arguments, false)) {
-        call->node = Node::CallSetter;
-        call->type = kNoType;
+        if (call->node == Node::CallNative) call->node = Node::CallSetter;
+        call->type = call->node == Node::CallSetter ? kNoType : call->type;
     }
     statement.action = Action::Call;
     statement.expressions.clear();
@@ -271,7 +327,7 @@ void Checker::CheckAssign(Statement& statement) {
     CheckExpression(statement.expressions[0], false);
     CheckValue(statement.expressions[1]);
     if (IsWrong(statement.expressions[0]->type) || IsWrong(statement.expressions[1]->type)) return;
-    if (ResolvePropertySet(statement)) return;
+    if (ResolvePropertySet(statement) || ResolveAccessorSet(statement)) return;
     Expression& target = *statement.expressions[0];
     switch (target.node) {
         case Node::Local:

@@ -4,6 +4,7 @@
 
 #include "host/calls/Runtime.h"
 #include "host/objects/NearestName.h"
+#include "host/script/BuildConstants.h"
 #include "host/script/Checker.h"
 #include "host/script/Literal.h"
 
@@ -111,15 +112,21 @@ void Checker::UseVariable(Expression& expression, Variable& variable) {
 // array(index), where what stands before the bracket is resolved.
 void Checker::ApplyIndex(ExpressionPtr& expression, std::vector<ExpressionPtr> arguments) {
     if (arguments.empty() || IsWrong(expression->type)) return;  // "values()" is the array itself
+    if (ResolveSubscript(expression, arguments)) return;
     if (!expression->type.array) {
         return Wrong(*expression, "this is " + NameOf(expression->type) + ", which takes no index");
     }
-    if (arguments.size() > 1) return Wrong(*expression, "an array takes one index");
-    Convert(arguments[0], kIntegerType, "the index");
+    const std::size_t dimensions = expression->type.furtherDimensions + 1u;
+    if (arguments.size() != dimensions)
+        return Wrong(*expression, dimensions == 1 ? "an array takes one index"
+                                                  : "this array takes " + std::to_string(dimensions) + " indices");
     ExpressionPtr element = MakeExpression(Node::Element, ElementOf(expression->type), expression->at);
     element->depth = expression->depth + 1;
     element->operands.push_back(std::move(expression));
-    element->operands.push_back(std::move(arguments[0]));
+    for (ExpressionPtr& index : arguments) {
+        Convert(index, kIntegerType, "the index");
+        element->operands.push_back(std::move(index));
+    }
     expression = std::move(element);
 }
 
@@ -155,6 +162,7 @@ bool Checker::ResolveObjectMember(ExpressionPtr& expression, const ClassSymbol& 
         ApplyIndex(expression, std::move(arguments));
         return true;
     }
+    if (ResolveAccessor(expression, type, receiver, arguments, wantsValue)) return true;
     std::vector<Candidate> candidates = MethodCandidates(type, name, false);
     if (!candidates.empty()) {
         if (!receiver) return false;
@@ -188,6 +196,8 @@ bool Checker::ResolveSharedMember(ExpressionPtr& expression, const ClassSymbol& 
         ApplyIndex(expression, std::move(arguments));
         return true;
     }
+    ExpressionPtr noReceiver;
+    if (ResolveAccessor(expression, type, noReceiver, arguments, wantsValue)) return true;
     for (const ClassSymbol* at = &type; at; at = at->base) {
         const host::Constant* constant = at->native && !at->declaration ? at->native->FindConstant(name) : nullptr;
         if (!constant) continue;
@@ -212,7 +222,8 @@ bool Checker::ResolveSelfMember(ExpressionPtr& expression, std::vector<Expressio
     const ClassSymbol& owner = *context_.owner;
     const std::string& name = expression->text;
     const bool known = symbols_.FindField(owner, name) || !MethodCandidates(owner, name, false).empty() ||
-                       !MethodCandidates(owner, name, true).empty() || symbols_.FindProperty(owner, name);
+                       !MethodCandidates(owner, name, true).empty() || symbols_.FindProperty(owner, name) ||
+                       HasAccessor(owner, name);
     if (!known) {
         return ResolveSharedMember(expression, owner, arguments, hasArguments, wantsValue);
     }
@@ -238,11 +249,9 @@ void Checker::CheckName(ExpressionPtr& expression, std::vector<ExpressionPtr> ar
         UseVariable(*expression, *variable);
         return ApplyIndex(expression, std::move(arguments));
     }
-    if (ResolveIntrinsic(expression, arguments)) return;
-    std::vector<Candidate> candidates;
-    const auto own = symbols_.routines.find(host::LowerName(name));
-    if (own != symbols_.routines.end())
-        for (RoutineSymbol* routine : own->second) candidates.push_back({&routine->signature, routine, nullptr});
+    std::vector<Candidate> candidates = OwnRoutines(name);
+    if (candidates.empty() && ResolveModuleMember(expression, arguments, hasArguments, wantsValue)) return;
+    if (candidates.empty() && ResolveIntrinsic(expression, arguments)) return;
     if (candidates.empty())
         for (const NativeMethod* native : symbols_.Functions(name))
             candidates.push_back({&native->signature, nullptr, native});
@@ -251,15 +260,24 @@ void Checker::CheckName(ExpressionPtr& expression, std::vector<ExpressionPtr> ar
         return;
     }
     if (const Type simple = SimpleTypeNamed(name); simple != kNoType) return MakeCast(expression, simple, arguments);
-    if (ClassSymbol* symbol = symbols_.FindClass(name))
-        return MakeCast(expression, {Base::Object, false, symbol}, arguments);
+    if (symbols_.FindClass(name)) {
+        TypeName typeName{name, false, 1, expression->at, {}};
+        const Type type = ResolveType(typeName);
+        return IsWrong(type) ? Wrong(*expression, {}) : MakeCast(expression, type, arguments);
+    }
+    if (const std::optional<bool> constant = BuildConstantNamed(name); constant && !hasArguments) {
+        expression = LiteralOf(host::Value(*constant), expression->at);
+        return;
+    }
+    if (const std::size_t mark = name.find(' '); mark != std::string::npos)
+        return Wrong(*expression, "this class declares no event " + name.substr(mark + 1) + " that it could raise");
     Wrong(*expression, UnknownName(name, wantsValue));
 }
 
 void Checker::MakeCast(ExpressionPtr& expression, Type type, std::vector<ExpressionPtr>& arguments) {
     if (arguments.size() != 1) return Wrong(*expression, "a cast takes one value: " + NameOf(type) + "(x)");
     ExpressionPtr& operand = arguments[0];
-    const bool downwards = IsObject(operand->type) && IsObject(type) && Inherits(type.of, operand->type.of);
+    const bool downwards = MayBecome(operand->type, type);
     if (!downwards) {
         Convert(operand, type, "what is cast", Casting::Explicit);
         if (operand->type == type || IsWrong(operand->type)) {
@@ -273,6 +291,28 @@ void Checker::MakeCast(ExpressionPtr& expression, Type type, std::vector<Express
     expression = std::move(cast);
 }
 
+// The class, module or enumeration that a bare name means; null where it means a value.
+ClassSymbol* Checker::FindHolder(const Expression& name) {
+    if (name.node != Node::Name || FindLocal(name.text) || FindGlobal(name.text)) return nullptr;
+    if (context_.owner && (symbols_.FindField(*context_.owner, name.text) || HasAccessor(*context_.owner, name.text)))
+        return nullptr;
+    const bool isRoutine = symbols_.routines.contains(host::LowerName(name.text));
+    if (isRoutine || !symbols_.Functions(name.text).empty()) return nullptr;
+    ClassSymbol* symbol = symbols_.FindClass(name.text);
+    const bool isProperty = symbol && context_.owner && symbols_.FindProperty(*context_.owner, name.text);
+    return isProperty ? nullptr : symbol;
+}
+
+// "Module.Type" before a dot is the type, whose name is enough.
+void Checker::UnfoldModule(ExpressionPtr& object) {
+    if (object->node != Node::Member || !FindHolder(*object->operands[0])) return;
+    ClassSymbol* inner = FindTypeSymbol(object->operands[0]->text + '.' + object->text);
+    if (!inner) return;
+    object->node = Node::Name;
+    object->text = inner->name;
+    object->operands.clear();
+}
+
 void Checker::CheckMember(ExpressionPtr& expression, std::vector<ExpressionPtr> arguments, bool hasArguments,
                           bool wantsValue) {
     ExpressionPtr& object = expression->operands[0];
@@ -281,26 +321,21 @@ void Checker::CheckMember(ExpressionPtr& expression, std::vector<ExpressionPtr> 
         CheckArguments(arguments);
         if (!context_.hasSelf || !context_.owner->base)
             return Wrong(*expression, "Super exists in the methods of a class that inherits another");
+        if (host::SameName(name, context_.owner->base->name)) expression->text = "Constructor";
         ExpressionPtr receiver = std::move(object);
         if (!ResolveObjectMember(expression, *context_.owner->base, receiver, arguments, hasArguments, wantsValue))
             Wrong(*expression, UnknownMember(*context_.owner->base, name));
         return;
     }
-    if (object->node == Node::Name && !FindLocal(object->text) && !FindGlobal(object->text) &&
-        !(context_.owner && symbols_.FindField(*context_.owner, object->text))) {
-        const bool isFunction = !symbols_.Functions(object->text).empty();
-        const bool isRoutine = symbols_.routines.contains(host::LowerName(object->text));
-        ClassSymbol* symbol = isRoutine || isFunction ? nullptr : symbols_.FindClass(object->text);
-        const bool isProperty = symbol && context_.owner && symbols_.FindProperty(*context_.owner, object->text);
-        if (symbol && !isProperty) {
-            CheckArguments(arguments);
-            if (ResolveSharedMember(expression, *symbol, arguments, hasArguments, wantsValue)) return;
-            const bool needsObject = symbols_.FindField(*symbol, name) || symbols_.FindProperty(*symbol, name) ||
-                                     !MethodCandidates(*symbol, name, false).empty();
-            return Wrong(*expression,
-                         needsObject ? name + " belongs to an object of " + symbol->name + "; the class itself has none"
-                                     : UnknownMember(*symbol, name));
-        }
+    UnfoldModule(object);
+    if (ClassSymbol* symbol = FindHolder(*object)) {
+        CheckArguments(arguments);
+        if (ResolveSharedMember(expression, *symbol, arguments, hasArguments, wantsValue)) return;
+        const bool needsObject = symbols_.FindField(*symbol, name) || symbols_.FindProperty(*symbol, name) ||
+                                 HasAccessor(*symbol, name) || !MethodCandidates(*symbol, name, false).empty();
+        return Wrong(*expression,
+                     needsObject ? name + " belongs to an object of " + symbol->name + "; the class itself has none"
+                                 : UnknownMember(*symbol, name));
     }
     CheckValue(object);
     CheckArguments(arguments);
@@ -310,14 +345,20 @@ void Checker::CheckMember(ExpressionPtr& expression, std::vector<ExpressionPtr> 
     if (type.array) {
         if (ResolveArrayMember(expression, receiver, arguments)) return;
     } else if (IsObject(type)) {
-        const bool found = ResolveObjectMember(expression, *type.of, receiver, arguments, hasArguments, wantsValue);
-        if (!found) Wrong(*expression, UnknownMember(*type.of, name));
-        return;
+        if (ResolveInvoke(expression, receiver, arguments, wantsValue) ||
+            ResolveObjectMember(expression, *type.of, receiver, arguments, hasArguments, wantsValue))
+            return;
     } else if (ResolveValueMember(expression, receiver, arguments, wantsValue)) {
         return;
     }
-    if (expression->node != Node::Nothing)
-        Wrong(*expression, NameOf(type) + " has no member " + name + host::DidYouMean(name, ValueMembers(type)));
+    if (expression->node == Node::Nothing) return;
+    if (ResolveExtension(expression, receiver, arguments, wantsValue)) return;
+    if (IsObject(type)) {
+        if (!ResolveLookup(expression, *type.of, receiver, arguments, wantsValue))
+            Wrong(*expression, UnknownMember(*type.of, name));
+        return;
+    }
+    Wrong(*expression, NameOf(type) + " has no member " + name + host::DidYouMean(name, ValueMembers(type)));
 }
 
 void Checker::CheckApply(ExpressionPtr& expression, bool wantsValue) {

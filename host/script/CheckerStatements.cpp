@@ -1,5 +1,6 @@
 // Statements: their variables, conditions and jumps.
 #include <algorithm>
+#include <set>
 
 #include "host/calls/Runtime.h"
 #include "host/script/Checker.h"
@@ -20,8 +21,29 @@ Variable* Checker::Declare(std::string_view name, Type type, Storage storage, Po
 
 void Checker::CheckBlock(Block& block) {
     context_.scopes.emplace_back();
-    for (StatementPtr& statement : block) CheckStatement(*statement);
+    CheckStatements(block);
     context_.scopes.pop_back();
+}
+
+// In the scope that is open.
+void Checker::CheckStatements(Block& block) {
+    context_.blocks.push_back(&block);
+    std::set<std::string> labels;
+    for (StatementPtr& statement : block) {
+        if (statement->action == Action::Label && !labels.insert(host::LowerName(statement->name)).second)
+            diagnostics_.Add(statement->at, "there is a label " + statement->name + " in this block already");
+        CheckStatement(*statement);
+    }
+    context_.blocks.pop_back();
+}
+
+// A jump goes to a label of a block that is open, so never into one.
+void Checker::CheckGoTo(const Statement& statement) const {
+    for (const Block* block : context_.blocks)
+        for (const StatementPtr& other : *block)
+            if (other->action == Action::Label && host::SameName(other->name, statement.name)) return;
+    diagnostics_.Add(statement.at, "there is no label " + statement.name +
+                                       " here; GoTo stays in its routine and does not jump into a block");
 }
 
 void Checker::CheckStatement(Statement& statement) {
@@ -60,6 +82,10 @@ void Checker::CheckStatement(Statement& statement) {
                            "what is raised");
         case Action::ReDim:
             return CheckReDim(statement);
+        case Action::Label:
+            return;
+        case Action::GoTo:
+            return CheckGoTo(statement);
     }
 }
 
@@ -70,10 +96,7 @@ void Checker::CheckDim(Statement& statement) {
 // The value is checked before the name exists, so that "Dim x As Integer = x" means an outer x.
 void Checker::CheckDeclarator(Declarator& declarator) {
     const Type type = ResolveType(declarator.type);
-    if (declarator.size) {
-        CheckValue(declarator.size);
-        Convert(declarator.size, kIntegerType, "the highest index");
-    }
+    CheckSizes(declarator.sizes);
     if (declarator.isNew) {
         declarator.value = MakeExpression(Node::New, kNoType, declarator.at);
         declarator.value->typeName = declarator.type;
@@ -96,6 +119,13 @@ void Checker::CheckDeclarator(Declarator& declarator) {
     }
     declarator.variable->type = type;
     if (outlives) declarator.variable->flag = symbols_.AddVariable("", kBooleanType, Storage::Global, declarator.at);
+}
+
+void Checker::CheckSizes(std::vector<ExpressionPtr>& sizes) {
+    for (ExpressionPtr& size : sizes) {
+        CheckValue(size);
+        Convert(size, kIntegerType, "the highest index");
+    }
 }
 
 void Checker::CheckConst(Declarator& declarator) {
@@ -123,10 +153,22 @@ void Checker::CheckCallStatement(Statement& statement) {
         return Wrong(*expression, expression->operands[0]->text + " is a variable; assign to it with =");
     CheckExpression(expression, false);
     if (IsWrong(expression->type)) return;
+    if (expression->node == Node::Field && before == Node::Handle) {
+        // The property that holds an object's handler.
+        ExpressionPtr handler = std::move(expression->operands.back());
+        expression->operands.pop_back();
+        statement.action = Action::Assign;
+        statement.expressions.push_back(std::move(handler));
+        return;
+    }
+    if (expression->node == Node::CallRoutine && expression->routine->signature.name.starts_with(kSetterMark))
+        return Wrong(*expression, "this property can be set but not read");
     switch (expression->node) {
         case Node::CallRoutine:
         case Node::CallNative:
         case Node::CallSetter:
+        case Node::CallDelegate:
+        case Node::Handle:
         case Node::ArrayMethod:
         case Node::NewObject:
             return;
@@ -174,6 +216,8 @@ ExpressionPtr Checker::CaseCondition(CaseTest& test, Variable* subject) {
 
 void Checker::CheckSelect(Statement& statement) {
     CheckValue(statement.expressions[0]);
+    if (statement.expressions[0]->type.base == Base::Address)
+        Wrong(*statement.expressions[0], "an address can't be compared; AddressOf is given to a delegate");
     const Type type = statement.expressions[0]->type == kNilType ? kVariantType : statement.expressions[0]->type;
     statement.scratch = symbols_.AddVariable("", type, Storage::Local, statement.at);
     context_.loops.push_back(LoopKind::Select);
@@ -234,6 +278,7 @@ void Checker::CheckFor(Statement& statement) {
 void Checker::CheckForEach(Statement& statement) {
     CheckValue(statement.expressions[1]);
     const Type type = statement.expressions[1]->type;
+    if (IsGrid(type)) return Wrong(*statement.expressions[1], "For Each goes through arrays of one dimension");
     if (!type.array && !IsWrong(type))
         Wrong(*statement.expressions[1], "For Each goes through an array; this is " + NameOf(type));
     context_.scopes.emplace_back();
@@ -306,18 +351,23 @@ void Checker::CheckCatch(Catch& handler) {
 }
 
 void Checker::CheckTry(Statement& statement) {
-    CheckBlock(statement.blocks[0]);
+    statement.wholeRoutine ? CheckStatements(statement.blocks[0]) : CheckBlock(statement.blocks[0]);
     for (Catch& handler : statement.catches) CheckCatch(handler);
     CheckBlock(statement.finallyBlock);
 }
 
 void Checker::CheckReDim(Statement& statement) {
-    CheckValue(statement.expressions[0]);
-    CheckValue(statement.expressions[1]);
+    for (ExpressionPtr& expression : statement.expressions) CheckValue(expression);
     const Type type = statement.expressions[0]->type;
-    if (!IsWrong(type) && !type.array)
+    if (IsWrong(type)) return;
+    if (!type.array)
         return Wrong(*statement.expressions[0], "ReDim changes the size of an array; this is " + NameOf(type));
-    Convert(statement.expressions[1], kIntegerType, "the highest index");
+    if (statement.expressions.size() != type.furtherDimensions + 2u)
+        return Wrong(*statement.expressions[0], "this is " + NameOf(type) +
+                                                    "; ReDim takes a highest index for each of its " +
+                                                    std::to_string(type.furtherDimensions + 1) + " dimensions");
+    for (std::size_t i = 1; i < statement.expressions.size(); ++i)
+        Convert(statement.expressions[i], kIntegerType, "the highest index");
 }
 
 }  // namespace script

@@ -135,7 +135,7 @@ void FunctionCompiler::CompileMain(Program& program) {
             CompileFirstValue(field->declaration->declarator, field->type, field->shared->index);
         }
     }
-    for (StatementPtr& statement : program.body) CompileStatement(*statement);
+    CompileStatements(program.body);
     Finish();
 }
 
@@ -148,7 +148,7 @@ void FunctionCompiler::CompileStep(Program& program, const std::vector<ClassSymb
             at_ = field->declaration->declarator.at;
             CompileGlobal(field->declaration->declarator, *field->shared);
         }
-    for (StatementPtr& statement : program.body) CompileStatement(*statement);
+    CompileStatements(program.body);
     Finish();
 }
 
@@ -165,7 +165,7 @@ void FunctionCompiler::CompileRoutine(RoutineSymbol& routine) {
         parameter->index = Allocate(byRef ? kVariantType : parameter->type);
         function_.parameters.push_back(parameter->index);
     }
-    for (StatementPtr& statement : routine.declaration->body) CompileStatement(*statement);
+    CompileStatements(routine.declaration->body);
     // A function that ends without Return gives its type's first value.
     if (routine.signature.result != kNoType) EmitDefaultReturn();
     Finish();

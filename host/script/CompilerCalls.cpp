@@ -8,6 +8,7 @@ namespace script {
 // Whether some subclass has its own form of the method, so that the receiver's class decides.
 bool FunctionCompiler::IsOverridden(const RoutineSymbol& routine) const {
     if (!routine.HasReceiver()) return false;
+    if (FormOf(*routine.owner) == ClassForm::Interface) return true;
     const std::string lower = host::LowerName(routine.signature.name);
     return std::any_of(symbols_.scriptClasses.begin(), symbols_.scriptClasses.end(), [&](const ClassSymbol* symbol) {
         if (symbol == routine.owner || !Inherits(symbol, routine.owner)) return false;
@@ -27,9 +28,14 @@ Operand FunctionCompiler::CompileByRef(Expression& argument) {
         case Node::Global:
             RefVariable(*argument.variable, reference.index);
             break;
-        case Node::Element:
-            CompileBinaryInto(Op::RefElement, argument, reference.index, false);
+        case Node::Element: {
+            const Operand array = CompileKept(argument, 0);
+            const Operand index = CompileIndex(argument, array, nullptr);
+            Emit(Op::RefElement, reference.index, array.index, index.index);
+            Free(index);
+            Free(array);
             break;
+        }
         case Node::Field:
             CompileUnaryInto(Op::RefField, *argument.operands[0], reference.index, FieldOffset(argument));
             break;
@@ -138,6 +144,45 @@ void FunctionCompiler::CompileNew(Expression& expression, std::uint16_t target) 
         EmitCall(std::move(site), expression, kNoRegister, temporaries);
     }
     Emit(Op::Move, target, object.index);
+    Free(object);
+}
+
+// An object that holds the receiver, or Nil, and the routine's address, which no script reads.
+void FunctionCompiler::CompileNewDelegate(Expression& expression, std::uint16_t target) {
+    const Operand receiver =
+        expression.operands.empty() ? Constant(kNilType, host::Value(nullptr)) : Compile(*expression.operands[0]);
+    const Operand object = Temporary(expression.type);
+    EmitNumber(Op::NewObject, object.index, TypeIndex(expression.type));
+    const ClassSymbol& delegate = *expression.type.of;
+    Emit(Op::StoreField, object.index, receiver.index, FieldOffset(delegate, 0));
+    const auto address = static_cast<std::int64_t>(reinterpret_cast<std::intptr_t>(expression.routine));
+    Emit(Op::StoreFieldBits, object.index, Constant(kInt64Type, host::Value(address)).index, FieldOffset(delegate, 1));
+    Emit(Op::Move, target, object.index);
+    Free(object);
+    Free(receiver);
+}
+
+void FunctionCompiler::CompileCallDelegate(Expression& expression, std::uint16_t target) {
+    const Position at = at_;
+    CallSite site;
+    site.hasReceiver = true;
+    std::vector<Operand> temporaries;
+    CompileArguments(site, expression, 1, expression.operands[0]->type.of->invoke.get(), temporaries);
+    at_ = at;
+    function_.sites.push_back(std::move(site));
+    EmitNumber(Op::CallDelegate, target, function_.sites.size() - 1);
+    for (const Operand& temporary : temporaries) Free(temporary);
+}
+
+void FunctionCompiler::CompileHandle(Expression& expression) {
+    const Position at = at_;
+    const Operand object = CompileKept(expression, 0);
+    const Operand handler = Compile(*expression.operands[1]);
+    at_ = at;
+    if (function_.events.size() >= kMostRegisters) throw FunctionTooLarge();
+    function_.events.push_back(expression.event);
+    Emit(Op::Handle, object.index, handler.index, static_cast<std::uint16_t>(function_.events.size() - 1));
+    Free(handler);
     Free(object);
 }
 
@@ -270,10 +315,11 @@ void FunctionCompiler::Assign(Expression& target, Expression& value) {
     }
     const Position at = at_;
     const bool element = target.node == Node::Element;
-    const Operand object =
-        CompileBefore(*target.operands[0], element && MayRunScript(*target.operands[1]) ? *target.operands[1] : value);
+    const bool indexRuns = element && std::any_of(target.operands.begin() + 1, target.operands.end(),
+                                                  [](const ExpressionPtr& index) { return MayRunScript(*index); });
+    const Operand object = indexRuns ? CompileKept(target, 0) : CompileBefore(*target.operands[0], value);
     Operand index;
-    if (element) index = CompileBefore(*target.operands[1], value);
+    if (element) index = CompileIndex(target, object, &value);
     const Operand operand = Compile(value);
     at_ = at;
     StoreElementOrField(target, object, index, operand);

@@ -11,6 +11,8 @@ bool MayRunScript(const Expression& expression) {
         case Node::CallRoutine:
         case Node::CallNative:
         case Node::CallSetter:
+        case Node::CallDelegate:
+        case Node::Handle:
         case Node::GetProperty:
         case Node::NewObject:
             return true;
@@ -158,6 +160,12 @@ void FunctionCompiler::CompileNode(Expression& expression, std::uint16_t target)
             return CompileProperty(expression, target);
         case Node::NewObject:
             return CompileNew(expression, target);
+        case Node::NewDelegate:
+            return CompileNewDelegate(expression, target);
+        case Node::CallDelegate:
+            return CompileCallDelegate(expression, target);
+        case Node::Handle:
+            return CompileHandle(expression);
         case Node::MakeArray:
             return CompileMakeArray(expression, target);
         case Node::ArrayMethod:
@@ -262,7 +270,7 @@ void FunctionCompiler::CompileConvert(Expression& expression, std::uint16_t targ
     if (IsVariant(to)) return CompileUnaryInto(Op::Move, inner, target);
     if (IsNumeric(from) && IsNumeric(to))
         return CompileUnaryInto(NumberConversion(from, to), inner, target, static_cast<std::uint16_t>(KindOf(to.base)));
-    const bool cast = IsObject(from) && IsObject(to) && Inherits(to.of, from.of);
+    const bool cast = MayBecome(from, to);
     CompileUnaryInto(cast ? Op::Cast : Op::ConvertValue, inner, target, TypeIndex(to));
 }
 
@@ -272,8 +280,37 @@ void FunctionCompiler::CompileField(Expression& expression, std::uint16_t target
 }
 
 void FunctionCompiler::CompileElement(Expression& expression, std::uint16_t target) {
-    CompileBinaryInto(HoldsReference(expression.type) ? Op::LoadElement : Op::LoadElementBits, expression, target,
-                      false);
+    const Op op = HoldsReference(expression.type) ? Op::LoadElement : Op::LoadElementBits;
+    if (expression.operands.size() == 2) return CompileBinaryInto(op, expression, target, false);
+    const Operand array = CompileKept(expression, 0);
+    const Operand index = CompileIndex(expression, array, nullptr);
+    Emit(op, target, array.index, index.index);
+    Free(index);
+    Free(array);
+}
+
+// Where an element lies in its array; it stays so while `later` is worked out.
+Operand FunctionCompiler::CompileIndex(Expression& element, Operand array, const Expression* later) {
+    const Position at = at_;
+    if (element.operands.size() == 2)
+        return later ? CompileBefore(*element.operands[1], *later) : Compile(*element.operands[1]);
+    CallSite site;
+    std::vector<Operand> indices;
+    for (std::size_t i = 1; i < element.operands.size(); ++i) {
+        indices.push_back(CompileKept(element, i));
+        site.arguments.push_back(indices.back().index);
+    }
+    at_ = at;
+    const Operand index = Temporary(kIntegerType);
+    Emit(Op::GridIndex, index.index, array.index, SiteOf(std::move(site)));
+    for (const Operand& operand : indices) Free(operand);
+    return index;
+}
+
+std::uint16_t FunctionCompiler::SiteOf(CallSite site) {
+    if (function_.sites.size() >= kMostRegisters) throw FunctionTooLarge();
+    function_.sites.push_back(std::move(site));
+    return static_cast<std::uint16_t>(function_.sites.size() - 1);
 }
 
 void FunctionCompiler::CompileMakeArray(Expression& expression, std::uint16_t target) {
@@ -283,10 +320,7 @@ void FunctionCompiler::CompileMakeArray(Expression& expression, std::uint16_t ta
         operands.push_back(CompileKept(expression, i));
         site.arguments.push_back(operands.back().index);
     }
-    if (function_.sites.size() >= kMostRegisters) throw FunctionTooLarge();
-    function_.sites.push_back(std::move(site));
-    Emit(Op::MakeArray, target, static_cast<std::uint16_t>(function_.sites.size() - 1),
-         TypeIndex(ElementOf(expression.type)));
+    Emit(Op::MakeArray, target, SiteOf(std::move(site)), TypeIndex(ElementOf(expression.type)));
     for (const Operand& operand : operands) Free(operand);
 }
 
@@ -314,7 +348,10 @@ void FunctionCompiler::CompileArrayMethod(Expression& expression, std::uint16_t 
             Emit(Op::Sort, array);
             break;
         case ArrayMethodKind::Ubound:
-            Emit(Op::Ubound, target, array);
+            if (operands.size() > 1)
+                Emit(Op::UboundOf, target, array, first);
+            else
+                Emit(Op::Ubound, target, array);
             break;
         case ArrayMethodKind::Pop:
             Emit(Op::Pop, target, array);

@@ -9,8 +9,41 @@ namespace script {
 
 void FunctionCompiler::CompileBlock(Block& block) {
     OpenScope();
-    for (StatementPtr& statement : block) CompileStatement(*statement);
+    CompileStatements(block);
     CloseScope();
+}
+
+// In the scope that is open. The block's labels are known from its first statement on.
+void FunctionCompiler::CompileStatements(Block& block) {
+    const std::size_t before = labels_.size();
+    for (const StatementPtr& statement : block)
+        if (statement->action == Action::Label)
+            labels_.push_back({statement->name, tries_.size(), scopes_.size(), {}, kNotMet});
+    for (StatementPtr& statement : block) CompileStatement(*statement);
+    labels_.resize(before);
+}
+
+void FunctionCompiler::LandLabel(const std::string& name) {
+    const auto label = std::find_if(labels_.rbegin(), labels_.rend(),
+                                    [&](const OpenLabel& open) { return host::SameName(open.name, name); });
+    label->target = Here();
+    Land(label->jumps);
+}
+
+// A jump back is a Loop, where interrupts are noticed; one ahead may be, too.
+void FunctionCompiler::CompileGoTo(const Statement& statement) {
+    const auto found = std::find_if(labels_.rbegin(), labels_.rend(),
+                                    [&](const OpenLabel& open) { return host::SameName(open.name, statement.name); });
+    const auto label = static_cast<std::size_t>(labels_.rend() - found) - 1;
+    Leave(found->tries, [this, &statement, label] {
+        at_ = statement.at;
+        OpenLabel& open = labels_[label];
+        ClearScopes(open.scopes);
+        if (open.target == kNotMet)
+            open.jumps.push_back(EmitNumber(Op::Loop, 0, 0));
+        else
+            JumpTo(open.target);
+    });
 }
 
 void FunctionCompiler::CompileStatement(Statement& statement) {
@@ -50,26 +83,54 @@ void FunctionCompiler::CompileStatement(Statement& statement) {
             Emit(Op::Raise, exception.index);
             return Free(exception);
         }
-        case Action::ReDim: {
-            const Operand array = CompileBefore(*statement.expressions[0], *statement.expressions[1]);
-            const Operand size = Compile(*statement.expressions[1]);
-            at_ = statement.at;
-            Emit(Op::ReDim, array.index, size.index);
-            Free(size);
-            return Free(array);
-        }
+        case Action::ReDim:
+            return CompileReDim(statement);
+        case Action::Label:
+            return LandLabel(statement.name);
+        case Action::GoTo:
+            return CompileGoTo(statement);
     }
+}
+
+void FunctionCompiler::CompileReDim(Statement& statement) {
+    std::vector<ExpressionPtr>& expressions = statement.expressions;
+    const Operand array = CompileBefore(*expressions[0], *expressions[1]);
+    CallSite site;
+    std::vector<Operand> sizes;
+    for (std::size_t i = 1; i < expressions.size(); ++i) {
+        const bool last = i + 1 == expressions.size();
+        sizes.push_back(last ? Compile(*expressions[i]) : CompileBefore(*expressions[i], *expressions.back()));
+        site.arguments.push_back(sizes.back().index);
+    }
+    at_ = statement.at;
+    if (sizes.size() == 1)
+        Emit(Op::ReDim, array.index, sizes[0].index);
+    else
+        Emit(Op::ReDimGrid, array.index, SiteOf(std::move(site)));
+    for (const Operand& size : sizes) Free(size);
+    Free(array);
 }
 
 void FunctionCompiler::CompileFirstValue(Declarator& declarator, Type type, std::uint16_t target) {
     if (declarator.value) {
         CompileTo(*declarator.value, target);
     } else if (type.array) {
-        Operand size{kNoRegister, false};
-        if (declarator.size) size = Compile(*declarator.size);
+        CallSite site;
+        std::vector<Operand> sizes;
+        for (const ExpressionPtr& size : declarator.sizes) {
+            sizes.push_back(Temporary(kIntegerType));
+            CompileTo(*size, sizes.back().index);
+            site.arguments.push_back(sizes.back().index);
+        }
         at_ = declarator.at;
-        Emit(Op::NewArray, target, size.index, TypeIndex(ElementOf(type)));
-        if (declarator.size) Free(size);
+        const std::uint16_t element = TypeIndex(ElementOf(type));
+        if (IsGrid(type)) {
+            site.arguments.resize(type.furtherDimensions + 1u, kNoRegister);
+            Emit(Op::NewGrid, target, SiteOf(std::move(site)), element);
+        } else {
+            Emit(Op::NewArray, target, sizes.empty() ? kNoRegister : sizes[0].index, element);
+        }
+        for (const Operand& size : sizes) Free(size);
     } else {
         Emit(Op::Clear, target);
     }
@@ -244,7 +305,7 @@ void FunctionCompiler::StoreLoopVariable(Expression& target, Operand value) {
     if (target.node == Node::Local || target.node == Node::Global) return StoreVariable(target, value);
     const Operand object = Compile(*target.operands[0]);
     Operand index;
-    if (target.node == Node::Element) index = Compile(*target.operands[1]);
+    if (target.node == Node::Element) index = CompileIndex(target, object, nullptr);
     StoreElementOrField(target, object, index, value);
     if (target.node == Node::Element) Free(index);
     Free(object);

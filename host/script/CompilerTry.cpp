@@ -70,8 +70,9 @@ void FunctionCompiler::CompileFinally(Statement& statement, OpenTry open, std::u
 }
 
 // What was put into registers since and may be left there when an exception comes.
-void FunctionCompiler::ClearSince(std::size_t logSize) {
-    const std::set<std::uint16_t> used(log_.begin() + static_cast<std::ptrdiff_t>(logSize), log_.end());
+void FunctionCompiler::ClearSince(std::size_t logSize, const std::vector<std::uint16_t>& kept) {
+    std::set<std::uint16_t> used(log_.begin() + static_cast<std::ptrdiff_t>(logSize), log_.end());
+    for (const std::uint16_t index : kept) used.erase(index);
     for (const std::uint16_t index : used) Emit(Op::Clear, index);
 }
 
@@ -86,11 +87,12 @@ void FunctionCompiler::CompileTry(Statement& statement) {
     }
     if (!statement.catches.empty()) {
         OpenProtection();
-        CompileBlock(statement.blocks[0]);
+        statement.wholeRoutine ? CompileStatements(statement.blocks[0]) : CompileBlock(statement.blocks[0]);
         JumpList bodyDone;
         Jump(bodyDone);
         CloseProtection(exception.index);
-        ClearSince(log);
+        // The handlers of a whole routine see its variables.
+        ClearSince(log, statement.wholeRoutine ? scopes_.back() : std::vector<std::uint16_t>());
         CompileCatches(statement, exception.index, bodyDone);
         Land(bodyDone);
     } else {

@@ -55,6 +55,16 @@ class FunctionCompiler {
         std::size_t scopes = 0;  // likewise
     };
 
+    // A label of a block that is open. Jumps to it before it is met are landed then.
+    struct OpenLabel {
+        std::string name;
+        std::size_t tries = 0;   // open ones around the block
+        std::size_t scopes = 0;  // likewise, with the block's own
+        JumpList jumps;
+        std::size_t target = kNotMet;
+    };
+    static constexpr std::size_t kNotMet = static_cast<std::size_t>(-1);
+
     // --- Registers and code (Compiler.cpp)
     std::uint16_t Allocate(Type type);
     void Release(std::uint16_t index);
@@ -96,6 +106,8 @@ class FunctionCompiler {
     void CompileField(Expression& expression, std::uint16_t target);
     void CompileElement(Expression& expression, std::uint16_t target);
     void CompileIntrinsic(Expression& expression, std::uint16_t target);
+    Operand CompileIndex(Expression& element, Operand array, const Expression* later);
+    std::uint16_t SiteOf(CallSite site);
     void CompileMakeArray(Expression& expression, std::uint16_t target);
     void CompileArrayMethod(Expression& expression, std::uint16_t target);
     void CompileSelf(std::uint16_t target) { Emit(Op::Move, target, self_); }
@@ -106,6 +118,9 @@ class FunctionCompiler {
     // --- Calls and assignments (CompilerCalls.cpp)
     void CompileCall(Expression& expression, std::uint16_t target);
     void CompileNew(Expression& expression, std::uint16_t target);
+    void CompileNewDelegate(Expression& expression, std::uint16_t target);
+    void CompileCallDelegate(Expression& expression, std::uint16_t target);
+    void CompileHandle(Expression& expression);
     void CompileArguments(CallSite& site, Expression& expression, std::size_t first, const Signature* signature,
                           std::vector<Operand>& temporaries);
     Operand CompileByRef(Expression& argument);
@@ -124,6 +139,10 @@ class FunctionCompiler {
 
     // --- Statements (CompilerStatements.cpp)
     void CompileBlock(Block& block);
+    void CompileStatements(Block& block);
+    void CompileGoTo(const Statement& statement);
+    void LandLabel(const std::string& name);
+    void CompileReDim(Statement& statement);
     void CompileStatement(Statement& statement);
     void CompileDim(Declarator& declarator);
     void CompileGlobal(Declarator& declarator, Variable& variable);
@@ -147,7 +166,7 @@ class FunctionCompiler {
     void Leave(std::size_t downTo, const std::function<void()>& goOn);
     void OpenProtection();
     OpenTry CloseProtection(std::uint16_t exception);
-    void ClearSince(std::size_t logSize);
+    void ClearSince(std::size_t logSize, const std::vector<std::uint16_t>& kept = {});
 
     Symbols& symbols_;
     Function& function_;
@@ -161,6 +180,7 @@ class FunctionCompiler {
     std::vector<std::vector<std::uint16_t>> scopes_;
     std::vector<OpenTry> tries_;
     std::vector<OpenLoop> loops_;
+    std::vector<OpenLabel> labels_;
 };
 
 // Whether evaluating it may run other code of the script, which may change variables.

@@ -132,6 +132,9 @@ class Machine {
     void PerformArray(Instruction instruction, const Function& function, host::Value* r);
     void MakeArray(Instruction instruction, const Function& function, host::Value* r);
     void EnterCall(Instruction instruction, const Function& caller, host::Value* r);
+    void EnterDelegate(Instruction instruction, const Function& caller, host::Value* r);
+    void AddHandler(Instruction instruction, const Function& function, host::Value* r);
+    const Function& CodeOf(const host::Value& delegate, host::Value& target) const;
     void CallNative(Instruction instruction, const Function& function, host::Value* r);
     void CallSetter(Instruction instruction, const Function& function, host::Value* r);
     void GetProperty(Instruction instruction, const Function& function, host::Value* r);

@@ -3,6 +3,7 @@
 #include <new>
 
 #include "host/calls/Call.h"
+#include "host/objects/Handlers.h"
 #include "host/script/Machine.h"
 #include "host/script/MachineAccess.h"
 #include "host/script/Place.h"
@@ -68,6 +69,44 @@ void Machine::EnterCall(Instruction instruction, const Function& caller, Value* 
     Value* result = instruction.a == kNoRegister ? nullptr : &r[instruction.a];
     Value* registers = PushFrame(*callee, result);
     for (std::size_t i = 0; i < site.arguments.size(); ++i) registers[callee->parameters[i]] = r[site.arguments[i]];
+}
+
+// What a delegate calls, and the object it calls it on.
+const Function& Machine::CodeOf(const Value& delegate, Value& target) const {
+    host::Object* const object = delegate.object();
+    if (!object) ThrowOnNil("Invoke", "is called on");
+    const Value* const slots = object->type->SlotsOf(object);
+    const auto* routine = reinterpret_cast<const RoutineSymbol*>(slots[1].bits());
+    target = slots[0];
+    if (!routine || (routine->HasReceiver() && !target.object()))
+        Throw("NilObjectException", "This delegate has nothing to call");
+    return *(routine->HasReceiver() ? FindOverride(*target.object()->type, *routine) : routine->code);
+}
+
+void Machine::EnterDelegate(Instruction instruction, const Function& caller, Value* r) {
+    const CallSite& site = caller.sites[instruction.Number()];
+    Value target;
+    const Function& callee = CodeOf(r[site.arguments[0]], target);
+    Value* registers = PushFrame(callee, instruction.a == kNoRegister ? nullptr : &r[instruction.a]);
+    std::size_t next = 0;
+    if (callee.parameters.size() == site.arguments.size()) registers[callee.parameters[next++]] = target;
+    for (std::size_t i = 1; i < site.arguments.size(); ++i) registers[callee.parameters[next++]] = r[site.arguments[i]];
+}
+
+// From now on an object's event of the host calls a delegate, with the object as the first argument.
+void Machine::AddHandler(Instruction instruction, const Function& function, Value* r) {
+    host::Object* const object = r[instruction.a].object();
+    const host::Event& event = *function.events[instruction.c];
+    if (!object) ThrowOnNil(event.declaration.name, "is asked of");
+    const Value delegate = r[instruction.b];
+    if (!delegate.object()) return host::RemoveHandler(*object, event);
+    host::SetHandler(*object, event, [this, delegate](host::Object* self, std::span<Value> arguments) {
+        std::vector<Value> all = {Value(host::Ref<host::Object>::Share(self))};
+        all.insert(all.end(), arguments.begin(), arguments.end());
+        Value target;
+        const Function& code = CodeOf(delegate, target);
+        return Invoke(code, target.object(), all);
+    });
 }
 
 void Machine::FailOnNil(const MemberUse& use, std::string_view what) const {

@@ -201,6 +201,13 @@ void Machine::Loop(std::size_t floor) {
                 r = frame->registers;
                 break;
             }
+            case Op::CallDelegate:
+                if (AttentionWanted()) CheckAttention();
+                EnterDelegate(i, *frame->function, r);
+                frame = &frames_.back();
+                pc = frame->next;
+                r = frame->registers;
+                break;
             case Op::Return:
                 if (frame->result) *frame->result = r[i.a];
                 [[fallthrough]];

@@ -90,6 +90,74 @@ void ThrowOutOfBounds(std::int64_t index, const host::Array& array, std::size_t 
     Throw("OutOfBoundsException", "Index " + std::to_string(index) + " is out of bounds; " + which);
 }
 
+namespace {
+
+// --- Arrays of several dimensions: their elements lie row by row in one array, which knows its highest
+// indices. One that is only declared has none yet.
+
+std::vector<std::int32_t> HighestOf(const CallSite& site, const Value* r) {
+    std::vector<std::int32_t> highest;
+    for (const std::uint16_t index : site.arguments)
+        highest.push_back(index == kNoRegister ? -1 : static_cast<std::int32_t>(r[index].bits()));
+    return highest;
+}
+
+std::size_t CountOf(const std::vector<std::int32_t>& highest) {
+    std::int64_t count = 1;
+    for (const std::int32_t one : highest) {
+        count *= static_cast<std::int64_t>(CountFor(one));
+        RefuseTooMany(count);
+    }
+    return static_cast<std::size_t>(count);
+}
+
+host::Ref<host::Array> MakeGrid(const host::Type& element, std::vector<std::int32_t> highest) {
+    host::Ref<host::Array> array = host::MakeArray(element, CountOf(highest));
+    array->highest = std::move(highest);
+    return array;
+}
+
+// Elements whose indices exist before and after keep their values.
+void ResizeGrid(host::Array& array, std::vector<std::int32_t> highest) {
+    host::Ref<host::Array> resized = MakeGrid(array.element, highest);
+    std::vector<std::int64_t> at(highest.size(), 0);
+    for (std::size_t to = 0; to < resized->values.size(); ++to) {
+        std::size_t from = 0;
+        bool known = at.size() == array.highest.size();
+        for (std::size_t i = 0; known && i < at.size(); ++i) {
+            known = at[i] <= array.highest[i];
+            from = from * (static_cast<std::size_t>(array.highest[i]) + 1) + static_cast<std::size_t>(at[i]);
+        }
+        if (known) resized->values[to] = array.values[from];
+        for (std::size_t i = at.size(); i-- > 0 && ++at[i] > highest[i];) at[i] = 0;
+    }
+    // What is dropped goes with `resized`, after the array is whole again.
+    std::swap(array.values, resized->values);
+    std::swap(array.highest, resized->highest);
+}
+
+std::int64_t GridIndex(const host::Array& array, const CallSite& site, const Value* r) {
+    std::int64_t at = 0;
+    for (std::size_t i = 0; i < site.arguments.size(); ++i) {
+        const std::int64_t index = r[site.arguments[i]].bits();
+        const std::int64_t highest = i < array.highest.size() ? array.highest[i] : -1;
+        if (index < 0 || index > highest)
+            Throw("OutOfBoundsException", "Index " + std::to_string(index) + " of dimension " + std::to_string(i + 1) +
+                                              " is out of bounds; the highest is " + std::to_string(highest));
+        at = at * (highest + 1) + index;
+    }
+    return at;
+}
+
+std::int64_t HighestIn(const host::Array& array, std::int64_t dimension) {
+    if (array.highest.empty() && dimension == 1) return host::UpperBound(&array);
+    if (dimension < 1 || dimension > static_cast<std::int64_t>(array.highest.size()))
+        Throw("OutOfBoundsException", "This array has no dimension " + std::to_string(dimension));
+    return array.highest[static_cast<std::size_t>(dimension) - 1];
+}
+
+}  // namespace
+
 void Machine::MakeArray(Instruction instruction, const Function& function, Value* r) {
     const CallSite& site = function.sites[instruction.b];
     host::Ref<host::Array> array = host::MakeArray(function.types[instruction.c].host);
@@ -107,6 +175,17 @@ void Machine::PerformArray(Instruction instruction, const Function& function, Va
             *a = Value(host::MakeArray(function.types[instruction.c].host, count));
             return;
         }
+        case Op::NewGrid:
+            *a = Value(MakeGrid(function.types[instruction.c].host, HighestOf(function.sites[instruction.b], r)));
+            return;
+        case Op::ReDimGrid:
+            return ResizeGrid(ArrayIn(*a), HighestOf(function.sites[instruction.b], r));
+        case Op::GridIndex:
+            a->bits() = GridIndex(ArrayIn(r[instruction.b]), function.sites[instruction.c], r);
+            return;
+        case Op::UboundOf:
+            a->bits() = HighestIn(ArrayIn(r[instruction.b]), r[instruction.c].bits());
+            return;
         case Op::Append: {
             host::Array& array = ArrayIn(*a);
             RefuseTooMany(static_cast<std::int64_t>(array.values.size()) + 1);
@@ -134,7 +213,7 @@ void Machine::PerformArray(Instruction instruction, const Function& function, Va
             Sort(ArrayIn(*a));
             return;
         case Op::Ubound:
-            a->bits() = host::UpperBound(&ArrayIn(r[instruction.b]));
+            a->bits() = HighestIn(ArrayIn(r[instruction.b]), 1);
             return;
         case Op::Pop: {
             host::Array& array = ArrayIn(r[instruction.b]);
@@ -200,6 +279,8 @@ void Machine::Perform(Instruction instruction, const Function& function, Value* 
             return SetProperty(instruction, function, r);
         case Op::NewObject:
             return NewObject(instruction, function, r);
+        case Op::Handle:
+            return AddHandler(instruction, function, r);
         case Op::MakeArray:
             return MakeArray(instruction, function, r);
         case Op::Concatenate:

@@ -36,16 +36,23 @@ bool IsAnyOf(std::string_view word, std::initializer_list<std::string_view> name
     return std::any_of(names.begin(), names.end(), [&](std::string_view name) { return host::SameName(word, name); });
 }
 
-// +1 for a line that begins a block, -1 for one that ends one.
-int Change(Words words) {
+// +1 for a line that begins a block, -1 for one that ends one. Events and accessors stand inside a class,
+// which is open as long as they are; the methods of an interface have no End.
+int Change(Words words, bool& inInterface) {
     while (!words.empty() && IsAnyOf(words[0], {"private", "public", "protected", "global", "shared"}))
         words.erase(words.begin());
     if (words.empty()) return 0;
     if (host::SameName(words[0], "if")) return host::SameName(words.back(), "then") ? 1 : 0;
-    if (host::SameName(words[0], "end")) return words.size() > 1 ? -1 : 0;
+    if (host::SameName(words[0], "end")) {
+        if (words.size() < 2 || IsAnyOf(words[1], {"event", "property", "get", "set"})) return 0;
+        if (host::SameName(words[1], "interface")) inInterface = false;
+        return inInterface ? 0 : -1;
+    }
+    if (inInterface) return 0;
+    inInterface = host::SameName(words[0], "interface");
     if (IsAnyOf(words[0], {"next", "wend", "loop", "#endif"})) return -1;
-    const bool begins = IsAnyOf(words[0], {"select", "for", "while", "do", "try", "sub", "function", "class", "event",
-                                           "module", "interface", "enum", "structure", "#if"});
+    const bool begins = IsAnyOf(words[0], {"select", "for", "while", "do", "try", "sub", "function", "class", "module",
+                                           "interface", "enum", "structure", "#if"});
     return begins ? 1 : 0;
 }
 
@@ -53,6 +60,7 @@ int Change(Words words) {
 
 bool WantsMoreLines(std::string_view lines) {
     int open = 0;
+    bool inInterface = false;
     Words words;  // of a line and those that continue it
     while (!lines.empty()) {
         const std::size_t end = std::min(lines.find('\n'), lines.size());
@@ -64,7 +72,7 @@ bool WantsMoreLines(std::string_view lines) {
             if (lines.empty()) return true;
             continue;
         }
-        open += Change(words);
+        open += Change(words, inInterface);
         words.clear();
     }
     return open > 0;

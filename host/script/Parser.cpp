@@ -1,11 +1,12 @@
 // Tokens: what stands here, what is expected, and what an error calls it.
-#include "host/script/Parse.h"
+#include "host/script/Parser.h"
 
 #include <algorithm>
 
 #include "host/calls/ForeignText.h"
 #include "host/objects/Type.h"
-#include "host/script/Parser.h"
+#include "host/script/ConditionalLines.h"
+#include "host/script/Parse.h"
 
 namespace script {
 
@@ -44,7 +45,7 @@ Token Meant(const Token& error) {
 }  // namespace
 
 Parser::Parser(const Source& source, Diagnostics& diagnostics) : diagnostics_(diagnostics) {
-    for (Token& token : host::Tokens(source.text)) {
+    for (Token& token : WithoutUnusedLines(host::Tokens(source.text), diagnostics)) {
         if (token.kind != TokenKind::Error) {
             tokens_.push_back(std::move(token));
             continue;

@@ -56,6 +56,8 @@ class Parser {
     ExpressionPtr ParsePostfix();
     ExpressionPtr ParsePrimary();
     ExpressionPtr ParseNew();
+    ExpressionPtr ParseCast();
+    ExpressionPtr ParseAddressOf();
     ExpressionPtr ParseLiteral();
     ExpressionPtr ParseNameOrConstant();
     std::vector<ExpressionPtr> ParseArguments();  // from "(" to ")"
@@ -63,7 +65,8 @@ class Parser {
     ExpressionPtr Finish(ExpressionPtr expression);  // depth, and its limit
     bool StartsExpression() const;
     TypeName ParseTypeName();
-    TypeName ParseClassName();
+    TypeName ParseClassName(bool qualified = false);
+    bool TakeArrayBrackets(TypeName& type);
 
     // The first line of a block. If it can't be understood the block is read all the same, so that
     // its end is not taken for a mistake of its own.
@@ -110,6 +113,13 @@ class Parser {
     Catch ParseCatch();
     StatementPtr ParseRaise();
     StatementPtr ParseReDim();
+    StatementPtr ParseGoTo();
+    StatementPtr ParseLabel();
+    StatementPtr ParseRaiseEvent();
+    StatementPtr ParseHandlerChange();
+    bool AtLabel() const;
+    bool AtExceptionBlock() const;
+    void ParseExceptionBlocks(Block& body);
     StatementPtr ParseAssignmentOrCall();
     ExpressionPtr ParseCallee();
     void ExpectEnd(std::string_view word, Position opened);
@@ -128,21 +138,47 @@ class Parser {
     [[noreturn]] void FailWithoutBeginning();
 
     // --- Declarations (ParserDeclarations.cpp)
+    // What words before a declaration say.
+    struct Modifiers {
+        bool isPrivate = false;
+        bool isProtected = false;
+        bool shared = false;
+    };
+
+    bool AtModifier(std::size_t ahead = 0) const;
     bool AtDeclaration() const;
-    void ParseDeclaration(Program& program);
+    bool AtTypeDeclaration(std::size_t ahead = 0) const;
+    Modifiers TakeModifiers();
+    void ParseDeclaration();
+    void ParseTypeDeclaration(const std::string& enclosing);
     RoutineDeclaration ParseRoutine();
+    RoutineDeclaration ParseSignature();
+    RoutineDeclaration ParseEvent();
+    bool IsHandler() const;
     void ParseRoutineHead(RoutineDeclaration& routine);
     void ParseParameters(RoutineDeclaration& routine);
     class ParameterGrammar;
     Parameter ParseParameter();
-    ClassDeclaration ParseClass();
+    void ParseClass(ClassDeclaration& declaration);
+    void ParseModule(ClassDeclaration& declaration);
+    void ParseInterface(ClassDeclaration& declaration);
+    void ParseEnum(ClassDeclaration& declaration);
+    void ParseDelegate(ClassDeclaration& declaration);
+    void ParseBases(ClassDeclaration& declaration);
+    void ParseMembers(ClassDeclaration& declaration, std::string_view word, void (Parser::*parse)(ClassDeclaration&));
     void ParseClassMember(ClassDeclaration& declaration);
-    void ParseFields(ClassDeclaration& declaration, bool shared, bool constant, bool isPrivate);
+    void ParseInterfaceMember(ClassDeclaration& declaration);
+    void ParseEnumMember(ClassDeclaration& declaration);
+    void ParseFields(ClassDeclaration& declaration, Modifiers modifiers, bool constant);
+    bool AtAccessor() const;
+    void ParseAccessors(ClassDeclaration& declaration, FieldDeclaration property);
 
     Diagnostics& diagnostics_;
+    Program* program_ = nullptr;
     std::vector<Token> tokens_;
     std::size_t at_ = 0;
     std::set<std::string, std::less<>> routineNames_;  // in lower case
+    std::set<std::string, std::less<>> moduleNames_;   // likewise
     int blockDepth_ = 0;
     int expressionDepth_ = 0;
 };

@@ -1,6 +1,7 @@
 // Expressions by precedence, and types by name.
 #include <algorithm>
 
+#include "host/objects/Type.h"
 #include "host/script/Parser.h"
 
 namespace script {
@@ -172,6 +173,39 @@ ExpressionPtr Parser::ParseNew() {
     return Finish(std::move(node));
 }
 
+// "CType(value, Type)"
+ExpressionPtr Parser::ParseCast() {
+    ExpressionPtr node = MakeNode(Node::Cast, Here());
+    Advance();
+    ExpectSymbol("(", "CType");
+    node->operands.push_back(ParseExpression());
+    ExpectSymbol(",", "the value; CType takes a type as well: CType(x, Double)");
+    node->typeName = ParseTypeName();
+    ExpectSymbol(")", "the type");
+    return Finish(std::move(node));
+}
+
+ExpressionPtr Parser::ParseAddressOf() {
+    ExpressionPtr node = MakeNode(Node::AddressOf, Here());
+    Advance();
+    node->operands.push_back(ParsePostfix());
+    return Finish(std::move(node));
+}
+
+ExpressionPtr CloneWritten(const Expression& written) {
+    ExpressionPtr copy = MakeNode(written.node, written.at);
+    copy->op = written.op;
+    copy->depth = written.depth;
+    copy->text = written.text;
+    copy->typeName = written.typeName;
+    copy->bracketed = written.bracketed;
+    copy->pattern = written.pattern;
+    copy->integer = written.integer;
+    copy->real = written.real;
+    for (const ExpressionPtr& operand : written.operands) copy->operands.push_back(CloneWritten(*operand));
+    return copy;
+}
+
 ExpressionPtr Parser::ParseNameOrConstant() {
     const Position at = Here();
     if (AtWord("true") || AtWord("false")) {
@@ -183,9 +217,13 @@ ExpressionPtr Parser::ParseNameOrConstant() {
     if (TakeWord("nil")) return MakeNode(Node::NilLiteral, at);
     if (TakeWord("self") || TakeWord("me")) return MakeNode(Node::Self, at);
     if (TakeWord("super")) return MakeNode(Node::Super, at);
-    if (AtWord("addressof") && AtName(1)) Fail("AddressOf is not part of this language");
+    if (AtWord("addressof") && Peek(1).kind == TokenKind::Identifier) return ParseAddressOf();
+    if (AtWord("ctype") && AtSymbol("(", 1)) return ParseCast();
+    const bool raises = AtWord("raiseevent") && AtName(1);
+    if (raises) Advance();
     ExpressionPtr node = MakeNode(Node::Name, at);
-    node->text = ExpectName("a value");
+    node->text = raises ? kEventMark : std::string_view();
+    node->text += ExpectName("a value");
     return node;
 }
 
@@ -235,20 +273,33 @@ bool Parser::StartsExpression() const {
     }
 }
 
+// "()", or "(,)" and the like for more dimensions.
+bool Parser::TakeArrayBrackets(TypeName& type) {
+    std::size_t commas = 0;
+    while (AtSymbol(",", commas + 1)) ++commas;
+    if (!AtSymbol("(") || !AtSymbol(")", commas + 1)) return false;
+    for (std::size_t i = 0; i < commas + 2; ++i) Advance();
+    type.array = true;
+    type.dimensions = static_cast<int>(commas + 1);
+    return true;
+}
+
 TypeName Parser::ParseTypeName() {
-    TypeName type = ParseClassName();
-    if (AtSymbol("(") && AtSymbol(")", 1)) {
-        Advance();
-        Advance();
-        type.array = true;
-    }
+    TypeName type = ParseClassName(true);
+    TakeArrayBrackets(type);
     return type;
 }
 
-TypeName Parser::ParseClassName() {
+// A name, or one behind the name of the module it stands in. Where an expression may go on with a
+// dot only modules count.
+TypeName Parser::ParseClassName(bool qualified) {
     TypeName type;
     type.at = Here();
     type.name = ExpectName("a type");
+    while (AtSymbol(".") && (qualified || moduleNames_.contains(host::LowerName(type.name)))) {
+        Advance();
+        type.name += '.' + ExpectName("a type");
+    }
     return type;
 }
 

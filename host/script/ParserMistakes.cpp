@@ -15,34 +15,21 @@ namespace {
 struct Construct {
     std::string_view word;
     bool block = false;  // goes to "End word"
-    bool alone = false;  // may stand on a line by itself
 };
 
 // Begin a line and are followed by a name.
 constexpr Construct kForeignConstructs[] = {
-    {"Module", true},
-    {"Enum", true},
-    {"Interface", true},
     {"Structure", true},
     {"Namespace", true},
     {"Using", true},
     {"With", true},
-    {"Get", true, true},
-    {"Set", true, true},
     {"Declare"},
     {"Soft"},
-    {"Delegate"},
-    {"AddHandler"},
-    {"RemoveHandler"},
-    {"RaiseEvent"},
-    {"Goto"},
     {"GoSub"},
     {"Let"},
     {"Imports"},
     {"Option"},
     {"On"},
-    {"Implements"},
-    {"Exception", false, true},
     {"Begin", true},
 };
 
@@ -72,7 +59,8 @@ constexpr std::pair<std::string_view, std::string_view> kOpeners[] = {
     {"elseif", "If"}, {"case", "Select"}, {"catch", "Try"}, {"finally", "Try"},
 };
 
-constexpr std::string_view kEndedWords[] = {"If", "Sub", "Function", "Class", "Select", "Try", "While", "Event"};
+constexpr std::string_view kEndedWords[] = {"If",  "Sub",   "Function", "Class", "Select",
+                                            "Try", "While", "Event",    "Module"};
 
 // One slip, two in a long word.
 bool IsSlipOf(std::string_view written, std::string_view word) {
@@ -98,7 +86,11 @@ std::string Mistyped(std::string_view written, std::string_view word) {
 void Parser::CollectRoutineNames() {
     for (std::size_t i = 1; i < tokens_.size(); ++i) {
         const bool head = tokens_[i - 1].Is("sub") || tokens_[i - 1].Is("function");
-        if (head && tokens_[i].kind == TokenKind::Identifier) routineNames_.insert(host::LowerName(tokens_[i].text));
+        if (tokens_[i].kind != TokenKind::Identifier) continue;
+        if (head) routineNames_.insert(host::LowerName(tokens_[i].text));
+        const bool first = i < 2 || tokens_[i - 2].kind == TokenKind::NewLine || tokens_[i - 2].Is("global") ||
+                           tokens_[i - 2].Is("public");
+        if (first && tokens_[i - 1].Is("module")) moduleNames_.insert(host::LowerName(tokens_[i].text));
     }
 }
 
@@ -127,7 +119,7 @@ void Parser::RefuseForeign() {
     const auto* row = std::find_if(std::begin(kForeignConstructs), std::end(kForeignConstructs),
                                    [&](const Construct& construct) { return AtWord(construct.word); });
     if (row == std::end(kForeignConstructs)) return;
-    const bool begins = Peek(1).kind == TokenKind::Identifier ? !AtWord("as", 1) : row->alone && AtLineEnd(1);
+    const bool begins = Peek(1).kind == TokenKind::Identifier && !AtWord("as", 1);
     if (!begins || DeclaresRoutine(row->word)) return;
     const Position at = Here();
     if (row->block) SkipForeignBlock(row->word);
@@ -194,6 +186,7 @@ void Parser::FailWithoutBeginning() {
         if (AtWord(ender)) opener = opens;
     if (!opener.empty() && ReportMistyped(opener, 1)) throw ParseFailure();
     const std::string shown = AtWord("end") && !opener.empty() ? Found() + ' ' + opener : Found();
+    if (AtExceptionBlock()) Fail("an Exception block stands at the end of a Sub, Function or Event");
     Fail(shown + " has no beginning here" + (opener.empty() ? "" : "; there is no " + opener + " to end"));
 }
 

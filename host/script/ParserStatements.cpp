@@ -24,7 +24,7 @@ StatementPtr Parser::Make(Action action) const {
 bool Parser::AtBlockEnd() const {
     for (std::string_view word : kBlockEnds)
         if (AtWord(word)) return true;
-    return AtFileEnd() || AtDeclaration();
+    return AtFileEnd() || AtDeclaration() || AtExceptionBlock();
 }
 
 Block Parser::ParseBlock() {
@@ -84,6 +84,11 @@ StatementPtr Parser::ParseStatement() {
     if (AtWord("try")) return ParseTry();
     if (AtWord("raise")) return ParseRaise();
     if (AtWord("redim")) return ParseReDim();
+    if (AtWord("goto") && AtName(1) && AtLineEnd(2)) return ParseGoTo();
+    if (AtLabel()) return ParseLabel();
+    if (AtWord("raiseevent") && AtName(1)) return ParseRaiseEvent();
+    if ((AtWord("addhandler") || AtWord("removehandler")) && !AtSymbol("=", 1) && !AtSymbol(".", 1))
+        return ParseHandlerChange();
     return ParseAssignmentOrCall();
 }
 
@@ -95,8 +100,14 @@ Declarator Parser::ParseDeclaratorName() {
     if (!TakeSymbol("(")) return declarator;
     declarator.type.array = true;
     if (TakeSymbol(")")) return declarator;
-    declarator.size = ParseExpression();
-    if (AtSymbol(",")) Fail("an array has one dimension here; use one index and compute it");
+    if (AtSymbol(",")) {
+        while (TakeSymbol(",")) ++declarator.type.dimensions;
+        ExpectSymbol(")", "the array's name");
+        return declarator;
+    }
+    do declarator.sizes.push_back(ParseExpression());
+    while (TakeSymbol(","));
+    declarator.type.dimensions = static_cast<int>(declarator.sizes.size());
     ExpectSymbol(")", "the highest index");
     return declarator;
 }
@@ -108,17 +119,23 @@ void Parser::ParseDeclaratorType(std::vector<Declarator>& group) {
     const TypeName type = isNew ? ParseClassName() : ParseTypeName();
     for (Declarator& declarator : group) {
         const bool array = declarator.type.array || type.array;
+        const int dimensions = type.array ? type.dimensions : declarator.type.dimensions;
         declarator.type = type;
         declarator.type.array = array;
+        declarator.type.dimensions = dimensions;
         declarator.isNew = isNew;
     }
-    if (isNew && group.size() > 1) FailAt(type.at, "As New makes one object; declare each name on its own");
-    if (isNew && AtSymbol("(")) group.front().arguments = ParseArguments();
+    // What stands once is worked out for each name.
+    if (isNew && AtSymbol("(")) {
+        const std::vector<ExpressionPtr> arguments = ParseArguments();
+        for (Declarator& declarator : group)
+            for (const ExpressionPtr& argument : arguments) declarator.arguments.push_back(CloneWritten(*argument));
+    }
     if (!AtSymbol("=")) return;
     if (isNew) Fail("a variable declared As New has its value already");
-    if (group.size() > 1) Fail("a value needs a declaration of its own; declare each name on its own");
     Advance();
-    group.front().value = ParseExpression();
+    const ExpressionPtr value = ParseExpression();
+    for (Declarator& declarator : group) declarator.value = CloneWritten(*value);
 }
 
 std::vector<Declarator> Parser::ParseDeclarators() {
@@ -431,12 +448,71 @@ StatementPtr Parser::ParseReDim() {
     StatementPtr statement = Make(Action::ReDim);
     Advance();
     ExpressionPtr target = ParsePostfix();
-    if (target->node != Node::Apply || target->operands.size() != 2)
+    if (target->node != Node::Apply || target->operands.size() < 2)
         FailAt(target->at, "expected an array and its highest index: ReDim values(9)");
-    ExpressionPtr array = std::move(target->operands[0]);
-    statement->expressions.push_back(std::move(array));
-    statement->expressions.push_back(std::move(target->operands[1]));
+    statement->expressions = std::move(target->operands);
     return statement;
+}
+
+bool Parser::AtLabel() const { return AtName() && AtSymbol(":", 1) && AtLineEnd(2); }
+
+StatementPtr Parser::ParseLabel() {
+    StatementPtr statement = Make(Action::Label);
+    statement->name = ExpectName("a label");
+    Advance();
+    return statement;
+}
+
+StatementPtr Parser::ParseGoTo() {
+    StatementPtr statement = Make(Action::GoTo);
+    Advance();
+    statement->name = ExpectName("a label");
+    return statement;
+}
+
+// "RaiseEvent Name(arguments)" calls the event's routine of the object itself.
+StatementPtr Parser::ParseRaiseEvent() {
+    StatementPtr statement = Make(Action::Call);
+    Advance();
+    ExpressionPtr call = ParseCallee();
+    Expression& name = call->node == Node::Apply ? *call->operands[0] : *call;
+    if (name.node != Node::Name) FailAt(call->at, "expected the name of an event of this class after RaiseEvent");
+    name.text.insert(0, kEventMark);
+    statement->expressions.push_back(std::move(call));
+    return statement;
+}
+
+// "AddHandler object.Event, AddressOf Routine", and the same to take it away.
+StatementPtr Parser::ParseHandlerChange() {
+    StatementPtr statement = Make(Action::Call);
+    auto handle = std::make_unique<Expression>();
+    handle->node = Node::Handle;
+    handle->at = Here();
+    handle->direct = AtWord("removehandler");
+    const std::string word = handle->direct ? "RemoveHandler" : "AddHandler";
+    Advance();
+    handle->operands.push_back(ParsePostfix());
+    ExpectSymbol(",", "the event of an object: " + word + " clock.Action, AddressOf Tick");
+    handle->operands.push_back(ParseExpression());
+    statement->expressions.push_back(Finish(std::move(handle)));
+    return statement;
+}
+
+// "Exception [name] [As Class]" at the end of a routine.
+bool Parser::AtExceptionBlock() const {
+    if (!AtWord("exception") || DeclaresRoutine("exception")) return false;
+    return AtLineEnd(1) || (AtName(1) && (AtWord("as", 2) || AtLineEnd(2)));
+}
+
+// The body becomes a Try of its own, with a Catch for each block.
+void Parser::ParseExceptionBlocks(Block& body) {
+    if (!AtExceptionBlock()) return;
+    StatementPtr statement = Make(Action::Try);
+    statement->wholeRoutine = true;
+    statement->blocks.push_back(std::move(body));
+    while (AtExceptionBlock()) statement->catches.push_back(ParseCatch());
+    body.clear();
+    body.push_back(std::move(statement));
 }
 
 // What stands first on a line: a designator, maybe with arguments that have no brackets.

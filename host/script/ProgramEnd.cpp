@@ -5,6 +5,7 @@
 #include <set>
 #include <unordered_map>
 
+#include "host/objects/Handlers.h"
 #include "host/script/ScriptClasses.h"
 
 namespace script {
@@ -190,6 +191,7 @@ Counts BreakCycles(const Symbols& symbols, const Alive& before) {
 
 Leftovers EndProgram(Machine& machine, const Symbols& symbols, const Alive& before) {
     machine.DropLocals();
+    host::RemoveAllHandlers();
     if (HasDestructors(symbols)) RunLastDestructors(symbols, before, machine.Globals());
     machine.DropGlobals();
     const Counts cycles = BreakCycles(symbols, before);

@@ -35,6 +35,7 @@ void AddRoutine(host::Class& type, RoutineSymbol& routine, Machine& machine) {
         type.AddEventHandler(std::move(handler));
         return;
     }
+    if (routine.signature.name.find(' ') != std::string::npos) return;  // an accessor or event of the script's own
     if (host::SameName(routine.signature.name, "Destructor")) {
         type.SetDestructor([&routine, &machine](host::Object* self) { Destroy(routine, machine, self); });
         return;
@@ -44,6 +45,24 @@ void AddRoutine(host::Class& type, RoutineSymbol& routine, Machine& machine) {
     method.shared = routine.shared;
     method.body = BodyOf(routine, machine);
     routine.method = &type.AddMethod(std::move(method));
+}
+
+// What a delegate calls its routine on, and the routine's address.
+void AddDelegateSlots(host::Class& type) {
+    type.AddSlot(host::Value(nullptr));
+    type.AddSlot(host::Value(std::int64_t{0}));
+}
+
+// A computed property, for whoever comes from outside.
+void AddAccessor(host::Class& type, const ClassSymbol& symbol, RoutineSymbol& getter, Machine& machine) {
+    host::Property property;
+    property.name = getter.signature.name.substr(kGetterMark.size());
+    property.type = ToHost(getter.signature.result);
+    property.shared = getter.shared;
+    property.read = BodyOf(getter, machine);
+    const auto setter = symbol.routines.find(std::string(kSetterMark) + host::LowerName(property.name));
+    if (setter != symbol.routines.end()) property.write = BodyOf(*setter->second.front(), machine);
+    type.AddProperty(std::move(property));
 }
 
 void AddField(host::Class& type, const FieldSymbol& field) {
@@ -63,8 +82,12 @@ void RegisterClasses(Symbols& symbols, Machine& machine) {
         const host::Class* base = symbol->base->declaration ? symbol->base->made : symbol->base->native;
         auto type = std::make_unique<host::Class>(symbol->name, base);
         for (const FieldSymbol* field : symbol->ownFields) AddField(*type, *field);
+        if (symbol->invoke) AddDelegateSlots(*type);
         for (auto& [name, overloads] : symbol->routines)
-            for (RoutineSymbol* routine : overloads) AddRoutine(*type, *routine, machine);
+            for (RoutineSymbol* routine : overloads) {
+                AddRoutine(*type, *routine, machine);
+                if (name.starts_with(kGetterMark)) AddAccessor(*type, *symbol, *routine, machine);
+            }
         symbol->made = host::Runtime::Get().AddClass(std::move(type));
     }
 }

@@ -11,7 +11,10 @@ std::string NameOf(Type type) {
     if (type.base == Base::None) return "nothing";
     if (type.base == Base::Wrong) return "?";
     if (type.base == Base::Nil) return "Nil";
-    return host::TypeText(ToHost(type));
+    if (type.base == Base::Address) return "an address";
+    std::string name = host::TypeText(ToHost(type));
+    if (IsGrid(type)) name.insert(name.size() - 1, std::string(type.furtherDimensions, ','));
+    return name;
 }
 
 // The simple type of a name; kNoType when it is none.
@@ -33,11 +36,26 @@ host::Value FirstValueOf(Type type) {
 
 bool Inherits(const ClassSymbol* type, const ClassSymbol* base) { return Distance(type, base) >= 0; }
 
+bool MayBecome(Type from, Type to) {
+    if (!IsObject(from) || !IsObject(to)) return false;
+    return Inherits(to.of, from.of) || FormOf(*from.of) == ClassForm::Interface ||
+           (FormOf(*to.of) == ClassForm::Interface && !Inherits(from.of, to.of));
+}
+
 int Distance(const ClassSymbol* type, const ClassSymbol* base) {
     int steps = 0;
-    for (; type; type = type->base, ++steps)
+    for (; type; type = type->base, ++steps) {
         if (type == base) return steps;
+        for (const ClassSymbol* interface : type->interfaces)
+            if (const int further = Distance(interface, base); further >= 0) return steps + 1 + further;
+    }
     return -1;
+}
+
+ClassForm FormOf(const ClassSymbol& symbol) { return symbol.declaration ? symbol.declaration->form : ClassForm::Class; }
+
+bool TakesAssignment(const Signature& signature) {
+    return !signature.parameters.empty() && signature.parameters.back().assigns;
 }
 
 bool SameParameters(const Signature& a, const Signature& b) {
@@ -52,6 +70,8 @@ std::string TextOf(const Signature& signature) {
         text += separator;
         if (parameter.byRef) text += "ByRef ";
         if (parameter.paramArray) text += "ParamArray ";
+        if (parameter.assigns) text += "Assigns ";
+        if (parameter.extends) text += "Extends ";
         text += parameter.name + " As " + NameOf(parameter.paramArray ? ElementOf(parameter.type) : parameter.type);
         if (parameter.optional) text += " = …";
         separator = ", ";

@@ -50,6 +50,7 @@ struct RoutineSymbol {
     ClassSymbol* owner = nullptr;  // null: of the program
     bool shared = false;
     bool isPrivate = false;
+    bool needsPrefix = false;
     const host::Event* event = nullptr;         // that it handles
     std::vector<Variable*> parameterVariables;  // without the receiver
     Function* code = nullptr;
@@ -78,12 +79,21 @@ struct ClassSymbol {
     std::map<std::string, FieldSymbol*, std::less<>> fields;                   // by lower-case name, own ones
     std::map<std::string, std::vector<RoutineSymbol*>, std::less<>> routines;  // own ones
     std::vector<FieldSymbol*> ownFields;                                       // in the order declared
+    std::vector<const ClassSymbol*> interfaces;                                // that it implements itself
+    std::vector<const ClassSymbol*> implementers;                              // of an interface: the classes
+    std::unique_ptr<Signature> invoke;                                         // of a delegate: how it is called
     std::int32_t slotCount = 0;                                                // own fields that are not shared
     Function* initializer = nullptr;  // gives the fields their first values; null: none needed
 };
 
-// Whether `type` is `base` or inherits it.
+// What a class is declared as.
+ClassForm FormOf(const ClassSymbol& symbol);
+
+// Whether `type` is `base`, inherits or implements it.
 bool Inherits(const ClassSymbol* type, const ClassSymbol* base);
+
+// Whether an object of one type may turn out to be of the other: a subclass, or what an interface hides.
+bool MayBecome(Type from, Type to);
 
 // How many steps up `base` is; -1 when it isn't.
 int Distance(const ClassSymbol* type, const ClassSymbol* base);
@@ -105,6 +115,8 @@ class Symbols {
 
     // --- The script's
     ClassSymbol* AddClass(std::string name);
+    ClassDeclaration& AddDeclaration() { return declarations_.emplace_back(); }            // of what no text declares
+    FieldDeclaration& AddFieldDeclaration() { return fieldDeclarations_.emplace_back(); }  // likewise
     Variable* AddVariable(std::string name, Type type, Storage storage, Position at);
     RoutineSymbol* AddRoutine() { return &routines_.emplace_back(); }
     FieldSymbol* AddField() { return &fields_.emplace_back(); }
@@ -139,11 +151,16 @@ class Symbols {
     std::deque<Variable> variables_;
     std::deque<RoutineSymbol> routines_;
     std::deque<FieldSymbol> fields_;
+    std::deque<ClassDeclaration> declarations_;
+    std::deque<FieldDeclaration> fieldDeclarations_;
     std::unordered_map<const host::Method*, std::unique_ptr<NativeMethod>> natives_;
 };
 
 // "Name(a As Integer, ByRef b As Double, c As Boolean = False) As String", as messages show it.
 std::string TextOf(const Signature& signature);
+
+// A parameter that an assignment to a call fills; it comes last.
+bool TakesAssignment(const Signature& signature);
 
 // Whether the two take the same types.
 bool SameParameters(const Signature& a, const Signature& b);

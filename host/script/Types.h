@@ -29,20 +29,22 @@ enum class Base : std::uint8_t {
     Object = static_cast<std::uint8_t>(host::Kind::Object),
     Variant = 0x80,  // an object to the host
     Nil,
-    Wrong,  // of an expression already reported; fits everything, so that one mistake gives one message
+    Address,  // of a routine: becomes a delegate where one is wanted
+    Wrong,    // of an expression already reported; fits everything, so that one mistake gives one message
 };
 
 // The host's kind of such a value.
 constexpr host::Kind KindOf(Base base) {
     if (base == Base::Variant || base == Base::Nil) return host::Kind::Object;
-    return base == Base::Wrong ? host::Kind::None : static_cast<host::Kind>(base);
+    return base >= Base::Variant ? host::Kind::None : static_cast<host::Kind>(base);
 }
 
 // An array is a reference like an object; arrays of arrays don't exist.
 struct Type {
     Base base = Base::None;
     bool array = false;
-    const ClassSymbol* of = nullptr;  // of Base::Object
+    const ClassSymbol* of = nullptr;     // of Base::Object
+    std::uint8_t furtherDimensions = 0;  // of an array
 
     bool operator==(const Type&) const = default;
 };
@@ -61,6 +63,9 @@ inline constexpr Type kVariantType{Base::Variant};
 inline Type ElementOf(Type array) { return {array.base, false, array.of}; }
 inline Type ArrayOf(Type element) { return {element.base, true, element.of}; }
 
+inline constexpr int kMostDimensions = 8;
+
+inline bool IsGrid(Type type) { return type.furtherDimensions > 0; }
 inline bool IsWrong(Type type) { return type.base == Base::Wrong; }
 inline bool IsIntegral(Type type) { return !type.array && host::IsWholeKind(KindOf(type.base)); }
 inline bool IsUnsigned(Type type) { return IsIntegral(type) && !host::RowOf(KindOf(type.base)).isSigned; }

@@ -1,5 +1,6 @@
 #include "host/script/Values.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 
@@ -164,6 +165,10 @@ bool IsInstance(const Value& value, const TypeEntry& type) {
     if (!object) return false;
     const ClassSymbol& symbol = *type.type.of;
     const host::Class* wanted = symbol.declaration ? symbol.made : symbol.native;
+    if (FormOf(symbol) == ClassForm::Interface)
+        return std::any_of(symbol.implementers.begin(), symbol.implementers.end(), [&](const ClassSymbol* implementer) {
+            return implementer->made && host::IsA(object, *implementer->made);
+        });
     return !wanted || host::IsA(object, *wanted);  // without one it is the root of all
 }
 
@@ -181,7 +186,9 @@ Value ConvertValue(const Value& value, const TypeEntry& type) {
         return conversion->convert(value);
     if (type.type.array) {
         if (value.IsNil()) return Value(host::Ref<host::Array>());
-        if (value.array() && value.array()->element == host::ElementOf(type.host)) return value;
+        const host::Array* array = value.array();
+        const std::size_t dimensions = IsGrid(type.type) ? type.type.furtherDimensions + 1u : 0;
+        if (array && array->element == host::ElementOf(type.host) && array->highest.size() == dimensions) return value;
         Mismatch(value, NameOf(type.type));
     }
     switch (type.type.base) {
