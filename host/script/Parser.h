@@ -124,6 +124,7 @@ class Parser {
     ExpressionPtr ParseCallee();
     void ExpectEnd(std::string_view word, Position opened);
     StatementPtr Make(Action action) const;
+    static std::string OpenedAt(std::string_view what, Position at);
 
     // --- Mistakes (ParserMistakes.cpp)
     void CollectRoutineNames();

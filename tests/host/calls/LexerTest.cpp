@@ -31,6 +31,7 @@ std::string Listed(std::string_view source) {
             case TokenKind::String:
                 text += "'" + token.text + "'";
                 break;
+            case TokenKind::Directive:
             case TokenKind::Operator:
                 text += token.text;
                 break;
@@ -208,8 +209,11 @@ TEST(Lexer, TellsTypographicCharacters) {
 }
 
 TEST(Lexer, NamesDirectives) {
-    EXPECT_EQ(Listed("#If x Then\na\n#EndIf"),
-              "!\"#If\" is not part of this language | a | !\"#EndIf\" is not part of this language .");
+    EXPECT_EQ(Listed("#If x Then\na\n#EndIf"), "#if x Then | a | #endif .");
+}
+
+TEST(Lexer, SkipsTheNameOfAProgramInTheFirstLine) {
+    EXPECT_EQ(Listed("#!/usr/bin/env tqx run\na"), "| a .");
 }
 
 TEST(Lexer, EndsForEver) {
