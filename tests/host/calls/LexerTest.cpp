@@ -208,13 +208,9 @@ TEST(Lexer, TellsTypographicCharacters) {
     EXPECT_EQ(Listed("' a\u201Cb"), ".");
 }
 
-TEST(Lexer, NamesDirectives) {
-    EXPECT_EQ(Listed("#If x Then\na\n#EndIf"), "#if x Then | a | #endif .");
-}
+TEST(Lexer, NamesDirectives) { EXPECT_EQ(Listed("#If x Then\na\n#EndIf"), "#if x Then | a | #endif ."); }
 
-TEST(Lexer, SkipsTheNameOfAProgramInTheFirstLine) {
-    EXPECT_EQ(Listed("#!/usr/bin/env tqx run\na"), "| a .");
-}
+TEST(Lexer, SkipsTheNameOfAProgramInTheFirstLine) { EXPECT_EQ(Listed("#!/usr/bin/env tqx run\na"), "| a ."); }
 
 TEST(Lexer, EndsForEver) {
     host::Lexer lexer("a");
