@@ -1,6 +1,7 @@
 #include "host/framework/Framework.h"
 
 #include "host/framework/Application.h"
+#include "host/framework/Containers.h"
 #include "host/framework/FolderItem.h"
 #include "host/framework/Graphics.h"
 #include "host/framework/MemoryBlock.h"
@@ -8,6 +9,7 @@
 #include "host/framework/Picture.h"
 #include "host/framework/Streams.h"
 #include "host/framework/Support.h"
+#include "host/framework/System.h"
 #include "host/framework/TextFunctions.h"
 #include "host/framework/Timer.h"
 #include "host/framework/WorldClass.h"
@@ -23,11 +25,18 @@ void RegisterFramework(Runtime& runtime) {
     RegisterWorldClass(runtime);
     RegisterTextFunctions(runtime);
     RegisterTextSearchFunctions(runtime);
+    RegisterTextFormFunctions(runtime);
     RegisterNumberFunctions(runtime);
+    RegisterBitFunctions(runtime);
+    RegisterColorFunctions(runtime);
+    RegisterRandom(runtime);
     RegisterTextStreams(runtime);
     RegisterBinaryStream(runtime);
     RegisterApplication(runtime);
+    RegisterSystem(runtime);
     RegisterTimer(runtime);
+    RegisterDictionary(runtime);
+    RegisterCollection(runtime);
 }
 
 }  // namespace host

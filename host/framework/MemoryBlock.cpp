@@ -239,6 +239,9 @@ Value StringToBlock(const Value& string) {
     return Value(std::move(block));
 }
 
+// Nil where there can't be one.
+sdk::Object* NewMemoryBlockFunction(std::int32_t size) { return NewMemoryBlock(std::int64_t{size}).Detach(); }
+
 }  // namespace
 
 // --- For the host ---------------------------------------------------------------------------
@@ -281,6 +284,10 @@ std::span<std::uint8_t> BytesOfMemoryBlock(sdk::Object* block) {
 }
 
 void RegisterMemoryBlock(Runtime& runtime) {
+    static const sdk::MethodRecord functions[] = {
+        sdk::SharedMethod<"NewMemoryBlock(size as integer) as MemoryBlock", Guarded<&NewMemoryBlockFunction>>(
+            sdk::kMemberPortable),
+    };
     static const sdk::MethodRecord methods[] = {
         sdk::Method<"Constructor(size as integer)", Guarded<&Construct>>(sdk::kMemberPortable),
         NumberMethod<"Byte(offset as integer) as integer", std::uint8_t, std::int32_t>(),
@@ -314,6 +321,7 @@ void RegisterMemoryBlock(Runtime& runtime) {
     SetMethods(definition, methods);
     SetProperties(definition, properties);
     RegisterOrAbort(runtime, definition);
+    runtime.RegisterFunctions(functions);
     runtime.AddConversion({TypeNamed("MemoryBlock"), TypeNamed("String"), &BlockToString});
     runtime.AddConversion({TypeNamed("String"), TypeNamed("MemoryBlock"), &StringToBlock});
     runtime.Bind<sdk::knewMemoryBlock>([](std::int64_t size) -> sdk::Object* { return NewMemoryBlock(size).Detach(); });

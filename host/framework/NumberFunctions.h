@@ -1,4 +1,4 @@
-// The global functions on numbers, colours and time.
+// The global functions for numbers, bits, colours and time, and the class Random.
 #pragma once
 
 namespace host {
@@ -6,5 +6,8 @@ namespace host {
 class Runtime;
 
 void RegisterNumberFunctions(Runtime& runtime);
+void RegisterBitFunctions(Runtime& runtime);
+void RegisterColorFunctions(Runtime& runtime);
+void RegisterRandom(Runtime& runtime);
 
 }  // namespace host

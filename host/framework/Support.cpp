@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "host/calls/ClassDefinition.h"
 #include "host/images/Image.h"
 
 namespace host {
@@ -33,6 +34,18 @@ void RegisterOrAbort(Runtime& runtime, sdk::ClassDefinition& definition) {
     definition.version = sdk::kInterfaceVersion;
     if (runtime.RegisterClass(definition)) return;
     std::fprintf(stderr, "%s\n", runtime.LastRefusal().c_str());
+    std::abort();
+}
+
+const Class& RegisterHolderOrAbort(Runtime& runtime, sdk::ClassDefinition& definition, int slots) {
+    definition.version = sdk::kInterfaceVersion;
+    std::vector<std::string> problems;
+    std::unique_ptr<Class> type = ClassFromDefinition(definition, nullptr, 0, problems);
+    for (int slot = 0; type && slot < slots; ++slot) type->AddSlot(Value());
+    const Class* const registered = type ? runtime.AddClass(std::move(type)) : nullptr;
+    if (registered) return *registered;
+    std::fprintf(stderr, "class %s is refused: %s\n", definition.name,
+                 problems.empty() ? "there is one already" : problems[0].c_str());
     std::abort();
 }
 

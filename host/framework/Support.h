@@ -76,6 +76,10 @@ void SetConstants(sdk::ClassDefinition& definition, const sdk::ConstantRecord (&
 // Registers a class of the framework; one that is refused ends the process with the reason.
 void RegisterOrAbort(Runtime& runtime, sdk::ClassDefinition& definition);
 
+// The same for a class without events whose instances have so many slots for values, empty at first.
+// Objects that hold each other through slots are found at a program's end.
+const Class& RegisterHolderOrAbort(Runtime& runtime, sdk::ClassDefinition& definition, int slots);
+
 // A result that carries one reference for the caller.
 inline sdk::String* GiveString(std::string_view bytes, sdk::Encoding encoding = sdk::Encoding::Utf8) {
     return MakeString(bytes, encoding).Detach();

@@ -100,28 +100,63 @@ sdk::String* ReplaceAllB(sdk::String* text, sdk::String* wanted, sdk::String* by
 
 // --- Split and Join -------------------------------------------------------------------------
 
-// An empty text gives an empty array, an empty delimiter the single characters.
+// Calls `visit(from, to)` for each part between the delimiters while it gives true. An empty text has
+// no parts; with an empty delimiter they are the single characters.
+template <class Visit>
+void ForEachField(const Search& search, const Visit& visit) {
+    std::size_t at = 0;
+    const auto end = [&] {
+        return search.WantedLength() == 0 ? (at + 1 < search.Length() ? at + 1 : Search::kNone) : search.Find(at);
+    };
+    if (search.Length() == 0) return;
+    for (std::size_t found; (found = end()) != Search::kNone; at = found + search.WantedLength())
+        if (!visit(at, found)) return;
+    visit(at, search.Length());
+}
+
 sdk::Array* Split(sdk::String* text, sdk::String* delimiter) {
     const Search search(text, delimiter, false);
     Ref<Array> parts = MakeArray(TypeNamed("String"));
-    const auto add = [&](std::size_t from, std::size_t to) {
+    ForEachField(search, [&](std::size_t from, std::size_t to) {
         parts->values.push_back(Value(MakeString(search.Between(from, to), EncodingOfText(text))));
-    };
-    if (search.Length() == 0) return parts.Detach();
-    std::size_t at = 0;
-    if (search.WantedLength() == 0) {
-        for (; at < search.Length(); ++at) add(at, at + 1);
-        return parts.Detach();
-    }
-    for (std::size_t found; (found = search.Find(at)) != Search::kNone; at = found + search.WantedLength())
-        add(at, found);
-    add(at, search.Length());
+        return true;
+    });
     return parts.Detach();
 }
 
 sdk::Array* SplitAtBlanks(sdk::String* text) {
     const Ref<String> blank = MakeString(" ");
     return Split(text, blank.get());
+}
+
+// As many as Split gives.
+std::int32_t FieldCount(sdk::String* text, sdk::String* delimiter, bool byBytes) {
+    const Search search(text, delimiter, byBytes);
+    std::int32_t count = 0;
+    ForEachField(search, [&](std::size_t, std::size_t) { return ++count, true; });
+    return count;
+}
+
+std::int32_t CountFields(sdk::String* text, sdk::String* delimiter) { return FieldCount(text, delimiter, false); }
+std::int32_t CountFieldsB(sdk::String* text, sdk::String* delimiter) { return FieldCount(text, delimiter, true); }
+
+// Counted from 1; empty for a field that isn't there.
+sdk::String* Field(sdk::String* text, sdk::String* delimiter, std::int32_t number, bool byBytes) {
+    const Search search(text, delimiter, byBytes);
+    std::string_view field;
+    std::int64_t left = number;
+    ForEachField(search, [&](std::size_t from, std::size_t to) {
+        if (--left == 0) field = search.Between(from, to);
+        return left > 0;
+    });
+    return GiveString(field, EncodingOfText(text));
+}
+
+sdk::String* NthField(sdk::String* text, sdk::String* delimiter, std::int32_t number) {
+    return Field(text, delimiter, number, false);
+}
+sdk::String* NthFieldB(sdk::String* text, sdk::String* delimiter, std::int32_t number) {
+    return Field(text, delimiter, number, true);
 }
 
 // Text when all parts are text, else bytes.
@@ -166,6 +201,14 @@ void RegisterTextSearchFunctions(Runtime& runtime) {
         sdk::SharedMethod<"Split(text as string) as string()", Guarded<&SplitAtBlanks>>(sdk::kMemberPortable),
         sdk::SharedMethod<"Split(text as string, delimiter as string) as string()", Guarded<&Split>>(
             sdk::kMemberPortable),
+        sdk::SharedMethod<"CountFields(text as string, delimiter as string) as integer", Guarded<&CountFields>>(
+            sdk::kMemberPortable),
+        sdk::SharedMethod<"CountFieldsB(text as string, delimiter as string) as integer", Guarded<&CountFieldsB>>(
+            sdk::kMemberPortable),
+        sdk::SharedMethod<"NthField(text as string, delimiter as string, number as integer) as string",
+                          Guarded<&NthField>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"NthFieldB(text as string, delimiter as string, number as integer) as string",
+                          Guarded<&NthFieldB>>(sdk::kMemberPortable),
         sdk::SharedMethod<"Join(parts() as string) as string", Guarded<&JoinWithBlanks>>(sdk::kMemberPortable),
         sdk::SharedMethod<"Join(parts() as string, delimiter as string) as string", Guarded<&Join>>(
             sdk::kMemberPortable),

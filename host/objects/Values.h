@@ -23,6 +23,7 @@ class Values {
     const Value& operator[](std::size_t index) const { return begin()[index]; }
     Value& back() { return cells_.back(); }
 
+    std::size_t capacity() const { return cells_.capacity() - front_; }
     void reserve(std::size_t count) { cells_.reserve(front_ + count); }
     void push_back(Value value) { cells_.push_back(std::move(value)); }
     void pop_back() { cells_.pop_back(); }

@@ -8,6 +8,7 @@ constexpr std::string_view kGap = "…";
 
 constexpr std::string_view kScript = "The script itself";
 constexpr std::string_view kData = "Memory blocks, texts and timers";
+constexpr std::string_view kContainers = "Dictionaries, collections, chance";
 constexpr std::string_view kPictures = "Pictures";
 constexpr std::string_view kFiles = "Files and folders";
 
@@ -39,6 +40,16 @@ constexpr MessageRow kRows[] = {
     {kData, "OutOfBoundsException", "This memory block's size is not known and can't be changed.", "a block around a picture's own memory can't grow", "copy what you need: Row, RowInFormat", "Dim p As New PictureTQX(4, 4, 1)\np.RawRow(0).Size = 4"},
     {kData, "OutOfBoundsException", "This memory block's size is not known, so it has no end.", "RightB of such a block", "the same", "Dim p As New PictureTQX(4, 4, 1)\nDim m As MemoryBlock = p.RawRow(0).RightB(2)"},
     {kData, "OutOfBoundsException", "This memory block's size is not known, so it can't become a string.", "such a block is used as a text", "say how many bytes: StringValue(0, count)", "Dim p As New PictureTQX(4, 4, 1)\nDim s As String = p.RawRow(0)"},
+    {kData, "OutOfBoundsException", "StrComp has modes 0 (bytes) and 1 (text), not ….", "the third number of StrComp", "say which order is meant", "Print StrComp(\"a\", \"b\", 2)"},
+
+    {kContainers, "KeyNotFoundException", "There is no key … in this dictionary.", "Value or Remove with a key that was never given a value", "ask HasKey first, or use Lookup", "Dim d As New Dictionary\nPrint d.Value(1)"},
+    {kContainers, "OutOfBoundsException", "Key … is not in a dictionary of … entries.", "keys count from 0 to Count - 1", "count so", "Dim d As New Dictionary\nPrint d.Key(0)"},
+    {kContainers, "KeyNotFoundException", "There is no key … in this collection.", "no item was added with this key", "keys are texts; a number is a place from 1", "Dim c As New Collection\nPrint c.Item(\"a\")"},
+    {kContainers, "OutOfBoundsException", "Item … is not in a collection of … items.", "items count from 1 to Count", "count so", "Dim c As New Collection\nPrint c.Item(0)"},
+    {kContainers, "TypeMismatchException", "An item is known by its number or its key, not by ….", "an item is asked for by something else", "use a number or a text", "Dim c As New Collection\nPrint c.Item(True)"},
+    {kContainers, "RuntimeException", "This collection has an item of the key … already.", "two items can't have one key", "Remove the first one, or use a Dictionary", "Dim c As New Collection\nc.Add(1, \"a\")\nc.Add(2, \"A\")"},
+    {kContainers, "OutOfBoundsException", "No number is from … to ….", "InRange of a Random with the greater number first", "give the least number first", "Dim r As New Random\nPrint r.InRange(2, 1)"},
+    {kContainers, "OutOfBoundsException", "No number from 0 on is below ….", "LessThan of a Random with a number below 1", "give the first number that is too large", "Dim r As New Random\nPrint r.LessThan(0)"},
 
     {kPictures, "OutOfBoundsException", "Index is out of bounds.", "a PictureTQX has no such row", "rows count from 0 to Height - 1", "Dim p As New PictureTQX(4, 4, 1)\nDim m As MemoryBlock = p.Row(4)"},
     {kPictures, "NilObjectException", "Memoryblock is nil", "Nil, or a text of no bytes, is assigned to a row", "give it the row's bytes", "Dim p As New PictureTQX(4, 4, 1)\np.Row(0) = Nil"},

@@ -133,7 +133,7 @@ class Checker {
     bool HasAccessor(const ClassSymbol& type, std::string_view name) const;
     std::vector<ClassSymbol*> ModulesWith(std::string_view name) const;
     std::vector<Candidate> OwnRoutines(std::string_view name) const;
-    ClassSymbol* FindHolder(const Expression& name);
+    ClassSymbol* FindHolder(const Expression& name, std::string_view member = {});
     void UnfoldModule(ExpressionPtr& object);
     bool ResolveArrayMember(ExpressionPtr& expression, ExpressionPtr& receiver, std::vector<ExpressionPtr>& arguments);
     bool ResolveValueMember(ExpressionPtr& expression, ExpressionPtr& receiver, std::vector<ExpressionPtr>& arguments,

@@ -42,7 +42,7 @@ namespace {
 
 // What other languages call things.
 constexpr std::pair<std::string_view, std::string_view> kOtherNames[] = {
-    {"null", "Nil"}, {"nothing", "Nil"}, {"this", "Self"}, {"echo", "Print"}, {"println", "Print"}, {"msgbox", "Print"},
+    {"null", "Nil"}, {"nothing", "Nil"}, {"this", "Self"}, {"echo", "Print"}, {"println", "Print"},
 };
 
 // Words that begin a statement: a line that begins with another is taken for a call.
@@ -291,14 +291,17 @@ void Checker::MakeCast(ExpressionPtr& expression, Type type, std::vector<Express
     expression = std::move(cast);
 }
 
-// The class, module or enumeration that a bare name means; null where it means a value.
-ClassSymbol* Checker::FindHolder(const Expression& name) {
+// The class, module or enumeration that a bare name means before a member; null where it means a
+// value. EndOfLine is a text, and EndOfLine.Windows a member of the class.
+ClassSymbol* Checker::FindHolder(const Expression& name, std::string_view member) {
     if (name.node != Node::Name || FindLocal(name.text) || FindGlobal(name.text)) return nullptr;
     if (context_.owner && (symbols_.FindField(*context_.owner, name.text) || HasAccessor(*context_.owner, name.text)))
         return nullptr;
     const bool isRoutine = symbols_.routines.contains(host::LowerName(name.text));
-    if (isRoutine || !symbols_.Functions(name.text).empty()) return nullptr;
+    if (isRoutine) return nullptr;
     ClassSymbol* symbol = symbols_.FindClass(name.text);
+    const bool isFunction = !symbols_.Functions(name.text).empty();
+    if (symbol && isFunction && MethodCandidates(*symbol, member, true).empty()) return nullptr;
     const bool isProperty = symbol && context_.owner && symbols_.FindProperty(*context_.owner, name.text);
     return isProperty ? nullptr : symbol;
 }
@@ -328,7 +331,7 @@ void Checker::CheckMember(ExpressionPtr& expression, std::vector<ExpressionPtr> 
         return;
     }
     UnfoldModule(object);
-    if (ClassSymbol* symbol = FindHolder(*object)) {
+    if (ClassSymbol* symbol = FindHolder(*object, name)) {
         CheckArguments(arguments);
         if (ResolveSharedMember(expression, *symbol, arguments, hasArguments, wantsValue)) return;
         const bool needsObject = symbols_.FindField(*symbol, name) || symbols_.FindProperty(*symbol, name) ||

@@ -38,17 +38,25 @@ void ForEachHeld(const host::Array& array, const Visit& visit) {
     for (const host::Value& value : array.values) visit(value);
 }
 
+// Whether an object of the framework holds values of the script's where they can be seen.
+bool HasSlots(const host::Object& object) {
+    bool has = false;
+    for (const host::Class* type = object.type; type; type = type->superclass()) has |= !type->slotDefaults().empty();
+    return has;
+}
+
 const void* ReferenceIn(const host::Value& value) {
     return value.array() ? static_cast<const void*>(value.array()) : value.object();
 }
 
-// The objects of a script's classes and the arrays, with who holds whom. Those that nobody else
-// holds are the script's own: they go with it.
+// The objects of a script's classes, the framework's containers and the arrays, with who holds whom. Those that nobody
+// else holds are the script's own: they go with it.
 class Belongings {
   public:
     Belongings(const Symbols& symbols, const Alive& before, std::span<const host::Value> globals)
-        : objects_(HoldNew(host::LiveObjects(), before.objects,
-                           [&](const host::Object& object) { return IsOfScript(object, symbols); })),
+        : objects_(
+              HoldNew(host::LiveObjects(), before.objects,
+                      [&](const host::Object& object) { return IsOfScript(object, symbols) || HasSlots(object); })),
           arrays_(HoldNew(host::LiveArrays(), before.arrays, [](const host::Array&) { return true; })) {
         for (const auto& object : objects_) references_[object.get()] = object->references - 1;
         for (const auto& array : arrays_) references_[array.get()] = array->references - 1;

@@ -1,0 +1,52 @@
+#include "host/framework/System.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "host/framework/Support.h"
+
+namespace host {
+
+namespace {
+
+sdk::ClassDefinition definition{.name = "System"};
+
+// A line on standard error.
+void DebugLog(sdk::String* message) {
+    const std::string line = std::string(Bytes(message)) + '\n';
+    std::fflush(stdout);  // in the order in which the lines were written
+    std::fwrite(line.data(), 1, line.size(), stderr);
+}
+
+// Empty for a variable that isn't there, and for a name that can't be one.
+sdk::String* EnvironmentVariable(sdk::String* name) {
+    const std::string text(Bytes(name));
+    const char* const value = text.find('\0') == std::string::npos ? std::getenv(text.c_str()) : nullptr;
+    return GiveString(value ? value : "");
+}
+
+// Prints; there is nobody to press a button but the first.
+std::int32_t MsgBox(sdk::String* message) {
+    constexpr std::int32_t kOk = 1;
+    const std::string line = std::string(Bytes(message)) + '\n';
+    std::fwrite(line.data(), 1, line.size(), stdout);
+    return kOk;
+}
+
+}  // namespace
+
+void RegisterSystem(Runtime& runtime) {
+    static const sdk::MethodRecord sharedMethods[] = {
+        sdk::SharedMethod<"DebugLog(message as string)", Guarded<&DebugLog>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"EnvironmentVariable(name as string) as string", Guarded<&EnvironmentVariable>>(
+            sdk::kMemberPortable),
+    };
+    static const sdk::MethodRecord functions[] = {
+        sdk::SharedMethod<"MsgBox(message as string) as integer", Guarded<&MsgBox>>(sdk::kMemberPortable),
+    };
+    SetSharedMethods(definition, sharedMethods);
+    RegisterOrAbort(runtime, definition);
+    runtime.RegisterFunctions(functions);
+}
+
+}  // namespace host
