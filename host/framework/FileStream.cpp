@@ -56,7 +56,7 @@ FileStream::FileStream(const std::string& path, Mode mode)
 }
 
 FileStream::~FileStream() {
-    if (file_) std::fclose(file_);
+    if (file_ && !borrowed_) std::fclose(file_);
 }
 
 std::FILE* FileStream::Open() const {

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace host {
 
@@ -21,6 +22,9 @@ class FileStream {
 
     // Opens an ordinary file. Raises IOException.
     FileStream(const std::string& path, Mode mode);
+
+    // Reads from a stream that somebody else opened, and leaves it open.
+    FileStream(std::string name, std::FILE* borrowed) : path_(std::move(name)), file_(borrowed), borrowed_(true) {}
     ~FileStream();
     FileStream(const FileStream&) = delete;
     FileStream& operator=(const FileStream&) = delete;
@@ -49,7 +53,8 @@ class FileStream {
 
     std::string path_;
     std::FILE* file_;
-    bool writable_;
+    bool writable_ = false;
+    bool borrowed_ = false;
     Last last_ = Last::None;
 };
 

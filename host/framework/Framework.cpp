@@ -2,6 +2,7 @@
 
 #include "host/framework/Application.h"
 #include "host/framework/Containers.h"
+#include "host/framework/Date.h"
 #include "host/framework/FolderItem.h"
 #include "host/framework/Graphics.h"
 #include "host/framework/MemoryBlock.h"
@@ -32,9 +33,11 @@ void RegisterFramework(Runtime& runtime) {
     RegisterRandom(runtime);
     RegisterTextStreams(runtime);
     RegisterBinaryStream(runtime);
+    RegisterStandardStreams(runtime);
     RegisterApplication(runtime);
     RegisterSystem(runtime);
     RegisterTimer(runtime);
+    RegisterDate(runtime);
     RegisterDictionary(runtime);
     RegisterCollection(runtime);
 }

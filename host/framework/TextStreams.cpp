@@ -47,11 +47,6 @@ void Close(sdk::Object* object) {
 
 FileStream& Input(sdk::Object* object) { return StreamOf<inputClass>(object); }
 
-sdk::String* TextOrBytes(const std::string& bytes) {
-    const bool sound = SoundUtf8(bytes) == bytes;
-    return GiveString(bytes, sound ? sdk::Encoding::Utf8 : sdk::Encoding::None);
-}
-
 // Empty at the end of the file.
 sdk::String* ReadLine(sdk::Object* object) {
     std::string line;
@@ -100,6 +95,11 @@ void RegisterInput(Runtime& runtime) {
 }
 
 }  // namespace
+
+sdk::String* TextOrBytes(const std::string& bytes) {
+    const bool sound = SoundUtf8(bytes) == bytes;
+    return GiveString(bytes, sound ? sdk::Encoding::Utf8 : sdk::Encoding::None);
+}
 
 void RegisterTextStreams(Runtime& runtime) {
     static const sdk::MethodRecord methods[] = {

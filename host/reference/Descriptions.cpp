@@ -91,6 +91,11 @@ constexpr Entry kFunctions[] = {
     {"TemporaryFolder", "The folder for files of a short life."},
     {"NewMemoryBlock", "A memory block of so many zero bytes, Nil where there can't be one."},
     {"MsgBox", "Prints a message as a line; gives 1, as if its one button had been pressed."},
+    {"StdIn", "Standard input, to read from."},
+    {"StdOut", "Standard output, to write to."},
+    {"StdErr", "Standard error, to write to."},
+    {"Input", "The next line of standard input, empty at its end."},
+    {"ParseDate", "Whether a text is a date as people write one; the date given is then that one."},
     {"NewPicture", "A white picture of a width and a height in pixels and a depth in bits."},
 };
 
@@ -112,6 +117,10 @@ constexpr Entry kClasses[] = {
     {"TextOutputStream", "A text file to write to."},
     {"Timer", "Runs its event Action every so many milliseconds while the script waits or a plug-in yields."},
     {"Variant", "Holds a value of any type."},
+    {"Date",
+     "A moment in local time: its fields, its seconds since 1904, its text; fields out of range move the others."},
+    {"StandardInputStream", "What the program is given to read."},
+    {"StandardOutputStream", "Where the program writes to."},
     {"RuntimeException", "What went wrong; the class of all exceptions."},
     {"OutOfBoundsException", "An index outside of what there is."},
     {"NilObjectException", "Something was asked of Nil."},

@@ -8,7 +8,7 @@ constexpr std::string_view kGap = "…";
 
 constexpr std::string_view kScript = "The script itself";
 constexpr std::string_view kData = "Memory blocks, texts and timers";
-constexpr std::string_view kContainers = "Dictionaries, collections, chance";
+constexpr std::string_view kContainers = "Dictionaries, collections, chance, dates";
 constexpr std::string_view kPictures = "Pictures";
 constexpr std::string_view kFiles = "Files and folders";
 
@@ -50,6 +50,11 @@ constexpr MessageRow kRows[] = {
     {kContainers, "RuntimeException", "This collection has an item of the key … already.", "two items can't have one key", "Remove the first one, or use a Dictionary", "Dim c As New Collection\nc.Add(1, \"a\")\nc.Add(2, \"A\")"},
     {kContainers, "OutOfBoundsException", "No number is from … to ….", "InRange of a Random with the greater number first", "give the least number first", "Dim r As New Random\nPrint r.InRange(2, 1)"},
     {kContainers, "OutOfBoundsException", "No number from 0 on is below ….", "LessThan of a Random with a number below 1", "give the first number that is too large", "Dim r As New Random\nPrint r.LessThan(0)"},
+    {kContainers, "OutOfBoundsException", "A date's years are 1 to 9999.", "a field or TotalSeconds leads beyond them", "look for a field that was computed wrongly", "Dim d As New Date\nd.Year = 0"},
+    {kContainers, "OutOfBoundsException", "A date is at most 24 hours away from Greenwich.", "GMTOffset is a number of hours", "give hours, not minutes or seconds", "Dim d As New Date\nd.GMTOffset = 60"},
+    {kContainers, "UnsupportedFormatException", "… is no date as 2026-11-22…", "SQLDate or SQLDateTime is set to another text", "all digits are needed, zeros too; ParseDate takes other forms", "Dim d As New Date\nd.SQLDate = \"1.2.2026\""},
+    {kContainers, "NilObjectException", "There is no date to copy.", "New Date(other) where the other is Nil", "New Date alone is now", "Dim d As Date\nDim c As New Date(d)"},
+    {kContainers, "NilObjectException", "ParseDate fills a date that is there: Dim d As New Date.", "the date given is Nil", "make one before", "Dim d As Date\nPrint ParseDate(\"1/2/2026\", d)"},
 
     {kPictures, "OutOfBoundsException", "Index is out of bounds.", "a PictureTQX has no such row", "rows count from 0 to Height - 1", "Dim p As New PictureTQX(4, 4, 1)\nDim m As MemoryBlock = p.Row(4)"},
     {kPictures, "NilObjectException", "Memoryblock is nil", "Nil, or a text of no bytes, is assigned to a row", "give it the row's bytes", "Dim p As New PictureTQX(4, 4, 1)\np.Row(0) = Nil"},
