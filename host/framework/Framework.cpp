@@ -8,9 +8,11 @@
 #include "host/framework/MemoryBlock.h"
 #include "host/framework/NumberFunctions.h"
 #include "host/framework/Picture.h"
+#include "host/framework/RegEx.h"
 #include "host/framework/Streams.h"
 #include "host/framework/Support.h"
 #include "host/framework/System.h"
+#include "host/framework/TextEncoding.h"
 #include "host/framework/TextFunctions.h"
 #include "host/framework/Timer.h"
 #include "host/framework/WorldClass.h"
@@ -27,6 +29,8 @@ void RegisterFramework(Runtime& runtime) {
     RegisterTextFunctions(runtime);
     RegisterTextSearchFunctions(runtime);
     RegisterTextFormFunctions(runtime);
+    RegisterTextEncodings(runtime);
+    RegisterRegEx(runtime);
     RegisterNumberFunctions(runtime);
     RegisterBitFunctions(runtime);
     RegisterColorFunctions(runtime);

@@ -9,6 +9,7 @@ constexpr std::string_view kGap = "…";
 constexpr std::string_view kScript = "The script itself";
 constexpr std::string_view kData = "Memory blocks, texts and timers";
 constexpr std::string_view kContainers = "Dictionaries, collections, chance, dates";
+constexpr std::string_view kPatterns = "Regular expressions and encodings";
 constexpr std::string_view kPictures = "Pictures";
 constexpr std::string_view kFiles = "Files and folders";
 
@@ -55,6 +56,15 @@ constexpr MessageRow kRows[] = {
     {kContainers, "UnsupportedFormatException", "… is no date as 2026-11-22…", "SQLDate or SQLDateTime is set to another text", "all digits are needed, zeros too; ParseDate takes other forms", "Dim d As New Date\nd.SQLDate = \"1.2.2026\""},
     {kContainers, "NilObjectException", "There is no date to copy.", "New Date(other) where the other is Nil", "New Date alone is now", "Dim d As Date\nDim c As New Date(d)"},
     {kContainers, "NilObjectException", "ParseDate fills a date that is there: Dim d As New Date.", "the date given is Nil", "make one before", "Dim d As Date\nPrint ParseDate(\"1/2/2026\", d)"},
+
+    {kPatterns, "RegExSearchPatternException", "The search pattern is wrong at byte …: …", "the reason stands behind it", "mend SearchPattern; a backslash makes any sign an ordinary one", "Dim r As New RegEx\nr.SearchPattern = \"(\"\nDim m As RegExMatch = r.Search(\"x\")"},
+    {kPatterns, "RegExException", "The search was given up: …", "the pattern tries more ways than anybody could wait for", "leave out repetitions of repetitions, such as (a+)+", "Dim r As New RegEx\nr.SearchPattern = \"^(a+)+$\"\nDim m As RegExMatch = r.Search(\"aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa!\")"},
+    {kPatterns, "OutOfBoundsException", "Expression … is not among the … of this match.", "0 is the whole match, then the groups that matched", "look at SubExpressionCount", "Dim r As New RegEx\nr.SearchPattern = \"x\"\nPrint r.Search(\"x\").SubExpressionString(1)"},
+    {kPatterns, "OutOfBoundsException", "LineEndType is 0 to 4 (any, this system's, CR, CRLF, LF), not ….", "LineEndType of RegExOptions", "use one of these", "Dim r As New RegEx\nr.Options.LineEndType = 9"},
+    {kPatterns, "NilObjectException", "This match belongs to no search.", "a RegExMatch was made by New", "Search gives one", "Dim m As New RegExMatch\nPrint m.Replace"},
+    {kPatterns, "NilObjectException", "There is no encoding.", "the encoding given is Nil", "the encodings are members of Encodings", "Print ConvertEncoding(\"a\", Nil)"},
+    {kPatterns, "NilObjectException", "This encoding is none of Encodings.", "a TextEncoding was made by New", "the same", "Dim e As New TextEncoding\nPrint e.InternetName"},
+    {kPatterns, "OutOfBoundsException", "Encoding … is not among ….", "encodings count from 0 to Encodings.Count - 1", "count so", "Print Encodings.Item(-1).InternetName"},
 
     {kPictures, "OutOfBoundsException", "Index is out of bounds.", "a PictureTQX has no such row", "rows count from 0 to Height - 1", "Dim p As New PictureTQX(4, 4, 1)\nDim m As MemoryBlock = p.Row(4)"},
     {kPictures, "NilObjectException", "Memoryblock is nil", "Nil, or a text of no bytes, is assigned to a row", "give it the row's bytes", "Dim p As New PictureTQX(4, 4, 1)\np.Row(0) = Nil"},

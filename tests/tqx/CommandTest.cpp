@@ -95,7 +95,7 @@ TEST(Command, MembersShowsTheOverloadsOfOneMember) {
 
 TEST(Command, MembersExplainsTheFrameworkToo) {
     const std::string all = RunCommand({"members"}).out;
-    for (const char* name : {" Picture\n", " Mid ", "One of them: tqx members NAME\n"})
+    for (const char* name : {"  Picture ", " Mid ", "One of them: tqx members NAME\n"})
         EXPECT_THAT(all, HasSubstr(name));
     EXPECT_THAT(RunCommand({"members", "mid"}).out, HasSubstr("  Mid(text As String, start As Integer) As String\n"));
     EXPECT_THAT(RunCommand({"members", "timer"}).out, HasSubstr("Runs its event Action"));
