@@ -31,19 +31,12 @@ void Destroy(sdk::Object* object) { delete Data(object).stream; }
 
 // --- Opening --------------------------------------------------------------------------------
 
-sdk::Object* OpenWith(sdk::Object* file, FileStream::Mode mode) {
-    auto stream = std::make_unique<FileStream>(PathOf(file), mode);
-    Ref<Object> object = NewInstanceOf(definition);
-    Data(object.get()).stream = stream.release();
-    return object.Detach();
-}
-
 sdk::Object* Open(sdk::Object* file, bool readWrite) {
-    return OpenWith(file, readWrite ? FileStream::Mode::ReadWrite : FileStream::Mode::Read);
+    return OpenBinary(PathOf(file), readWrite ? FileStream::Mode::ReadWrite : FileStream::Mode::Read).Detach();
 }
 
 sdk::Object* Create(sdk::Object* file, bool overwrite) {
-    return OpenWith(file, overwrite ? FileStream::Mode::Create : FileStream::Mode::CreateNew);
+    return OpenBinary(PathOf(file), overwrite ? FileStream::Mode::Create : FileStream::Mode::CreateNew).Detach();
 }
 
 // --- Bytes ----------------------------------------------------------------------------------
@@ -89,6 +82,20 @@ void WriteNumber(sdk::Object* object, Declared value) {
     Stream(object).Write({bytes, sizeof bytes});
 }
 
+bool ReadBoolean(sdk::Object* object) { return ReadNumber<std::uint8_t, std::int32_t>(object) != 0; }
+void WriteBoolean(sdk::Object* object, bool value) { WriteNumber<std::uint8_t, std::int32_t>(object, value); }
+
+// --- Texts behind a byte that counts their bytes ------------------------------------------------
+
+sdk::String* ReadPString(sdk::Object* object) { return Read(object, ReadNumber<std::uint8_t, std::int32_t>(object)); }
+
+// Cut behind 255 bytes.
+void WritePString(sdk::Object* object, sdk::String* text) {
+    const std::string_view bytes = Bytes(text).substr(0, UINT8_MAX);
+    WriteNumber<std::uint8_t, std::int32_t>(object, static_cast<std::int32_t>(bytes.size()));
+    Stream(object).Write(bytes);
+}
+
 // --- Properties -----------------------------------------------------------------------------
 
 std::int64_t Position(sdk::Object* object) { return Stream(object).Position(); }
@@ -101,6 +108,13 @@ void SetLittleEndian(sdk::Object* object, bool value) { Data(object).bigEndian =
 using Whole = std::int32_t;
 
 }  // namespace
+
+Ref<Object> OpenBinary(const std::string& path, FileStream::Mode mode) {
+    auto stream = std::make_unique<FileStream>(path, mode);
+    Ref<Object> object = NewInstanceOf(definition);
+    Data(object.get()).stream = stream.release();
+    return object;
+}
 
 void RegisterBinaryStream(Runtime& runtime) {
     constexpr std::int32_t kFlags = sdk::kMemberPortable;
@@ -116,6 +130,11 @@ void RegisterBinaryStream(Runtime& runtime) {
         sdk::Method<"ReadInt64 as int64", Guarded<&ReadNumber<std::int64_t, std::int64_t>>>(kFlags),
         sdk::Method<"ReadSingle as single", Guarded<&ReadNumber<float, float>>>(kFlags),
         sdk::Method<"ReadDouble as double", Guarded<&ReadNumber<double, double>>>(kFlags),
+        sdk::Method<"ReadShort as integer", Guarded<&ReadNumber<std::int16_t, Whole>>>(kFlags),
+        sdk::Method<"ReadUShort as integer", Guarded<&ReadNumber<std::uint16_t, Whole>>>(kFlags),
+        sdk::Method<"ReadLong as integer", Guarded<&ReadNumber<std::int32_t, Whole>>>(kFlags),
+        sdk::Method<"ReadBoolean as boolean", Guarded<&ReadBoolean>>(kFlags),
+        sdk::Method<"ReadPString as string", Guarded<&ReadPString>>(kFlags),
         sdk::Method<"Write(bytes as string)", Guarded<&Write>>(kFlags),
         sdk::Method<"WriteInt8(value as integer)", Guarded<&WriteNumber<std::int8_t, Whole>>>(kFlags),
         sdk::Method<"WriteUInt8(value as integer)", Guarded<&WriteNumber<std::uint8_t, Whole>>>(kFlags),
@@ -127,6 +146,11 @@ void RegisterBinaryStream(Runtime& runtime) {
         sdk::Method<"WriteInt64(value as int64)", Guarded<&WriteNumber<std::int64_t, std::int64_t>>>(kFlags),
         sdk::Method<"WriteSingle(value as single)", Guarded<&WriteNumber<float, float>>>(kFlags),
         sdk::Method<"WriteDouble(value as double)", Guarded<&WriteNumber<double, double>>>(kFlags),
+        sdk::Method<"WriteShort(value as integer)", Guarded<&WriteNumber<std::int16_t, Whole>>>(kFlags),
+        sdk::Method<"WriteUShort(value as integer)", Guarded<&WriteNumber<std::uint16_t, Whole>>>(kFlags),
+        sdk::Method<"WriteLong(value as integer)", Guarded<&WriteNumber<std::int32_t, Whole>>>(kFlags),
+        sdk::Method<"WriteBoolean(value as boolean)", Guarded<&WriteBoolean>>(kFlags),
+        sdk::Method<"WritePString(text as string)", Guarded<&WritePString>>(kFlags),
         sdk::Method<"EOF as boolean", Guarded<&AtEnd>>(kFlags),
         sdk::Method<"Flush", Guarded<&Flush>>(kFlags),
         sdk::Method<"Close", Guarded<&Close>>(kFlags),

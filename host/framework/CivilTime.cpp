@@ -79,11 +79,11 @@ double LocalOffset(const CivilTime& time) {
     return static_cast<double>(fields.tm_gmtoff) / 3600;
 }
 
-CivilTime LocalNow() {
-    const std::time_t now = std::time(nullptr);
+CivilTime LocalTimeOf(std::int64_t moment) {
+    const std::time_t time = moment;
     std::tm fields{};
-    localtime_r(&now, &fields);
-    return CivilTimeOf(now + kSecondsTo1970 + fields.tm_gmtoff);
+    localtime_r(&time, &fields);
+    return CivilTimeOf(moment + kSecondsTo1970 + fields.tm_gmtoff);
 }
 
 }  // namespace host

@@ -32,8 +32,8 @@ std::int32_t WeekOfYear(const CivilTime& time);
 // Hours that the system's local time was ahead of Greenwich at a local time.
 double LocalOffset(const CivilTime& time);
 
-// The system's local time now.
-CivilTime LocalNow();
+// A moment, in seconds since 1970 in Greenwich, in the system's local time.
+CivilTime LocalTimeOf(std::int64_t moment);
 
 // --- As text, in English, the same on every machine -------------------------------------------
 

@@ -1,6 +1,7 @@
 #include "host/framework/Date.h"
 
 #include <cmath>
+#include <ctime>
 
 #include "host/framework/CivilTime.h"
 #include "host/framework/Support.h"
@@ -44,7 +45,7 @@ void SetLocal(sdk::Object* date, const CivilTime& time) {
 // --- Making ---------------------------------------------------------------------------------
 
 void Make(sdk::Object* date) {
-    AtBorder([date] { SetLocal(date, LocalNow()); });
+    AtBorder([date] { SetLocal(date, LocalTimeOf(std::time(nullptr))); });
 }
 
 void Construct(sdk::Object*) {}
@@ -135,6 +136,12 @@ std::int32_t Compare(sdk::Object* date, sdk::Object* other) {
 }
 
 }  // namespace
+
+Ref<Object> NewDate(std::int64_t moment) {
+    Ref<Object> date = NewInstanceOf(definition);
+    SetLocal(date.get(), LocalTimeOf(moment));
+    return date;
+}
 
 void RegisterDate(Runtime& runtime) {
     constexpr std::int32_t kFlags = sdk::kMemberPortable;

@@ -9,6 +9,8 @@
 #include <filesystem>
 #include <vector>
 
+#include "host/framework/Date.h"
+#include "host/framework/FolderItemCalls.h"
 #include "host/framework/Paths.h"
 #include "host/framework/PictureFiles.h"
 #include "host/framework/RowTransfer.h"
@@ -60,6 +62,19 @@ bool IsDirectory(sdk::Object* item) {
 std::int64_t Length(sdk::Object* item) {
     struct stat status {};
     return Status(item, status) && S_ISREG(status.st_mode) ? status.st_size : 0;
+}
+
+bool MayDo(sdk::Object* item, int what) { return access(PathOf(item).c_str(), what) == 0; }
+bool IsReadable(sdk::Object* item) { return MayDo(item, R_OK); }
+bool IsWriteable(sdk::Object* item) { return MayDo(item, W_OK); }
+
+// A name that begins with a dot is not shown.
+bool IsVisible(sdk::Object* item) { return NameOfPath(PathOf(item))[0] != '.'; }
+
+// Nil for what is missing.
+sdk::Object* ModificationDate(sdk::Object* item) {
+    struct stat status {};
+    return Status(item, status) ? NewDate(status.st_mtime).Detach() : nullptr;
 }
 
 // Nil for the root folder.
@@ -169,6 +184,15 @@ void RegisterFolderItem(Runtime& runtime) {
         sdk::Method<"Item(index as integer) as FolderItem", Guarded<&Item>>(sdk::kMemberPortable),
         sdk::Method<"CreateAsFolder", Guarded<&CreateAsFolder>>(sdk::kMemberPortable),
         sdk::Method<"Delete", Guarded<&Delete>>(sdk::kMemberPortable),
+        sdk::Method<"OpenAsTextFile as TextInputStream", Guarded<&OpenAsTextFile>>(sdk::kMemberPortable),
+        sdk::Method<"CreateTextFile as TextOutputStream", Guarded<&CreateTextFile>>(sdk::kMemberPortable),
+        sdk::Method<"AppendToTextFile as TextOutputStream", Guarded<&AppendToTextFile>>(sdk::kMemberPortable),
+        sdk::Method<"OpenAsBinaryFile(readWrite as boolean = False) as BinaryStream", Guarded<&OpenAsBinaryFile>>(
+            sdk::kMemberPortable),
+        sdk::Method<"CreateBinaryFile(fileType as string = \"\") as BinaryStream", Guarded<&CreateBinaryFile>>(
+            sdk::kMemberPortable),
+        sdk::Method<"CopyFileTo(destination as FolderItem)", Guarded<&CopyFileTo>>(sdk::kMemberPortable),
+        sdk::Method<"MoveFileTo(destination as FolderItem)", Guarded<&MoveFileTo>>(sdk::kMemberPortable),
         sdk::Method<"OpenAsPicture as Picture", Guarded<&OpenAsPicture>>(0),
         sdk::Method<"SaveAsPicture(pic as Picture)", Guarded<&SaveAsPicture>>(0),
         sdk::Method<"SaveAsPicture(pic as Picture, quality as integer)", Guarded<&SaveAsPictureWithQuality>>(0),
@@ -178,10 +202,20 @@ void RegisterFolderItem(Runtime& runtime) {
             sdk::kMemberPortable),
     };
     static const sdk::PropertyRecord properties[] = {
-        ReadOnly<"String", &Name>("Name"),      ReadOnly<"String", &NativePath>("NativePath"),
-        ReadOnly<"Boolean", &Exists>("Exists"), ReadOnly<"Boolean", &IsDirectory>("Directory"),
-        ReadOnly<"Int64", &Length>("Length"),   ReadOnly<"FolderItem", &Parent>("Parent"),
+        ReadOnly<"String", &Name>("Name"),
+        ReadOnly<"String", &NativePath>("NativePath"),
+        ReadOnly<"Boolean", &Exists>("Exists"),
+        ReadOnly<"Boolean", &IsDirectory>("Directory"),
+        ReadOnly<"Int64", &Length>("Length"),
+        ReadOnly<"FolderItem", &Parent>("Parent"),
         ReadOnly<"Integer", &Count>("Count"),
+        ReadOnly<"String", &NativePath>("AbsolutePath"),
+        ReadOnly<"String", &Name>("DisplayName"),
+        ReadOnly<"Boolean", &IsReadable>("IsReadable"),
+        ReadOnly<"Boolean", &IsWriteable>("IsWriteable"),
+        ReadOnly<"Boolean", &IsVisible>("Visible"),
+        ReadOnly<"Date", &ModificationDate>("ModificationDate"),
+        ReadOnly<"Integer", &LastErrorCode>("LastErrorCode"),
     };
     static const sdk::MethodRecord functions[] = {
         sdk::SharedMethod<"GetFolderItem(path as string) as FolderItem", Guarded<&GetFolderItem>>(0),
@@ -191,6 +225,7 @@ void RegisterFolderItem(Runtime& runtime) {
     SetMethods(definition, methods);
     SetProperties(definition, properties);
     RegisterOrAbort(runtime, definition);
+    RegisterSpecialFolder(runtime);
     runtime.RegisterFunctions(functions);
     runtime.Bind<sdk::kREALFSRefFromFolderItem>(&FillReference);
     runtime.Bind<sdk::kREALFSSpecFromFolderItem>(&FillReference);

@@ -105,12 +105,8 @@ sdk::String* Convert(sdk::String* text, sdk::Object* encoding) {
     return GiveString(EncodeAs(row.name, sound), sdk::Encoding::None);
 }
 
-// With nil for an encoding, the bytes by themselves.
 sdk::String* Define(sdk::String* text, sdk::Object* encoding) {
-    if (!encoding) return GiveString(Bytes(text), sdk::Encoding::None);
-    const Row& row = RowOf(encoding);
-    if (row.own != sdk::Encoding::None) return GiveString(Bytes(text), row.own);
-    return GiveString(DecodeFrom(row.name, Bytes(text)));
+    return DefineAs(Ref<String>::Share(FromPlugin(text)), encoding).Detach();
 }
 
 // Nil for an unknown name.
@@ -230,6 +226,13 @@ void RegisterEncodingClass(Runtime& runtime) {
 }
 
 }  // namespace
+
+Ref<String> DefineAs(const Ref<String>& bytes, sdk::Object* encoding) {
+    if (!encoding) return MakeString(Bytes(bytes), sdk::Encoding::None);
+    const Row& row = RowOf(encoding);
+    if (row.own != sdk::Encoding::None) return MakeString(Bytes(bytes), row.own);
+    return MakeString(DecodeFrom(row.name, Bytes(bytes)));
+}
 
 void RegisterTextEncodings(Runtime& runtime) {
     static const sdk::MethodRecord functions[] = {

@@ -4,9 +4,15 @@
 // encoding becomes UTF-8 at once; text that is converted to another is bytes from then on.
 #pragma once
 
+#include "host/objects/Object.h"
+#include "host/objects/String.h"
+
 namespace host {
 
 class Runtime;
+
+// A string's bytes as text of an encoding; with nil for one, the bytes by themselves.
+Ref<String> DefineAs(const Ref<String>& bytes, sdk::Object* encoding);
 
 void RegisterTextEncodings(Runtime& runtime);
 

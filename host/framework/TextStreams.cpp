@@ -6,6 +6,7 @@
 #include "host/framework/FolderItem.h"
 #include "host/framework/Streams.h"
 #include "host/framework/Support.h"
+#include "host/framework/TextEncoding.h"
 
 namespace host {
 
@@ -30,12 +31,17 @@ FileStream& StreamOf(sdk::Object* object) {
     return *stream;
 }
 
-template <sdk::ClassDefinition& Definition, FileStream::Mode Mode>
-sdk::Object* OpenStream(sdk::Object* file) {
-    auto stream = std::make_unique<FileStream>(PathOf(file), Mode);
+template <sdk::ClassDefinition& Definition>
+Ref<Object> NewStream(const std::string& path, FileStream::Mode mode) {
+    auto stream = std::make_unique<FileStream>(path, mode);
     Ref<Object> object = NewInstanceOf(Definition);
     DataOf<StreamData>(object.get(), Definition).stream = stream.release();
-    return object.Detach();
+    return object;
+}
+
+template <sdk::ClassDefinition& Definition, FileStream::Mode Mode>
+sdk::Object* OpenStream(sdk::Object* file) {
+    return NewStream<Definition>(PathOf(file), Mode).Detach();
 }
 
 template <sdk::ClassDefinition& Definition>
@@ -59,6 +65,15 @@ sdk::String* ReadAll(sdk::Object* object) { return TextOrBytes(Input(object).Rea
 // So many bytes, fewer at the end; none for a count below 1.
 sdk::String* Read(sdk::Object* object, std::int32_t count) { return TextOrBytes(Input(object).Read(count)); }
 
+// The same as text of an encoding.
+sdk::String* ReadLineAs(sdk::Object* object, sdk::Object* encoding) {
+    return DefineAs(Ref<String>::Adopt(FromPlugin(ReadLine(object))), encoding).Detach();
+}
+
+sdk::String* ReadAllAs(sdk::Object* object, sdk::Object* encoding) {
+    return DefineAs(Ref<String>::Adopt(FromPlugin(ReadAll(object))), encoding).Detach();
+}
+
 bool AtEnd(sdk::Object* object) { return Input(object).AtEnd(); }
 
 // --- Output ---------------------------------------------------------------------------------
@@ -79,7 +94,9 @@ void Flush(sdk::Object* object) { Output(object).Length(); }
 void RegisterInput(Runtime& runtime) {
     static const sdk::MethodRecord methods[] = {
         sdk::Method<"ReadLine as string", Guarded<&ReadLine>>(sdk::kMemberPortable),
+        sdk::Method<"ReadLine(encoding as TextEncoding) as string", Guarded<&ReadLineAs>>(sdk::kMemberPortable),
         sdk::Method<"ReadAll as string", Guarded<&ReadAll>>(sdk::kMemberPortable),
+        sdk::Method<"ReadAll(encoding as TextEncoding) as string", Guarded<&ReadAllAs>>(sdk::kMemberPortable),
         sdk::Method<"Read(count as integer) as string", Guarded<&Read>>(sdk::kMemberPortable),
         sdk::Method<"EOF as boolean", Guarded<&AtEnd>>(sdk::kMemberPortable),
         sdk::Method<"Close", Guarded<&Close<inputClass>>>(sdk::kMemberPortable),
@@ -95,6 +112,12 @@ void RegisterInput(Runtime& runtime) {
 }
 
 }  // namespace
+
+Ref<Object> OpenTextInput(const std::string& path) { return NewStream<inputClass>(path, FileStream::Mode::Read); }
+
+Ref<Object> OpenTextOutput(const std::string& path, FileStream::Mode mode) {
+    return NewStream<outputClass>(path, mode);
+}
 
 sdk::String* TextOrBytes(const std::string& bytes) {
     const bool sound = SoundUtf8(bytes) == bytes;

@@ -132,6 +132,7 @@ constexpr Entry kClasses[] = {
     {"RegExMatch", "Where a RegEx found something, and what its groups matched."},
     {"RegExException", "A search by a regular expression took too many steps."},
     {"RegExSearchPatternException", "A search pattern is no regular expression."},
+    {"SpecialFolder", "Folders that have a purpose, such as the user's home."},
     {"RuntimeException", "What went wrong; the class of all exceptions."},
     {"OutOfBoundsException", "An index outside of what there is."},
     {"NilObjectException", "Something was asked of Nil."},

@@ -99,6 +99,8 @@ constexpr MessageRow kRows[] = {
     {kFiles, "IOException", "…: can't be made a folder: …", "the same", "the same", "GetFolderItem(\"/proc/none\").CreateAsFolder"},
     {kFiles, "IOException", "…: can't be deleted: …", "the same", "ask Exists first", "GetFolderItem(\"/none/at/all\").Delete"},
     {kFiles, "IOException", "The file ends before the number.", "a number is read at the end of a file", "ask EOF first", "Dim b As BinaryStream = BinaryStream.Open(GetFolderItem(\"/proc/version\"))\nWhile True\n  Print b.ReadInt32\nWend"},
+    {kFiles, "IOException", "…: can't be copied: …", "the system's reason stands behind it; a folder can't be copied as a whole", "copy its items one by one", "GetFolderItem(\"/proc\").CopyFileTo(TemporaryFolder.Child(\"tqx-none\"))"},
+    {kFiles, "IOException", "…: can't be moved: …", "the same", "ask Exists first", "GetFolderItem(\"/none/at/all\").MoveFileTo(TemporaryFolder.Child(\"tqx-none\"))"},
 };
 // clang-format on
 
