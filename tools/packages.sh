@@ -2,12 +2,13 @@
 
 build_packages="g++ cmake ninja-build pkg-config ccache libffi-dev libpng-dev libjpeg62-turbo-dev libtiff-dev
     libwebp-dev libgif-dev libcli11-dev libutf8proc-dev libmd-dev libpcre2-dev nlohmann-json3-dev libchafa-dev
-    libglib2.0-dev libedit-dev"
+    libglib2.0-dev libedit-dev libfreetype-dev libharfbuzz-dev fonts-dejavu-core"
 test_packages="libgtest-dev libgmock-dev libbenchmark-dev libmpfr-dev valgrind binutils python3"
 format_packages="clang-format"
 elsewhere_packages="mmdebstrap qemu-user g++-aarch64-linux-gnu g++-s390x-linux-gnu"
 elsewhere_libraries="libstdc++-12-dev libffi-dev libpng-dev libjpeg62-turbo-dev libtiff-dev libwebp-dev libgif-dev
-    libexif-dev libcli11-dev libutf8proc-dev libpcre2-dev nlohmann-json3-dev libgtest-dev libgmock-dev libmpfr-dev"
+    libexif-dev libcli11-dev libutf8proc-dev libpcre2-dev libfreetype-dev libharfbuzz-dev
+    nlohmann-json3-dev libgtest-dev libgmock-dev libmpfr-dev"
 site_packages="mkdocs mkdocs-material python3"
 site_check_packages="chromium chromium-driver python3-selenium"
 peers_packages="python3-opencv python3-pil python3-numpy python3-wand python3-gi gir1.2-vips-8.0 libzimg2

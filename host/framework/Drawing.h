@@ -1,29 +1,12 @@
-// Drawing into a picture's storage. Everything is clipped to it; coordinates may be any.
+// Drawing pictures into pictures.
 #pragma once
 
-#include "host/framework/PictureStorage.h"
+#include "host/framework/Spans.h"
 
 namespace host {
 
-struct Rectangle {
-    std::int64_t x, y;           // left, top
-    std::int64_t width, height;  // below 1: empty
-};
-
-void FillRectangle(PictureStorage& target, const Rectangle& area, RgbColor color);
-
-// A frame of one pixel, inside the rectangle.
-void FrameRectangle(PictureStorage& target, const Rectangle& area, RgbColor color);
-
-// The pixels whose centre lies inside the ellipse that fills the rectangle.
-void FillEllipse(PictureStorage& target, const Rectangle& area, RgbColor color);
-
-// The filled ellipse without those of its pixels whose four neighbours all belong to it.
-void FrameEllipse(PictureStorage& target, const Rectangle& area, RgbColor color);
-
-// Both ends included.
-void DrawLine(PictureStorage& target, std::int64_t x1, std::int64_t y1, std::int64_t x2, std::int64_t y2,
-              RgbColor color);
+// Each channel of a mask m keeps m / 255 of what is below and takes the rest of what is above, rounded.
+RgbColor Blend(RgbColor below, RgbColor above, RgbColor mask);
 
 // Draws the rectangle `from` of a source over the rectangle `to`, scaled by the nearest pixel:
 // the centre of a target pixel decides. Parts of `from` outside the source draw nothing, nor does

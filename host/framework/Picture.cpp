@@ -5,6 +5,7 @@
 #include "host/framework/FolderItem.h"
 #include "host/framework/Graphics.h"
 #include "host/framework/PictureFiles.h"
+#include "host/framework/RgbSurface.h"
 #include "host/framework/Support.h"
 
 namespace host {
@@ -13,17 +14,12 @@ namespace {
 
 struct PictureData {
     PictureStorage storage;
-    Object* mask;  // holds one reference, or nil
-    RgbColor foreColor;
+    Object* mask;           // holds one reference, or nil
+    DrawingState* drawing;  // null before it was asked for
     std::int32_t locks;
 };
 
-struct SurfaceData {
-    Object* picture;  // holds one reference
-};
-
 sdk::ClassDefinition pictureClass{.name = "Picture", .instanceDataSize = sizeof(PictureData)};
-sdk::ClassDefinition surfaceClass{.name = "RGBSurface", .instanceDataSize = sizeof(SurfaceData)};
 
 std::int64_t excessUnlocks = 0;
 
@@ -33,6 +29,7 @@ void Destroy(sdk::Object* picture) {
     PictureData& data = Data(picture);
     DestroyStorage(data.storage);
     Release(data.mask);
+    delete data.drawing;
 }
 
 void Construct(sdk::Object* picture, std::int32_t width, std::int32_t height, std::int32_t depth) {
@@ -66,6 +63,8 @@ void SetMask(sdk::Object* picture, Ref<Object> mask) { Release(std::exchange(Dat
 std::int32_t Width(sdk::Object* picture) { return Data(picture).storage.width; }
 std::int32_t Height(sdk::Object* picture) { return Data(picture).storage.height; }
 std::int32_t Depth(sdk::Object* picture) { return Data(picture).storage.depth; }
+
+sdk::Object* GetSurface(sdk::Object* picture) { return NewSurface(picture).Detach(); }
 
 sdk::Object* GetGraphics(sdk::Object* picture) { return NewGraphics(picture).Detach(); }
 
@@ -122,37 +121,6 @@ void SaveWithQuality(sdk::Object* picture, sdk::Object* file, std::int32_t forma
 }
 
 sdk::Object* Open(sdk::Object* file) { return ReadPicture(PathOf(file)).Detach(); }
-
-// --- RGBSurface -----------------------------------------------------------------------------
-
-sdk::Object* GetSurface(sdk::Object* picture) {
-    Ref<Object> surface = NewInstanceOf(surfaceClass);
-    DataOf<SurfaceData>(surface.get(), surfaceClass).picture = Ref<Object>::Share(FromPlugin(picture)).Detach();
-    return surface.Detach();
-}
-
-void DestroySurface(sdk::Object* surface) { Release(DataOf<SurfaceData>(surface, surfaceClass).picture); }
-
-PictureStorage& SurfacePixels(sdk::Object* surface, std::int32_t x, std::int32_t y) {
-    Object* picture = DataOf<SurfaceData>(surface, surfaceClass).picture;
-    if (!picture) Fail("NilObjectException", "This surface belongs to no picture.");
-    PictureStorage& storage = Data(picture).storage;
-    if (!Contains(storage, x, y))
-        FailBounds("Pixel (" + std::to_string(x) + ", " + std::to_string(y) + ") is not in a picture of " +
-                   std::to_string(storage.width) + " x " + std::to_string(storage.height) + " pixels.");
-    return storage;
-}
-
-sdk::Color GetPixel(sdk::Object* surface, std::int32_t x, std::int32_t y) {
-    RgbColor color;
-    LoadColors(SurfacePixels(surface, x, y), x, y, 1, &color);
-    return static_cast<sdk::Color>(color);
-}
-
-void SetPixel(sdk::Object* surface, std::int32_t x, std::int32_t y, sdk::Color color) {
-    const auto rgb = static_cast<RgbColor>(color);
-    StoreColors(SurfacePixels(surface, x, y), x, y, 1, &rgb);
-}
 
 // --- Host functions -------------------------------------------------------------------------
 
@@ -237,15 +205,6 @@ void RegisterPictureClass(Runtime& runtime) {
     RegisterOrAbort(runtime, pictureClass);
 }
 
-void RegisterSurfaceClass(Runtime& runtime) {
-    static const sdk::MethodRecord methods[] = {
-        sdk::AssignableMethod<"Pixel(x as integer, y as integer) as color", Guarded<&GetPixel>, Guarded<&SetPixel>>(0),
-    };
-    surfaceClass.destructor = &DestroySurface;
-    SetMethods(surfaceClass, methods);
-    RegisterOrAbort(runtime, surfaceClass);
-}
-
 }  // namespace
 
 // --- For the host ---------------------------------------------------------------------------
@@ -268,7 +227,11 @@ Ref<Object> MaskOrNew(sdk::Object* picture, std::int32_t width, std::int32_t hei
     return Ref<Object>::Share(data.mask);
 }
 
-RgbColor& ForeColorOf(sdk::Object* picture) { return Data(picture).foreColor; }
+DrawingState& DrawingStateOf(sdk::Object* picture) {
+    DrawingState*& drawing = Data(picture).drawing;
+    if (!drawing) drawing = new DrawingState;
+    return *drawing;
+}
 
 std::int32_t PictureLockCount(sdk::Object* picture) { return Data(picture).locks; }
 
@@ -280,7 +243,7 @@ void RegisterPicture(Runtime& runtime) {
                           Guarded<&NewPictureFunction>>(0),
     };
     RegisterPictureClass(runtime);
-    RegisterSurfaceClass(runtime);
+    RegisterSurface(runtime);
     runtime.RegisterFunctions(functions);
     BindPictureFunctions(runtime);
 }

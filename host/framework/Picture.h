@@ -1,9 +1,10 @@
-// The class Picture and its RGBSurface.
+// The class Picture.
 //
 // A picture's pixels never move while it lives. Its mask, when it has one, is a picture of its
 // own: black is opaque, white is clear. A mask is a part of its picture: assigning one copies it.
 #pragma once
 
+#include "host/framework/DrawingState.h"
 #include "host/framework/PictureStorage.h"
 #include "host/objects/Object.h"
 
@@ -24,8 +25,8 @@ Object* MaskOf(sdk::Object* picture);
 // The mask, made when there is none: of the given size, depth 32, white.
 Ref<Object> MaskOrNew(sdk::Object* picture, std::int32_t width, std::int32_t height);
 
-// The colour that a picture's Graphics draws with.
-RgbColor& ForeColorOf(sdk::Object* picture);
+// What a picture's Graphics draws with.
+DrawingState& DrawingStateOf(sdk::Object* picture);
 
 // For tests: locks of the picture's description that wait for their unlock, and how many unlocks
 // of any picture came without a lock since the process started.

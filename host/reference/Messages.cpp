@@ -86,6 +86,9 @@ constexpr MessageRow kRows[] = {
     {kPictures, "OutOfBoundsException", "… has … pixels, the picture ….", "OpenInto fills a picture of the file's size only", "open the file as a Picture first, or know its size", "Dim f As FolderItem = TemporaryFolder.Child(\"tqx-messages-test.png\")\nf.SaveFrom(New PictureTQX(4, 4, 1))\nTry\n  f.OpenInto(New PictureTQX(5, 4, 1))\nFinally\n  f.Delete\nEnd Try"},
     {kPictures, "UnsupportedFormatException", "…: GIF files can be read, not written; PNG keeps all their pixels", "the name ends with .gif", "save as .png", "Dim p As New Picture(5, 5, 32)\nGetFolderItem(\"x.gif\").SaveAsPicture(p)"},
     {kPictures, "OutOfMemoryException", "There is not enough memory.", "a picture or a block is larger than what the system has left", "drop what is not needed any more, or use a picture in a file", "Dim p As New Picture(5000, 5000, 32)"},
+    {kPictures, "OutOfBoundsException", "A text's size is 0 (the system's) to 1000 pixels, not ….", "TextSize of a Graphics", "use one of these", "Dim p As New Picture(5, 5, 32)\np.Graphics.TextSize = -1"},
+    {kPictures, "OutOfBoundsException", "A map of colours has 256 numbers, 0 to 255, not ….", "Transform of an RGBSurface", "Dim map(255) As Integer has as many", "Dim p As New Picture(5, 5, 32)\np.RGBSurface.Transform(Array(1, 2))"},
+    {kPictures, "NilObjectException", "There are no points of a polygon.", "DrawPolygon or FillPolygon of an array that is Nil", "give it an array: its element 0 is not used, then x and y by turns", "Dim p As New Picture(5, 5, 32)\nDim a() As Integer\na = Nil\np.Graphics.FillPolygon(a)"},
 
     {kFiles, "NilObjectException", "There is no folder item.", "a file is Nil", "GetFolderItem gives one, also of what does not exist yet", "Dim p As New Picture(5, 5, 32)\np.Save(Nil, 1)"},
     {kFiles, "OutOfBoundsException", "Item … is not in a folder of … items.", "items of a folder count from 1 to Count", "count so", "Print TemporaryFolder.Item(0).Name"},
