@@ -6,8 +6,6 @@
 #include <filesystem>
 #include <memory>
 
-#include "host/calls/Runtime.h"
-
 namespace host {
 
 namespace {
@@ -38,17 +36,17 @@ sdk::PluginMain EntryPoint(void* library, const std::string& path) {
 
 }  // namespace
 
-const Plugin& LoadPlugin(const std::string& path) {
+const Plugin& LoadPlugin(const std::string& path, sdk::EntryFunction entry) {
     std::error_code error;
     const std::string whole = std::filesystem::canonical(path, error).string();
     for (const auto& plugin : Plugins())
         if (!error && plugin->path == whole) return *plugin;
     Runtime& runtime = Runtime::Get();
     void* library = Open(path);
-    const sdk::PluginMain entry = EntryPoint(library, path);
+    const sdk::PluginMain main = EntryPoint(library, path);
     const std::size_t before = runtime.Classes().size();
     runtime.ClearRefusal();
-    entry(&Runtime::Entry);
+    main(entry);
     // The library stays: classes that it registered before a refusal are in use by the runtime.
     if (!runtime.LastRefusal().empty()) throw LoadError(path + ": " + runtime.LastRefusal() + ".");
     const std::vector<const Class*> classes = runtime.Classes();

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "host/calls/Runtime.h"
 #include "host/objects/Class.h"
 
 namespace host {
@@ -21,8 +22,9 @@ struct Plugin {
 
 // Loads a plug-in for the life of the process, calls its entry point and so registers its
 // classes. Throws LoadError when the file is missing or no library, has no entry point, or has a
-// class that the host refuses. Loading a file again gives the same plug-in.
-const Plugin& LoadPlugin(const std::string& path);
+// class that the host refuses. Loading a file again gives the same plug-in. The entry point is given
+// `entry`, through which it comes by the host's functions.
+const Plugin& LoadPlugin(const std::string& path, sdk::EntryFunction entry = &Runtime::Entry);
 
 // Every plug-in loaded so far.
 std::vector<const Plugin*> LoadedPlugins();
