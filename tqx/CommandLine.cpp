@@ -105,7 +105,23 @@ void CommandLine::AddMembers() {
 
 void CommandLine::AddCheck() {
     CLI::App* const check = app_.add_subcommand("check", "Test the plug-in: everything that it registers is called");
+    check->add_flag("--list", check_.list, "Only list the checks");
+    check->add_option("--only", check_.only, "Run only this check; may come several times")
+        ->type_name("ID")
+        ->expected(1)
+        ->take_all();
+    check->add_option("--except", check_.except, "Don't run this check; may come several times")
+        ->type_name("ID=REASON")
+        ->expected(1)
+        ->take_all();
+    check->add_option("--seed", check_.seed, "Of the arguments that are drawn at random; without it 1")->type_name("N");
+    check->add_flag("--in-process", check_.inProcess, "Run everything in this process, for debuggers: no deadlines");
     check->add_flag("--json", check_.json, "For programs: all results, as JSON");
+    check->add_option("--junit", check_.junit, "For build servers: write the results into a file as well")
+        ->type_name("FILE");
+    check->footer(
+        "Exit code: 0 when nothing was found; 1 when a check failed, crashed or timed out; 2 when\n"
+        "the checks could not be run.");
 }
 
 // Null for a name that no command has.

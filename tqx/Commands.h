@@ -31,7 +31,13 @@ struct MembersSettings {
 };
 
 struct CheckSettings {
+    bool list = false;
+    std::vector<std::string> only;    // ids
+    std::vector<std::string> except;  // "ID=REASON"
+    std::uint64_t seed = 1;
+    bool inProcess = false;
     bool json = false;
+    std::string junit;  // a file to write
 };
 
 int Run(const Settings& settings, const RunSettings& run);
@@ -44,7 +50,13 @@ int Check(const Settings& settings, const CheckSettings& check);
 // Shows the picture of a file in the terminal. Throws ImageError.
 void ShowPicture(const std::string& file);
 
-// Loads the plug-in that the settings mean; false after a message.
+// Exit code of check and fuzz when there was nothing to find out.
+inline constexpr int kCouldNotRun = 2;
+
+// The plug-in's file that the settings mean.
+std::string PluginPath(const Settings& settings);
+
+// Loads it; false after a message.
 bool LoadPlugin(const Settings& settings);
 
 }  // namespace tqx

@@ -33,9 +33,11 @@ void Print(std::string_view line) {
 
 }  // namespace
 
+std::string PluginPath(const Settings& settings) { return settings.plugin.empty() ? OwnPlugin() : settings.plugin; }
+
 bool LoadPlugin(const Settings& settings) {
     try {
-        host::LoadPlugin(settings.plugin.empty() ? OwnPlugin() : settings.plugin);
+        host::LoadPlugin(PluginPath(settings));
         return true;
     } catch (const host::LoadError& error) {
         Complain(std::string("tqx: ") + error.what() + '\n');

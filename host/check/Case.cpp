@@ -158,7 +158,9 @@ std::vector<Case> AllCases(const Supply& supply) {
         }
         for (const Method& method : type->sharedMethods()) list.AddSharedMethod(*type, method);
     }
-    return list.Take();
+    std::vector<Case> cases = list.Take();
+    std::erase_if(cases, [&](const Case& one) { return supply.leftOut.count(one.Name()) > 0; });
+    return cases;
 }
 
 }  // namespace host::check

@@ -19,6 +19,7 @@ struct Case {
     std::vector<Expression> arguments;   // the assigned value is the last
     std::size_t list = 0;                // which of the member's argument lists
 
+    const std::string& Name() const { return method ? method->declaration.name : property->name; }
     std::string Script() const;
 
     // The same member with the same arguments, whatever the instance.
@@ -52,7 +53,7 @@ class Prepared {
 
 // The plug-in's classes and ways to come by their instances: not constructed; by each constructor
 // with its usual arguments; and after each method without arguments and result.
-Supply MakeSupply(const std::vector<const Class*>& classes, const std::string& scratchFolder);
+Supply MakeSupply(const std::vector<const Class*>& classes, const std::string& scratchFolder, std::uint64_t seed = 1);
 
 // Everything that can be done with each instance of the plug-in's classes: the usual arguments on
 // every instance, on the broad ones all arguments.

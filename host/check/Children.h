@@ -1,5 +1,7 @@
-// Cases that run in child processes.
+// Cases that run in child processes, under deadlines that the parent keeps.
 #pragma once
+
+#include <sys/types.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -34,17 +36,29 @@ struct ChildrenReport {
 
 struct ChildrenJob {
     std::size_t count = 0;
-    std::function<Complaint(std::size_t)> run;   // in the child
-    std::function<bool(std::size_t)> skip;       // in the child, which knows of all slow cases so far; or empty
-    std::function<void(std::size_t)> noteSlow;   // in the parent, before the next child starts; or empty
-    std::function<bool(std::size_t)> endsChild;  // cases that leave something behind in the process; or empty
+    std::function<Complaint(std::size_t)> run;        // in the child
+    std::function<bool(std::size_t)> skip;            // in the child, which knows of all slow cases so far; or empty
+    std::function<void(std::size_t)> noteSlow;        // in the parent, before the next child starts; or empty
+    std::function<void(const Failure&)> noteFailure;  // likewise; or empty
+    std::function<bool(std::size_t)> endsChild;       // cases that leave something behind in the process; or empty
+
+    // Of processor time, so that a busy machine convicts nobody; a case that sleeps is ended after
+    // many times as long.
     double secondsPerCase = 1;
     std::function<double(std::size_t)> secondsOf;  // in the child, another limit for a case; or empty
-    std::size_t mostFailures = 12;                 // after which the rest is not run
+
+    std::size_t mostFailures = 12;  // after which the rest is not run
+    bool inProcess = false;         // no children: a crash is the end, nothing is too slow
 };
 
 // Runs all cases in order, many in one child; after a failure the next child goes on behind it.
 // What children print is dropped. They may not write files of more than 64 MiB.
 ChildrenReport RunInChildren(const ChildrenJob& job);
+
+// A child that ends when its parent does and leaves signals to their usual effect. As fork().
+pid_t ForkChild();
+
+// "Segmentation fault", "the process ended with status 1".
+std::string EndText(int status);
 
 }  // namespace host::check

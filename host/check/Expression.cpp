@@ -1,10 +1,13 @@
 #include "host/check/Expression.h"
 
+#include <algorithm>
+#include <bit>
 #include <cmath>
 #include <limits>
 #include <set>
 
 #include "host/calls/Call.h"
+#include "host/calls/Declaration.h"
 #include "host/calls/Overload.h"
 #include "host/calls/Runtime.h"
 
@@ -16,6 +19,8 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // Bytes enough for the small numbers that go with a block, see Check.h.
 constexpr std::int32_t kLargeBlock = 8192;
+
+constexpr int kDrawnLists = 3;  // of arguments drawn at random, for each method
 
 std::string NumberText(const Value& value) {
     if (value.IsWhole()) {
@@ -69,6 +74,11 @@ Expression FunctionCall(const char* function, const std::string& argument) {
 
 // --- By type --------------------------------------------------------------------------------
 
+// How often something is done, see Check.h.
+bool IsRepetition(const Parameter& parameter) {
+    return parameter.type.kind == Kind::Integer && LowerName(parameter.name).find("iteration") != std::string::npos;
+}
+
 // The values of the constants that a parameter's name begins, each once.
 std::vector<Value> ConstantsFor(const Parameter& parameter, const Class& owner) {
     std::vector<Value> values;
@@ -88,6 +98,10 @@ Choices IntegerChoices(const Parameter& parameter, std::size_t position, const C
     for (const Value& value : ConstantsFor(parameter, owner)) choices.usual.push_back(Literal(value));
     constexpr std::int32_t usual[] = {5, 3, 1, 2};
     if (choices.usual.empty()) choices.usual.push_back(Literal(Value(usual[position % std::size(usual)])));
+    if (IsRepetition(parameter)) {
+        choices.extreme = Literals({Value(0), Value(-1), Value(255), Value(std::int32_t{INT32_MIN})});
+        return choices;
+    }
     choices.extreme = Literals({Value(0), Value(1), Value(-1), Value(2), Value(255), Value(1'000'000),
                                 Value(std::int32_t{INT32_MAX}), Value(std::int32_t{INT32_MIN})});
     return choices;
@@ -154,6 +168,34 @@ void MakeTruthful(const Declaration& declaration, std::vector<Choices>& choices)
         if (SameName(type.className, "MemoryBlock")) choices[i].extreme = Literals({Value(nullptr)});
         if (type.kind == Kind::Integer) choices[i].extreme = Literals({Value(0), Value(1), Value(16), Value(64)});
     }
+}
+
+// Small ones, those near a power of two, and any.
+std::int32_t DrawnInteger(Random& random) {
+    switch (random() % 4) {
+        case 0:
+            return static_cast<std::int32_t>(random() % 21) - 10;
+        case 1:
+            return static_cast<std::int32_t>(random() % 600) - 40;
+        case 2:
+            return static_cast<std::int32_t>((std::uint32_t{1} << (random() % 32)) + random() % 3 - 1);
+        default:
+            return static_cast<std::int32_t>(random());
+    }
+}
+
+// Of everyday size, or any bits that there are.
+double DrawnReal(Random& random) {
+    if (random() % 2 == 0) return static_cast<double>(static_cast<std::int32_t>(random() % 20'000) - 10'000) / 512;
+    return std::bit_cast<double>(std::uint64_t{random()});
+}
+
+// Another stream for each declaration, so that a new member leaves the others' arguments as they are.
+Random RandomFor(const Declaration& declaration, std::uint64_t seed) {
+    std::uint64_t mixed = seed;
+    for (const char character : DeclarationText(declaration))
+        mixed = (mixed ^ static_cast<std::uint8_t>(character)) * 1099511628211U;
+    return Random(mixed);
 }
 
 // Of lists that read the same only the first: with one integer, all integers at an extreme are that
@@ -231,6 +273,17 @@ Choices ChoicesFor(const Parameter& parameter, std::size_t position, const Class
     return own ? OwnObjectChoices(parameter, *type, supply) : HostObjectChoices(parameter, supply);
 }
 
+Expression Drawn(const Parameter& parameter, const Choices& choices, Random& random) {
+    if (random() % 3 == 0) {
+        if (parameter.type.kind == Kind::Integer && !IsRepetition(parameter))
+            return Literal(Value(DrawnInteger(random)));
+        if (parameter.type.kind == Kind::Double) return Literal(Value(DrawnReal(random)));
+    }
+    const std::size_t count = choices.usual.size() + choices.extreme.size();
+    const std::size_t index = random() % count;
+    return index < choices.usual.size() ? choices.usual[index] : choices.extreme[index - choices.usual.size()];
+}
+
 std::vector<std::vector<Expression>> ArgumentLists(const Declaration& declaration, const Class& owner,
                                                    const Supply& supply, bool extremes) {
     const auto& parameters = declaration.parameters;
@@ -255,7 +308,14 @@ std::vector<std::vector<Expression>> ArgumentLists(const Declaration& declaratio
     for (const Value& value : {Value(0), Value(-1), Value(std::int32_t{INT32_MAX}), Value(std::int32_t{INT32_MIN})}) {
         lists.push_back(usual);
         for (std::size_t i = 0; i < parameters.size(); ++i)
-            if (parameters[i].type.kind == Kind::Integer) lists.back()[i] = Literal(value);
+            if (parameters[i].type.kind == Kind::Integer && !IsRepetition(parameters[i]))
+                lists.back()[i] = Literal(value);
+    }
+    Random random = RandomFor(declaration, supply.seed);
+    for (int count = 0; count < kDrawnLists && !parameters.empty(); ++count) {
+        lists.emplace_back();
+        for (std::size_t i = 0; i < parameters.size(); ++i)
+            lists.back().push_back(Drawn(parameters[i], choices[i], random));
     }
     DropRepeated(lists);
     return lists;

@@ -2,8 +2,11 @@
 // that the text stands for.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
+#include <random>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -38,6 +41,8 @@ struct Supply {
     std::vector<const Class*> classes;  // of the plug-in
     std::vector<InstancePtr> instances;
     std::string scratchFolder;
+    std::uint64_t seed = 1;         // of what is drawn at random
+    std::set<std::string> leftOut;  // names of members that AllCases has no cases of
 
     std::vector<InstancePtr> InstancesOf(const Class& type) const;
 };
@@ -55,8 +60,13 @@ struct Choices {
 // the parameters, from 0.
 Choices ChoicesFor(const Parameter& parameter, std::size_t position, const Class& owner, const Supply& supply);
 
+// Any of the choices; of a number now and then any that there is.
+using Random = std::mt19937_64;
+Expression Drawn(const Parameter& parameter, const Choices& choices, Random& random);
+
 // Lists of arguments for a method: the usual ones with each parameter in turn varied over its
-// usual values, then (when `extremes`) over its extremes, then all integers alike.
+// usual values, then (when `extremes`) over its extremes, then all integers alike, then a few drawn
+// at random.
 std::vector<std::vector<Expression>> ArgumentLists(const Declaration& declaration, const Class& owner,
                                                    const Supply& supply, bool extremes);
 

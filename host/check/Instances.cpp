@@ -104,8 +104,9 @@ bool IsPlainCommand(const Method& method) {
            !IsConstructor(method);
 }
 
-Supply MakeSupply(const std::vector<const Class*>& classes, const std::string& scratchFolder) {
+Supply MakeSupply(const std::vector<const Class*>& classes, const std::string& scratchFolder, std::uint64_t seed) {
     Supply supply;
+    supply.seed = seed;
     supply.classes = classes;
     supply.scratchFolder = scratchFolder;
     for (const Class* type : classes) AddInstances(*type, supply);

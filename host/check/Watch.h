@@ -7,7 +7,7 @@
 
 namespace host::check {
 
-enum ComplaintKind : std::int32_t { kWrongResult, kReferences, kGuards, kYields };
+enum ComplaintKind : std::int32_t { kWrongResult, kReferences, kGuards, kYields, kExceptions };
 
 // Counts since it was made.
 class Watch {

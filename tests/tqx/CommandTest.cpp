@@ -54,22 +54,52 @@ TEST(Command, NamesThePluginThatCannotBeLoaded) {
     EXPECT_EQ(outcome.out, "");
 }
 
+std::vector<std::string> CheckOf(const std::string& plugin, std::vector<std::string> more = {}) {
+    more.insert(more.begin(), {"--plugin", support::TestPluginFolder() + "/" + plugin + ".so", "check"});
+    return more;
+}
+
 TEST(Command, CheckPraisesASoundPlugin) {
-    const Outcome outcome = RunCommand({"--plugin", support::TestPluginFolder() + "/Faulty0.so", "check"});
-    EXPECT_EQ(outcome.exitCode, 0);
-    EXPECT_THAT(outcome.out, testing::StartsWith("ok      declarations"));
-    EXPECT_THAT(outcome.out, Not(HasSubstr("FAILED")));
+    const Outcome outcome = RunCommand(CheckOf("Faulty0", {"--seed", "5"}));
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.out;
+    EXPECT_THAT(outcome.out, testing::StartsWith("seed 5\npass     loading "));
+    EXPECT_THAT(outcome.out, testing::EndsWith(" 0 warn, 0 timeout, 0 fail, 0 crash\n"));
 }
 
 TEST(Command, CheckFailsWithTheScriptThatShowsAFault) {
-    const Outcome outcome = RunCommand({"--plugin", support::TestPluginFolder() + "/Faulty1.so", "check"});
+    const Outcome outcome = RunCommand(CheckOf("Faulty1", {"--only", "calls"}));
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_THAT(outcome.out, HasSubstr("FAILED  calls"));
-    EXPECT_THAT(outcome.out, HasSubstr("          Dim result As Faulty = p.Link(nil)\n"));
-    const Outcome json = RunCommand({"--plugin", support::TestPluginFolder() + "/Faulty1.so", "check", "--json"});
+    EXPECT_THAT(outcome.out, HasSubstr("crash    calls"));
+    EXPECT_THAT(outcome.out, HasSubstr("            Dim result As Faulty = p.Link(nil)\n"));
+    const Outcome json = RunCommand(CheckOf("Faulty1", {"--only", "calls", "--json"}));
     EXPECT_EQ(json.exitCode, 1);
     EXPECT_THAT(json.out, testing::StartsWith("{\n  \"plugin\": "));
-    EXPECT_THAT(json.out, HasSubstr("\"ok\": false"));
+    EXPECT_THAT(json.out, HasSubstr("\"status\": \"crash\""));
+}
+
+TEST(Command, CheckThatCannotRunExitsWith2) {
+    const Outcome missing = RunCommand({"--plugin", "/nowhere/plugin.so", "check"});
+    EXPECT_EQ(missing.exitCode, 2);
+    EXPECT_EQ(missing.err, "tqx: There is no plug-in at /nowhere/plugin.so.\n");
+    EXPECT_EQ(RunCommand(CheckOf("Faulty0", {"--only", "moonlight"})).exitCode, 2);
+    EXPECT_EQ(RunCommand(CheckOf("Faulty0", {"--except", "calls"})).exitCode, 2) << "a reason is missing";
+    EXPECT_EQ(RunCommand(CheckOf("Faulty0", {"--only", "records", "--junit", "/nowhere/at/all.xml"})).exitCode, 2);
+    EXPECT_EQ(RunCommand(CheckOf("NoEntry")).exitCode, 1) << "it is there, and no plug-in";
+}
+
+TEST(Command, CheckListsItsChecks) {
+    const Outcome outcome = RunCommand({"check", "--list"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_THAT(outcome.out, HasSubstr("\nguard-bytes: Nothing is written beside memory of the host.\n"));
+}
+
+// What the plug-in writes beside a picture's own bytes is so by definition, and no more than this.
+TEST(Command, CheckTellsWhichMembersWriteBesideAPicturesBytes) {
+    EXPECT_THAT(
+        RunCommand({"check", "--only", "stray-writes"}).out,
+        HasSubstr("warn     stray-writes      bytes of pixels that are no channel of the picture are written by "
+                  "ClearRect, DrawMaskedPictureRGB; bytes beside the picture's columns are written by "
+                  "ClearRect, FillRect\n"));
 }
 
 TEST(Command, MembersListsEverythingWithin80Columns) {

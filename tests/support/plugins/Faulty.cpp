@@ -1,4 +1,8 @@
 // A plug-in that is sound but for one fault, chosen when it is built. FAULT 0 is none.
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
 
@@ -25,7 +29,25 @@ enum Fault {
     kEndlessLoop,
     kWrongClass,
     kMinusOneCrash,
-    kRememberCalls
+    kRememberCalls,
+    kCrashAtStart,
+    kExportMore,
+    kNeedLibrary,  // linked to one
+    kStateVersionLate,
+    kAskForUnknown,
+    kMisalignField,
+    kOverlapFields,
+    kAmbiguousOverloads,
+    kForeignCode,
+    kUncallableEvent,
+    kDriftingProperty,
+    kChangeSource,
+    kSilentException,
+    kUncheckedMalloc,
+    kKeepFileOpen,
+    kUnreadableDeclaration,
+    kNoVersionInClass,
+    kContradictingConstant
 };
 
 constexpr int kFault = FAULT;
@@ -35,6 +57,7 @@ struct Data {
     std::int32_t number;
     std::int32_t* storage;  // gone after Close
     std::int32_t cell;
+    std::int32_t spare[2];
 };
 
 extern sdk::ClassDefinition faulty;
@@ -111,28 +134,96 @@ std::int32_t Work(Object* self) {
     return *DataOf(self)->storage;
 }
 
+// A number of its own for each string of the same length.
+std::int32_t Weigh(Object*, String* text) {
+    if (!text || text->length < 1) return 0;
+    auto* const copy = static_cast<std::uint8_t*>(std::malloc(static_cast<std::size_t>(text->length)));
+    if (!copy && kFault != kUncheckedMalloc) return -1;
+    std::memcpy(copy, text->data, static_cast<std::size_t>(text->length));
+    const std::int32_t weight = copy[text->length - 1];
+    std::free(copy);
+    return weight;
+}
+
+bool Report(Object*) {
+    const int file = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    if (file < 0) return false;
+    const bool written = write(file, "x", 1) == 1;
+    if (written || kFault != kKeepFileOpen) close(file);
+    return written;
+}
+
+void Take(Object* self, Object* source) {
+    if (!source) return;
+    DataOf(self)->number = DataOf(source)->number;
+    if (kFault == kChangeSource && source != self) ++DataOf(source)->number;
+}
+
+void Refuse(Object*, std::int32_t number) {
+    if (number >= 0) return;
+    Object* exception = CallHost(sdk::kPluginNewInstance, "OutOfBoundsException");
+    CallHost(sdk::kRuntimeRaiseException, exception);
+    String* text = CallHost(sdk::kREALBuildString, "The number is negative.", std::int64_t{23});
+    if (kFault != kSilentException && exception) CallHost(sdk::kREALSetPropValueString, exception, "Message", text);
+    CallHost(sdk::kREALUnlockString, text);
+    CallHost(sdk::kREALUnlockObject, exception);
+}
+
+std::int32_t Level(Object* self) { return DataOf(self)->spare[0]; }
+void SetLevel(Object* self, std::int32_t level) {
+    DataOf(self)->spare[0] = kFault == kDriftingProperty ? (level & 255) + 1 : level & 255;
+}
+
+std::int32_t PickOne(Object*, std::int32_t) { return 1; }
+std::int32_t PickTwo(Object*, std::int32_t, std::int32_t) { return 2; }
+std::int32_t PickOther(Object*, std::int32_t, double) { return 3; }
+
+std::int32_t Odd(Object*) { return 4; }
+
+sdk::EventRecord events[] = {
+    {kFault == kUncallableEvent ? "Told(ByRef number as integer)" : "Told(number as integer)", 0}};
+
 constexpr std::int32_t kPropertyFlags = kFault == kWrongFlags ? 4 : 6;
 
 const sdk::PropertyRecord properties[] = {
     {"YieldTicks", "Integer", kPropertyFlags, sdk::FieldAt(offsetof(Data, yieldTicks)),
      sdk::FieldAt(offsetof(Data, yieldTicks))},
     {"Number", "Integer", 6, sdk::FieldAt(offsetof(Data, number)), sdk::kNoAccess},
+    {"Level", "Integer", 6, sdk::ComputedAs<"Integer", &Level>(), sdk::AssignedAs<"Integer", &SetLevel>()},
+    {"Spare", "Integer", 6, sdk::FieldAt(offsetof(Data, spare) + (kFault == kMisalignField ? 1 : 4)), sdk::kNoAccess},
+    {"Wide", kFault == kOverlapFields ? "Int64" : "Integer", 6,
+     sdk::FieldAt(kFault == kOverlapFields ? offsetof(Data, yieldTicks) : offsetof(Data, cell)), sdk::kNoAccess},
 };
 
-const sdk::ConstantRecord constants[] = {{"NumberLow = 1", nullptr, 0}, {"NumberHigh = &h00000064", nullptr, 0}};
+const sdk::ConstantRecord constants[] = {{"NumberLow = 1", nullptr, kFault == kContradictingConstant ? 2 : 0},
+                                         {"NumberHigh = &h00000064", nullptr, 0}};
 
-sdk::ClassDefinition faulty{.version = sdk::kInterfaceVersion,
+sdk::ClassDefinition faulty{.version = kFault == kNoVersionInClass ? 1 : sdk::kInterfaceVersion,
                             .name = "Faulty",
                             .instanceDataSize = sizeof(Data),
                             .properties = properties,
-                            .propertyCount = 2,
+                            .propertyCount = 5,
+                            .events = events,
+                            .eventCount = 1,
                             .constants = constants,
                             .constantCount = 2};
 
 }  // namespace
 
+#if FAULT == 16
+extern "C" __attribute__((visibility("default"))) int FaultyExtra() { return 1; }
+#elif FAULT == 17
+extern "C" const char* zlibVersion();
+#endif
+
 TEST_PLUGIN_ENTRY(sdk::EntryFunction entry) {
     KeepResolver(entry);
+    if (kFault == kCrashAtStart) Crash();
+    if (kFault == kAskForUnknown) resolver("FlyToTheMoon");
+    if (kFault != kStateVersionLate) CallHost(sdk::kRegisterPluginVersion, sdk::kInterfaceVersion);
+#if FAULT == 17
+    if (!zlibVersion()) return 0;
+#endif
     using sdk::Method;
     constexpr auto flags = sdk::kMemberPortable;
     static const sdk::MethodRecord methods[] = {
@@ -143,8 +234,25 @@ TEST_PLUGIN_ENTRY(sdk::EntryFunction entry) {
         Method<"Count(by as integer) as integer", &Count>(flags),
         Method<"Block as MemoryBlock", &Block>(flags),
         Method<"Work as integer", &Work>(flags),
+        Method<"Weigh(text as string) as integer", &Weigh>(flags),
+        Method<"Report as boolean", &Report>(flags),
+        Method<"Take(source as Faulty)", &Take>(flags),
+        Method<"Refuse(number as integer)", &Refuse>(flags),
+        Method<"Pick(a as integer) as integer", &PickOne>(flags),
+        Method<"Pick(a as integer, b as integer) as integer", &PickTwo>(flags),
+        kFault == kAmbiguousOverloads ? Method<"Other(a as integer, b as integer = 1) as integer", &PickTwo>(flags)
+                                      : Method<"Other(a as integer, b as integer) as integer", &PickTwo>(flags),
+        Method<"Other(a as integer, b as double = 1) as integer", &PickOther>(flags),
+        kFault == kForeignCode
+            ? sdk::MethodRecord{reinterpret_cast<sdk::AnyFunction>(&getpagesize), nullptr, "Odd as integer", flags}
+            : Method<"Odd as integer", &Odd>(flags),
+        kFault == kUnreadableDeclaration
+            ? sdk::MethodRecord{reinterpret_cast<sdk::AnyFunction>(&Odd), nullptr, "Even as", flags}
+            : Method<"Even as integer", &Odd>(flags),
     };
     faulty.methods = methods;
     faulty.methodCount = static_cast<std::int32_t>(std::size(methods));
-    return CallHost(sdk::kPluginRegisterClass, &faulty);
+    const std::int32_t registered = CallHost(sdk::kPluginRegisterClass, &faulty);
+    if (kFault == kStateVersionLate) CallHost(sdk::kRegisterPluginVersion, sdk::kInterfaceVersion);
+    return registered;
 }
