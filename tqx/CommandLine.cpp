@@ -32,6 +32,7 @@ class CommandLine {
     void AddRun();
     void AddMembers();
     void AddCheck();
+    void AddFuzz();
     void AddCheckSyntax();
     void AddShow();
     void Choose(std::vector<std::string>& words);
@@ -45,6 +46,7 @@ class CommandLine {
     RunSettings run_;
     MembersSettings members_;
     CheckSettings check_;
+    FuzzSettings fuzz_;
     std::vector<std::string> files_;        // of check-syntax and show
     std::vector<std::string> scriptWords_;  // the script's name, unless its text is given, and its arguments
     CLI::App* chosen_ = nullptr;
@@ -70,6 +72,7 @@ CommandLine::CommandLine() {
     AddRun();
     AddMembers();
     AddCheck();
+    AddFuzz();
     AddCheckSyntax();
     AddShow();
     app_.add_subcommand("repl", "A prompt; also without a command, on a terminal");
@@ -122,6 +125,29 @@ void CommandLine::AddCheck() {
     check->footer(
         "Exit code: 0 when nothing was found; 1 when a check failed, crashed or timed out; 2 when\n"
         "the checks could not be run.");
+}
+
+void CommandLine::AddFuzz() {
+    CLI::App* const fuzz =
+        app_.add_subcommand("fuzz", "Run random programs over everything that the plug-in registers");
+    fuzz->add_option("--programs", fuzz_.programs, "How many; without it 1000")
+        ->type_name("N")
+        ->check(CLI::PositiveNumber);
+    fuzz->add_option("--seconds", fuzz_.seconds, "Instead: as many as go into this time")
+        ->type_name("T")
+        ->check(CLI::PositiveNumber);
+    fuzz->add_option("--seed", fuzz_.seed, "Of the random numbers; without it 1")->type_name("S");
+    fuzz->add_option("--first", fuzz_.first, "The number of the first program; without it 0")
+        ->type_name("I")
+        ->check(CLI::NonNegativeNumber);
+    fuzz->add_option("--statements", fuzz_.statements, "Of each program; without it 40")
+        ->type_name("N")
+        ->check(CLI::PositiveNumber);
+    fuzz->add_flag("--whole", fuzz_.whole, "Show a program that fails as it is, not shortened");
+    fuzz->add_flag("--print", fuzz_.print, "Only print the first program, without running it");
+    fuzz->footer(
+        "Exit code: 0 when nothing was found; 1 with the program, shortened, that ended its process,\n"
+        "took too long, left something behind or broke memory; 2 when nothing could be run.");
 }
 
 // Null for a name that no command has.
@@ -178,6 +204,7 @@ int CommandLine::Execute(std::vector<std::string> words) {
 
 int CommandLine::Obey() {
     if (Find("check")->parsed()) return Check(settings_, check_);
+    if (Find("fuzz")->parsed()) return Fuzz(settings_, fuzz_);
     if (Find("check-syntax")->parsed()) return CheckSyntax(settings_, files_);
     if (Find("members")->parsed()) return Members(settings_, members_);
     if (Find("show")->parsed()) return Show(files_);

@@ -40,12 +40,23 @@ struct CheckSettings {
     std::string junit;  // a file to write
 };
 
+struct FuzzSettings {
+    std::int64_t programs = 1000;
+    std::int64_t first = 0;   // the number of the first program
+    double seconds = 0;       // above 0: as many programs as go into this time
+    int statements = 40;      // of a program
+    std::uint64_t seed = 1;
+    bool whole = false;  // don't shorten what fails
+    bool print = false;  // only print the first program
+};
+
 int Run(const Settings& settings, const RunSettings& run);
 int CheckSyntax(const Settings& settings, const std::vector<std::string>& scripts);
 int Repl(const Settings& settings);
 int Show(const std::vector<std::string>& files);
 int Members(const Settings& settings, const MembersSettings& members);
 int Check(const Settings& settings, const CheckSettings& check);
+int Fuzz(const Settings& settings, const FuzzSettings& fuzz);
 
 // Shows the picture of a file in the terminal. Throws ImageError.
 void ShowPicture(const std::string& file);

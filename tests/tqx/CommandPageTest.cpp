@@ -25,7 +25,7 @@ std::set<std::string> OptionsOf(const std::string& help) {
 TEST(CommandPage, NamesEveryCommandAndOption) {
     const std::string page = Page();
     std::string help = RunCommand({"--help"}).out;
-    for (const char* const command : {"run", "members", "check"}) {
+    for (const char* const command : {"run", "members", "check", "fuzz"}) {
         EXPECT_THAT(help, testing::HasSubstr(command));
         EXPECT_THAT(page, testing::HasSubstr(std::string("`tqx ") + command));
         help += RunCommand({command, "--help"}).out;

@@ -1,4 +1,6 @@
 #include <gmock/gmock.h>
+
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -100,6 +102,44 @@ TEST(Command, CheckTellsWhichMembersWriteBesideAPicturesBytes) {
         HasSubstr("warn     stray-writes      bytes of pixels that are no channel of the picture are written by "
                   "ClearRect, DrawMaskedPictureRGB; bytes beside the picture's columns are written by "
                   "ClearRect, FillRect\n"));
+}
+
+std::vector<std::string> FuzzOf(const std::string& plugin, std::vector<std::string> more = {}) {
+    more.insert(more.begin(), {"--plugin", support::TestPluginFolder() + "/" + plugin + ".so", "fuzz"});
+    return more;
+}
+
+TEST(Command, FuzzFindsNothingInASoundPlugin) {
+    const Outcome outcome = RunCommand(FuzzOf("Sample", {"--programs", "20", "--seed", "9"}));
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.out;
+    EXPECT_THAT(outcome.out, testing::StartsWith("seed 9\n20 programs, "));
+    EXPECT_THAT(outcome.out, testing::EndsWith(", 0 findings\n"));
+}
+
+// Of forty statements and more, what is left is what the crash takes.
+TEST(Command, FuzzShowsTheShortestProgramThatCrashes) {
+    const Outcome outcome = RunCommand(FuzzOf("Faulty1", {"--programs", "100"}));
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.out, testing::HasSubstr(" of seed 1: "));
+    const auto lines = LinesOf(outcome.out);
+    const auto statements = std::count(lines.begin(), lines.end(), "Try");
+    EXPECT_LE(statements, 4) << outcome.out;  // the timer's and the event's among them
+    EXPECT_THAT(outcome.out, testing::ContainsRegex("\\.Link\\("));
+}
+
+TEST(Command, FuzzDrawsTheSameProgramForTheSameNumbers) {
+    const auto program = [](const char* seed, const char* number) {
+        return RunCommand({"fuzz", "--print", "--seed", seed, "--first", number}).out;
+    };
+    const std::string first = program("1", "5");
+    EXPECT_THAT(first, HasSubstr("Dim thePictureTQX0 As PictureTQX\n"));
+    EXPECT_NE(first, program("1", "6"));
+    EXPECT_NE(first, program("2", "5"));
+}
+
+TEST(Command, FuzzWithoutAPluginExitsWith2) {
+    EXPECT_EQ(RunCommand({"--plugin", "/nowhere/plugin.so", "fuzz"}).exitCode, 2);
+    EXPECT_EQ(RunCommand({"fuzz", "--programs", "0"}).exitCode, 2);
 }
 
 TEST(Command, MembersListsEverythingWithin80Columns) {

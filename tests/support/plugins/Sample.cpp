@@ -137,6 +137,7 @@ std::int32_t CallTwice(Object*, Object* other, std::int32_t x) {
 }
 
 std::int32_t ReadNumber(Object*, Object* other, String* name) {
+    if (!name) return -1;
     char text[64];
     std::snprintf(text, sizeof(text), "%.*s", static_cast<int>(name->length),
                   reinterpret_cast<const char*>(name->data));

@@ -1,0 +1,180 @@
+// Runs random programs over everything that a plug-in registers.
+#include <sys/mman.h>
+#include <sys/resource.h>
+
+#include <atomic>
+#include <chrono>
+#include <filesystem>
+#include <new>
+
+#include "host/calls/PluginLoader.h"
+#include "host/check/Children.h"
+#include "host/check/Passes.h"
+#include "host/check/Program.h"
+#include "host/check/Watch.h"
+#include "host/script/Machine.h"
+#include "host/script/Script.h"
+#include "tqx/Commands.h"
+#include "tqx/Output.h"
+
+namespace tqx {
+
+namespace {
+
+using host::check::ChildrenJob;
+using host::check::Complaint;
+using host::check::RandomProgram;
+using Clock = std::chrono::steady_clock;
+
+constexpr double kSecondsPerProgram = 10;  // of processor time
+constexpr double kSecondsWhileShrinking = 2;
+constexpr rlim_t kMostMemory = rlim_t{1} << 28;
+constexpr std::int64_t kBatch = 500;  // programs between two looks at the clock
+
+// Calls of the plug-in's members, counted for the parent.
+class CallCount : public script::MemberObserver {
+  public:
+    CallCount() {
+        void* memory = mmap(nullptr, sizeof(*count_), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+        if (memory == MAP_FAILED) throw std::bad_alloc();
+        count_ = new (memory) std::atomic<std::int64_t>(0);
+    }
+    ~CallCount() override { munmap(count_, sizeof(*count_)); }
+    CallCount(const CallCount&) = delete;
+    CallCount& operator=(const CallCount&) = delete;
+
+    void Before(const script::MemberUse& use) override {
+        if (use.Owner() && use.Owner()->definition()) ++*count_;
+    }
+
+    std::int64_t value() const { return *count_; }
+
+  private:
+    std::atomic<std::int64_t>* count_;
+};
+
+// The sanitizers reserve more addresses than any limit, and have limits of their own.
+void LimitMemory() {
+#if !defined(__SANITIZE_ADDRESS__)
+    const rlimit memory{kMostMemory, kMostMemory};
+    setrlimit(RLIMIT_AS, &memory);
+#endif
+}
+
+class Fuzzer {
+  public:
+    Fuzzer(const FuzzSettings& settings, const host::check::Supply& supply) : settings_(settings), supply_(supply) {}
+
+    // The exit code.
+    int Run() {
+        const auto start = Clock::now();
+        for (std::int64_t first = settings_.first; first < End() && found_ == 0; first += kBatch) {
+            RunBatch(first, std::min(kBatch, End() - first));
+            if (settings_.seconds > 0 && Seconds(start) >= settings_.seconds) break;
+        }
+        Conclude(Seconds(start));
+        return found_ > 0 ? 1 : 0;
+    }
+
+  private:
+    static double Seconds(Clock::time_point start) {
+        return std::chrono::duration<double>(Clock::now() - start).count();
+    }
+
+    std::int64_t End() const { return settings_.seconds > 0 ? INT64_MAX : settings_.first + settings_.programs; }
+
+    RandomProgram ProgramOf(std::int64_t number) const {
+        return host::check::MakeProgram(supply_, settings_.seed, static_cast<std::uint64_t>(number),
+                                        settings_.statements);
+    }
+
+    Complaint RunProgram(const RandomProgram& program) {
+        const host::check::Watch watch;
+        std::string complaints;
+        script::RunOptions options;
+        options.print = [](std::string_view) {};
+        options.complain = [&](std::string_view text) { complaints += text; };
+        options.observers.push_back(&calls_);
+        options.leaks = true;
+        script::RunScript({"program", program.Text()}, options);
+        if (!complaints.empty()) return {host::check::kWrongResult, complaints};
+        return watch.Damage();
+    }
+
+    ChildrenJob Job(std::int64_t count) const {
+        ChildrenJob job;
+        job.count = static_cast<std::size_t>(count);
+        job.secondsPerCase = kSecondsPerProgram;
+        job.mostFailures = 1;
+        return job;
+    }
+
+    void RunBatch(std::int64_t first, std::int64_t count) {
+        ChildrenJob job = Job(count);
+        job.run = [&](std::size_t i) {
+            LimitMemory();
+            return RunProgram(ProgramOf(first + static_cast<std::int64_t>(i)));
+        };
+        const auto report = host::check::RunInChildren(job);
+        run_ += report.run;
+        for (const host::check::Failure& failure : report.failures)
+            Tell(first + static_cast<std::int64_t>(failure.index), failure.crashed, failure.complaint.text);
+        for (const std::size_t index : report.slow)
+            Tell(first + static_cast<std::int64_t>(index), true,
+                 "ended after " + std::to_string(static_cast<int>(kSecondsPerProgram)) + " s");
+    }
+
+    // Whether a program fails in the same manner: it ends its process or takes too long, or it is
+    // complained of.
+    bool Fails(const RandomProgram& program, bool crashed) {
+        ChildrenJob job = Job(1);
+        job.secondsPerCase = kSecondsWhileShrinking;
+        job.run = [&](std::size_t) {
+            LimitMemory();
+            return RunProgram(program);
+        };
+        const auto report = host::check::RunInChildren(job);
+        if (!report.slow.empty()) return crashed;
+        return !report.failures.empty() && report.failures.front().crashed == crashed;
+    }
+
+    void Tell(std::int64_t number, bool crashed, const std::string& what) {
+        ++found_;
+        RandomProgram program = ProgramOf(number);
+        if (!settings_.whole)
+            program = host::check::Shrunk(program, [&](const RandomProgram& less) { return Fails(less, crashed); });
+        WriteLine("' program " + std::to_string(number) + " of seed " + std::to_string(settings_.seed) + ": " + what);
+        WriteOutput(program.Text());
+    }
+
+    void Conclude(double seconds) const {
+        const std::int64_t calls = calls_.value();
+        const auto rate = static_cast<std::int64_t>(static_cast<double>(calls) / std::max(seconds, 1e-3));
+        WriteLine(host::check::Counted(run_, "program") + ", " + host::check::Counted(calls, "call") + ", " +
+                  std::to_string(rate) + " calls/s, " + host::check::Counted(found_, "finding"));
+    }
+
+    const FuzzSettings& settings_;
+    const host::check::Supply& supply_;
+    CallCount calls_;
+    std::int64_t run_ = 0;
+    std::int64_t found_ = 0;
+};
+
+}  // namespace
+
+int Fuzz(const Settings& settings, const FuzzSettings& fuzz) {
+    if (!LoadPlugin(settings)) return kCouldNotRun;
+    const host::check::ScratchFolder scratch;
+    const host::check::Supply supply =
+        host::check::MakeSupply(host::LoadedPlugins().front()->classes, scratch.path(), fuzz.seed);
+    if (fuzz.print) {
+        WriteOutput(host::check::MakeProgram(supply, fuzz.seed, static_cast<std::uint64_t>(fuzz.first), fuzz.statements)
+                        .Text());
+        return 0;
+    }
+    WriteLine("seed " + std::to_string(fuzz.seed));
+    return Fuzzer(fuzz, supply).Run();
+}
+
+}  // namespace tqx
