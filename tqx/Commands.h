@@ -42,9 +42,9 @@ struct CheckSettings {
 
 struct FuzzSettings {
     std::int64_t programs = 1000;
-    std::int64_t first = 0;   // the number of the first program
-    double seconds = 0;       // above 0: as many programs as go into this time
-    int statements = 40;      // of a program
+    std::int64_t first = 0;  // the number of the first program
+    double seconds = 0;      // above 0: as many programs as go into this time
+    int statements = 40;     // of a program
     std::uint64_t seed = 1;
     bool whole = false;  // don't shorten what fails
     bool print = false;  // only print the first program

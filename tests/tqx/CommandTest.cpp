@@ -1,9 +1,8 @@
 #include <gmock/gmock.h>
-
-#include <algorithm>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <fstream>

@@ -55,6 +55,15 @@ TEST(Limits, AClassOfTooManyPropertiesIsRefused) {
     EXPECT_THAT(ran.err, HasSubstr("limits.rbs:2:7: Big has too many properties"));
 }
 
+TEST(Limits, AHundredThousandFieldsAndTenThousandBlocksAreRefused) {
+    const Ran fields = RunText("Class Big\n" + Fields("P", 100'000) + "End Class\nDim b As New Big\n");
+    EXPECT_THAT(fields.err, HasSubstr("limits.rbs:1:7: Big has too many properties"));
+    const Ran blocks = RunText("Dim n As Integer\n" + Repeated(10'000, [](int) { return "If n = 0 Then\n"; }) +
+                               "n = 1\n" + Repeated(10'000, [](int) { return "End If\n"; }) + "Print n\n");
+    EXPECT_EQ(blocks.exitCode, 1);
+    EXPECT_THAT(blocks.err, HasSubstr("blocks are nested too deeply; move the inner ones to a Sub"));
+}
+
 TEST(Limits, InheritedPropertiesCount) {
     const std::string base = "Class Base\n" + Fields("P", 40'000) + "End Class\n";
     const Ran ran = RunText(base + "Class Below Inherits Base\n" + Fields("Q", 40'000) + "End Class\n");
