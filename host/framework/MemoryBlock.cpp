@@ -264,8 +264,12 @@ Ref<Object> NewMemoryBlock(std::string_view bytes) {
 }
 
 Ref<Object> NewForeignMemoryBlock(std::uint8_t* bytes) {
+    return NewForeignMemoryBlock(bytes, Runtime::Get().ClassNamed(definition.name));
+}
+
+Ref<Object> NewForeignMemoryBlock(std::uint8_t* bytes, const Class& type) {
     if (!bytes) return nullptr;
-    Ref<Object> block = NewObject(Runtime::Get().ClassNamed(definition.name));
+    Ref<Object> block = NewObject(type);
     if (!block) return nullptr;
     Data(block.get()).bytes = bytes;
     Data(block.get()).size = -1;

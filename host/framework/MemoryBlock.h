@@ -13,6 +13,7 @@
 
 namespace host {
 
+class Class;
 class Runtime;
 
 // A block of `size` zero bytes; nil when the size is negative or above 2^31 - 1, or when memory
@@ -22,8 +23,10 @@ Ref<Object> NewMemoryBlock(std::int64_t size);
 // A block with a copy of the bytes; nil as above.
 Ref<Object> NewMemoryBlock(std::string_view bytes);
 
-// A block around bytes that it does not own; nil for null.
+// A block around bytes that it does not own; nil for null. `type` is MemoryBlock or inherits from it: one whose
+// destructor gives the bytes back to their owner, say.
 Ref<Object> NewForeignMemoryBlock(std::uint8_t* bytes);
+Ref<Object> NewForeignMemoryBlock(std::uint8_t* bytes, const Class& type);
 
 // A block's first byte; null for nil, for another class's object and for an empty block. The
 // address stays readable and writable while the block lives; after a change of Size it is no

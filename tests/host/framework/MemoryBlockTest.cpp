@@ -204,6 +204,23 @@ TEST_F(MemoryBlockTest, ForeignBytesAreReadAndWrittenInPlace) {
 
 TEST_F(MemoryBlockTest, ForeignBlocksOfNothingAreNil) { EXPECT_FALSE(NewForeignMemoryBlock(nullptr)); }
 
+TEST_F(MemoryBlockTest, ForeignBytesMayBeOfAClassThatGivesThemBack) {
+    static int given = 0;
+    static Class* const lent = [] {
+        Runtime& runtime = Runtime::Get();
+        Class* type = runtime.AddClass(std::make_unique<Class>("LentBytes", runtime.FindClass("MemoryBlock")));
+        type->SetDestructor([](Object*) { ++given; });
+        return type;
+    }();
+    std::uint8_t bytes[2] = {7, 9};
+    {
+        const auto block = Ref<Object>(NewForeignMemoryBlock(bytes, *lent));
+        EXPECT_EQ(PinMemoryBlock(block.get()), bytes);
+        EXPECT_EQ(given, 0);
+    }
+    EXPECT_EQ(given, 1);
+}
+
 TEST_F(MemoryBlockTest, ForeignBytesThatAreNotThereRaise) {
     const long page = sysconf(_SC_PAGESIZE);
     auto* pages = static_cast<std::uint8_t*>(
