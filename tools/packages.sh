@@ -4,7 +4,9 @@ build_packages="g++ cmake ninja-build pkg-config ccache libffi-dev libpng-dev li
     libwebp-dev libgif-dev libcli11-dev libutf8proc-dev libmd-dev libpcre2-dev nlohmann-json3-dev libchafa-dev
     libglib2.0-dev libedit-dev libfreetype-dev libharfbuzz-dev fonts-dejavu-core"
 test_packages="libgtest-dev libgmock-dev libbenchmark-dev libmpfr-dev valgrind binutils python3"
-format_packages="clang-format"
+python_packages="python3 python3-dev pybind11-dev python3-numpy"
+python_test_packages="python3-pytest python3-pil mypy python3-dask python3-distributed python3-zarr"
+format_packages="clang-format black"
 elsewhere_packages="mmdebstrap qemu-user g++-aarch64-linux-gnu g++-s390x-linux-gnu"
 elsewhere_libraries="libstdc++-12-dev libffi-dev libpng-dev libjpeg62-turbo-dev libtiff-dev libwebp-dev libgif-dev
     libexif-dev libcli11-dev libutf8proc-dev libpcre2-dev libfreetype-dev libharfbuzz-dev
