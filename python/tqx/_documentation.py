@@ -42,11 +42,11 @@ def _texts() -> dict[str, str]:
 @functools.cache
 def _property_texts() -> dict[str, str]:
     page = PAGE.read_text(encoding="utf-8") if PAGE.exists() else ""
-    rows = _ROW.findall(page)
     texts: dict[str, str] = {}
-    for name, text in rows:
-        texts[name] = last if text == "likewise" else text
-        last = texts[name]
+    last = ""
+    for name, text in _ROW.findall(page):
+        last = last if text == "likewise" else text
+        texts[name] = last
     return texts
 
 

@@ -82,7 +82,8 @@ def given(kind: str | None) -> str:
         return "None"
     if kind.endswith("()"):
         return f"list[{given(kind[:-2])}] | None"
-    return _PLAIN.get(kind) or {"String": "str | bytes | None", "Color": "Color"}.get(kind, f"{kind} | None")
+    special = {**_PLAIN, "String": "str | bytes | None", "Color": "Color"}
+    return special.get(kind, f"{kind} | None")
 
 
 def _parameter(parameter: Record, required: bool) -> str:
