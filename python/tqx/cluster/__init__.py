@@ -1,0 +1,13 @@
+"""Many pictures, and pictures larger than a machine, on Dask's distributed engine.
+
+``python3 -m tqx.cluster each SCRIPT --out FOLDER FILE...`` runs a script or a function for each file;
+:func:`apply` runs a member of the plug-in on a ``dask.array`` piece by piece, with the bytes of one call on the
+whole; :func:`open` makes such an array of a file.
+"""
+
+from __future__ import annotations
+
+from ._apply import CannotBeCut, apply
+from ._files import open
+
+__all__ = ["CannotBeCut", "apply", "open"]

@@ -1,0 +1,185 @@
+"""A script or a function for each of many files."""
+
+from __future__ import annotations
+
+import collections
+import contextlib
+import os
+import pathlib
+import sys
+import uuid
+from collections.abc import Iterator, Sequence
+from typing import TYPE_CHECKING, Any, TextIO
+
+from . import _work
+
+if TYPE_CHECKING:
+    from distributed import Client
+
+# How often a file is begun that the cluster lost. The scheduler itself begins the file of a worker that died
+# anew, until it has seen several die of it.
+_ATTEMPTS = 2
+
+
+class UsageError(Exception):
+    """What was asked for can't be begun."""
+
+
+def plan(program: str, sources: Sequence[str], out: pathlib.Path, suffix: str | None) -> list[_work.Task]:
+    """A task for each source. Two sources with one result, or a source that is its own result, are refused."""
+    run = uuid.uuid4().hex[:8]
+    tasks: dict[pathlib.Path, _work.Task] = {}
+    for source in sources:
+        path = pathlib.Path(source).absolute()
+        result = out / (path.name if suffix is None else path.stem + suffix)
+        if result in tasks:
+            raise UsageError(f"{source} and {tasks[result].source} would both become {result}")
+        if result == path:
+            raise UsageError(f"{source} would be overwritten by its own result")
+        partial = out / f".{result.stem}.{run}{result.suffix}"
+        tasks[result] = _work.Task(program, str(path), str(result), str(partial))
+    return list(tasks.values())
+
+
+def is_done(task: _work.Task) -> bool:
+    """Whether the result is there, and newer than the source and the program."""
+    try:
+        made = os.stat(task.result).st_mtime_ns
+        program = task.program.rpartition(":")[0] if _work.is_function(task.program) else task.program
+        origins = [task.source] + ([program] if os.path.exists(program) else [])
+        return all(os.stat(path).st_mtime_ns <= made for path in origins)
+    except OSError:
+        return False
+
+
+@contextlib.contextmanager
+def connect(scheduler: str | None) -> Iterator[Client]:
+    """A client of the scheduler at an address, or of a cluster of this machine with a process a core."""
+    from distributed import Client, LocalCluster
+
+    if scheduler:
+        with Client(scheduler) as client:
+            yield client
+        return
+    cores = len(os.sched_getaffinity(0))
+    with LocalCluster(
+        n_workers=cores, threads_per_worker=1, dashboard_address=None, silence_logs=50
+    ) as cluster, Client(cluster) as client:
+        yield client
+
+
+class Progress:
+    """A bar on a terminal; elsewhere nothing."""
+
+    def __init__(self, total: int, stream: TextIO) -> None:
+        self.total, self.done, self.failed, self.stream = total, 0, 0, stream
+
+    def step(self, failed: bool) -> None:
+        """One more file has ended."""
+        self.done += 1
+        self.failed += failed
+        if self.stream.isatty():
+            filled = 30 * self.done // self.total
+            failures = f", {self.failed} failed" if self.failed else ""
+            bar = "#" * filled + "." * (30 - filled)
+            self.stream.write(f"\r[{bar}] {self.done}/{self.total}{failures} ")
+            self.stream.flush()
+
+    def end(self) -> None:
+        """The bar's line is over."""
+        if self.stream.isatty():
+            self.stream.write("\n")
+
+
+def _failure(error: BaseException) -> str:
+    if type(error).__name__ == "KilledWorker":
+        return "the worker that had it died, more than once"
+    return f"{type(error).__name__}: {error}" if not isinstance(error, _work.ScriptFailed) else str(error)
+
+
+def _threads(client: Client) -> int:
+    return max(sum(client.nthreads().values()), 1)
+
+
+def run_all(client: Client, tasks: Sequence[_work.Task], progress: Progress) -> dict[str, str]:
+    """Runs the tasks, no more at a time than there are threads, so that a worker's death touches no file but
+    the one it had. Gives what went wrong, by source, in the order of the tasks."""
+    from distributed import as_completed
+
+    waiting = collections.deque(tasks)
+    attempts: collections.Counter[str] = collections.Counter()
+    running: dict[Any, _work.Task] = {}
+    failures: dict[str, str] = {}
+    ended = as_completed()
+
+    def begin() -> None:
+        while waiting and len(running) < _threads(client):
+            task = waiting.popleft()
+            attempts[task.source] += 1
+            future = client.submit(_work.work, task, pure=False)
+            running[future] = task
+            ended.add(future)
+
+    begin()
+    while running:
+        future = next(ended)
+        task = running.pop(future)
+        error = future.exception() if future.status == "error" else None
+        lost = future.status == "cancelled"
+        if lost and attempts[task.source] < _ATTEMPTS:
+            waiting.append(task)
+        else:
+            if lost or error:
+                failures[task.source] = _failure(error) if error else "the cluster lost it"
+            progress.step(bool(lost or error))
+        begin()
+    return {task.source: failures[task.source] for task in tasks if task.source in failures}
+
+
+def each(
+    program: str,
+    sources: Sequence[str],
+    out: str,
+    *,
+    scheduler: str | None = None,
+    resume: bool = False,
+    suffix: str | None = None,
+) -> int:
+    """What ``python3 -m tqx.cluster each`` does; gives its exit code."""
+    program = _checked(program)
+    folder = pathlib.Path(out).absolute()
+    try:
+        folder.mkdir(parents=True, exist_ok=True)
+    except OSError as error:
+        raise UsageError(f"{out}: no folder can be made of it: {error.strerror}") from None
+    tasks = plan(program, sources, folder, suffix)
+    left = [task for task in tasks if not (resume and is_done(task))]
+    failures: dict[str, str] = {}
+    if left:
+        progress = Progress(len(left), sys.stderr)
+        try:
+            with connect(scheduler) as client:
+                failures = run_all(client, left, progress)
+        finally:
+            for task in left:  # what a worker that died left behind
+                pathlib.Path(task.partial).unlink(missing_ok=True)
+            progress.end()
+    for source, why in failures.items():
+        print(f"{source}: {why}", file=sys.stderr)
+    print(f"{len(left) - len(failures)} done, {len(tasks) - len(left)} skipped, {len(failures)} failed")
+    return 1 if failures else 0
+
+
+def _checked(program: str) -> str:
+    """The program with an absolute path, if it can be found."""
+    if _work.is_function(program):
+        module, _, function = program.rpartition(":")
+        named = f"{pathlib.Path(module).absolute()}:{function}" if module.endswith(".py") else program
+        try:
+            _work.load_function(named)
+        except (ImportError, AttributeError) as error:
+            raise UsageError(str(error)) from None
+        return named
+    if not os.path.isfile(program):
+        raise UsageError(f"{program}: there is no such script; a function is MODULE:FUNCTION")
+    return str(pathlib.Path(program).absolute())

@@ -1,0 +1,48 @@
+"""Large pictures in files as arrays."""
+
+from __future__ import annotations
+
+import os
+import pathlib
+from typing import Any, Union
+
+import numpy as np
+
+from tqx import _native
+
+Path = Union[str, "os.PathLike[str]"]
+
+
+def open(path: Path, *, shape: tuple[int, ...] | None = None, chunk: int = 2048, scratch: Path | None = None) -> Any:
+    """A ``dask.array`` of uint8 over a file, in pieces of ``chunk`` x ``chunk`` pixels.
+
+    - a Zarr folder: as it is chunked;
+    - raw pixels, row after row: with ``shape``, (height, width) or (height, width, channels);
+    - an image file (TIFF and all others that imread reads, of any size): its rows go once, one after the other, to
+      a Zarr folder ``scratch``, which is the caller's to remove.
+    """
+    import dask.array as da
+
+    if shape is not None:
+        pixels = np.memmap(path, dtype=np.uint8, mode="r", shape=shape)
+        return da.from_array(pixels, chunks=(chunk, chunk, *shape[2:]), name=False)
+    if pathlib.Path(path).is_dir():
+        return da.from_zarr(os.fspath(path))
+    if scratch is None:
+        raise ValueError("an image file needs a scratch folder for its pixels")
+    return da.from_zarr(_unpacked(path, chunk, os.fspath(scratch)))
+
+
+def _unpacked(path: Path, chunk: int, scratch: str) -> str:
+    """Copies an image file's rows to a Zarr folder, a row of chunks at a time."""
+    import zarr
+
+    reader = _native.ImageReader(os.fspath(path), 0, True)
+    shape = reader.shape
+    chunks = (chunk, chunk, *shape[2:])
+    pixels = zarr.open(scratch, mode="w", shape=shape, chunks=chunks, dtype="u1")
+    for top in range(0, shape[0], chunk):
+        rows = np.empty((min(chunk, shape[0] - top), *shape[1:]), np.uint8)
+        reader.read_into(rows)
+        pixels[top : top + len(rows)] = rows
+    return scratch
