@@ -35,6 +35,11 @@ def die_once(source, result):
         os._exit(9)
     brighten(source, result)
 
+def die(source, result):
+    if source.endswith("3.png"):
+        os._exit(9)
+    brighten(source, result)
+
 def half(source, result):
     pathlib.Path(result).write_bytes(b"half")
     raise ValueError("no more")
@@ -94,6 +99,15 @@ def test_a_worker_that_dies_costs_a_retry(folder: pathlib.Path) -> None:
     ended = each(folder, "work.py:die_once", "--out", str(folder / "out"))
     assert ended.returncode == 0, ended.stderr
     assert (folder / "3.png.mark").exists()
+    assert_all_bright(folder, folder / "out")
+
+
+def test_a_file_that_workers_die_of_fails_alone(folder: pathlib.Path) -> None:
+    ended = each(folder, "work.py:die", "--out", str(folder / "out"))
+    assert ended.returncode == 1
+    assert "3.png: the worker that had it died" in ended.stderr
+    assert ended.stdout == "5 done, 0 skipped, 1 failed\n"
+    (folder / "3.png").unlink()
     assert_all_bright(folder, folder / "out")
 
 

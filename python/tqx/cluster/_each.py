@@ -16,9 +16,8 @@ from . import _work
 if TYPE_CHECKING:
     from distributed import Client
 
-# How often a file is begun that the cluster lost. The scheduler itself begins the file of a worker that died
-# anew, until it has seen several die of it.
-_ATTEMPTS = 2
+# Files at a time for each thread: the next one waits at the worker when one is done.
+_AT_A_TIME = 2
 
 
 class UsageError(Exception):
@@ -101,39 +100,65 @@ def _threads(client: Client) -> int:
     return max(sum(client.nthreads().values()), 1)
 
 
-def run_all(client: Client, tasks: Sequence[_work.Task], progress: Progress) -> dict[str, str]:
-    """Runs the tasks, no more at a time than there are threads, so that a worker's death touches no file but
-    the one it had. Gives what went wrong, by source, in the order of the tasks."""
-    from distributed import as_completed
+class _Run:
+    """Tasks under way, and how they ended."""
 
-    waiting = collections.deque(tasks)
-    attempts: collections.Counter[str] = collections.Counter()
-    running: dict[Any, _work.Task] = {}
-    failures: dict[str, str] = {}
-    ended = as_completed()
+    def __init__(self, client: Client, progress: Progress) -> None:
+        self.client, self.progress = client, progress
+        self.failures: dict[str, str] = {}
+        self.suspects: list[_work.Task] = []  # workers died while they had these
 
-    def begin() -> None:
-        while waiting and len(running) < _threads(client):
-            task = waiting.popleft()
-            attempts[task.source] += 1
-            future = client.submit(_work.work, task, pure=False)
-            running[future] = task
-            ended.add(future)
+    def begin(self, task: _work.Task) -> Any:
+        return self.client.submit(_work.work, task, pure=False)
 
-    begin()
-    while running:
-        future = next(ended)
-        task = running.pop(future)
+    def end(self, task: _work.Task, future: Any) -> None:
         error = future.exception() if future.status == "error" else None
-        lost = future.status == "cancelled"
-        if lost and attempts[task.source] < _ATTEMPTS:
-            waiting.append(task)
-        else:
-            if lost or error:
-                failures[task.source] = _failure(error) if error else "the cluster lost it"
-            progress.step(bool(lost or error))
-        begin()
-    return {task.source: failures[task.source] for task in tasks if task.source in failures}
+        if error is None and future.status != "finished":
+            error = RuntimeError("the cluster lost it")
+        if error is not None:
+            self.failures[task.source] = _failure(error)
+        self.progress.step(error is not None)
+
+    def together(self, tasks: Sequence[_work.Task]) -> None:
+        """All of them, a few at a time. Those that workers died of are left aside."""
+        from distributed import as_completed
+
+        waiting = collections.deque(tasks)
+        running: dict[Any, _work.Task] = {}
+        ended = as_completed()
+        while waiting or running:
+            while waiting and len(running) < _AT_A_TIME * _threads(self.client):
+                task = waiting.popleft()
+                future = self.begin(task)
+                running[future] = task
+                ended.add(future)
+            future = next(ended)
+            task = running.pop(future)
+            if future.status == "error" and type(future.exception()).__name__ == "KilledWorker":
+                self.suspects.append(task)
+            else:
+                self.end(task, future)
+
+    def alone(self, task: _work.Task) -> None:
+        """One with nothing beside it, so that a death is its own."""
+        from distributed import wait
+
+        future = self.begin(task)
+        wait(future)
+        self.end(task, future)
+
+
+def run_all(client: Client, tasks: Sequence[_work.Task], progress: Progress) -> dict[str, str]:
+    """Runs the tasks. Gives what went wrong, by source, in the order of the tasks.
+
+    The scheduler begins the files of a worker that died anew, and gives those up that it saw several die with. Among
+    them may be one that only waited there: each of them is tried once more by itself.
+    """
+    run = _Run(client, progress)
+    run.together(tasks)
+    for task in run.suspects:
+        run.alone(task)
+    return {task.source: run.failures[task.source] for task in tasks if task.source in run.failures}
 
 
 def each(

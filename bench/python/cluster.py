@@ -1,0 +1,117 @@
+"""Measures of tqx.cluster, of this machine as it is.
+
+    PYTHONPATH=build/release/python python3 bench/python/cluster.py each PHOTO [COUNT]
+    PYTHONPATH=build/release/python python3 bench/python/cluster.py apply [SIDE]
+
+``each``: copies of a photograph, blurred and brightened in a loop of one process and by each on all cores.
+``apply``: SIDE x SIDE pixels of colour in a raw file, blurred in 64 pieces on two workers to a Zarr folder, with the
+most memory that a worker had; then again with one of them killed in the middle.
+"""
+
+from __future__ import annotations
+
+import os
+import pathlib
+import resource
+import shutil
+import signal
+import sys
+import tempfile
+import threading
+import time
+from typing import Any
+
+import numpy as np
+
+import tqx
+import tqx.cluster
+from tqx.cluster import _each
+
+PROGRAM = """
+import tqx
+
+def work(source, result):
+    picture = tqx.PictureTQX.from_array(tqx.imread(source))
+    tqx.imwrite(result, picture.BoxBlurFilter(None, 3, 3).GammaFilter(None, 1.5))
+"""
+
+
+def timed(name: str, work: Any) -> float:
+    """Seconds of a call, told with the machine's load before it."""
+    load = os.getloadavg()[0]
+    begin = time.perf_counter()
+    work()
+    seconds = time.perf_counter() - begin
+    print(f"{seconds:8.2f} s  {name} (load before: {load:.1f})", flush=True)
+    return seconds
+
+
+def measure_each(folder: pathlib.Path, photo: str, count: int) -> None:
+    """Both ways in turn, twice."""
+    program = folder / "program.py"
+    program.write_text(PROGRAM)
+    sources = [str(folder / f"{i:03}.jpg") for i in range(count)]
+    for source in sources:
+        shutil.copy(photo, source)
+    space: dict[str, Any] = {}
+    exec(PROGRAM, space)  # noqa: S102
+
+    def one_process() -> None:
+        out = folder / "one"
+        out.mkdir(exist_ok=True)
+        for source in sources:
+            space["work"](source, str(out / pathlib.Path(source).name))
+
+    for _ in range(2):
+        one = timed(f"{count} photographs in one process", one_process)
+        many = timed(f"{count} by each", lambda: _each.each(f"{program}:work", sources, str(folder / "many")))
+        print(f"{one / many:8.2f} times as fast")
+    same = all((folder / "one" / path.name).read_bytes() == path.read_bytes() for path in (folder / "many").iterdir())
+    print("same bytes:", same)
+
+
+def blur(folder: pathlib.Path, side: int, kill: bool) -> None:
+    """A blur in 64 pieces on two workers."""
+    from distributed import Client, LocalCluster
+
+    chunk = side // 8
+    pixels = tqx.cluster.open(folder / "pixels.raw", shape=(side, side, 3), chunk=chunk)
+    result = tqx.cluster.apply(pixels, "BoxBlurFilter", 5)
+    with LocalCluster(
+        n_workers=2, threads_per_worker=1, dashboard_address=None, memory_limit="500MB"
+    ) as cluster, Client(cluster) as client:
+        future = result.to_zarr(str(folder / "blurred.zarr"), overwrite=True, compute=False)
+        pids = list(client.run(os.getpid).values())
+        if kill:
+            threading.Timer(5, os.kill, (pids[0], signal.SIGKILL)).start()
+        timed(
+            f"{side} x {side} blurred" + (", a worker killed" if kill else ""), lambda: client.compute(future).result()
+        )
+        most = client.run(lambda: resource.getrusage(resource.RUSAGE_SELF).ru_maxrss // 1024)
+        print("most resident, MB:", sorted(most.values()))
+
+
+def measure_apply(folder: pathlib.Path, side: int) -> None:
+    """Without and with a worker killed; a band is compared with one call on it."""
+    row = np.random.default_rng(1)
+    with open(folder / "pixels.raw", "wb") as file:
+        for _ in range(side):
+            file.write(row.integers(0, 256, (side, 3)).astype(np.uint8).tobytes())
+    import zarr
+
+    for kill in (False, True):
+        blur(folder, side, kill)
+        source = np.memmap(folder / "pixels.raw", np.uint8, "r", shape=(side, side, 3))
+        middle = side // 2
+        band = tqx.PictureTQX.from_array(np.array(source[middle - 60 : middle + 60]))
+        expected = np.asarray(band.BoxBlurFilter(None, 5))[5:-5]
+        got = zarr.open(str(folder / "blurred.zarr"), mode="r")[middle - 55 : middle + 55]
+        print("same bytes in a band of full width:", np.array_equal(got, expected))
+
+
+if __name__ == "__main__":
+    with tempfile.TemporaryDirectory(prefix="tqx-measure-") as name:
+        if sys.argv[1] == "each":
+            measure_each(pathlib.Path(name), sys.argv[2], int((sys.argv[3:] or ["200"])[0]))
+        else:
+            measure_apply(pathlib.Path(name), int((sys.argv[2:] or ["20000"])[0]))
