@@ -170,7 +170,15 @@ def each(
     resume: bool = False,
     suffix: str | None = None,
 ) -> int:
-    """What ``python3 -m tqx.cluster each`` does; gives its exit code."""
+    """Runs a script, or a function(source, result) named MODULE:FUNCTION or FILE.py:FUNCTION, for each source.
+
+    Results go to the folder ``out`` under their sources' names, with ``suffix`` as the extension if it is given;
+    each is written whole or not at all. ``scheduler`` is the address of a running cluster, else there is one of this
+    machine with a process a core. With ``resume`` sources whose results are there and newer are left out.
+
+    What failed is named on standard error. Gives 0, or 1 when something failed; raises UsageError for what can't be
+    begun.
+    """
     program = _checked(program)
     folder = pathlib.Path(out).absolute()
     try:
