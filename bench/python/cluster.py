@@ -36,14 +36,19 @@ def work(source, result):
 """
 
 
-def timed(name: str, work: Any) -> float:
-    """Seconds of a call, told with the machine's load before it."""
-    load = os.getloadavg()[0]
+def processor_seconds() -> float:
+    """What this process and those that it started and saw end have used."""
+    return sum(os.times()[:4])
+
+
+def timed(name: str, work: Any) -> tuple[float, float]:
+    """Seconds of a call by the clock and of processors, told with the machine's load before it."""
+    load, used = os.getloadavg()[0], processor_seconds()
     begin = time.perf_counter()
     work()
-    seconds = time.perf_counter() - begin
-    print(f"{seconds:8.2f} s  {name} (load before: {load:.1f})", flush=True)
-    return seconds
+    seconds, used = time.perf_counter() - begin, processor_seconds() - used
+    print(f"{seconds:8.2f} s, {used:.2f} of processors  {name} (load before: {load:.1f})", flush=True)
+    return seconds, used
 
 
 def measure_each(folder: pathlib.Path, photo: str, count: int) -> None:
@@ -65,7 +70,10 @@ def measure_each(folder: pathlib.Path, photo: str, count: int) -> None:
     for _ in range(2):
         one = timed(f"{count} photographs in one process", one_process)
         many = timed(f"{count} by each", lambda: _each.each(f"{program}:work", sources, str(folder / "many")))
-        print(f"{one / many:8.2f} times as fast")
+        cores = len(os.sched_getaffinity(0))
+        print(
+            f"{one[0] / many[0]:8.2f} times as fast; by processor time {cores * one[1] / many[1]:.2f} on {cores} idle cores"
+        )
     same = all((folder / "one" / path.name).read_bytes() == path.read_bytes() for path in (folder / "many").iterdir())
     print("same bytes:", same)
 

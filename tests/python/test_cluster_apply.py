@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import pickle
 import random
 from typing import Any
 
@@ -215,3 +216,11 @@ def test_files_are_opened_as_arrays(tmp_path: Any) -> None:
         assert np.array_equal(opened.compute(), pixels)
     with pytest.raises(ValueError, match="scratch"):
         open_array(tmp_path / "a.tiff")
+    with pytest.raises(ValueError, match="shorter"):
+        open_array(tmp_path / "a.raw", shape=(71, 50, 3))
+
+
+def test_workers_are_sent_no_pixels_of_a_file(tmp_path: Any) -> None:
+    (tmp_path / "a.raw").write_bytes(bytes(1_000_000))
+    raw = open_array(tmp_path / "a.raw", shape=(1000, 1000), chunk=500)
+    assert len(pickle.dumps(dict(apply(raw, "BoxBlurFilter", 3).dask))) < 100_000

@@ -163,3 +163,13 @@ def test_pieces_on_a_cluster_survive_a_worker(folder: pathlib.Path) -> None:
     (folder / "kill.py").write_text(textwrap.dedent(code))
     ended = subprocess.run([sys.executable, "kill.py"], cwd=folder, capture_output=True, text=True, timeout=200)
     assert ended.stdout == "True\n", ended.stderr
+
+
+def test_a_cluster_that_is_running_is_used(folder: pathlib.Path) -> None:
+    from distributed import LocalCluster
+
+    out = folder / "out"
+    with LocalCluster(n_workers=2, threads_per_worker=1, dashboard_address=None) as cluster:
+        ended = each(folder, "work.py:brighten", "--out", str(out), "--scheduler", cluster.scheduler_address)
+    assert ended.returncode == 0, ended.stderr
+    assert_all_bright(folder, out)

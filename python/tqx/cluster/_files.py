@@ -13,6 +13,20 @@ from tqx import _native
 Path = Union[str, "os.PathLike[str]"]
 
 
+class _RawPixels:
+    """Raw pixels of a file, of which each piece reads its part: a map of the file would go to workers whole."""
+
+    dtype = np.dtype(np.uint8)
+
+    def __init__(self, path: str, shape: tuple[int, ...]) -> None:
+        if os.path.getsize(path) < np.prod(shape, dtype=np.int64):
+            raise ValueError(f"{path}: is shorter than pixels of {shape}")
+        self.path, self.shape, self.ndim = path, shape, len(shape)
+
+    def __getitem__(self, index: Any) -> Any:
+        return np.array(np.memmap(self.path, dtype=np.uint8, mode="r", shape=self.shape)[index])
+
+
 def open(path: Path, *, shape: tuple[int, ...] | None = None, chunk: int = 2048, scratch: Path | None = None) -> Any:
     """A ``dask.array`` of uint8 over a file, in pieces of ``chunk`` x ``chunk`` pixels.
 
@@ -24,7 +38,7 @@ def open(path: Path, *, shape: tuple[int, ...] | None = None, chunk: int = 2048,
     import dask.array as da
 
     if shape is not None:
-        pixels = np.memmap(path, dtype=np.uint8, mode="r", shape=shape)
+        pixels = _RawPixels(os.path.abspath(path), shape)
         return da.from_array(pixels, chunks=(chunk, chunk, *shape[2:]), name=False)
     if pathlib.Path(path).is_dir():
         return da.from_zarr(os.fspath(path))
