@@ -6,7 +6,7 @@ cd "$(dirname "$0")"
 . tools/packages.sh
 with_python=OFF
 [ "${1:-}" != python ] || with_python=ON
-install_packages $build_packages $photo_packages $([ $with_python = OFF ] || echo $python_packages)
+install_packages $build_packages $photo_packages
 
 CMAKE_EXTRA="${CMAKE_EXTRA:-} -DTQX_TESTS=OFF -DTQX_BENCHMARKS=OFF -DTQX_PYTHON=$with_python" build release
 photo=$(dpkg -L $photo_packages | grep '/seeding_by_Clements_Engelhardt\.jpg$')

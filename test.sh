@@ -3,7 +3,7 @@
 set -euo pipefail
 cd "$(dirname "$0")"
 . tools/packages.sh
-install_packages $build_packages $test_packages $photo_packages $python_packages $python_test_packages
+install_packages $build_packages $test_packages $photo_packages $python_test_packages
 
 # Which levels the digests of all members were compared at, as ctest told.
 levels_run() {

@@ -6,7 +6,7 @@ cd "$(dirname "$0")/.."
 . tools/packages.sh
 install_packages $build_packages $photo_packages $site_packages
 
-CMAKE_EXTRA="${CMAKE_EXTRA:-} -DTQX_TESTS=OFF -DTQX_BENCHMARKS=OFF" build release
+CMAKE_EXTRA="${CMAKE_EXTRA:-} -DTQX_TESTS=OFF -DTQX_BENCHMARKS=OFF -DTQX_PYTHON=OFF" build release
 photo=$(dpkg -L $photo_packages | grep '/seeding_by_Clements_Engelhardt\.jpg$')
 /usr/bin/python3 site/make_pages.py build/release/bin/tqx "$photo" build/site-pages
 mkdocs build --quiet --config-file site/mkdocs.yml

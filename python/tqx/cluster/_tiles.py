@@ -98,7 +98,7 @@ def new_picture(height: int, width: int, code: int) -> Any:
 def pixels_of(picture: Any, box: Box | None = None) -> Pixels:
     """A copy of a picture's pixels, or of a part."""
     view = np.asarray(picture)
-    return np.ascontiguousarray(view if box is None else box.of(view)).copy()
+    return np.array(view if box is None else box.of(view), order="C")
 
 
 def refused(name: str) -> ValueError:
