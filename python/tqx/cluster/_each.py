@@ -51,9 +51,20 @@ def is_done(task: _work.Task) -> bool:
         return False
 
 
+# Of a cluster that lives for one command nobody looks at the engine's statistics, which every one of its processes
+# gathers all the time.
+_QUIET = {
+    "distributed.worker.profile.enabled": False,
+    "distributed.admin.tick.interval": "200ms",
+    "distributed.admin.system-monitor.interval": "5s",
+    "distributed.admin.system-monitor.disk": False,
+}
+
+
 @contextlib.contextmanager
 def connect(scheduler: str | None) -> Iterator[Client]:
     """A client of the scheduler at an address, or of a cluster of this machine with a process a core."""
+    import dask
     from distributed import Client, LocalCluster
 
     if scheduler:
@@ -61,7 +72,7 @@ def connect(scheduler: str | None) -> Iterator[Client]:
             yield client
         return
     cores = len(os.sched_getaffinity(0))
-    with LocalCluster(
+    with dask.config.set(_QUIET), LocalCluster(
         n_workers=cores, threads_per_worker=1, dashboard_address=None, silence_logs=50
     ) as cluster, Client(cluster) as client:
         yield client
