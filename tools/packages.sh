@@ -10,9 +10,6 @@ wheel_packages="python3-pip python3-venv python3-skbuild python3-setuptools pyth
 python_test_packages="python3-pytest python3-pil mypy python3-dask python3-distributed python3-zarr"
 format_packages="clang-format black"
 elsewhere_packages="mmdebstrap qemu-user g++-aarch64-linux-gnu g++-s390x-linux-gnu"
-elsewhere_libraries="libstdc++-12-dev libffi-dev libpng-dev libjpeg62-turbo-dev libtiff-dev libwebp-dev libgif-dev
-    libexif-dev libcli11-dev libutf8proc-dev libpcre2-dev libfreetype-dev libharfbuzz-dev
-    nlohmann-json3-dev libgtest-dev libgmock-dev libmpfr-dev"
 site_packages="mkdocs mkdocs-material python3"
 site_check_packages="chromium chromium-driver python3-selenium"
 peers_packages="python3-opencv python3-pil python3-numpy python3-wand python3-gi gir1.2-vips-8.0 libzimg2
