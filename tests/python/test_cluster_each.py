@@ -32,6 +32,7 @@ def die_once(source, result):
     mark = pathlib.Path(source + ".mark")
     if source.endswith("3.png") and not mark.exists():
         mark.touch()
+        pathlib.Path(result).touch()
         os._exit(9)
     brighten(source, result)
 

@@ -16,6 +16,8 @@ from . import _work
 if TYPE_CHECKING:
     from distributed import Client
 
+# How often a file that was lost is begun by itself.
+_ALONE = 3
 # Files at a time for each thread: the next one waits at the worker when one is done.
 _AT_A_TIME = 2
 
@@ -111,6 +113,13 @@ def _threads(client: Client) -> int:
     return max(sum(client.nthreads().values()), 1)
 
 
+def _was_lost(future: Any) -> bool:
+    """Whether a task has no end of its own: workers died with it, or the scheduler forgot it when one did."""
+    if future.status == "error":
+        return type(future.exception()).__name__ == "KilledWorker"
+    return future.status != "finished"
+
+
 class _Run:
     """Tasks under way, and how they ended."""
 
@@ -145,7 +154,7 @@ class _Run:
                 ended.add(future)
             future = next(ended)
             task = running.pop(future)
-            if future.status == "error" and type(future.exception()).__name__ == "KilledWorker":
+            if _was_lost(future):
                 self.suspects.append(task)
             else:
                 self.end(task, future)
@@ -154,8 +163,11 @@ class _Run:
         """One with nothing beside it, so that a death is its own."""
         from distributed import wait
 
-        future = self.begin(task)
-        wait(future)
+        for _ in range(_ALONE):
+            future = self.begin(task)
+            wait(future)
+            if future.status in ("finished", "error"):
+                break
         self.end(task, future)
 
 
@@ -205,8 +217,8 @@ def each(
             with connect(scheduler) as client:
                 failures = run_all(client, left, progress)
         finally:
-            for task in left:  # what a worker that died left behind
-                pathlib.Path(task.partial).unlink(missing_ok=True)
+            for partial in _work.partials(left, folder):  # of workers that died
+                partial.unlink(missing_ok=True)
             progress.end()
     for source, why in failures.items():
         print(f"{source}: {why}", file=sys.stderr)

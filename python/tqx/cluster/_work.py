@@ -8,7 +8,8 @@ import importlib
 import importlib.util
 import os
 import pathlib
-from collections.abc import Callable
+import uuid
+from collections.abc import Callable, Sequence
 from typing import Any
 
 from tqx import _native
@@ -20,7 +21,7 @@ class ScriptFailed(Exception):
 
 @dataclasses.dataclass(frozen=True)
 class Task:
-    """One file: what makes ``result`` of ``source``, by way of ``partial`` in the same folder."""
+    """One file: what makes ``result`` of ``source``, by way of a file named after ``partial`` in the same folder."""
 
     program: str  # a script's path, or MODULE:FUNCTION
     source: str
@@ -47,21 +48,29 @@ def load_function(program: str) -> Callable[[str, str], Any]:
     return getattr(module, function)  # type: ignore[no-any-return]
 
 
-def _run(task: Task) -> None:
+def partials(tasks: Sequence[Task], folder: pathlib.Path) -> list[pathlib.Path]:
+    """What attempts that did not end left in the folder."""
+    names = {pathlib.Path(task.partial).stem for task in tasks}
+    return [entry for entry in folder.iterdir() if entry.stem.rpartition("-")[0] in names]
+
+
+def _run(task: Task, partial: str) -> None:
     if is_function(task.program):
-        load_function(task.program)(task.source, task.partial)
+        load_function(task.program)(task.source, partial)
         return
-    code, _, messages = _native.run_script(task.program, [task.source, task.partial])
+    code, _, messages = _native.run_script(task.program, [task.source, partial])
     if code != 0:
         raise ScriptFailed(messages.strip() or f"the script ended with code {code}")
 
 
 def work(task: Task) -> None:
-    """Makes the result whole, or not at all."""
+    """Makes the result whole, or not at all. Two attempts at a time don't meet."""
+    path = pathlib.Path(task.partial)
+    partial = path.with_stem(f"{path.stem}-{uuid.uuid4().hex[:8]}")
     try:
-        _run(task)
-        if not os.path.exists(task.partial):
+        _run(task, str(partial))
+        if not partial.exists():
             raise FileNotFoundError("no result was written")
-        os.replace(task.partial, task.result)
+        os.replace(partial, task.result)
     finally:
-        pathlib.Path(task.partial).unlink(missing_ok=True)
+        partial.unlink(missing_ok=True)
