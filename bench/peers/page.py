@@ -35,7 +35,9 @@ def summary(measured):
     about, rows = measured["about"], measured["rows"]
     ahead = sum(row["ours"]["share"] >= best_peer(row)["share"] for row in rows)
     return (f"{about['processor']}, {about['compiler']}; {', '.join(about['libraries'])}. "
-            f"At least as fast as the fastest peer in {ahead} of {len(rows)} rows.")
+            f"At least as fast as the fastest peer in {ahead} of {len(rows)} rows.\n\n"
+            f"![RGB](speed-{about['level']}-RGB.svg)\n\n[RGBA](speed-{about['level']}-RGBA.svg) and "
+            f"[gray](speed-{about['level']}-gray.svg) as charts.")
 
 
 # --- Charts -----------------------------------------------------------------------------------
