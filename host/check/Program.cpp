@@ -167,7 +167,7 @@ class ProgramMaker {
 
     std::string Assignment(const Method& method, const Class& type) {
         auto arguments = Arguments(method.declaration, type, false);
-        const Expression value = Argument({"value", method.declaration.result}, arguments.size(), type);
+        const Expression value = Argument({{}, "value", method.declaration.result, {}}, arguments.size(), type);
         return BeforeText(arguments) + value.before + AnyVariable(type) + "." + method.declaration.name +
                ListText(arguments) + " = " + value.text + "\n";
     }
@@ -179,7 +179,8 @@ class ProgramMaker {
         // Objects that hold each other would be left alive by the program, not by the plug-in.
         const Class* own = OwnClass(property.type);
         const bool circles = own && (own->InheritsFrom(type) || type.InheritsFrom(*own));
-        const Expression value = circles ? Literal(Value(nullptr)) : Argument({"value", property.type}, 0, type);
+        const Expression value =
+            circles ? Literal(Value(nullptr)) : Argument({{}, "value", property.type, {}}, 0, type);
         return value.before + place + " = " + value.text + "\n";
     }
 

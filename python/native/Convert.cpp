@@ -39,7 +39,8 @@ MaybeValue Whole(PyObject* value, const Type& place) {
     int overflow = 0;
     const long long whole = PyLong_AsLongLongAndOverflow(number.ptr(), &overflow);
     if (overflow) FailRange(number.ptr(), place);
-    if (host::IsWholeKind(place.kind) && (whole < host::LowestOf(place.kind) || whole > host::HighestOf(place.kind)))
+    if (host::IsWholeKind(place.kind) &&
+        (std::cmp_less(whole, host::LowestOf(place.kind)) || std::cmp_greater(whole, host::HighestOf(place.kind))))
         FailRange(number.ptr(), place);
     if (whole >= INT32_MIN && whole <= INT32_MAX) return Value(static_cast<std::int32_t>(whole));
     return Value(static_cast<std::int64_t>(whole));

@@ -313,7 +313,7 @@ class StrayCases {
         }
         if (!method.assignable()) return;
         Declaration setter = method.declaration;
-        setter.parameters.push_back({"value", method.declaration.result});
+        setter.parameters.push_back({{}, "value", method.declaration.result, {}});
         one.action = Action::Assign;
         one.arguments = Lists(setter, twins.other, false).front();
         cases_.push_back({one, kSelf});

@@ -52,11 +52,6 @@ void Fill(Object* self, std::int32_t value) {
     if (FAULT == 3 && data.bytes) data.bytes[std::ptrdiff_t{data.height} * data.rowSize] = 1;
 }
 
-template <sdk::Text Type, class Field>
-constexpr sdk::PropertyRecord ReadOnly(const char* name, std::size_t offset) {
-    return {name, Type.characters, 6, sdk::FieldAs<Type, Field>(offset), sdk::kNoAccess};
-}
-
 sdk::ClassDefinition pixels{
     .version = sdk::kInterfaceVersion, .name = "Pixels", .instanceDataSize = sizeof(Data), .destructor = &Close};
 
@@ -65,7 +60,7 @@ sdk::ClassDefinition pixels{
 TEST_PLUGIN_ENTRY(sdk::EntryFunction entry) {
     KeepResolver(entry);
     CallHost(sdk::kRegisterPluginVersion, sdk::kInterfaceVersion);
-    using sdk::Method;
+    using sdk::Method, sdk::ReadOnly;
     constexpr auto flags = sdk::kMemberPortable;
     static const sdk::MethodRecord methods[] = {
         Method<"Constructor(block as MemoryBlock, width as integer, height as integer, RowSize as integer)",
@@ -74,16 +69,16 @@ TEST_PLUGIN_ENTRY(sdk::EntryFunction entry) {
         Method<"Fill(value as integer)", &Fill>(flags),
     };
     static const sdk::PropertyRecord properties[] = {
-        ReadOnly<"Integer", std::int32_t>("Width", offsetof(Data, width)),
-        ReadOnly<"Integer", std::int32_t>("Height", offsetof(Data, height)),
-        ReadOnly<"Integer", std::int32_t>("RowSize", offsetof(Data, rowSize)),
-        ReadOnly<"Integer", std::int32_t>("PixelSize", offsetof(Data, pixelSize)),
-        ReadOnly<"Integer", std::int32_t>("RedOffset", offsetof(Data, redOffset)),
-        ReadOnly<"Integer", std::int32_t>("GreenOffset", offsetof(Data, greenOffset)),
-        ReadOnly<"Integer", std::int32_t>("BlueOffset", offsetof(Data, blueOffset)),
-        ReadOnly<"Boolean", bool>("HasRed", offsetof(Data, hasRed)),
-        ReadOnly<"Boolean", bool>("HasGreen", offsetof(Data, hasGreen)),
-        ReadOnly<"Boolean", bool>("HasBlue", offsetof(Data, hasBlue)),
+        ReadOnly<"Width as Integer", &Data::width>(flags),
+        ReadOnly<"Height as Integer", &Data::height>(flags),
+        ReadOnly<"RowSize as Integer", &Data::rowSize>(flags),
+        ReadOnly<"PixelSize as Integer", &Data::pixelSize>(flags),
+        ReadOnly<"RedOffset as Integer", &Data::redOffset>(flags),
+        ReadOnly<"GreenOffset as Integer", &Data::greenOffset>(flags),
+        ReadOnly<"BlueOffset as Integer", &Data::blueOffset>(flags),
+        ReadOnly<"HasRed as Boolean", &Data::hasRed>(flags),
+        ReadOnly<"HasGreen as Boolean", &Data::hasGreen>(flags),
+        ReadOnly<"HasBlue as Boolean", &Data::hasBlue>(flags),
     };
     pixels.methods = methods;
     pixels.methodCount = static_cast<std::int32_t>(std::size(methods));
