@@ -61,7 +61,8 @@ RowRange RowsOf(const PixelBuffer& buffer) {
     // Storage rows, then rows from the end that lies at storage row RowOffset.
     const std::int64_t first = std::max<std::int64_t>(0, -std::int64_t{buffer.RowOffset});
     const std::int64_t end = std::min<std::int64_t>(buffer.Height, std::int64_t{buffer.storageRows} - buffer.RowOffset);
-    if (end <= first) return {0, 0};
+    const bool hasBytes = buffer.Width != 0 || buffer.RowSize != 0;
+    if (end <= first || !hasBytes) return {0, 0};
     if (!IsMirrored(buffer)) return {static_cast<std::int32_t>(first), static_cast<std::int32_t>(end)};
     return {static_cast<std::int32_t>(buffer.Height - end), static_cast<std::int32_t>(buffer.Height - first)};
 }

@@ -120,7 +120,8 @@ struct RowRange {
 };
 
 // The picture's rows that its storage has. A clip may claim 2^31 - 1 rows of a storage of ten, so
-// loops over rows go over these and not from 0 to Height: the address of any other row is null.
+// loops over rows go over these and not from 0 to Height: the address of any other row is null. Rows
+// without a byte, of which there may be as many in no memory at all, are none.
 RowRange RowsOf(const PixelBuffer& buffer);
 
 // The rows that are in both ranges.

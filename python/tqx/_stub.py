@@ -106,7 +106,7 @@ def _overloads(name: str, methods: list[Record], *, static: bool = False) -> str
     """All forms of a method; those that look the same in Python once."""
     forms: dict[tuple[str, ...], str] = {}
     for method in methods:
-        types = tuple(p["type"] for p in method["parameters"])
+        types = tuple(taken(p["type"]) for p in method["parameters"])
         self = [] if static else ["self"]
         result = "None" if name == "__init__" else given(method["result"])
         forms.setdefault(types, _function(name, self + _parameters(method, methods), result))
