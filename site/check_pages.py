@@ -127,7 +127,9 @@ def main():
             for scheme in SCHEMES:
                 shot = shots / f"{page.stem}-{width_name}-{scheme}.png"
                 address = f"http://127.0.0.1:{port}/{page}"
-                found += [f"{page}, {width_name}, {scheme}: {wrong}" for wrong in look_at(driver, address, scheme, shot)]
+                found += [
+                    f"{page}, {width_name}, {scheme}: {wrong}" for wrong in look_at(driver, address, scheme, shot)
+                ]
         driver.quit()
     print("\n".join(found) if found else f"{len(pages)} pages, all good")
     sys.exit(1 if found else 0)

@@ -69,8 +69,11 @@ class Pages:
     # --- What stands elsewhere ---------------------------------------------------------------
 
     def copy_documents(self):
+        """Links that lead out of docs/ lead nowhere from the pages: their words stay."""
         for source in (ROOT / "docs").iterdir():
-            if source.is_file():
+            if source.suffix == ".md":
+                self.write(source.name, re.sub(r"\[([^]]*)\]\(\.\./[^)]*\)", r"\1", source.read_text(encoding="utf-8")))
+            elif source.is_file():
                 shutil.copy(source, self.folder)
         for source in (SITE / "pages").iterdir():
             shutil.copy(source, self.folder)
@@ -106,14 +109,18 @@ class Pages:
 
     def make_start(self):
         page = self.folder / "index.md"
-        strip = self.strip("GammaFilter BoxBlurFilter SolarizeFilter DitherFilter OilFilter NeonFilter StampFilter "
-                           "Rotate".split())
+        strip = self.strip(
+            "GammaFilter BoxBlurFilter SolarizeFilter DitherFilter OilFilter NeonFilter StampFilter " "Rotate".split()
+        )
         page.write_text(page.read_text(encoding="utf-8").replace("<!-- strip -->", strip), encoding="utf-8")
 
     def make_kernels(self):
         kernels = {"ScaleFast, the nearest pixel": 0}
-        kernels |= {name: value for name, value in sorted(self.constants.items(), key=lambda item: item[1])
-                    if re.fullmatch(r"Scale[A-Z]\w+", name)}
+        kernels |= {
+            name: value
+            for name, value in sorted(self.constants.items(), key=lambda item: item[1])
+            if re.fullmatch(r"Scale[A-Z]\w+", name)
+        }
         figures = [
             (self.figure("kernels.rbs", f"kernel{value}.png", value), f"A dandelion eight times as large: {name}", name)
             for name, value in kernels.items()
@@ -121,7 +128,9 @@ class Pages:
         self.write(
             "kernels.md",
             "# Kernels\n\nThe same 60 × 34 pixels at eight times their size. `Scale` filters with one of seven "
-            "kernels, `ScaleFast` takes the nearest pixel.\n\n" + picture_row("pair", figures) + "\n\n"
+            "kernels, `ScaleFast` takes the nearest pixel.\n\n"
+            + picture_row("pair", figures)
+            + "\n\n"
             + self.shown_script("kernels.rbs"),
         )
 
@@ -134,7 +143,9 @@ class Pages:
         self.write(
             "dither.md",
             "# Dither matrices\n\nThe photograph in black and white dots, by each of the ten matrices.\n\n"
-            + picture_row("pair", figures) + "\n\n" + self.shown_script("dither.rbs"),
+            + picture_row("pair", figures)
+            + "\n\n"
+            + self.shown_script("dither.rbs"),
         )
 
     def shown_script(self, name):
@@ -166,8 +177,10 @@ class Pages:
         listed = self.command("members")
         classes = words_below(listed, "Classes")
         functions = words_below(listed, "Functions")
-        text = ["# Framework\n\nThe classes and functions that scripts have besides the plug-in's, as `tqx members` "
-                "tells them.\n\n## Classes\n"]
+        text = [
+            "# Framework\n\nThe classes and functions that scripts have besides the plug-in's, as `tqx members` "
+            "tells them.\n\n## Classes\n"
+        ]
         text += [self.described(name, "###") for name in classes]
         text.append("## Functions\n")
         text += [self.described(name, "###") for name in functions]
