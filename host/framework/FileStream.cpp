@@ -122,6 +122,7 @@ bool FileStream::ReadLine(std::string& line) {
 void FileStream::Write(std::string_view bytes) {
     std::FILE* file = OpenForWriting();
     Turn(Last::Write);
+    if (bytes.empty()) return;
     if (std::fwrite(bytes.data(), 1, bytes.size(), file) != bytes.size()) FailSystem("can't be written");
 }
 

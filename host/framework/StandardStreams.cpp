@@ -49,6 +49,7 @@ void Write(sdk::Object* stream, sdk::String* text) {
     std::FILE* const file = FileOf(stream);
     if (file == stderr) std::fflush(stdout);
     const std::string_view bytes = Bytes(text);
+    if (bytes.empty()) return;
     if (std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size()) return;
     const int number = errno;
     Fail("IOException", std::string("standard output") + ": can't be written: " + std::strerror(number), number);

@@ -145,7 +145,11 @@ std::int32_t ReadNumber(Object*, Object* other, String* name) {
     return CallHost(sdk::kREALGetPropValueInt, other, static_cast<const char*>(text), &value) ? value : -1;
 }
 
-std::int32_t Thrice(std::int32_t x) { return 3 * x; }
+std::int32_t Times(std::uint32_t factor, std::int32_t x) {
+    return static_cast<std::int32_t>(factor * static_cast<std::uint32_t>(x));
+}
+
+std::int32_t Thrice(std::int32_t x) { return Times(3, x); }
 
 void ConstructDefault(Object*) {}
 void ConstructWith(Object* self, std::int32_t count, String* label) {
@@ -236,7 +240,7 @@ const sdk::MethodRecord* SharedMethods() {
     return methods;
 }
 
-std::int32_t DoubleCount(Object* self) { return 2 * DataOf(self)->count; }
+std::int32_t DoubleCount(Object* self) { return Times(2, DataOf(self)->count); }
 
 const sdk::PropertyRecord* Properties() {
     using sdk::ReadOnly, sdk::ReadWrite;
@@ -279,7 +283,7 @@ struct DerivedData {
 
 void ConstructDerived(Object* self) {
     reinterpret_cast<DerivedData*>(reinterpret_cast<std::uint8_t*>(self) + derived.instanceDataOffset)->extra =
-        DataOf(self)->count + 1;
+        static_cast<std::int32_t>(static_cast<std::uint32_t>(DataOf(self)->count) + 1);
 }
 
 const sdk::PropertyRecord derivedProperties[] = {{"Extra", "Integer", 6, sdk::FieldAt(0), sdk::FieldAt(0)}};
