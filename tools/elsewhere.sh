@@ -19,7 +19,7 @@ debian_name() {
 # unpack_libraries MACHINE FOLDER
 unpack_libraries() {
     local include
-    include=$(printf '%s\n' libstdc++-12-dev $build_packages $test_packages | grep -e '-dev$' | paste -sd ,)
+    include=$(printf '%s\n' libstdc++-12-dev $build_packages $test_packages | grep -e '-dev$' | grep -v -e python -e pybind | paste -sd ,)
     [ "$(cat "$2/.complete" 2>/dev/null)" != "$include" ] || return 0
     rm -rf "$2"
     mmdebstrap --quiet --variant=extract --arch="$(debian_name "$1")" --include="$include" \
