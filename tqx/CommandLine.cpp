@@ -1,3 +1,4 @@
+// Subcommands and options, read with CLI11.
 #include "tqx/CommandLine.h"
 
 #include <unistd.h>

@@ -1,3 +1,4 @@
+// Lines through libedit, or read as they are.
 #include "tqx/LineEditor.h"
 
 #include <histedit.h>

@@ -1,3 +1,4 @@
+// Writing to standard output and remembering what failed.
 #include "tqx/Output.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// Finds plug-ins' scratch files among the open descriptors, and removes them.
 #include "tqx/PluginFiles.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// A script found, checked and run, from its words to its exit code.
 #include <unistd.h>
 
 #include <cstdio>

@@ -1,3 +1,4 @@
+// Splits the command's own words from a script's.
 #include "tqx/ScriptWords.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Handlers that ask a script to end, or end the process at once.
 #include "tqx/Signals.h"
 
 #include <unistd.h>

@@ -1,3 +1,4 @@
+// A thread that draws the line, and erases it in time.
 #include "tqx/StatusLine.h"
 
 #include <cstdio>

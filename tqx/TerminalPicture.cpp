@@ -1,3 +1,4 @@
+// Pictures through libchafa.
 #include "tqx/TerminalPicture.h"
 
 #include <chafa.h>

@@ -1,3 +1,4 @@
+// Which exception class stands for what C++ code throws, and raising it at the border.
 #include "host/calls/Border.h"
 
 #include <new>

@@ -1,3 +1,4 @@
+// From values to registers and back: a call planned once for each function, then made through libffi or straight.
 #include "host/calls/Call.h"
 
 #include <ffi.h>

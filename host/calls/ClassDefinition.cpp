@@ -1,3 +1,4 @@
+// A class made from a plug-in's record, complaint by complaint.
 #include "host/calls/ClassDefinition.h"
 
 #include <span>

@@ -1,3 +1,4 @@
+// Reads declarations with the script language's lexer and parameter grammar.
 #include "host/calls/Declaration.h"
 
 #include <algorithm>

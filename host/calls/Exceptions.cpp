@@ -1,3 +1,4 @@
+// Data and members of RuntimeException, and the list of its subclasses.
 #include "host/calls/Exceptions.h"
 
 #include "host/calls/Call.h"

@@ -1,3 +1,4 @@
+// What is said of typographic quotes and dashes and of other languages' signs.
 #include "host/calls/ForeignText.h"
 
 namespace host {

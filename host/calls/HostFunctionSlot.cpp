@@ -1,3 +1,4 @@
+// What a host function gives while it is made to fail.
 #include "host/calls/HostFunctionSlot.h"
 
 namespace host {

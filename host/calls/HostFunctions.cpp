@@ -1,3 +1,4 @@
+// The functions of the core as a table of names and code, for the resolver.
 #include "host/calls/HostFunctions.h"
 
 #include "host/calls/Call.h"

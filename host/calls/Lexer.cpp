@@ -1,3 +1,4 @@
+// Cuts text into words: numbers, texts, signs, ends of lines.
 #include "host/calls/Lexer.h"
 
 #include <charconv>

@@ -1,3 +1,4 @@
+// Costs of conversions, and the cheapest overload by them.
 #include "host/calls/Overload.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Opens a library, finds its entry point and keeps it loaded.
 #include "host/calls/PluginLoader.h"
 
 #include <dlfcn.h>

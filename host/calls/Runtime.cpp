@@ -1,3 +1,4 @@
+// Registers classes and functions, keeps the raised exception, and yields.
 #include "host/calls/Runtime.h"
 
 #include <algorithm>

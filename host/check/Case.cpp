@@ -1,3 +1,4 @@
+// Makes cases from a class's members, and carries one out.
 #include "host/check/Case.h"
 
 #include "host/calls/Call.h"

@@ -1,3 +1,4 @@
+// Runs the table of checks, each in a child of its own, and gathers what they found.
 #include "host/check/Check.h"
 
 #include <fcntl.h>

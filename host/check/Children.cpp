@@ -1,3 +1,4 @@
+// Forks, waits and listens: how a case's end becomes a failure.
 #include "host/check/Children.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// Walks over what can be seen of a value, byte by byte.
 #include "host/check/Digest.h"
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// Which arguments a parameter of each type gets, as script text and as values.
 #include "host/check/Expression.h"
 
 #include <algorithm>

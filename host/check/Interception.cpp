@@ -1,3 +1,4 @@
+// Functions in place of the system's, and how a library's calls come to them.
 #include "host/check/Interception.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// Reads the dynamic section and the segments of a library in memory.
 #include "host/check/LoadedLibrary.h"
 
 #include <dlfcn.h>

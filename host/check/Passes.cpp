@@ -1,3 +1,4 @@
+// Runs the cases of a check and convicts by what became of them.
 #include "host/check/Passes.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Draws statement by statement, with the arguments that checks use and wilder ones.
 #include "host/check/Program.h"
 
 #include <algorithm>

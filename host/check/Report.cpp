@@ -1,3 +1,4 @@
+// Results as lines of text, as JSON and as JUnit's XML.
 #include "host/check/Report.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// A plug-in loaded with a resolver that writes down what passes.
 #include "host/check/Startup.h"
 
 #include <algorithm>

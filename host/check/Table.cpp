@@ -1,3 +1,4 @@
+// All checks in the order in which they run, and where their files lie.
 #include "host/check/Table.h"
 
 #include <unistd.h>

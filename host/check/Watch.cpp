@@ -1,3 +1,4 @@
+// Counts before and after, compared.
 #include "host/check/Watch.h"
 
 #include "host/calls/Runtime.h"

@@ -1,3 +1,4 @@
+// Cases done again with an interval of yields set.
 #include "host/check/Yields.h"
 
 #include "host/check/Passes.h"

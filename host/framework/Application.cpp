@@ -1,3 +1,4 @@
+// The shared methods of App: arguments, and events while a script waits.
 #include "host/framework/Application.h"
 
 #include <algorithm>

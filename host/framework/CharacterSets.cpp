@@ -1,3 +1,4 @@
+// Conversions through the C library's iconv.
 #include "host/framework/CharacterSets.h"
 
 #include <iconv.h>

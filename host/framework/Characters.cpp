@@ -1,3 +1,4 @@
+// Counting and cutting by characters, with marks in long texts.
 #include "host/framework/Characters.h"
 
 #include <utf8proc.h>

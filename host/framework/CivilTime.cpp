@@ -1,3 +1,4 @@
+// Days counted from a year of months that begins in March, so that leap days come last.
 #include "host/framework/CivilTime.h"
 
 #include <ctime>

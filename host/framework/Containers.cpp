@@ -1,3 +1,4 @@
+// Values in a slot of an object, and room for more of them.
 #include "host/framework/Containers.h"
 
 #include "host/calls/Call.h"

@@ -1,3 +1,4 @@
+// A date's fields, set one at a time, and the texts that it gives and reads.
 #include "host/framework/Date.h"
 
 #include <cmath>

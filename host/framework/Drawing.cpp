@@ -1,3 +1,4 @@
+// Rows of a source picked, blended by its mask and stored, any depth to any other.
 #include "host/framework/Drawing.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Reads and writes through the C library's streams, turning between the two.
 #include "host/framework/FileStream.h"
 
 #include <fcntl.h>

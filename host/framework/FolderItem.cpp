@@ -1,3 +1,4 @@
+// An item's path and what the file system says of it; the records that plug-ins get.
 #include "host/framework/FolderItem.h"
 
 #include <sys/stat.h>

@@ -1,3 +1,4 @@
+// Methods of FolderItem that open, copy, move and create, and the folders known by name.
 #include "host/framework/FolderItemCalls.h"
 
 #include <cstdlib>

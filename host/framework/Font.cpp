@@ -1,3 +1,4 @@
+// Finds font files, shapes texts through HarfBuzz and draws outlines through FreeType.
 #include "host/framework/Font.h"
 
 #include <ft2build.h>

@@ -1,3 +1,4 @@
+// Copies that stumble over memory which is no longer there, and come back.
 #include "host/framework/ForeignMemory.h"
 
 #include <csetjmp>

@@ -1,3 +1,4 @@
+// All parts of the framework, registered in the order in which they need each other.
 #include "host/framework/Framework.h"
 
 #include "host/framework/Application.h"

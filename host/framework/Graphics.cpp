@@ -1,3 +1,4 @@
+// The members of Graphics over lines, shapes and pictures.
 #include "host/framework/Graphics.h"
 
 #include <algorithm>

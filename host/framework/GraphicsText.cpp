@@ -1,3 +1,4 @@
+// Lines parted to a width, and glyphs laid over the picture by their coverage.
 #include "host/framework/GraphicsText.h"
 
 #include <cmath>

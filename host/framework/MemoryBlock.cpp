@@ -1,3 +1,4 @@
+// Reads and writes of every width, in either order of bytes, within the block's bounds.
 #include "host/framework/MemoryBlock.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Numbers through the C library; colours by their channels; random numbers.
 #include "host/framework/NumberFunctions.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// The shortest text of a double, and the number that a text begins with.
 #include "host/framework/NumberText.h"
 
 #include <charconv>

@@ -1,3 +1,4 @@
+// Paths made absolute and tidy without asking the file system.
 #include "host/framework/Paths.h"
 
 #include <unistd.h>

@@ -1,3 +1,4 @@
+// Construction, properties and masks of Picture, and what plug-ins are shown of one.
 #include "host/framework/Picture.h"
 
 #include <array>

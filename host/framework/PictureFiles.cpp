@@ -1,3 +1,4 @@
+// Rows between image files and pictures, with masks as alpha.
 #include "host/framework/PictureFiles.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Packs and unpacks colours of 1 to 32 bits a pixel.
 #include "host/framework/PictureStorage.h"
 
 #include <algorithm>

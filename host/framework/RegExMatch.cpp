@@ -1,3 +1,4 @@
+// The class RegExMatch: what a search found, with its parts and its replacement.
 #include "host/framework/RegEx.h"
 #include "host/framework/Support.h"
 

@@ -1,3 +1,4 @@
+// The class RegExOptions: how a RegEx searches.
 #include "host/framework/RegEx.h"
 #include "host/framework/Support.h"
 

@@ -1,3 +1,4 @@
+// Patterns compiled through PCRE2, searched within bounds.
 #include "host/framework/RegExPattern.h"
 
 #define PCRE2_CODE_UNIT_WIDTH 8

@@ -1,3 +1,4 @@
+// Single pixels, whole pictures through maps of channels, and filling by neighbours.
 #include "host/framework/RgbSurface.h"
 
 #include <array>

@@ -1,3 +1,4 @@
+// Rows carried between image files and an object's row property.
 #include "host/framework/RowTransfer.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Ways to raise what a member of the framework raises.
 #include "host/framework/Support.h"
 
 #include <cstdio>

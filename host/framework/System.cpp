@@ -1,3 +1,4 @@
+// Environment, log and standard streams as members.
 #include "host/framework/System.h"
 
 #include <cstdio>

@@ -1,3 +1,4 @@
+// Encodings as objects, each made once, and conversions between them.
 #include "host/framework/TextEncoding.h"
 
 #include <array>

@@ -1,3 +1,4 @@
+// Timers by the moment at which they are due, and the event of each that is.
 #include "host/framework/Timer.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// A key's text: a letter for the sort of value, then what it is worth.
 #include "host/framework/ValueKey.h"
 
 #include <cmath>

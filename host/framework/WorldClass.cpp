@@ -1,3 +1,4 @@
+// Bounds, depth and disposal of a world, as members of its object.
 #include "host/framework/WorldClass.h"
 
 #include "host/framework/Support.h"

@@ -1,3 +1,4 @@
+// Which format a file's first bytes mean, and the rows of its decoder as they are asked for.
 #include "host/images/ImageReader.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// Which encoder a file's name means, and rows converted to its layout.
 #include "host/images/ImageWriter.h"
 
 #include <cerrno>

@@ -1,3 +1,4 @@
+// The library's virtual arrays, kept in a file through a window in memory.
 #include "host/images/JpegCoefficients.h"
 
 #include <fcntl.h>

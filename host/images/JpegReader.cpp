@@ -1,3 +1,4 @@
+// JPEG files through libjpeg: gray, colours, inks, and what a camera says of itself.
 #include <csetjmp>
 #include <cstring>
 #include <utility>

@@ -1,3 +1,4 @@
+// A walk over a JPEG file's markers that decodes nothing.
 #include "host/images/JpegScans.h"
 
 namespace host::codec {

@@ -1,3 +1,4 @@
+// JPEG files through libjpeg, written row by row.
 #include <algorithm>
 #include <csetjmp>
 

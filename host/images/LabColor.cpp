@@ -1,3 +1,4 @@
+// L*a*b* to XYZ as seen by D50, to linear red, green and blue of D65, to bytes.
 #include "host/images/LabColor.h"
 
 #include <algorithm>

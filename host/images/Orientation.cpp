@@ -1,3 +1,4 @@
+// Decoders that mirror rows or turn a whole image as a camera's note asks.
 #include "host/images/Orientation.h"
 
 #include <algorithm>

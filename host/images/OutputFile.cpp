@@ -1,3 +1,4 @@
+// A temporary file beside the wanted one, renamed over it when it is complete.
 #include "host/images/OutputFile.h"
 
 #include <fcntl.h>

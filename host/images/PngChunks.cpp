@@ -1,3 +1,4 @@
+// A walk over a PNG file's chunks for the orientation, and for the file's end.
 #include "host/images/PngChunks.h"
 
 #include <zlib.h>

@@ -1,3 +1,4 @@
+// PNG files through libpng: rows as they come, interlaced ones held whole.
 #include <png.h>
 
 #include <cstring>

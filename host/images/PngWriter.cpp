@@ -1,3 +1,4 @@
+// PNG files through libpng, written row by row.
 #include <png.h>
 
 #include "host/images/Codec.h"

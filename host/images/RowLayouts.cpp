@@ -1,3 +1,4 @@
+// Pixels of one layout spread out and packed as another.
 #include "host/images/RowLayouts.h"
 
 #include <cstddef>

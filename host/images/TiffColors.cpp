@@ -1,3 +1,4 @@
+// Samples of a TIFF file, of any width and colour model, to bytes of colour.
 #include "host/images/TiffColors.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// The tags of a TIFF file read and checked before any pixel is.
 #include "host/images/TiffDescription.h"
 
 #include <algorithm>

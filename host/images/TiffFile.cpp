@@ -1,3 +1,4 @@
+// The TIFF library's callbacks over the C library's streams.
 #include "host/images/TiffFile.h"
 
 #include <sys/stat.h>

@@ -1,3 +1,4 @@
+// TIFF files through libtiff, a strip of rows at a time.
 #include <algorithm>
 #include <new>
 

@@ -1,3 +1,4 @@
+// Arrays made, counted and given back.
 #include "host/objects/Array.h"
 
 #include "host/objects/Value.h"

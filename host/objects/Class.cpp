@@ -1,3 +1,4 @@
+// Members by name, own ones before inherited ones.
 #include "host/objects/Class.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Decoders and encoders of UTF-8, UTF-16 and UTF-32.
 #include "host/objects/CodePoints.h"
 
 #include <utf8proc.h>

@@ -1,3 +1,4 @@
+// Guard bytes around a block, written, tested and poisoned.
 #include "host/objects/GuardedMemory.h"
 
 #include <algorithm>

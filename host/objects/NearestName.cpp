@@ -1,3 +1,4 @@
+// Edit distances, and the nearest of some names.
 #include "host/objects/NearestName.h"
 
 #include <algorithm>

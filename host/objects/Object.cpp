@@ -1,3 +1,4 @@
+// Making objects, counting references, and letting go in an order that needs no deep stack.
 #include "host/objects/Object.h"
 
 #include <cstring>

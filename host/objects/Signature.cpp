@@ -1,3 +1,4 @@
+// Signatures compared without regard to names.
 #include "host/objects/Signature.h"
 
 #include <algorithm>

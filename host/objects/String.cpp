@@ -1,3 +1,4 @@
+// Strings made, joined, converted, and grown in place while nobody else holds them.
 #include "host/objects/String.h"
 
 #include <algorithm>

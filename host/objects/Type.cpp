@@ -1,3 +1,4 @@
+// Types by the names that declarations have for them.
 #include "host/objects/Type.h"
 
 namespace host {

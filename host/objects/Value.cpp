@@ -1,3 +1,4 @@
+// Values made, copied, converted and put into words.
 #include "host/objects/Value.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Room made at the front, and elements moved to the nearer end.
 #include "host/objects/Values.h"
 
 #include <algorithm>

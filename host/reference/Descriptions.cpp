@@ -1,3 +1,4 @@
+// The sentences, by the names they describe.
 #include "host/reference/Descriptions.h"
 
 #include "host/objects/Class.h"

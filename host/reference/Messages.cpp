@@ -1,3 +1,4 @@
+// The messages by what raises them, and the page made of them.
 #include "host/reference/Messages.h"
 
 namespace host {

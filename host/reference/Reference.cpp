@@ -1,3 +1,4 @@
+// Classes and members written out for a person at a terminal.
 #include "host/reference/Reference.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Classes and members written out as JSON.
 #include "host/reference/ReferenceJson.h"
 
 #include <functional>

@@ -1,3 +1,4 @@
+// Looks class names up to spell them as their classes do.
 #include "host/reference/Spelling.h"
 
 #include "host/calls/Runtime.h"

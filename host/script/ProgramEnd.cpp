@@ -1,3 +1,4 @@
+// Runs the last destructors, then breaks what still holds itself in circles.
 #include "host/script/ProgramEnd.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Texts compared and joined, values converted and cast, while a program runs.
 #include "host/script/Values.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Pixels and bytes through Python's buffer protocol.
 #include "python/native/Buffers.h"
 
 #include <cstring>

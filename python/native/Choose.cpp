@@ -1,3 +1,4 @@
+// Python's arguments tried on every overload, and the nearest taken.
 #include "python/native/Choose.h"
 
 #include <optional>

@@ -1,3 +1,4 @@
+// One conversion a kind of type, in each direction.
 #include "python/native/Convert.h"
 
 #include <string>

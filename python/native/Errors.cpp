@@ -1,3 +1,4 @@
+// Raised exceptions of the host as Python's, and those of Python on their way through the host.
 #include "python/native/Errors.h"
 
 #include <memory>

@@ -1,3 +1,4 @@
+// Listens to calls and keeps the sentence for the last refusal.
 #include "python/native/Explanation.h"
 
 #include <map>

@@ -1,3 +1,4 @@
+// A lock held while host code runs, and a list of references that wait for it.
 #include "python/native/Gate.h"
 
 #include <mutex>

@@ -1,3 +1,4 @@
+// Python's methods registered as the handlers of events.
 #include "python/native/Handlers.h"
 
 #include <memory>

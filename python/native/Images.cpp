@@ -1,3 +1,4 @@
+// Readers and writers as Python objects over rows in any buffer.
 #include "python/native/Images.h"
 
 #include <pybind11/stl.h>

@@ -1,3 +1,4 @@
+// Calls, reads and writes of members, from Python to the host and back.
 #include "python/native/Member.h"
 
 #include <structmember.h>

@@ -1,3 +1,4 @@
+// Contributions and counts of luminance as arrays.
 #include "python/native/Pieces.h"
 
 #include <pybind11/numpy.h>

@@ -1,3 +1,4 @@
+// A picture's address, strides and channels, read from its properties.
 #include "python/native/Pixels.h"
 
 #include <pybind11/pybind11.h>

@@ -1,3 +1,4 @@
+// Runs a script file and brings back what it printed.
 #include "python/native/Scripts.h"
 
 #include "host/framework/Application.h"

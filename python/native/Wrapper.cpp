@@ -1,3 +1,4 @@
+// Wrappers made, found again, collected and finalized.
 #include "python/native/Wrapper.h"
 
 #include <structmember.h>

@@ -1,3 +1,4 @@
+// Windows of files, and how many mappings they take.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>

@@ -1,3 +1,4 @@
+// Scratch files that go however the process ends.
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>

@@ -1,3 +1,4 @@
+// Off-screen worlds made, locked and disposed.
 #include <gtest/gtest.h>
 
 #include <algorithm>

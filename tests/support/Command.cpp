@@ -1,3 +1,4 @@
+// Starts the command, feeds it, listens to it, and measures it.
 #include "tests/support/Command.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// The table of formats, and pixels written and read a byte at a time.
 #include "tests/support/Formats.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Functions of the system's names that tests find in front of the system's.
 #include "tests/support/Interpose.h"
 
 #include <dlfcn.h>

@@ -1,3 +1,4 @@
+// Scratch files with pictures in them, and the process's own list of mappings.
 #include "tests/support/MappedPictures.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// The table's rows, each with a usual call.
 #include "tests/support/PictureOperations.h"
 
 #include <cstdlib>

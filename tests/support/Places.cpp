@@ -1,3 +1,4 @@
+// Folders and files that the build tells this source alone.
 #include "tests/support/Places.h"
 
 namespace support {

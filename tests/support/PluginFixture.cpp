@@ -1,3 +1,4 @@
+// Members called by name with values of C++.
 #include "tests/support/PluginFixture.h"
 
 #include <cstdlib>

@@ -1,3 +1,4 @@
+// Pictures made at random with their models, and both compared.
 #include "tests/support/Scene.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// MPFR's functions, rounded once to a double.
 #include "tests/support/TrueValues.h"
 
 #include <mpfr.h>

@@ -1,3 +1,4 @@
+// The command as a person uses it: words, output, exit codes.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <unistd.h>

@@ -1,3 +1,4 @@
+// What C++ code throws, as scripts see it.
 #include <gtest/gtest.h>
 
 #include <stdexcept>

@@ -1,3 +1,4 @@
+// Declarations of members: what is read from them, and what is said of wrong ones.
 #include <gtest/gtest.h>
 
 #include "host/calls/Declaration.h"

@@ -1,3 +1,4 @@
+// Words of the language, and the places of what is none.
 #include <gtest/gtest.h>
 
 #include <cmath>

@@ -1,3 +1,4 @@
+// Which overload a call means, and what conversions give.
 #include <gmock/gmock.h>
 
 #include "host/calls/Declaration.h"

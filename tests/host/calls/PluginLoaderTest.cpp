@@ -1,3 +1,4 @@
+// Plug-ins that load, and the reasons why others don't.
 #include <gmock/gmock.h>
 
 #include <filesystem>

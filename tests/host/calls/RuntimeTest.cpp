@@ -1,3 +1,4 @@
+// Host functions as a plug-in asks for them, exceptions, and yields.
 #include <gtest/gtest.h>
 
 #include "host/calls/Runtime.h"

@@ -1,3 +1,4 @@
+// Paths, and the references to files that plug-ins get.
 #include <filesystem>
 
 #include "host/framework/Paths.h"

@@ -1,3 +1,4 @@
+// Lines, shapes and pictures drawn, pixel by pixel.
 #include <string>
 
 #include "tests/host/framework/FrameworkTest.h"

@@ -1,3 +1,4 @@
+// Bytes in and out of memory blocks, at every width and at every bound.
 #include <sys/mman.h>
 
 #include <cmath>

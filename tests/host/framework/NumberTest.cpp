@@ -1,3 +1,4 @@
+// Numbers, colours and clocks.
 #include <cmath>
 
 #include "tests/host/framework/FrameworkTest.h"

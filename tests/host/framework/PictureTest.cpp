@@ -1,3 +1,4 @@
+// Host pictures of every depth, their masks, and what plug-ins get of them.
 #include "host/framework/Picture.h"
 #include "platform/Worlds.h"
 #include "tests/host/framework/FrameworkTest.h"

@@ -1,3 +1,4 @@
+// Files read and written through the stream classes.
 #include "host/framework/Application.h"
 #include "tests/host/framework/FrameworkTest.h"
 

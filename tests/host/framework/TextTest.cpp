@@ -1,3 +1,4 @@
+// The functions for text, over every encoding and any position.
 #include <cmath>
 #include <limits>
 

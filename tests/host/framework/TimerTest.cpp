@@ -1,3 +1,4 @@
+// Timers that fire while a script waits, and while it doesn't.
 #include <thread>
 
 #include "tests/host/framework/FrameworkTest.h"

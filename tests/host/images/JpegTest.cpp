@@ -1,3 +1,4 @@
+// JPEG files of every kind, whole and damaged.
 #include <cstdlib>
 
 #include "host/images/JpegLibrary.h"

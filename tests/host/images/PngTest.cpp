@@ -1,3 +1,4 @@
+// PNG files of every kind, whole and damaged.
 #include <cstring>
 
 #include "tests/host/images/ImageTestFiles.h"

@@ -1,3 +1,4 @@
+// TIFF files of every kind, whole and damaged.
 #include <cmath>
 #include <cstdlib>
 

@@ -1,3 +1,4 @@
+// WebP files, still and moving, whole and damaged.
 #include <optional>
 
 #include "tests/host/images/ImageTestFiles.h"

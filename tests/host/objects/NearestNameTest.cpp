@@ -1,3 +1,4 @@
+// Edit distances, and names offered for mistyped ones.
 #include <gtest/gtest.h>
 
 #include <vector>

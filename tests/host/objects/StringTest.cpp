@@ -1,3 +1,4 @@
+// Strings of every encoding, and what a shortage of memory leaves of them.
 #include <gtest/gtest.h>
 
 #include "host/objects/String.h"

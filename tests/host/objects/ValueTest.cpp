@@ -1,3 +1,4 @@
+// Values of every kind: conversions, defaults, words.
 #include <gtest/gtest.h>
 
 #include <cmath>

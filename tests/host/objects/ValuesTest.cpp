@@ -1,3 +1,4 @@
+// A row of values against a plain vector.
 #include <gtest/gtest.h>
 
 #include <random>

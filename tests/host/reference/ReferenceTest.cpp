@@ -1,3 +1,4 @@
+// The written reference of a plug-in's classes.
 #include <gmock/gmock.h>
 
 #include <sstream>

@@ -1,3 +1,4 @@
+// Errors and warnings, and how many of them are told.
 #include <gmock/gmock.h>
 
 #include "host/script/Diagnostics.h"

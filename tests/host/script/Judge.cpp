@@ -1,3 +1,4 @@
+// Pixels before and after each use, held against what the table says of it.
 #include "tests/host/script/Judge.h"
 
 #include "host/script/Explain.h"
