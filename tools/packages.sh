@@ -9,6 +9,7 @@ test_packages="libgtest-dev libgmock-dev libbenchmark-dev libmpfr-dev valgrind b
 wheel_packages="python3-pip python3-venv python3-skbuild python3-setuptools python3-wheel"
 python_test_packages="python3-pytest python3-pil mypy python3-dask python3-distributed python3-zarr"
 format_packages="clang-format black"
+clang_packages="clang"
 elsewhere_packages="mmdebstrap qemu-user g++-aarch64-linux-gnu g++-s390x-linux-gnu"
 site_packages="mkdocs mkdocs-material python3"
 site_check_packages="chromium chromium-driver python3-selenium"

@@ -5,7 +5,7 @@
 
 namespace support {
 
-std::string PluginFile();        // the plug-in under test
+std::string PluginFile();        // the plug-in under test; another one where TQX_TEST_PLUGIN names it
 std::string CommandFile();       // the desk host's command
 std::string TestPluginFolder();  // the small plug-ins for tests
 std::string SourceFolder();      // the top of the source tree
