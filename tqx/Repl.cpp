@@ -7,6 +7,7 @@
 #include "host/calls/Runtime.h"
 #include "host/framework/PictureFiles.h"
 #include "host/framework/RowTransfer.h"
+#include "host/script/OpenBlocks.h"
 #include "host/script/Session.h"
 #include "platform/ScratchFiles.h"
 #include "tqx/Commands.h"

@@ -8,6 +8,7 @@
 #include "host/framework/Application.h"
 #include "host/script/Explain.h"
 #include "host/script/Machine.h"
+#include "host/script/ReadSource.h"
 #include "host/script/Script.h"
 #include "tqx/Commands.h"
 #include "tqx/Output.h"

@@ -75,14 +75,8 @@ void Checker::CheckValue(ExpressionPtr& expression) {
 }
 
 void Checker::CheckExpression(ExpressionPtr& expression, bool wantsValue) {
+    if (IsLiteral(*expression)) return CheckLiteral(*expression);
     switch (expression->node) {
-        case Node::IntegerLiteral:
-        case Node::RealLiteral:
-        case Node::StringLiteral:
-        case Node::ColorLiteral:
-        case Node::BooleanLiteral:
-        case Node::NilLiteral:
-            return CheckLiteral(*expression);
         case Node::Name:
             return CheckName(expression, {}, false, wantsValue);
         case Node::Member:

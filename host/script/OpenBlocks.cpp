@@ -1,9 +1,11 @@
-// Whether lines typed at a prompt end in the middle of a block or statement.
+// Counts the words that begin and end blocks, and looks at how the last line ends.
+#include "host/script/OpenBlocks.h"
+
 #include <algorithm>
 #include <cctype>
+#include <vector>
 
 #include "host/objects/Type.h"
-#include "host/script/Session.h"
 
 namespace script {
 

@@ -1,11 +1,11 @@
-// Scripts from files and standard input.
+// Reads a file up to the largest script, and tells why it could not.
+#include "host/script/ReadSource.h"
+
 #include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
-
-#include "host/script/Script.h"
 
 namespace script {
 

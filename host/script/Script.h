@@ -2,7 +2,6 @@
 #pragma once
 
 #include <functional>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,10 +19,6 @@ struct RunOptions {
     std::vector<MemberObserver*> observers;          // borrowed
     bool leaks = false;                              // objects left at the end are an error
 };
-
-// The text of a file, or of standard input for "-"; nothing, after a message to `complain`, when it
-// can't be read.
-std::optional<Source> ReadSource(const std::string& path, const std::function<void(std::string_view)>& complain);
 
 // Checks and runs a script. Gives its exit code: 0, what it handed to Quit, 130 after Ctrl-C, or 1
 // with a message for errors in the script and an exception that nobody took. With `leaks` that

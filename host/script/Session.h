@@ -54,7 +54,4 @@ class Session {
     std::unique_ptr<State> state_;
 };
 
-// Whether lines begin a block that they don't end, or end in the middle of a statement.
-bool WantsMoreLines(std::string_view lines);
-
 }  // namespace script

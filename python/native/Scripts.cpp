@@ -2,6 +2,7 @@
 #include "python/native/Scripts.h"
 
 #include "host/framework/Application.h"
+#include "host/script/ReadSource.h"
 #include "host/script/Script.h"
 #include "python/native/Errors.h"
 #include "python/native/Gate.h"
