@@ -107,7 +107,7 @@ TEST_F(AutoLevel, ServesRandomScenes) {
     for (std::uint64_t seed = 0; seed < 400 && !HasFailure(); ++seed) {
         SCOPED_TRACE(seed);
         Random random(seed);
-        const scenes::Scene scene = RandomScene(seed, {600, 30});
+        const scenes::FilterScene scene = RandomScene(seed, {600, 30});
         const Pictures actual = scene.make(), expected = scene.make();
         const Pixels pixels(expected.source);
         const auto number = [&](int extent) {

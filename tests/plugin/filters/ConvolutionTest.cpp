@@ -70,12 +70,12 @@ std::vector<int> RandomWeights(std::uint64_t seed, int least, int most) {
 
 class Convolution : public PluginTest {
   protected:
-    static void Expect(const std::vector<Scene>& all, const Arguments& arguments) {
+    static void Expect(const std::vector<FilterScene>& all, const Arguments& arguments) {
         ExpectScenes(all, Apply(arguments), Walk(arguments), Turned);
     }
 
     // A few formats and a width that exceeds the widest registers.
-    static std::vector<Scene> WideScenes() {
+    static std::vector<FilterScene> WideScenes() {
         return {Plain(11, 150, 9), Plain(12, 130, 7), Plain(1, 97, 8), Plain(2, 70, 6), Plain(8, 75, 6)};
     }
 };

@@ -38,7 +38,7 @@ TEST_F(Engrave, ServesRandomScenes) {
 
 TEST_F(Engrave, TakesEveryLevel) {
     for (const int level : {0, 1, 2, 7, 8, 100, INT_MAX, -1, -3, -8, -100, INT_MIN})
-        for (const Scene& scene : ScenesOf(kFormats[2], 11, 8)) ExpectScene(scene, Engraved(level), Walk(level));
+        for (const FilterScene& scene : ScenesOf(kFormats[2], 11, 8)) ExpectScene(scene, Engraved(level), Walk(level));
     for (const int level : {1, 5, 64, -1, -70})
         for (const int format : {11, 12, 1, 2}) ExpectScene(Plain(format, 150, 9), Engraved(level), Walk(level));
 }

@@ -72,7 +72,7 @@ View Then(const View& first, const View& second) {
 
 struct SceneList {
     std::string prefix;
-    std::vector<Scene> scenes;
+    std::vector<FilterScene> scenes;
 
     // Source and destination are views of one picture.
     void Shared(const std::string& name, int width, int height, int format, const View& source,
@@ -191,14 +191,14 @@ void AddBlocks(SceneList& list, const Format& format, int w, int h) {
 
 }  // namespace
 
-Scene Plain(int format, int width, int height, std::uint64_t seed) {
+FilterScene Plain(int format, int width, int height, std::uint64_t seed) {
     return {std::string(kFormats[format].name) + " " + std::to_string(width) + "x" + std::to_string(height), [=] {
                 const auto picture = RandomPicture(width, height, format, seed);
                 return Pictures{picture, nullptr, {picture}};
             }};
 }
 
-std::vector<Scene> ScenesOf(const Format& format, int width, int height) {
+std::vector<FilterScene> ScenesOf(const Format& format, int width, int height) {
     SceneList list{format.name, {}};
     AddViews(list, format, width, height);
     AddSharing(list, format, width, height);
@@ -207,7 +207,7 @@ std::vector<Scene> ScenesOf(const Format& format, int width, int height) {
     return list.scenes;
 }
 
-std::vector<Scene> ScenesAcrossFormats(const Format& format) {
+std::vector<FilterScene> ScenesAcrossFormats(const Format& format) {
     SceneList list{format.name, {}};
     for (const Format& to : kFormats) {
         if (to.code == 0) continue;
@@ -219,8 +219,8 @@ std::vector<Scene> ScenesAcrossFormats(const Format& format) {
     return list.scenes;
 }
 
-std::vector<Scene> AllScenes() {
-    std::vector<Scene> all;
+std::vector<FilterScene> AllScenes() {
+    std::vector<FilterScene> all;
     for (const Format& format : ChannelFormats())
         for (const auto& part : {ScenesOf(format, 11, 8), ScenesAcrossFormats(format)})
             all.insert(all.end(), part.begin(), part.end());
@@ -260,7 +260,7 @@ void AddReferenceDestination(Pictures& pictures, const SizeOfResult& sizeOfResul
     return ::testing::AssertionSuccess();
 }
 
-void ExpectScene(const Scene& scene, const Filter& filter, const Reference& reference,
+void ExpectScene(const FilterScene& scene, const Filter& filter, const Reference& reference,
                  const SizeOfResult& sizeOfResult) {
     SCOPED_TRACE(scene.name);
     Pictures actual = scene.make();
@@ -281,9 +281,9 @@ void ExpectScene(const Scene& scene, const Filter& filter, const Reference& refe
     EXPECT_TRUE(SameStorage(actual, expected));
 }
 
-void ExpectScenes(const std::vector<Scene>& all, const Filter& filter, const Reference& reference,
+void ExpectScenes(const std::vector<FilterScene>& all, const Filter& filter, const Reference& reference,
                   const SizeOfResult& sizeOfResult) {
-    for (const Scene& scene : all) {
+    for (const FilterScene& scene : all) {
         ExpectScene(scene, filter, reference, sizeOfResult);
         if (::testing::Test::HasFailure()) return;
     }

@@ -45,22 +45,22 @@ struct Pictures {
     std::vector<Ref<Object>> storage;  // what owns the bytes: pictures or memory blocks
 };
 
-struct Scene {
+struct FilterScene {
     std::string name;
     std::function<Pictures()> make;
 };
 
 // Views, sharing and sizes, each in the given format. Sizes are `width` × `height` or a little less.
-std::vector<Scene> ScenesOf(const support::Format& format, int width, int height);
+std::vector<FilterScene> ScenesOf(const support::Format& format, int width, int height);
 
 // Into a destination of every format.
-std::vector<Scene> ScenesAcrossFormats(const support::Format& format);
+std::vector<FilterScene> ScenesAcrossFormats(const support::Format& format);
 
 // ScenesOf and ScenesAcrossFormats of every format that has channels.
-std::vector<Scene> AllScenes();
+std::vector<FilterScene> AllScenes();
 
 // A scene without sharing: a random picture, nil as its destination.
-Scene Plain(int format, int width, int height, std::uint64_t seed = 1);
+FilterScene Plain(int format, int width, int height, std::uint64_t seed = 1);
 
 // The filter under test, given a source and a destination or nil.
 using Filter = std::function<Ref<Object>(const Ref<Object>& source, const Ref<Object>& destination)>;
@@ -79,9 +79,9 @@ Size SameSize(const Pixels& source);
 ::testing::AssertionResult SameStorage(const Pictures& actual, const Pictures& expected);
 
 // Runs the filter in a scene and compares all bytes and the result.
-void ExpectScene(const Scene& scene, const Filter& filter, const Reference& reference,
+void ExpectScene(const FilterScene& scene, const Filter& filter, const Reference& reference,
                  const SizeOfResult& sizeOfResult = SameSize);
-void ExpectScenes(const std::vector<Scene>& all, const Filter& filter, const Reference& reference,
+void ExpectScenes(const std::vector<FilterScene>& all, const Filter& filter, const Reference& reference,
                   const SizeOfResult& sizeOfResult = SameSize);
 
 // A reference for filters that take each pixel by itself: value(source value, channel, x, y).

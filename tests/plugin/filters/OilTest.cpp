@@ -82,7 +82,7 @@ Filter Oil(int levels, int range) {
 
 // All that reads alpha: what it gathers depends on every call since the plug-in was loaded.
 void PaintEveryScene() {
-    const auto Expect = [](const std::vector<Scene>& all, int levels, int range) {
+    const auto Expect = [](const std::vector<FilterScene>& all, int levels, int range) {
         SCOPED_TRACE("levels " + std::to_string(levels) + ", range " + std::to_string(range));
         ExpectScenes(all, Oil(levels, range), Walk(levels, range));
     };

@@ -145,7 +145,7 @@ class Maker {
 
 }  // namespace
 
-Scene RandomScene(std::uint64_t seed, const Most& most) {
+FilterScene RandomScene(std::uint64_t seed, const Most& most) {
     return {"random scene " + std::to_string(seed), [=] { return Maker(seed, most).Make(); }};
 }
 

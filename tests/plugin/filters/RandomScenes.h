@@ -12,7 +12,7 @@ struct Most {
     int height = 16;
 };
 
-Scene RandomScene(std::uint64_t seed, const Most& most = {});
+FilterScene RandomScene(std::uint64_t seed, const Most& most = {});
 
 // A filter with some arguments, and what it should do.
 struct Trial {

@@ -85,7 +85,7 @@ TEST_F(Stamp, ServesRandomScenes) {
         const double radius = any ? AnyDouble(random) : random.Below(300) / 10.0,
                      threshold = any ? AnyDouble(random) : random.Below(100) / 100.0,
                      softness = any ? AnyDouble(random) : random.Below(100) / 100.0;
-        const scenes::Scene scene = RandomScene(seed);
+        const scenes::FilterScene scene = RandomScene(seed);
         const Pictures actual = scene.make(), expected = scene.make();
         const auto blurred = CallObject(expected.source, "BoxBlurFilter", expected.destination, radius / 3.0, 3);
         ExpectStamped(blurred, Apply(actual.source, actual.destination, radius, threshold, softness), threshold,

@@ -123,7 +123,7 @@ TEST_F(ToneCurves, GammaServesRandomScenes) {
 }
 
 TEST_F(ToneCurves, EachGammaReachesItsChannel) {
-    for (const Scene& scene : AllScenes()) {
+    for (const FilterScene& scene : AllScenes()) {
         const auto gammaOf = [](double red, double green, double blue, double gray, double alpha) {
             return [=](int value, Channel channel, int, int) {
                 const double gamma[] = {red, green, blue, gray, alpha};
@@ -228,7 +228,7 @@ TEST_F(ToneCurves, TransferStoresTheLowByteOfEachElement) {
                 }
         };
     };
-    for (const Scene& scene : AllScenes()) {
+    for (const FilterScene& scene : AllScenes()) {
         ExpectScene(
             scene, [&](const auto& p, const auto& to) { return CallObject(p, "TransferFilter", to, green); },
             reference(false, false));

@@ -48,13 +48,13 @@ bool AreAlike(const Ref<Object>& a, const Ref<Object>& b) {
 
 class Unsharp : public PluginTest {
   protected:
-    static void Expect(const std::vector<Scene>& all, double amount, int threshold) {
+    static void Expect(const std::vector<FilterScene>& all, double amount, int threshold) {
         const Filter filter = [=](const auto& reference, const auto& picture) {
             EXPECT_TRUE(CallBool(picture, "UnsharpFilter", reference, amount, threshold));
             return picture;
         };
         int compared = 0;
-        for (const Scene& scene : all) {
+        for (const FilterScene& scene : all) {
             const Pictures pictures = scene.make();
             if (!pictures.destination || !AreAlike(pictures.source, pictures.destination)) continue;
             ++compared;
@@ -65,7 +65,7 @@ class Unsharp : public PluginTest {
     }
 
     // Every sample against every reference, a row for each reference.
-    static Scene EveryPair() {
+    static FilterScene EveryPair() {
         return {"every pair", [] {
                     const auto picture = New("PictureTQX", 256, 256, 11);
                     const auto reference = New("PictureTQX", 256, 256, 11);
@@ -87,7 +87,7 @@ TEST_F(Unsharp, ServesEveryViewSharingAndFormat) {
 
 TEST_F(Unsharp, ServesRandomScenes) {
     for (std::uint64_t seed = 0; seed < 40; ++seed) {
-        std::vector<Scene> some;
+        std::vector<FilterScene> some;
         for (std::uint64_t i = 0; i < 15; ++i) some.push_back(RandomScene(15 * seed + i));
         Random random(seed);
         Expect(some, AnyDouble(random), AnyInteger(random));
