@@ -38,9 +38,10 @@ inline void FinishColumn(const Taps& taps, const __m512d* sum, float* values) {
         quotient[c] = _mm512_mul_pd(sum[c], reciprocal);
         doubt |= NearTie(quotient[c]);
     }
-    if (doubt) [[unlikely]]
+    if (doubt) [[unlikely]] {
 #pragma GCC unroll 4
         for (int c = 0; c < Values; ++c) quotient[c] = Clamped(sum[c], _mm512_set1_pd(taps.total));
+    }
 #pragma GCC unroll 4
     for (int c = 0; c < Values; ++c) {
         const __m256 single = _mm256_min_ps(_mm512_cvtpd_ps(quotient[c]), _mm256_set1_ps(255));
