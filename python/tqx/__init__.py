@@ -16,6 +16,7 @@ from . import _classes, _errors, _native, _plugin, framework
 from ._color import Color
 from ._explain import explain, explaining
 from ._images import imread, imwrite
+from ._version import __version__
 
 _made: dict[str, type] = {}
 
@@ -33,7 +34,7 @@ def load_plugin(path: str) -> list[str]:
     return names
 
 
-__all__ = ["Color", "explain", "explaining", "framework", "imread", "imwrite", "load_plugin"]
+__all__ = ["Color", "__version__", "explain", "explaining", "framework", "imread", "imwrite", "load_plugin"]
 for _name, _exception in _errors.make_exceptions(_classes.read_records()).items():
     globals()[_name] = _exception
     __all__.append(_name)

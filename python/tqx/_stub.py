@@ -24,6 +24,8 @@ from numpy.typing import NDArray
 
 '''
 _FUNCTIONS = """
+__version__: str
+
 def explain() -> str: ...
 def explaining() -> AbstractContextManager[list[str]]: ...
 def imread(

@@ -7,6 +7,8 @@ import pathlib
 import subprocess
 import sys
 
+import tqx
+
 
 def test_an_installation_finds_its_plug_in(tmp_path: pathlib.Path) -> None:
     install = ["cmake", "--install", os.environ["TQX_BUILD_DIR"], "--prefix", str(tmp_path)]
@@ -23,3 +25,8 @@ def test_an_installation_finds_its_plug_in(tmp_path: pathlib.Path) -> None:
     assert plugin == str(tmp_path / "lib" / "tqx" / "PictureTQX.so")
     assert module.startswith(str(tmp_path))
     assert (pathlib.Path(module).parent / "__init__.pyi").exists()
+
+
+def test_the_package_has_the_version_of_the_command() -> None:
+    told = subprocess.run([os.environ["TQX_COMMAND"], "--version"], capture_output=True, text=True, check=True).stdout
+    assert told == f"tqx {tqx.__version__}\n"
