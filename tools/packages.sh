@@ -5,7 +5,7 @@ build_packages="$python_packages
     g++ cmake ninja-build pkg-config ccache libffi-dev libpng-dev libjpeg62-turbo-dev libtiff-dev
     libwebp-dev libgif-dev libcli11-dev libutf8proc-dev libmd-dev libpcre2-dev nlohmann-json3-dev libchafa-dev
     libglib2.0-dev libedit-dev libfreetype-dev libharfbuzz-dev fonts-dejavu-core"
-test_packages="libgtest-dev libgmock-dev libbenchmark-dev libmpfr-dev valgrind binutils python3"
+test_packages="libgtest-dev libgmock-dev libbenchmark-dev libmpfr-dev valgrind binutils python3 zsh"
 wheel_packages="python3-pip python3-venv python3-skbuild python3-setuptools python3-wheel"
 python_test_packages="python3-pytest python3-pil mypy python3-dask python3-distributed python3-zarr"
 format_packages="clang-format black"

@@ -39,7 +39,8 @@ def installed(build, folder):
     """The build, installed, moved and found whole."""
     run("cmake", "--install", build, "--prefix", folder / "first")
     shutil.move(folder / "first", folder / "moved")
-    for part in ("bin/tqx", "lib/tqx/PictureTQX.so", "lib/tqx/PictureTQX.explain"):
+    parts = "bin/tqx lib/tqx/PictureTQX.so lib/tqx/PictureTQX.explain share/man/man1/tqx.1.gz"
+    for part in (parts + " share/bash-completion/completions/tqx share/zsh/site-functions/_tqx").split():
         require((folder / "moved" / part).is_file(), f"{part} is not installed")
     return folder / "moved"
 
