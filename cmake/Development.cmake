@@ -9,7 +9,7 @@ set_target_properties(tqxhost PROPERTIES EXPORT_NAME host)
 set_target_properties(tqxscript PROPERTIES EXPORT_NAME script)
 foreach(room sdk platform host)
   install(DIRECTORY ${room} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/picturetqx COMPONENT development
-          FILES_MATCHING PATTERN "*.h")
+          FILES_MATCHING PATTERN "*.h" PATTERN checks EXCLUDE)
 endforeach()
 
 foreach(targets PictureTQX PictureTQXHost)
