@@ -88,6 +88,7 @@ void PaintEveryScene() {
     };
     Expect(AllScenes(), 20, 1);
     Expect(AllScenes(), 256, 2);
+    Expect(AllScenes(), 20, 4);  // more rows than bins are quick to add
     for (const int format : {1, 2, 11, 12, 2, 12}) {
         SCOPED_TRACE(format);
         for (const int levels : {1, 2, 7, 255, 1000, INT_MAX}) Expect({Plain(format, 7, 6)}, levels, 1);
@@ -165,16 +166,29 @@ TEST_F(OilPaint, RefusesLevelsBelowOne) {
 TEST_F(OilPaint, PaintsTheSameWhenMemoryIsShort) {
     const auto picture = New("PictureTQX", 300, 12, 1);
     FillRandom(picture, 4);
-    const auto expected = ReadPixels(CallObject(picture, "OilFilter", nullptr, 30, 2));
-    int nth = 1;
-    for (;; ++nth) {
-        const auto destination = New("PictureTQX", 300, 12, 1);
-        const FailingCall failing(SystemCall::Calloc, nth);
-        CallObject(picture, "OilFilter", destination, 30, 2);
-        if (failing.failed() == 0) break;
-        ASSERT_TRUE(SameBytes(ReadPixels(destination), expected)) << nth;
+    for (const int range : {2, 40, 400}) {
+        const auto expected = ReadPixels(CallObject(picture, "OilFilter", nullptr, 30, range));
+        int nth = 1;
+        for (;; ++nth) {
+            const auto destination = New("PictureTQX", 300, 12, 1);
+            const FailingCall failing(SystemCall::Calloc, nth);
+            CallObject(picture, "OilFilter", destination, 30, range);
+            if (failing.failed() == 0) break;
+            ASSERT_TRUE(SameBytes(ReadPixels(destination), expected)) << range << ", " << nth;
+        }
+        EXPECT_GE(nth, 3);
     }
-    EXPECT_GE(nth, 3);
+}
+
+// A window that reaches past all edges changes by a row at a time, whatever its size.
+TEST_F(OilPaint, OfTheWholePictureTakesNoLongerThanItsPixels) {
+    for (const int format : {1, 11}) {
+        const auto picture = New("PictureTQX", 60, 16383, format);
+        Call(picture, "FillRect", 77);
+        const Bytes flat = ReadPixels(picture);
+        CallObject(picture, "OilFilter", picture, 256, INT_MAX);
+        EXPECT_TRUE(SameBytes(ReadPixels(picture), flat)) << format;
+    }
 }
 
 TEST_F(OilPaint, WithoutSamplesIsBlack) {
