@@ -7,62 +7,25 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cerrno>
 #include <cstdint>
-#include <string>
-#include <unordered_set>
 
 #include "host/calls/HostFunctionSlot.h"
+#include "tqx/NotedPaths.h"
 
 namespace tqx {
 
 namespace {
 
-// The paths that were asked for, the latest first. Never freed, so that a handler can walk them.
-struct Asked {
-    const char* path;
-    const Asked* next;
-};
-
-std::atomic<const Asked*> asked{nullptr};
-static_assert(std::atomic<const Asked*>::is_always_lock_free, "a signal handler can't wait for a lock");
-
-void Note(const char* path) {
-    static auto* const known = new std::unordered_set<std::string>;  // its texts stay where they are
-    const auto [text, added] = known->insert(path);
-    if (added) asked = new Asked{text->c_str(), asked};
-}
-
-template <const auto& Name>
-void NotePathsOf() {
-    using Slot = host::HostFunctionSlot<Name>;
-    static typename Slot::Function before;
-    before = Slot::Replace([](sdk::Object* item, sdk::FileReference* reference) {
-        const bool told = before(item, reference);
-        if (told) Note(reference->path);
-        return told;
-    });
-}
-
 // Whether another descriptor has locked the file. An empty one may be about to be locked.
-bool IsWorkedIn(const char* path, const struct stat& file) {
-    if (file.st_size == 0) return true;
+bool IsWorkedIn(const char* path) {
+    struct stat file;
+    if (stat(path, &file) == 0 && file.st_size == 0) return true;
     const int descriptor = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0) return false;
     const bool locked = flock(descriptor, LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
     close(descriptor);
     return locked;
-}
-
-void RemoveIfScratch(int descriptor) {
-    struct stat open, named;
-    if (fstat(descriptor, &open) != 0 || !S_ISREG(open.st_mode)) return;
-    if ((fcntl(descriptor, F_GETFL) & O_ACCMODE) != O_RDWR) return;
-    for (const Asked* one = asked; one; one = one->next) {
-        const bool names = stat(one->path, &named) == 0 && named.st_dev == open.st_dev && named.st_ino == open.st_ino;
-        if (names && IsWorkedIn(one->path, open)) unlink(one->path);
-    }
 }
 
 // The system's record of an entry of a folder, as getdents64 gives it.
@@ -101,6 +64,35 @@ void ForEachDescriptor(const Use& use) {
     close(folder);
 }
 
+// Whether this process has a regular file open, to be read and written, that a path leads to.
+bool IsOpenHere(const char* path) {
+    struct stat named, open;
+    if (stat(path, &named) != 0 || !S_ISREG(named.st_mode)) return false;
+    bool found = false;
+    ForEachDescriptor([&](int descriptor) {
+        found = found || (fstat(descriptor, &open) == 0 && named.st_dev == open.st_dev && named.st_ino == open.st_ino &&
+                          (fcntl(descriptor, F_GETFL) & O_ACCMODE) == O_RDWR);
+    });
+    return found;
+}
+
+void RemoveIfScratch(const char* path) {
+    if (IsOpenHere(path) && IsWorkedIn(path)) unlink(path);
+}
+
+bool IsThere(const char* path) { return access(path, F_OK) == 0; }
+
+template <const auto& Name>
+void NotePathsOf() {
+    using Slot = host::HostFunctionSlot<Name>;
+    static typename Slot::Function before;
+    before = Slot::Replace([](sdk::Object* item, sdk::FileReference* reference) {
+        const bool told = before(item, reference);
+        if (told) NotePath(reference->path, &IsThere);
+        return told;
+    });
+}
+
 }  // namespace
 
 void NotePluginFiles() {
@@ -109,9 +101,8 @@ void NotePluginFiles() {
 }
 
 void RemovePluginFiles() noexcept {
-    if (!asked) return;
     const int error = errno;
-    ForEachDescriptor(&RemoveIfScratch);
+    TakePaths(&RemoveIfScratch);
     errno = error;
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
@@ -83,5 +84,33 @@ TEST_F(ScratchFile, IsFilledFromAnImageFileAndSavedToOne) {
     EXPECT_EQ(outcome.out, "151727\n") << outcome.err;  // the inverse of 234, 232, 216
     EXPECT_TRUE(NothingLeft());
 }
+
+// What a process has for data, in KB: as a function of scripts.
+constexpr const char* kDataSize =
+    "Function DataSize() As Integer\n"
+    "  Dim status As TextInputStream = TextInputStream.Open(GetFolderItem(\"/proc/self/status\"))\n"
+    "  While Not status.EOF\n"
+    "    Dim line As String = status.ReadLine\n"
+    "    If line.Left(7) = \"VmData:\" Then Return Val(line.Mid(8))\n"
+    "  Wend\n"
+    "End Function\n";
+
+#if !defined(__SANITIZE_ADDRESS__)
+// Names of 200 letters: they alone would be 2 MB.
+TEST_F(ScratchFile, OfTenThousandNamesNoneIsRemembered) {
+    const Outcome outcome =
+        Run(kDataSize + std::string("Dim tail As String, before As Integer\n"
+                                    "For i As Integer = 1 To 20\n  tail = tail + \"abcdefghij\"\nNext\n"
+                                    "For i As Integer = 1 To 11000\n"
+                                    "  If i = 1000 Then before = DataSize\n"
+                                    "  Dim q As New PictureTQX(9, 9, PictureTQX.ImageFormatRGB, 0, "
+                                    "folder.Child(\"scratch\").Child(Str(i) + tail))\n"
+                                    "Next\n"
+                                    "Print DataSize - before\n"));
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_LT(std::atoi(outcome.out.c_str()), 1000);
+    EXPECT_TRUE(NothingLeft());
+}
+#endif
 
 }  // namespace

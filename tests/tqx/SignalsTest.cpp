@@ -102,6 +102,16 @@ TEST_F(Signals, ThatTheParentIgnoresStayIgnored) {
     EXPECT_EQ(outcome.out, "started\nreleased\n");
 }
 
+// Among thousands of names that were in use before, and more open files than a list begins with.
+TEST_F(Signals, RemoveAllOfManyScratchFiles) {
+    const std::string many =
+        "Dim held(199) As PictureTQX\n"
+        "For i As Integer = 0 To 3999\n"
+        "held(i Mod 200) = New PictureTQX(9, 9, PictureTQX.ImageFormatRGB, 0, folder.Child(Str(i)))\nNext\n";
+    EXPECT_EQ(RunAndSend(many + kLongCall, {SIGTERM, SIGTERM}).exitCode, 128 + SIGTERM);
+    EXPECT_TRUE(NothingLeft());
+}
+
 // Only what plug-ins made for themselves goes with them: not a file whose item they were only shown.
 TEST_F(Signals, LeaveTheScriptsOwnFiles) {
     const Outcome outcome =
