@@ -17,7 +17,7 @@ TOP = pathlib.Path(__file__).resolve().parent.parent
 STREET = ["sdk", "platform"]
 BUILDINGS = {
     "plugin": [["services"], ["rows"], ["buffer"], ["ops", "geometry", "filters", "interop"], ["classes"]],
-    "host": [["objects"], ["calls"], ["images"], ["framework"], ["reference"], ["check"], ["script"]],
+    "host": [["messages"], ["objects"], ["calls"], ["images"], ["framework"], ["reference"], ["check"], ["script"]],
 }
 # Assemblers stand outside and see everything; nothing includes them.
 ASSEMBLERS = ["tqx", "python", "tests", "bench", "fuzz", "examples"]
@@ -122,6 +122,7 @@ WORDS = {
     "plugin/filters": "curves, blurs, dither",
     "plugin/interop": "host pictures",
     "plugin/classes": "member tables, entry point",
+    "host/messages": "what is said of faults",
     "host/objects": "objects, classes, values",
     "host/calls": "declarations, dynamic calls",
     "host/images": "image files",

@@ -1,6 +1,8 @@
 // What is said of typographic quotes and dashes and of other languages' signs.
 #include "host/calls/ForeignText.h"
 
+#include "host/messages/LexerMessages.h"
+
 namespace host {
 
 namespace {
@@ -94,12 +96,11 @@ std::size_t Covered(const Typographic& row, std::string_view rest) {
 }
 
 ForeignText Told(const Typographic& row, std::string_view rest) {
-    return {Covered(row, rest), "this is " + std::string(row.name) + "; " + std::string(row.plain), row.meant};
+    return {Covered(row, rest), kLexerSays.typographic(row.name, row.plain), row.meant};
 }
 
 ForeignText Told(const Foreign& row) {
-    std::string message = "\"" + std::string(row.sign) + "\" is not part of this language; ";
-    return {row.sign.size(), message + std::string(row.advice), row.meant};
+    return {row.sign.size(), kLexerSays.foreignSign(row.sign, row.advice), row.meant};
 }
 
 }  // namespace

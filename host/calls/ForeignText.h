@@ -3,8 +3,9 @@
 #pragma once
 
 #include <optional>
-#include <string>
 #include <string_view>
+
+#include "host/messages/Message.h"
 
 namespace host {
 
@@ -13,7 +14,7 @@ inline constexpr std::string_view kSomeText = "\"\"";
 
 struct ForeignText {
     std::size_t bytes = 0;   // that it takes
-    std::string message;     // what it is, and what would be right
+    Said message;            // what it is, and what would be right
     std::string_view meant;  // to go on with: an operator, a word, kSomeText; empty: nothing
 };
 

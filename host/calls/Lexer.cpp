@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "host/calls/ForeignText.h"
+#include "host/messages/LexerMessages.h"
 #include "host/objects/Type.h"
 
 namespace host {
@@ -125,9 +126,9 @@ Token Lexer::Finish(TokenKind kind, std::size_t bytes) {
     return token;
 }
 
-Token Lexer::Fail(std::string message, std::size_t bytes, std::string_view meant) {
+Token Lexer::Fail(const Said& message, std::size_t bytes, std::string_view meant) {
     Token token = Finish(TokenKind::Error, bytes);
-    token.text = std::move(message);
+    token.text = message.text();
     token.meant = meant;
     return token;
 }
@@ -167,7 +168,7 @@ Token Lexer::Number() {
     }
     if (IsWordCharacter(Peek(bytes))) {
         while (IsWordCharacter(Peek(bytes))) ++bytes;
-        return Fail("\"" + std::string(source_.substr(at_, bytes)) + "\" is neither a number nor a name", bytes);
+        return Fail(kLexerSays.neitherNumberNorName(source_.substr(at_, bytes)), bytes);
     }
     Token token = Finish(whole ? TokenKind::Integer : TokenKind::Double, bytes);
     const char* last = token.text.data() + token.text.size();
@@ -188,14 +189,13 @@ Token Lexer::BasedNumber() {
     std::size_t bytes = 1;
     while (IsWordCharacter(Peek(bytes))) ++bytes;
     const std::string written(source_.substr(at_, bytes));
-    if (base == 0) return Fail("\"" + written + "\" is no number: &h, &b, &o or &c was expected", bytes);
-    if (color && bytes != 8) return Fail("a colour is &c and six hexadecimal digits, not \"" + written + "\"", bytes);
+    if (base == 0) return Fail(kLexerSays.noBase(written), bytes);
+    if (color && bytes != 8) return Fail(kLexerSays.noColor(written), bytes);
     std::uint64_t number = 0;
     const char* last = written.data() + written.size();
     const auto [end, error] = std::from_chars(written.data() + 2, last, number, base);
-    if (error == std::errc::result_out_of_range) return Fail("\"" + written + "\" is above 64 bits", bytes);
-    if (end != last || bytes == 2)
-        return Fail("\"" + written + "\" is no number in base " + std::to_string(base), bytes);
+    if (error == std::errc::result_out_of_range) return Fail(kLexerSays.above64Bits(written), bytes);
+    if (end != last || bytes == 2) return Fail(kLexerSays.noNumberInBase(written, base), bytes);
     Token token = Finish(color ? TokenKind::Color : TokenKind::Integer, bytes);
     token.number = static_cast<std::int64_t>(number);
     token.real = static_cast<double>(number);
@@ -205,9 +205,9 @@ Token Lexer::BasedNumber() {
 namespace {
 
 // Why a text that begins here has no end on its line.
-std::string UnclosedText(std::string_view line) {
+Said UnclosedText(std::string_view line) {
     const bool curly = line.find("\u201D") != std::string_view::npos || line.find("\u201C") != std::string_view::npos;
-    return std::string("this string has no closing quote") + (curly ? "; a curly one does not close it" : "");
+    return kLexerSays.unclosedText(curly ? "; a curly one does not close it" : "");
 }
 
 }  // namespace
@@ -236,12 +236,12 @@ Token Lexer::Directive() {
 
 Token Lexer::ForeignSign() {
     if (std::optional<ForeignText> foreign = ForeignTextAt(source_.substr(at_)))
-        return Fail(std::move(foreign->message), foreign->bytes, foreign->meant);
+        return Fail(foreign->message, foreign->bytes, foreign->meant);
     const auto byte = static_cast<unsigned char>(Peek());
-    if (byte > 0x20 && byte < 0x7F) return Fail(std::string("\"") + Peek() + "\" has no meaning here", 1);
-    char message[48];
-    std::snprintf(message, sizeof(message), "the byte &h%02X has no meaning here", byte);
-    return Fail(message, 1);
+    if (byte > 0x20 && byte < 0x7F) return Fail(kLexerSays.noMeaning(std::string(1, Peek())), 1);
+    char digits[3];
+    std::snprintf(digits, sizeof(digits), "%02X", byte);
+    return Fail(kLexerSays.noMeaningOfByte(digits), 1);
 }
 
 Token Lexer::Sign() {

@@ -10,6 +10,8 @@
 #include <string_view>
 #include <vector>
 
+#include "host/messages/Message.h"
+
 namespace host {
 
 enum class TokenKind {
@@ -73,7 +75,7 @@ class Lexer {
     Token ForeignSign();
     Token Directive();
     Token Finish(TokenKind kind, std::size_t bytes);
-    Token Fail(std::string message, std::size_t bytes, std::string_view meant = {});
+    Token Fail(const Said& message, std::size_t bytes, std::string_view meant = {});
 
     std::string_view source_;
     std::size_t at_ = 0;

@@ -1,11 +1,15 @@
 // The messages by what raises them, and the page made of them.
 #include "host/reference/Messages.h"
 
+#include <regex>
+
+#include "host/messages/CheckerMessages.h"
+#include "host/messages/LexerMessages.h"
+#include "host/messages/ParserMessages.h"
+
 namespace host {
 
 namespace {
-
-constexpr std::string_view kGap = "…";
 
 constexpr std::string_view kScript = "The script itself";
 constexpr std::string_view kData = "Memory blocks, texts and timers";
@@ -108,50 +112,65 @@ constexpr MessageRow kRows[] = {
 };
 // clang-format on
 
-void AddRow(const MessageRow& row, std::string& page) {
-    page += "| `";
-    page += row.exception;
-    page += ": ";
-    page += row.text;
-    page += "` | ";
-    page += row.meaning;
-    page += " | ";
-    page += row.remedy;
-    page += " |\n";
+template <class... Tables>
+std::vector<Message> Joined(const Tables&... tables) {
+    std::vector<Message> rows;
+    const auto add = [&](const auto& table) {
+        for (const Message& row : RowsOf(table)) rows.push_back(row);
+    };
+    (add(tables), ...);
+    return rows;
+}
+
+std::string BeginOf(std::string_view title) {
+    return "\n### " + std::string(title) + "\n\n| Message | Means | What to do |\n|---|---|---|\n";
+}
+
+// The declarations that follow some messages stand on lines of their own there.
+std::string RowOf(std::string_view text, std::string_view meaning, std::string_view remedy) {
+    const std::string line = std::regex_replace(std::string(text), std::regex("\n *"), " ");
+    return "| `" + line + "` | " + std::string(meaning) + " | " + std::string(remedy) + " |\n";
 }
 
 }  // namespace
 
 std::span<const MessageRow> MessageRows() { return kRows; }
 
-bool Matches(const MessageRow& row, std::string_view message) {
-    std::string_view text = row.text;
-    bool anything = false;  // a … stands before the piece
-    for (;;) {
-        const std::size_t gap = text.find(kGap);
-        const std::string_view piece = text.substr(0, gap);
-        const bool last = gap == std::string_view::npos;
-        const std::size_t at = !anything ? 0 : last ? message.rfind(piece) : message.find(piece);
-        if (at == std::string_view::npos || message.substr(at, piece.size()) != piece) return false;
-        message.remove_prefix(at + piece.size());
-        if (last) return message.empty();
-        text.remove_prefix(gap + kGap.size());
-        anything = true;
-    }
+std::vector<MessageChapter> MessageChapters() {
+    using namespace script;
+    return {
+        {"Signs of a script", Joined(kLexerSays)},
+        {"Lines and blocks of a script", Joined(kConditionSays, kParserSays)},
+        {"Declarations", Joined(kDeclarationSays)},
+        {"Names", Joined(kNameSays)},
+        {"Types and values", Joined(kTypeSays)},
+        {"Calls", Joined(kCallSays)},
+        {"Statements", Joined(kStatementSays)},
+        {"A script as a whole", Joined(kSourceSays)},
+    };
 }
 
 std::string MessagesPage() {
     std::string page =
         "# Messages\n\n"
-        "What ends a script that nobody catches it in, as `file:line:column: Class: message`. `…` stands for names,\n"
-        "numbers and reasons. Why a member of the plug-in gave `Nil` or did nothing, `tqx run --explain` says.\n";
+        "What the host says, what it means and what to do. `…` stands for names, numbers and reasons. Why a member of\n"
+        "the plug-in gave `Nil` or did nothing, `tqx run --explain` says.\n\n"
+        "## Before a script runs\n\n"
+        "Told as `file:line:column: message`, with the line and a mark below it. `warning:` stands before what keeps "
+        "no\n"
+        "script from running.\n";
+    for (const MessageChapter& chapter : MessageChapters()) {
+        page += BeginOf(chapter.title);
+        for (const Message& row : chapter.rows) page += RowOf(row.text, row.meaning, row.remedy);
+    }
+    page +=
+        "\n## While a script runs\n\n"
+        "What ends a script that nobody catches it in, as `file:line:column: Class: message`.\n";
     std::string_view chapter;
     for (const MessageRow& row : kRows) {
-        if (row.chapter != chapter) {
-            chapter = row.chapter;
-            page += "\n## " + std::string(chapter) + "\n\n| Message | Means | What to do |\n|---|---|---|\n";
-        }
-        AddRow(row, page);
+        if (row.chapter != chapter) page += BeginOf(row.chapter);
+        chapter = row.chapter;
+        page += RowOf(std::string(row.exception) + ": " + std::string(row.text), row.meaning, row.remedy);
     }
     return page;
 }

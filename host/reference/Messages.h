@@ -1,10 +1,13 @@
-// What goes wrong while a script runs, what it means and what to do: one table, from which
-// docs/messages.md is made.
+// All messages in chapters, from which docs/messages.md is made: those of the tables in host/messages,
+// and what goes wrong while a script runs.
 #pragma once
 
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
+
+#include "host/messages/Message.h"
 
 namespace host {
 
@@ -19,8 +22,13 @@ struct MessageRow {
 
 std::span<const MessageRow> MessageRows();
 
-// Whether a message is one of a row: the row's text with anything for each ….
-bool Matches(const MessageRow& row, std::string_view message);
+// What is told otherwise, a table or a few to a chapter.
+struct MessageChapter {
+    std::string_view title;
+    std::vector<Message> rows;
+};
+
+std::vector<MessageChapter> MessageChapters();
 
 // The page, as it stands in docs/messages.md.
 std::string MessagesPage();

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "host/calls/Overload.h"
+#include "host/messages/CheckerMessages.h"
 #include "host/script/Ast.h"
 #include "host/script/Diagnostics.h"
 #include "host/script/Symbols.h"
@@ -35,6 +36,9 @@ struct RoutineContext {
     std::vector<LoopKind> loops;
     std::vector<const Block*> blocks;  // that are open, for their labels
 };
+
+// Ends a message about a number where a text is wanted.
+inline constexpr std::string_view kUseStr = "; Str makes a text of a number";
 
 class Checker {
   public:
@@ -110,7 +114,7 @@ class Checker {
     void CheckSelf(Expression& expression);
     Type OperandType(const Expression& left, const Expression& right) const;
     void MakeVariantOperation(Expression& expression, bool comparison);
-    void Wrong(Expression& expression, std::string message);  // tells and marks
+    void Wrong(Expression& expression, const host::Said& message);  // tells and marks
 
     // --- Names and members (CheckerMembers.cpp)
     void CheckName(ExpressionPtr& expression, std::vector<ExpressionPtr> arguments, bool hasArguments, bool wantsValue);
@@ -149,8 +153,8 @@ class Checker {
     const RoutineSymbol* FindPrivate(const ClassSymbol& type, std::string_view name) const;
     std::vector<std::string> ValueMembers(Type type);  // of what is no object
     std::vector<Candidate> TextFunctions(std::string_view name);
-    std::string UnknownMember(const ClassSymbol& type, std::string_view name);
-    std::string UnknownName(std::string_view name, bool wantsValue);
+    host::Said UnknownMember(const ClassSymbol& type, std::string_view name);
+    host::Said UnknownName(std::string_view name, bool wantsValue);
     std::vector<Candidate> AssignableCandidates(Expression& member, ExpressionPtr& receiver);
     bool ResolveAssignableCall(Statement& statement);
     bool ResolveAccessorSet(Statement& statement);
@@ -168,7 +172,7 @@ class Checker {
     void FitByRef(const ParameterSymbol& parameter, ExpressionPtr& argument);
     void ReportNoCandidate(const std::vector<Candidate>& candidates, const std::vector<ExpressionPtr>& arguments,
                            bool wantsValue, Position at);
-    std::string MismatchText(const Signature& signature, const std::vector<ExpressionPtr>& arguments) const;
+    host::Said MismatchText(const Signature& signature, const std::vector<ExpressionPtr>& arguments) const;
     void CheckArguments(std::vector<ExpressionPtr>& arguments);
 
     // --- Types and conversions (CheckerConversions.cpp)
@@ -178,7 +182,7 @@ class Checker {
     void Convert(ExpressionPtr& expression, Type to, std::string_view use, Casting casting = Casting::Implicit);
     void WarnOfLoss(const Expression& literal, Type to);
     std::vector<std::string> TypeNames() const;
-    std::string UnknownType(const std::string& name) const;
+    host::Said UnknownType(const std::string& name) const;
     void ForceConvert(ExpressionPtr& expression, Type to);
     void Fold(ExpressionPtr& expression);
     // Delegates (CheckerDelegates.cpp)

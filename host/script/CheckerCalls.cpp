@@ -43,17 +43,17 @@ std::optional<host::Fit> Checker::FitOfCall(const Signature& signature,
 }
 
 // Why a call does not fit the one signature there is.
-std::string Checker::MismatchText(const Signature& signature, const std::vector<ExpressionPtr>& arguments) const {
+host::Said Checker::MismatchText(const Signature& signature, const std::vector<ExpressionPtr>& arguments) const {
     const std::size_t required = signature.RequiredCount();
     const std::size_t most = signature.parameters.size();
     const bool open = most > 0 && signature.parameters.back().paramArray;
-    const std::string tail = "\n    " + TextOf(signature);
+    const std::string declaration = TextOf(signature);
     if (arguments.size() < required || (arguments.size() > most && !open)) {
         std::string wanted = (open ? "at least " : "") + std::to_string(required);
         if (most != required && !open) wanted += " to " + std::to_string(most);
         const bool one = (open ? required : most) == 1;
-        return signature.name + " takes " + wanted + (one ? " argument, not " : " arguments, not ") +
-               std::to_string(arguments.size()) + ":" + tail;
+        return kCallSays.wrongCount(signature.name, wanted + (one ? " argument" : " arguments"), arguments.size(),
+                                    declaration);
     }
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const ParameterSymbol& parameter = signature.parameters[std::min(i, most - 1)];
@@ -61,23 +61,22 @@ std::string Checker::MismatchText(const Signature& signature, const std::vector<
         if (ArgumentCost(parameter, *arguments[i], passing) != host::kNoConversion) continue;
         const Type type = parameter.paramArray ? ElementOf(parameter.type) : parameter.type;
         const std::string wanted = (parameter.byRef ? "a variable of type " : "") + NameOf(type);
-        return "argument " + std::to_string(i + 1) + " of " + signature.name + " is " + NameOf(arguments[i]->type) +
-               ", but " + wanted + " is wanted:" + tail;
+        return kCallSays.wrongArgument(i + 1, signature.name, NameOf(arguments[i]->type), wanted, declaration);
     }
-    return signature.name + " does not take these arguments:" + tail;
+    return kCallSays.wrongArguments(signature.name, declaration);
 }
 
 void Checker::ReportNoCandidate(const std::vector<Candidate>& candidates, const std::vector<ExpressionPtr>& arguments,
                                 bool wantsValue, Position at) {
     if (candidates.size() == 1 && !FitOfCall(*candidates[0].signature, arguments))
         return diagnostics_.Add(at, MismatchText(*candidates[0].signature, arguments));
-    if (candidates.size() == 1) return diagnostics_.Add(at, candidates[0].signature->name + " gives no value");
+    if (candidates.size() == 1) return diagnostics_.Add(at, kCallSays.givesNoValue(candidates[0].signature->name));
     std::string types;
     for (const ExpressionPtr& argument : arguments) types += (types.empty() ? "" : ", ") + NameOf(argument->type);
-    std::string message = "no " + candidates[0].signature->name + " takes (" + types + ")" +
-                          (wantsValue ? " and gives a value" : "") + "; there are:";
-    for (const Candidate& candidate : candidates) message += "\n    " + TextOf(*candidate.signature);
-    diagnostics_.Add(at, std::move(message));
+    std::string list;
+    for (const Candidate& candidate : candidates) list += "\n    " + TextOf(*candidate.signature);
+    diagnostics_.Add(
+        at, kCallSays.noOverload(candidates[0].signature->name, types, wantsValue ? " and gives a value" : "", list));
 }
 
 // The candidate of the least cost; null after telling why there is none. Where a value is wanted
@@ -96,9 +95,9 @@ const Candidate* Checker::Choose(const std::vector<Candidate>& candidates, std::
         ReportNoCandidate(candidates, arguments, wantsValue, at);
         return nullptr;
     }
-    std::string message = "this call could mean any of these; a cast of an argument decides:";
-    for (const Candidate* candidate : best) message += "\n    " + TextOf(*candidate->signature);
-    diagnostics_.Add(at, std::move(message));
+    std::string list;
+    for (const Candidate* candidate : best) list += "\n    " + TextOf(*candidate->signature);
+    diagnostics_.Add(at, kCallSays.ambiguous(list));
     return nullptr;
 }
 
@@ -112,10 +111,9 @@ void Checker::FitByRef(const ParameterSymbol& parameter, ExpressionPtr& argument
             return;
         case Node::GetProperty:
             if (argument->property->writable()) return;
-            return Wrong(*argument, argument->property->name + " can only be read; " + parameter.name +
-                                        " is a ByRef parameter and may be written");
+            return Wrong(*argument, kCallSays.readOnlyByRef(argument->property->name, parameter.name));
         default:
-            Wrong(*argument, parameter.name + " is a ByRef parameter: it takes a variable, not a value");
+            Wrong(*argument, kCallSays.valueByRef(parameter.name));
     }
 }
 

@@ -104,12 +104,12 @@ std::vector<std::string> Checker::TypeNames() const {
     return names;
 }
 
-std::string Checker::UnknownType(const std::string& name) const {
+host::Said Checker::UnknownType(const std::string& name) const {
     constexpr std::string_view foreign[] = {"Ptr",         "CString", "PString", "WString",
                                             "CFStringRef", "OSType",  "Currency"};
     for (const std::string_view type : foreign)
-        if (host::SameName(type, name)) return name + " is not part of this language";
-    return "there is no type " + name + host::DidYouMean(name, TypeNames());
+        if (host::SameName(type, name)) return kTypeSays.foreign(name);
+    return kTypeSays.unknown(name + host::DidYouMean(name, TypeNames()));
 }
 
 // A class by its name, or one inside a module or class by both names.
@@ -129,7 +129,7 @@ Type Checker::ResolveType(TypeName& name) {
             type = {Base::Object, false, symbol};
             if (FormOf(*symbol) == ClassForm::Enum) type = ResolveType(symbol->declaration->base);
             if (FormOf(*symbol) == ClassForm::Module) {
-                diagnostics_.Add(name.at, symbol->name + " is a module; there are no objects of it");
+                diagnostics_.Add(name.at, kTypeSays.module(symbol->name));
                 type = kWrongType;
             }
         }
@@ -139,7 +139,7 @@ Type Checker::ResolveType(TypeName& name) {
         type = kWrongType;
     }
     if (name.dimensions > kMostDimensions) {
-        diagnostics_.Add(name.at, "an array has at most " + std::to_string(kMostDimensions) + " dimensions");
+        diagnostics_.Add(name.at, kTypeSays.dimensions(kMostDimensions));
         name.dimensions = kMostDimensions;
     }
     type.array = name.array && !IsWrong(type);
@@ -175,23 +175,34 @@ void Checker::WarnOfLoss(const Expression& literal, Type to) {
     if (whole ? FitsIn(literal, kind) : FitsCut(literal.real, kind)) return;
     if (!whole && kind == host::Kind::UInt64 && literal.integer != 0) return;
     const std::string range = std::to_string(host::LowestOf(kind)) + " to " + std::to_string(host::HighestOf(kind));
-    diagnostics_.Warn(literal.at, "this number does not fit in " + NameOf(to) + ", which holds " + range);
+    diagnostics_.Warn(literal.at, kTypeSays.lossyLiteral(NameOf(to), range));
 }
+
+namespace {
+
+// What mostly turns a value of one type into another one.
+std::string Advice(Type from, Type to) {
+    if (IsNumeric(from) && IsString(to)) return std::string(kUseStr);
+    if (IsString(from) && IsNumeric(to)) return "; Val makes a number of a text";
+    const bool isBase = IsObject(from) && IsObject(to) && Inherits(to.of, from.of);
+    return isBase ? "; a cast says that it is one: " + NameOf(to) + "(…)" : "";
+}
+
+host::Said WhyNotConverted(const Expression& expression, Type to, std::string_view use) {
+    if (expression.type == kNoType) return kTypeSays.givesNothing(use, NameOf(to));
+    if (expression.type.base != Base::Address)
+        return kTypeSays.wanted(use, NameOf(expression.type), NameOf(to), Advice(expression.type, to));
+    const bool isDelegate = to.of && to.of->invoke;
+    return kTypeSays.noRoutineLike(NameOf(to) +
+                                   (isDelegate ? ":\n    " + TextOf(*to.of->invoke) : "; it is given to a delegate"));
+}
+
+}  // namespace
 
 void Checker::Convert(ExpressionPtr& expression, Type to, std::string_view use, Casting casting) {
     if (IsWrong(expression->type) || IsWrong(to)) return;
     if (ConversionCost(*expression, to) < 0) {
-        std::string message =
-            std::string(use) + " is " + NameOf(expression->type) + ", but " + NameOf(to) + " is wanted";
-        if (expression->type.base == Base::Address)
-            message = "AddressOf names no routine that is called like " + NameOf(to) +
-                      (to.of && to.of->invoke ? ":\n    " + TextOf(*to.of->invoke) : "; it is given to a delegate");
-        if (expression->type == kNoType) message = std::string(use) + " gives nothing; " + NameOf(to) + " is wanted";
-        if (IsNumeric(expression->type) && IsString(to)) message += "; Str makes a text of a number";
-        if (IsString(expression->type) && IsNumeric(to)) message += "; Val makes a number of a text";
-        if (IsObject(expression->type) && IsObject(to) && Inherits(to.of, expression->type.of))
-            message += "; a cast says that it is one: " + NameOf(to) + "(…)";
-        return Wrong(*expression, std::move(message));
+        return Wrong(*expression, WhyNotConverted(*expression, to, use));
     }
     if (casting == Casting::Implicit) WarnOfLoss(*expression, to);
     ForceConvert(expression, to);

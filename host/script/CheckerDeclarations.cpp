@@ -44,8 +44,8 @@ void Checker::DeclareClasses() {
         if (IsTypeName(declaration.name) || symbols_.FindClass(declaration.name)) {
             const ClassSymbol* other = symbols_.FindClass(declaration.name);
             const bool own = other && other->declaration;
-            diagnostics_.Add(declaration.at, "there is a class " + declaration.name + " already" +
-                                                 (own ? LineOf(other->declaration->at) : "") + "; choose another name");
+            diagnostics_.Add(declaration.at,
+                             kDeclarationSays.classTwice(declaration.name, own ? LineOf(other->declaration->at) : ""));
             continue;
         }
         ClassSymbol* symbol = symbols_.AddClass(declaration.name);
@@ -63,15 +63,14 @@ void Checker::ResolveBases() {
         ClassSymbol* base = FindTypeSymbol(name.name);
         const bool ownKind = base && FormOf(*base) == declaration.form;
         if (!base) {
-            diagnostics_.Add(
-                name.at, "there is no class " + name.name + " to inherit" + host::DidYouMean(name.name, TypeNames()));
+            diagnostics_.Add(name.at, kDeclarationSays.noBase(name.name, host::DidYouMean(name.name, TypeNames())));
         } else if (!ownKind) {
             const bool implements = FormOf(*base) == ClassForm::Interface;
-            diagnostics_.Add(name.at, name.name + " is " + std::string(implements ? "an " : "a ") +
-                                          std::string(WordOf(FormOf(*base))) +
-                                          (implements ? "; write Implements " + name.name : " and can't be inherited"));
+            diagnostics_.Add(
+                name.at, implements ? kDeclarationSays.inheritsInterface(name.name, WordOf(FormOf(*base)), name.name)
+                                    : kDeclarationSays.inheritsOther(name.name, WordOf(FormOf(*base))));
         } else if (Inherits(base, symbol)) {
-            diagnostics_.Add(name.at, declaration.name + " can't inherit itself");
+            diagnostics_.Add(name.at, kDeclarationSays.inheritsItself(declaration.name));
         } else {
             symbol->base = base;
         }
@@ -83,9 +82,9 @@ void Checker::ResolveInterfaces(ClassSymbol& symbol) {
     for (const TypeName& name : symbol.declaration->interfaces) {
         ClassSymbol* interface = FindTypeSymbol(name.name);
         if (!interface || FormOf(*interface) != ClassForm::Interface) {
-            diagnostics_.Add(name.at, interface ? name.name + " is no interface" : UnknownType(name.name));
+            diagnostics_.Add(name.at, interface ? kDeclarationSays.noInterface(name.name) : UnknownType(name.name));
         } else if (symbol.declaration->form != ClassForm::Class) {
-            diagnostics_.Add(name.at, "only a class implements interfaces; an interface inherits others");
+            diagnostics_.Add(name.at, kDeclarationSays.implementsInInterface());
         } else {
             symbol.interfaces.push_back(interface);
             for (ClassSymbol* above = interface; above && above->declaration;
@@ -107,8 +106,9 @@ void Checker::CheckInterfaces(const ClassSymbol& symbol) {
                                routine->signature.result == method->signature.result;
                     });
                     if (has) continue;
-                    diagnostics_.Add(symbol.declaration->at, symbol.name + " implements " + interface->name +
-                                                                 " and so needs:\n    " + TextOf(method->signature));
+                    diagnostics_.Add(
+                        symbol.declaration->at,
+                        kDeclarationSays.missingMethod(symbol.name, interface->name, TextOf(method->signature)));
                 }
 }
 
@@ -135,8 +135,8 @@ void Checker::DeclareField(ClassSymbol& symbol, FieldDeclaration& declaration) {
     }
     const auto [at, added] = symbol.fields.emplace(host::LowerName(field->name), field);
     if (!added)
-        diagnostics_.Add(declarator.at, symbol.name + " has a " + field->name + " already" +
-                                            LineOf(at->second->declaration->declarator.at));
+        diagnostics_.Add(declarator.at, kDeclarationSays.memberTwice(symbol.name, field->name,
+                                                                     LineOf(at->second->declaration->declarator.at)));
     symbol.ownFields.push_back(field);
 }
 
@@ -147,8 +147,9 @@ void Checker::DeclareMembers(ClassSymbol& symbol) {
         const std::string lower = host::LowerName(declaration.name);
         const auto field = symbol.fields.find(PlainName(lower));
         if (field != symbol.fields.end() && declaration.kind != RoutineKind::Event)
-            diagnostics_.Add(declaration.at, symbol.name + " has a " + field->second->name + " already" +
-                                                 LineOf(field->second->declaration->declarator.at));
+            diagnostics_.Add(declaration.at,
+                             kDeclarationSays.memberTwice(symbol.name, field->second->name,
+                                                          LineOf(field->second->declaration->declarator.at)));
         AddRoutine(symbol.routines[lower], *routine, symbol.name + " has a ");
         if (declaration.declaresEvent) DeclareEvent(symbol, *routine);
     }
@@ -240,9 +241,8 @@ void Checker::DeclareEvent(ClassSymbol& symbol, RoutineSymbol& event) {
 void Checker::AddRoutine(std::vector<RoutineSymbol*>& overloads, RoutineSymbol& routine, const std::string& there) {
     for (const RoutineSymbol* other : overloads)
         if (SameParameters(other->signature, routine.signature))
-            diagnostics_.Add(
-                routine.declaration->at,
-                there + routine.signature.name + " with these parameters already" + LineOf(other->declaration->at));
+            diagnostics_.Add(routine.declaration->at, kDeclarationSays.routineTwice(there + routine.signature.name,
+                                                                                    other->declaration->at.line));
     overloads.push_back(&routine);
 }
 
@@ -250,8 +250,7 @@ void Checker::DeclareParameters(RoutineSymbol& routine) {
     bool optional = false;
     bool open = false;
     for (Parameter& parameter : routine.declaration->parameters) {
-        if (open)
-            diagnostics_.Add(parameter.at, "nothing is left for a parameter after a ParamArray, which comes last");
+        if (open) diagnostics_.Add(parameter.at, kDeclarationSays.afterParamArray());
         open |= parameter.paramArray;
         ParameterSymbol& symbol = routine.signature.parameters.emplace_back();
         static_cast<host::ParameterFlags&>(symbol) = parameter;
@@ -259,13 +258,13 @@ void Checker::DeclareParameters(RoutineSymbol& routine) {
         symbol.type = ResolveType(parameter.type);
         if (parameter.paramArray && !IsWrong(symbol.type) && !symbol.type.array) symbol.type.array = true;
         if (parameter.extends && &parameter != &routine.declaration->parameters.front())
-            diagnostics_.Add(parameter.at, "Extends stands before the first parameter");
+            diagnostics_.Add(parameter.at, kDeclarationSays.extendsPlace());
         if (parameter.extends && routine.owner && FormOf(*routine.owner) != ClassForm::Module)
-            diagnostics_.Add(parameter.at, "a method that extends a type stands in a module or outside of any class");
+            diagnostics_.Add(parameter.at, kDeclarationSays.extendsInClass());
         if (parameter.assigns && &parameter != &routine.declaration->parameters.back())
-            diagnostics_.Add(parameter.at, "Assigns stands before the last parameter");
+            diagnostics_.Add(parameter.at, kDeclarationSays.assignsPlace());
         if (optional && !parameter.optional && !parameter.paramArray && !parameter.assigns)
-            diagnostics_.Add(parameter.at, "a parameter after an optional one is optional too");
+            diagnostics_.Add(parameter.at, kDeclarationSays.optionalOrder());
         optional |= parameter.optional;
         if (!parameter.defaultValue) continue;
         CheckValue(parameter.defaultValue);
@@ -273,7 +272,7 @@ void Checker::DeclareParameters(RoutineSymbol& routine) {
         if (IsLiteral(*parameter.defaultValue)) {
             symbol.defaultValue = LiteralValue(*parameter.defaultValue);
         } else if (!IsWrong(parameter.defaultValue->type)) {
-            diagnostics_.Add(parameter.defaultValue->at, "a default is made of literals and constants");
+            diagnostics_.Add(parameter.defaultValue->at, kDeclarationSays.defaultNotConstant());
         }
     }
 }
@@ -291,9 +290,9 @@ RoutineSymbol* Checker::DeclareRoutine(RoutineDeclaration& declaration, ClassSym
     const bool special =
         owner && (host::SameName(declaration.name, "Constructor") || host::SameName(declaration.name, "Destructor"));
     if (special && (routine->shared || routine->signature.result != kNoType))
-        diagnostics_.Add(declaration.at, declaration.name + " is a Sub of an object");
+        diagnostics_.Add(declaration.at, kDeclarationSays.notASub(declaration.name));
     if (special && host::SameName(declaration.name, "Destructor") && !routine->signature.parameters.empty())
-        diagnostics_.Add(declaration.at, "a Destructor takes no parameters");
+        diagnostics_.Add(declaration.at, kDeclarationSays.destructorParameters());
     return routine;
 }
 
@@ -304,9 +303,9 @@ void Checker::CheckOverride(const RoutineSymbol& routine) {
         if (!SameParameters(*inherited.signature, routine.signature)) continue;
         if (host::SameName(routine.signature.name, "Constructor")) continue;
         if (inherited.signature->result == routine.signature.result) continue;
-        diagnostics_.Add(routine.declaration->at, routine.signature.name + " overrides one that gives " +
-                                                      NameOf(inherited.signature->result) + ":\n    " +
-                                                      TextOf(*inherited.signature));
+        diagnostics_.Add(routine.declaration->at,
+                         kDeclarationSays.overrideType(routine.signature.name, NameOf(inherited.signature->result),
+                                                       TextOf(*inherited.signature)));
     }
 }
 
@@ -318,19 +317,19 @@ void Checker::CheckEvent(RoutineSymbol& routine) {
     if (!event) {
         const auto inherited = symbols_.FindRoutines(*routine.owner->base, routine.signature.name);
         if (inherited.empty())
-            return diagnostics_.Add(at, routine.owner->name + " inherits no event " + name +
-                                            host::DidYouMean(name, EventNames(*routine.owner)));
+            return diagnostics_.Add(
+                at, kDeclarationSays.noEventToHandle(routine.owner->name,
+                                                     name + host::DidYouMean(name, EventNames(*routine.owner))));
         if (!SameParameters(inherited[0]->signature, routine.signature) ||
             inherited[0]->signature.result != routine.signature.result)
-            diagnostics_.Add(at, "the event is declared as " +
-                                     TextOf(inherited[0]->signature).substr(kEventMark.size()) +
-                                     "; the handler must be the same");
+            diagnostics_.Add(
+                at, kDeclarationSays.handlerDiffers(TextOf(inherited[0]->signature).substr(kEventMark.size())));
         return;
     }
     const auto fromHost = [this](const host::Type& type) { return symbols_.FromHost(type); };
     const auto wanted = host::WithTypes<Type>(event->declaration, fromHost);
     if (!SameParameters(wanted, routine.signature) || wanted.result != routine.signature.result)
-        return diagnostics_.Add(at, "the event is declared as " + TextOf(wanted) + "; the handler must be the same");
+        return diagnostics_.Add(at, kDeclarationSays.handlerDiffers(TextOf(wanted)));
     routine.event = event;
 }
 
@@ -369,7 +368,7 @@ void Checker::CheckField(FieldSymbol& field) {
             field.type = field.shared->type = declarator.value->type;
             field.shared->value = CloneLiteral(*declarator.value, declarator.at);
         } else if (!IsWrong(declarator.value->type)) {
-            diagnostics_.Add(declarator.value->at, "a constant's value is made of literals and other constants");
+            diagnostics_.Add(declarator.value->at, kDeclarationSays.constantNotConstant());
         }
         return;
     }
@@ -435,7 +434,7 @@ void Checker::Run() {
     for (RoutineDeclaration& declaration : program_.routines) {
         RoutineSymbol* routine = DeclareRoutine(declaration, nullptr);
         if (IsTypeName(declaration.name))
-            diagnostics_.Add(declaration.at, declaration.name + " is a type; choose another name");
+            diagnostics_.Add(declaration.at, kDeclarationSays.nameOfType(declaration.name));
         auto& overloads = symbols_.routines[host::LowerName(declaration.name)];
         std::erase_if(overloads, [&](const RoutineSymbol* other) {
             return other->code && SameParameters(other->signature, routine->signature);  // of a step before

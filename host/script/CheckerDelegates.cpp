@@ -57,8 +57,7 @@ void Checker::CheckAddressOf(Expression& expression) {
         return !MayReach(routine->owner, routine->isPrivate) || (routine->HasReceiver() && expression.operands.empty());
     });
     if (expression.routines.empty())
-        Wrong(expression, "AddressOf is followed by the name of a Sub or Function of the script" +
-                              (named->text.empty() ? "" : "; " + named->text + " is none"));
+        Wrong(expression, kNameSays.notAddressable(named->text.empty() ? "" : "; " + named->text + " is none"));
 }
 
 RoutineSymbol* Checker::FindAddressed(const Expression& address, Type delegate) const {
@@ -113,14 +112,14 @@ void Checker::CheckHandle(Expression& expression) {
     ExpressionPtr object;
     if (named->node == Node::Member) object = std::move(named->operands[0]);
     if (named->node == Node::Name) object = MakeExpression(Node::Self, kNoType, at);
-    if (!object) return Wrong(expression, "expected the event of an object: AddHandler clock.Action, AddressOf Tick");
+    if (!object) return Wrong(expression, kNameSays.noEventOfObject());
     CheckValue(object);
     CheckValue(handler);
     if (IsWrong(object->type) || IsWrong(handler->type)) return Wrong(expression, {});
     const ClassSymbol* type = IsObject(object->type) ? object->type.of : nullptr;
     FieldSymbol* field = type ? symbols_.FindField(*type, "handler " + named->text) : nullptr;
     const host::Event* event = type && !field ? FindNativeEvent(*type, named->text) : nullptr;
-    if (!field && !event) return Wrong(expression, NameOf(object->type) + " has no event " + named->text);
+    if (!field && !event) return Wrong(expression, kNameSays.noEvent(NameOf(object->type), named->text));
     const Type wanted = field ? field->type : Type{Base::Object, false, DelegateOf(*event, *type, at)};
     Convert(handler, wanted, "the handler");
     if (IsWrong(handler->type)) return Wrong(expression, {});

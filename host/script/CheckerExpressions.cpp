@@ -62,8 +62,8 @@ bool IsReference(Type type) { return type.array || type.base == Base::Object || 
 
 }  // namespace
 
-void Checker::Wrong(Expression& expression, std::string message) {
-    if (!message.empty()) diagnostics_.Add(expression.at, std::move(message));
+void Checker::Wrong(Expression& expression, const host::Said& message) {
+    if (!message.empty()) diagnostics_.Add(expression.at, message);
     expression.node = Node::Nothing;
     expression.type = kWrongType;
     expression.operands.clear();
@@ -71,7 +71,7 @@ void Checker::Wrong(Expression& expression, std::string message) {
 
 void Checker::CheckValue(ExpressionPtr& expression) {
     CheckExpression(expression);
-    if (expression->type == kNoType) Wrong(*expression, "a value is wanted here, but this gives none");
+    if (expression->type == kNoType) Wrong(*expression, kTypeSays.valueWanted());
 }
 
 void Checker::CheckExpression(ExpressionPtr& expression, bool wantsValue) {
@@ -100,7 +100,7 @@ void Checker::CheckExpression(ExpressionPtr& expression, bool wantsValue) {
         case Node::Self:
             return CheckSelf(*expression);
         case Node::Super:
-            return Wrong(*expression, "Super is followed by a dot and a member's name");
+            return Wrong(*expression, kNameSays.superAlone());
         default:
             return;  // resolved already
     }
@@ -135,7 +135,7 @@ void Checker::CheckLiteral(Expression& expression) {
 }
 
 void Checker::CheckSelf(Expression& expression) {
-    if (!context_.hasSelf) return Wrong(expression, "there is no Self here; it exists in the methods of a class");
+    if (!context_.hasSelf) return Wrong(expression, kNameSays.noSelf());
     expression.type = {Base::Object, false, context_.owner};
 }
 
@@ -149,8 +149,8 @@ void Checker::CheckUnary(ExpressionPtr& expression) {
     if (IsVariant(type)) ForceConvert(operand, negates ? kDoubleType : kBooleanType);
     const bool fits = negates ? IsNumeric(operand->type) : operand->type == kBooleanType || IsIntegral(operand->type);
     if (!fits) {
-        return Wrong(*expression, std::string(WordOf(expression->op)) + " can't be applied to " + NameOf(type) +
-                                      (negates ? "; it takes a number" : "; it takes a Boolean or a whole number"));
+        return Wrong(*expression, kTypeSays.cannotApply(WordOf(expression->op), NameOf(type),
+                                                        negates ? "a number" : "a Boolean or a whole number"));
     }
     // The negative of a byte is no byte.
     if (negates && IsIntegral(operand->type)) ForceConvert(operand, SignedType(operand->type));
@@ -170,8 +170,7 @@ void Checker::CheckBinary(ExpressionPtr& expression) {
     }
     for (const ExpressionPtr& operand : expression->operands)
         if (operand->type.base == Base::Address)
-            return Wrong(*expression, "AddressOf is given to a delegate; " + std::string(WordOf(expression->op)) +
-                                          " does not take it");
+            return Wrong(*expression, kTypeSays.operatorOfAddress(WordOf(expression->op)));
     if (ResolveOperator(expression)) return;
     switch (expression->op) {
         case Operator::And:
@@ -227,11 +226,10 @@ void Checker::CheckArithmetic(ExpressionPtr& expression) {
         return Fold(expression);
     }
     if (!IsNumeric(left->type) || !IsNumeric(right->type)) {
-        std::string message =
-            std::string(WordOf(expression->op)) + " can't join " + NameOf(left->type) + " and " + NameOf(right->type);
         const bool oneText = IsString(left->type) != IsString(right->type);
-        if (expression->op == Operator::Add && oneText) message += "; Str makes a text of a number";
-        return Wrong(*expression, std::move(message));
+        const bool joinsText = expression->op == Operator::Add && oneText;
+        return Wrong(*expression, kTypeSays.cannotJoin(WordOf(expression->op), NameOf(left->type),
+                                                       NameOf(right->type) + std::string(joinsText ? kUseStr : "")));
     }
     Type type = OperandType(*left, *right);
     if (expression->op == Operator::Divide || expression->op == Operator::Power) type = kDoubleType;
@@ -247,7 +245,7 @@ void Checker::CheckArithmetic(ExpressionPtr& expression) {
 void Checker::CheckIdentity(ExpressionPtr& expression) {
     for (ExpressionPtr& operand : expression->operands) {
         if (!IsReference(operand->type) && !IsVariant(operand->type)) {
-            return Wrong(*expression, "Is compares objects, but " + NameOf(operand->type) + " is none; use =");
+            return Wrong(*expression, kTypeSays.isOfOther(NameOf(operand->type)));
         }
     }
     expression->op = Operator::Equal;
@@ -269,8 +267,7 @@ void Checker::CheckComparison(ExpressionPtr& expression) {
         ForceConvert(left, kStringType);
         ForceConvert(right, kStringType);
     } else if (!(IsEquality(expression->op) && ((IsReference(a) && IsReference(b)) || a == b))) {
-        return Wrong(*expression,
-                     NameOf(a) + " and " + NameOf(b) + " can't be compared by " + std::string(WordOf(expression->op)));
+        return Wrong(*expression, kTypeSays.cannotCompare(NameOf(a), NameOf(b), WordOf(expression->op)));
     }
     expression->node = Node::Comparison;
     expression->type = kBooleanType;
@@ -287,8 +284,7 @@ void Checker::CheckLogic(ExpressionPtr& expression) {
         return;
     }
     if (!IsIntegral(a) || !IsIntegral(b)) {
-        return Wrong(*expression, std::string(WordOf(expression->op)) + " can't join " + NameOf(a) + " and " +
-                                      NameOf(b) + "; it takes two Booleans or two whole numbers");
+        return Wrong(*expression, kTypeSays.cannotJoinBits(WordOf(expression->op), NameOf(a), NameOf(b)));
     }
     Type type = CommonType(a, b);
     // Bits beside bits of the same width or fewer stay unsigned.
@@ -315,9 +311,9 @@ void Checker::CheckIsA(Expression& expression) {
     const Type type = ResolveType(expression.typeName);
     const Type operand = expression.operands[0]->type;
     if (IsWrong(type) || IsWrong(operand)) return Wrong(expression, {});
-    if (!IsObject(type)) return Wrong(expression, "IsA is followed by a class; " + NameOf(type) + " is none");
+    if (!IsObject(type)) return Wrong(expression, kTypeSays.isAOfOther(NameOf(type)));
     if (!IsObject(operand) && !IsVariant(operand) && operand != kNilType)
-        return Wrong(expression, "IsA asks an object for its class, but this is " + NameOf(operand));
+        return Wrong(expression, kTypeSays.isAWithoutObject(NameOf(operand)));
     ForceConvert(expression.operands[0], operand == kNilType ? kVariantType : operand);
     expression.type = kBooleanType;
 }
@@ -328,18 +324,16 @@ void Checker::CheckNew(ExpressionPtr& expression) {
     expression->operands.clear();
     CheckArguments(arguments);
     if (IsWrong(type)) return Wrong(*expression, {});
-    if (!IsObject(type)) return Wrong(*expression, "New makes objects of classes; " + NameOf(type) + " is none");
-    if (FormOf(*type.of) == ClassForm::Interface)
-        return Wrong(*expression, "New makes objects of classes; " + NameOf(type) + " is an interface");
-    if (FormOf(*type.of) == ClassForm::Delegate)
-        return Wrong(*expression, "an object of " + NameOf(type) + " is made by AddressOf and the name of a routine");
+    if (!IsObject(type)) return Wrong(*expression, kTypeSays.newOfOther(NameOf(type)));
+    if (FormOf(*type.of) == ClassForm::Interface) return Wrong(*expression, kTypeSays.newOfInterface(NameOf(type)));
+    if (FormOf(*type.of) == ClassForm::Delegate) return Wrong(*expression, kTypeSays.newOfDelegate(NameOf(type)));
     expression->type = type;
     expression->node = Node::NewObject;
     const std::vector<Candidate> constructors = MethodCandidates(*type.of, "Constructor", false);
     if (constructors.empty() && FindPrivate(*type.of, "Constructor"))
         return Wrong(*expression, UnknownMember(*type.of, "Constructor"));
     if (constructors.empty()) {
-        if (!arguments.empty()) Wrong(*expression, type.of->name + " has no Constructor that takes arguments");
+        if (!arguments.empty()) Wrong(*expression, kTypeSays.noConstructor(type.of->name));
         return;
     }
     const Candidate* chosen = Choose(constructors, arguments, false, expression->at);

@@ -46,17 +46,17 @@ bool Checker::ResolveArrayMember(ExpressionPtr& expression, ExpressionPtr& recei
     const Type element = ElementOf(receiver->type);
     const bool asksDimension = member->kind == ArrayMethodKind::Ubound && arguments.size() == 1;
     if (IsGrid(receiver->type) && member->kind != ArrayMethodKind::Ubound) {
-        Wrong(*expression,
-              std::string(member->name) + " works on arrays of one dimension; this is " + NameOf(receiver->type));
+        Wrong(*expression, kCallSays.arrayMethodOfGrid(member->name, NameOf(receiver->type)));
         return true;
     }
     if (arguments.size() != member->arguments && !asksDimension) {
-        Wrong(*expression, std::string(member->name) + " of an array takes " + std::to_string(member->arguments) +
-                               (member->arguments == 1 ? " argument" : " arguments"));
+        Wrong(*expression,
+              kCallSays.arrayMethodCount(member->name, std::to_string(member->arguments) +
+                                                           (member->arguments == 1 ? " argument" : " arguments")));
         return true;
     }
     if (member->kind == ArrayMethodKind::Sort && !IsNumeric(element) && !IsString(element)) {
-        Wrong(*expression, "only arrays of numbers and texts can be sorted, not " + NameOf(receiver->type));
+        Wrong(*expression, kCallSays.cannotSort(NameOf(receiver->type)));
         return true;
     }
     const bool takesElement = member->kind == ArrayMethodKind::Append || member->kind == ArrayMethodKind::IndexOf ||
@@ -156,14 +156,12 @@ Type Checker::JoinedType(Type a, Type b) const {
 }
 
 void Checker::MakeArrayOf(Expression& expression, std::vector<ExpressionPtr> arguments) {
-    if (arguments.empty()) return Wrong(expression, "Array needs at least one element to know its type");
+    if (arguments.empty()) return Wrong(expression, kCallSays.emptyArray());
     Type element = arguments[0]->type;
     for (const ExpressionPtr& argument : arguments) {
         if (IsWrong(argument->type)) return Wrong(expression, {});
-        if (argument->type.base == Base::Address)
-            return Wrong(expression,
-                         "Array can't tell what delegate this address is for; append it to an array of one");
-        if (argument->type.array) return Wrong(expression, "an array can't hold arrays");
+        if (argument->type.base == Base::Address) return Wrong(expression, kCallSays.arrayOfAddresses());
+        if (argument->type.array) return Wrong(expression, kCallSays.arrayOfArrays());
         element = JoinedType(element, argument->type);
     }
     if (element == kNilType) element = kVariantType;
@@ -181,11 +179,9 @@ bool Checker::ResolveIntrinsic(ExpressionPtr& expression, std::vector<Expression
     }
     if (host::SameName(name, "Ubound")) {
         if (arguments.empty() || arguments.size() > 2)
-            return Wrong(*expression, "Ubound takes an array and perhaps the number of a dimension, not " +
-                                          std::to_string(arguments.size()) + " arguments"),
-                   true;
+            return Wrong(*expression, kCallSays.uboundCount(arguments.size())), true;
         if (IsWrong(arguments[0]->type) || !arguments[0]->type.array) {
-            Wrong(*expression, IsWrong(arguments[0]->type) ? "" : "Ubound is asked of an array");
+            Wrong(*expression, IsWrong(arguments[0]->type) ? host::Said() : kCallSays.uboundOfOther());
             return true;
         }
         std::vector<ExpressionPtr> dimension;
@@ -194,14 +190,14 @@ bool Checker::ResolveIntrinsic(ExpressionPtr& expression, std::vector<Expression
     }
     if (host::SameName(name, "Print")) {
         if (arguments.size() > 1) {
-            Wrong(*expression, "Print takes one value; texts are joined by +");
+            Wrong(*expression, kCallSays.printCount());
             return true;
         }
         for (const ExpressionPtr& argument : arguments)
             if (IsWrong(argument->type)) return Wrong(*expression, {}), true;
         for (ExpressionPtr& argument : arguments)
             if (argument->type.base == Base::Address)
-                return Wrong(*expression, "an address can't be shown; AddressOf is given to a delegate"), true;
+                return Wrong(*expression, kCallSays.showAddress()), true;
             else if (FindOperatorConvert(argument->type, kStringType))
                 ForceConvert(argument, kStringType);
         expression->node = Node::Intrinsic;
@@ -211,7 +207,7 @@ bool Checker::ResolveIntrinsic(ExpressionPtr& expression, std::vector<Expression
         return true;
     }
     if (host::SameName(name, "Quit")) {
-        if (arguments.size() > 1) return Wrong(*expression, "Quit takes one exit code"), true;
+        if (arguments.size() > 1) return Wrong(*expression, kCallSays.quitCount()), true;
         for (ExpressionPtr& argument : arguments) Convert(argument, kIntegerType, "the exit code");
         expression->node = Node::Intrinsic;
         expression->intrinsic = IntrinsicKind::Quit;
@@ -310,7 +306,7 @@ bool Checker::ResolvePropertySet(Statement& statement) {
     Expression& target = *statement.expressions[0];
     if (target.node != Node::GetProperty) return false;
     if (!target.property->writable()) {
-        Wrong(target, target.property->name + " can be read but not set");
+        Wrong(target, kNameSays.readOnly(target.property->name));
         return true;
     }
     Convert(statement.expressions[1], target.type, "the value");
@@ -336,8 +332,7 @@ void Checker::CheckAssign(Statement& statement) {
         case Node::Element:
             return Convert(statement.expressions[1], target.type, "the value");
         default:
-            Wrong(target, IsLiteral(target) ? "a constant can't be assigned to"
-                                            : "this can't be assigned to; a variable, a property or an element can");
+            Wrong(target, IsLiteral(target) ? kNameSays.assignConstant() : kNameSays.assignValue());
     }
 }
 

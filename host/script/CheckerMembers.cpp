@@ -60,7 +60,7 @@ void AddNames(const host::Class& type, std::vector<std::string>& names) {
 
 }  // namespace
 
-std::string Checker::UnknownName(std::string_view name, bool wantsValue) {
+host::Said Checker::UnknownName(std::string_view name, bool wantsValue) {
     std::vector<std::string> known = host::Runtime::Get().FunctionNames();
     for (const auto& scope : context_.scopes)
         for (const auto& [lower, variable] : scope) known.push_back(variable->name);
@@ -73,8 +73,8 @@ std::string Checker::UnknownName(std::string_view name, bool wantsValue) {
     std::string nearest = host::NearestName(name, known);
     for (const auto& [other, own] : kOtherNames)
         if (host::SameName(other, name)) nearest = own;
-    return "nothing here is called " + std::string(name) +
-           (nearest.empty() ? "; a variable is declared with Dim" : "; did you mean " + nearest + "?");
+    return kNameSays.unknown(name,
+                             nearest.empty() ? "a variable is declared with Dim" : "did you mean " + nearest + "?");
 }
 
 // Names that may be used here, of a class and those it inherits.
@@ -96,12 +96,12 @@ const RoutineSymbol* Checker::FindPrivate(const ClassSymbol& type, std::string_v
     return nullptr;
 }
 
-std::string Checker::UnknownMember(const ClassSymbol& type, std::string_view name) {
+host::Said Checker::UnknownMember(const ClassSymbol& type, std::string_view name) {
     if (const RoutineSymbol* hidden = FindPrivate(type, name))
-        return hidden->signature.name + " is private to " + hidden->owner->name;
+        return kNameSays.isPrivate(hidden->signature.name, hidden->owner->name);
     std::vector<std::string> known;
     AddMemberNames(type, known);
-    return type.name + " has no member " + std::string(name) + host::DidYouMean(name, known);
+    return kNameSays.noMember(type.name, std::string(name) + host::DidYouMean(name, known));
 }
 
 void Checker::UseVariable(Expression& expression, Variable& variable) {
@@ -114,12 +114,11 @@ void Checker::ApplyIndex(ExpressionPtr& expression, std::vector<ExpressionPtr> a
     if (arguments.empty() || IsWrong(expression->type)) return;  // "values()" is the array itself
     if (ResolveSubscript(expression, arguments)) return;
     if (!expression->type.array) {
-        return Wrong(*expression, "this is " + NameOf(expression->type) + ", which takes no index");
+        return Wrong(*expression, kCallSays.noIndex(NameOf(expression->type)));
     }
     const std::size_t dimensions = expression->type.furtherDimensions + 1u;
     if (arguments.size() != dimensions)
-        return Wrong(*expression, dimensions == 1 ? "an array takes one index"
-                                                  : "this array takes " + std::to_string(dimensions) + " indices");
+        return Wrong(*expression, dimensions == 1 ? kCallSays.oneIndex() : kCallSays.indices(dimensions));
     ExpressionPtr element = MakeExpression(Node::Element, ElementOf(expression->type), expression->at);
     element->depth = expression->depth + 1;
     element->operands.push_back(std::move(expression));
@@ -132,7 +131,7 @@ void Checker::ApplyIndex(ExpressionPtr& expression, std::vector<ExpressionPtr> a
 
 bool Checker::ResolveField(ExpressionPtr& expression, FieldSymbol& field, ExpressionPtr& receiver) {
     if (!MayReach(field.owner, field.isPrivate)) {
-        Wrong(*expression, field.name + " is private to " + field.owner->name);
+        Wrong(*expression, kNameSays.isPrivate(field.name, field.owner->name));
         return true;
     }
     if (field.shared) {
@@ -140,7 +139,7 @@ bool Checker::ResolveField(ExpressionPtr& expression, FieldSymbol& field, Expres
         return true;
     }
     if (!receiver) {
-        Wrong(*expression, field.name + " belongs to an object of " + field.owner->name + "; there is none here");
+        Wrong(*expression, kNameSays.needsObject(field.name, field.owner->name));
         return true;
     }
     ExpressionPtr access = MakeExpression(Node::Field, field.type, expression->at);
@@ -202,7 +201,7 @@ bool Checker::ResolveSharedMember(ExpressionPtr& expression, const ClassSymbol& 
         const host::Constant* constant = at->native && !at->declaration ? at->native->FindConstant(name) : nullptr;
         if (!constant) continue;
         expression = LiteralOf(constant->value, expression->at);
-        if (hasArguments) Wrong(*expression, name + " is a constant and takes no arguments");
+        if (hasArguments) Wrong(*expression, kNameSays.constantArguments(name));
         return true;
     }
     const std::vector<Candidate> candidates = MethodCandidates(type, name, true);
@@ -230,7 +229,7 @@ bool Checker::ResolveSelfMember(ExpressionPtr& expression, std::vector<Expressio
     ExpressionPtr self;
     if (context_.hasSelf) self = MakeExpression(Node::Self, {Base::Object, false, &owner}, expression->at);
     if (ResolveObjectMember(expression, owner, self, arguments, hasArguments, wantsValue)) return true;
-    Wrong(*expression, name + " belongs to an object of " + owner.name + "; a shared method has none");
+    Wrong(*expression, kNameSays.needsObjectInShared(name, owner.name));
     return true;
 }
 
@@ -244,8 +243,7 @@ void Checker::CheckName(ExpressionPtr& expression, std::vector<ExpressionPtr> ar
     }
     if (ResolveSelfMember(expression, arguments, hasArguments, wantsValue)) return;
     if (Variable* variable = FindGlobal(name)) {
-        if (IsAhead(*variable, expression->at))
-            return Wrong(*expression, name + " is used before its Dim in line " + std::to_string(variable->at.line));
+        if (IsAhead(*variable, expression->at)) return Wrong(*expression, kNameSays.beforeDim(name, variable->at.line));
         UseVariable(*expression, *variable);
         return ApplyIndex(expression, std::move(arguments));
     }
@@ -270,12 +268,12 @@ void Checker::CheckName(ExpressionPtr& expression, std::vector<ExpressionPtr> ar
         return;
     }
     if (const std::size_t mark = name.find(' '); mark != std::string::npos)
-        return Wrong(*expression, "this class declares no event " + name.substr(mark + 1) + " that it could raise");
+        return Wrong(*expression, kNameSays.noEventToRaise(name.substr(mark + 1)));
     Wrong(*expression, UnknownName(name, wantsValue));
 }
 
 void Checker::MakeCast(ExpressionPtr& expression, Type type, std::vector<ExpressionPtr>& arguments) {
-    if (arguments.size() != 1) return Wrong(*expression, "a cast takes one value: " + NameOf(type) + "(x)");
+    if (arguments.size() != 1) return Wrong(*expression, kCallSays.castTakesOne(NameOf(type)));
     ExpressionPtr& operand = arguments[0];
     const bool downwards = MayBecome(operand->type, type);
     if (!downwards) {
@@ -322,8 +320,7 @@ void Checker::CheckMember(ExpressionPtr& expression, std::vector<ExpressionPtr> 
     const std::string name = expression->text;
     if (object->node == Node::Super) {
         CheckArguments(arguments);
-        if (!context_.hasSelf || !context_.owner->base)
-            return Wrong(*expression, "Super exists in the methods of a class that inherits another");
+        if (!context_.hasSelf || !context_.owner->base) return Wrong(*expression, kNameSays.noSuper());
         if (host::SameName(name, context_.owner->base->name)) expression->text = "Constructor";
         ExpressionPtr receiver = std::move(object);
         if (!ResolveObjectMember(expression, *context_.owner->base, receiver, arguments, hasArguments, wantsValue))
@@ -337,8 +334,7 @@ void Checker::CheckMember(ExpressionPtr& expression, std::vector<ExpressionPtr> 
         const bool needsObject = symbols_.FindField(*symbol, name) || symbols_.FindProperty(*symbol, name) ||
                                  HasAccessor(*symbol, name) || !MethodCandidates(*symbol, name, false).empty();
         return Wrong(*expression,
-                     needsObject ? name + " belongs to an object of " + symbol->name + "; the class itself has none"
-                                 : UnknownMember(*symbol, name));
+                     needsObject ? kNameSays.needsObjectOfClass(name, symbol->name) : UnknownMember(*symbol, name));
     }
     CheckValue(object);
     CheckArguments(arguments);
@@ -361,7 +357,7 @@ void Checker::CheckMember(ExpressionPtr& expression, std::vector<ExpressionPtr> 
             Wrong(*expression, UnknownMember(*type.of, name));
         return;
     }
-    Wrong(*expression, NameOf(type) + " has no member " + name + host::DidYouMean(name, ValueMembers(type)));
+    Wrong(*expression, kNameSays.noMember(NameOf(type), name + host::DidYouMean(name, ValueMembers(type))));
 }
 
 void Checker::CheckApply(ExpressionPtr& expression, bool wantsValue) {

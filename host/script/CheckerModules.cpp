@@ -28,9 +28,9 @@ bool Checker::ResolveAccessor(ExpressionPtr& expression, const ClassSymbol& type
     if (routines.empty()) return false;
     RoutineSymbol& routine = *routines[0];
     if (!MayReach(routine.owner, routine.isPrivate)) {
-        Wrong(*expression, name + " is private to " + routine.owner->name);
+        Wrong(*expression, kNameSays.isPrivate(name, routine.owner->name));
     } else if (!readable && (wantsValue || !arguments.empty())) {
-        Wrong(*expression, name + " can be set but not read");
+        Wrong(*expression, kNameSays.writeOnly(name));
     } else if (routine.HasReceiver() && !receiver) {
         return false;
     } else {
@@ -68,8 +68,8 @@ bool Checker::ResolveAccessorSet(Statement& statement) {
         if (accessor || TakesAssignment(routine->signature))
             candidates.push_back({&routine->signature, routine, nullptr});
     if (candidates.empty()) {
-        Wrong(*target, operation ? type->name + " has no " + name + " with a parameter that Assigns"
-                                 : name.substr(kSetterMark.size()) + " can be read but not set");
+        Wrong(*target, operation ? kNameSays.noAssignment(type->name, name)
+                                 : kNameSays.readOnly(name.substr(kSetterMark.size())));
         return true;
     }
     std::vector<ExpressionPtr> arguments = std::move(target->operands);
@@ -123,8 +123,7 @@ bool Checker::ResolveModuleMember(ExpressionPtr& expression, std::vector<Express
     const std::vector<ClassSymbol*> modules = ModulesWith(expression->text);
     if (modules.empty()) return false;
     if (modules.size() > 1) {
-        Wrong(*expression, expression->text + " is in " + modules[0]->name + " and in " + modules[1]->name +
-                               "; write the module's name and a dot before it");
+        Wrong(*expression, kNameSays.inTwoModules(expression->text, modules[0]->name, modules[1]->name));
         return true;
     }
     return ResolveSharedMember(expression, *modules[0], arguments, hasArguments, wantsValue);

@@ -12,8 +12,7 @@ Variable* Checker::Declare(std::string_view name, Type type, Storage storage, Po
     const std::string lower = host::LowerName(name);
     const auto found = scope.find(lower);
     if (found != scope.end()) {
-        diagnostics_.Add(at,
-                         std::string(name) + " is declared already, in line " + std::to_string(found->second->at.line));
+        diagnostics_.Add(at, kDeclarationSays.twice(name, found->second->at.line));
         return found->second;
     }
     return scope[lower] = symbols_.AddVariable(std::string(name), type, storage, at);
@@ -31,7 +30,7 @@ void Checker::CheckStatements(Block& block) {
     std::set<std::string> labels;
     for (StatementPtr& statement : block) {
         if (statement->action == Action::Label && !labels.insert(host::LowerName(statement->name)).second)
-            diagnostics_.Add(statement->at, "there is a label " + statement->name + " in this block already");
+            diagnostics_.Add(statement->at, kDeclarationSays.labelTwice(statement->name));
         CheckStatement(*statement);
     }
     context_.blocks.pop_back();
@@ -42,8 +41,7 @@ void Checker::CheckGoTo(const Statement& statement) const {
     for (const Block* block : context_.blocks)
         for (const StatementPtr& other : *block)
             if (other->action == Action::Label && host::SameName(other->name, statement.name)) return;
-    diagnostics_.Add(statement.at, "there is no label " + statement.name +
-                                       " here; GoTo stays in its routine and does not jump into a block");
+    diagnostics_.Add(statement.at, kDeclarationSays.noLabel(statement.name));
 }
 
 void Checker::CheckStatement(Statement& statement) {
@@ -138,7 +136,7 @@ void Checker::CheckConst(Declarator& declarator) {
     if (IsLiteral(*declarator.value)) {
         variable->value = CloneLiteral(*declarator.value, declarator.at);
     } else if (!IsWrong(declarator.value->type)) {
-        diagnostics_.Add(declarator.value->at, "a constant's value is made of literals and other constants");
+        diagnostics_.Add(declarator.value->at, kDeclarationSays.constantNotConstant());
     }
     declarator.variable = variable;
 }
@@ -150,7 +148,7 @@ void Checker::CheckCallStatement(Statement& statement) {
     // "x + 1" reads like a call of x with "+1".
     const bool bare = before == Node::Apply && !expression->bracketed && expression->operands[0]->node == Node::Name;
     if (bare && (FindLocal(expression->operands[0]->text) || FindGlobal(expression->operands[0]->text)))
-        return Wrong(*expression, expression->operands[0]->text + " is a variable; assign to it with =");
+        return Wrong(*expression, kStatementSays.callOfVariable(expression->operands[0]->text));
     CheckExpression(expression, false);
     if (IsWrong(expression->type)) return;
     if (expression->node == Node::Field && before == Node::Handle) {
@@ -162,7 +160,7 @@ void Checker::CheckCallStatement(Statement& statement) {
         return;
     }
     if (expression->node == Node::CallRoutine && expression->routine->signature.name.starts_with(kSetterMark))
-        return Wrong(*expression, "this property can be set but not read");
+        return Wrong(*expression, kStatementSays.propertyWriteOnly());
     switch (expression->node) {
         case Node::CallRoutine:
         case Node::CallNative:
@@ -179,8 +177,7 @@ void Checker::CheckCallStatement(Statement& statement) {
             break;
     }
     const bool comparison = before == Node::Binary;
-    Wrong(*expression, literal || comparison ? "a value alone does nothing; call something or assign it"
-                                             : "this does nothing; a statement calls something or assigns a value");
+    Wrong(*expression, literal || comparison ? kStatementSays.valueAlone() : kStatementSays.doesNothing());
 }
 
 void Checker::CheckCondition(ExpressionPtr& condition) {
@@ -217,7 +214,7 @@ ExpressionPtr Checker::CaseCondition(CaseTest& test, Variable* subject) {
 void Checker::CheckSelect(Statement& statement) {
     CheckValue(statement.expressions[0]);
     if (statement.expressions[0]->type.base == Base::Address)
-        Wrong(*statement.expressions[0], "an address can't be compared; AddressOf is given to a delegate");
+        Wrong(*statement.expressions[0], kStatementSays.caseOfAddress());
     const Type type = statement.expressions[0]->type == kNilType ? kVariantType : statement.expressions[0]->type;
     statement.scratch = symbols_.AddVariable("", type, Storage::Local, statement.at);
     context_.loops.push_back(LoopKind::Select);
@@ -252,7 +249,7 @@ void Checker::CheckLoopVariable(Statement& statement, Type deduced) {
     Expression& target = *statement.expressions[0];
     if (target.node != Node::Local && target.node != Node::Global && target.node != Node::Field &&
         target.node != Node::Element && !IsWrong(target.type))
-        Wrong(target, "a loop needs a variable to count in: For i As Integer = 1 To 10");
+        Wrong(target, kStatementSays.noLoopVariable());
 }
 
 void Checker::CheckFor(Statement& statement) {
@@ -262,7 +259,7 @@ void Checker::CheckFor(Statement& statement) {
     CheckLoopVariable(statement, kIntegerType);
     const Type type = statement.expressions[0]->type;
     if (!IsNumeric(type) && !IsWrong(type)) {
-        Wrong(*statement.expressions[0], "a loop counts in numbers; this is " + NameOf(type));
+        Wrong(*statement.expressions[0], kStatementSays.loopOfOther(NameOf(type)));
     } else {
         constexpr std::string_view uses[] = {"", "the first value", "the last value", "the step"};
         for (std::size_t i = 1; i < statement.expressions.size(); ++i) {
@@ -278,9 +275,8 @@ void Checker::CheckFor(Statement& statement) {
 void Checker::CheckForEach(Statement& statement) {
     CheckValue(statement.expressions[1]);
     const Type type = statement.expressions[1]->type;
-    if (IsGrid(type)) return Wrong(*statement.expressions[1], "For Each goes through arrays of one dimension");
-    if (!type.array && !IsWrong(type))
-        Wrong(*statement.expressions[1], "For Each goes through an array; this is " + NameOf(type));
+    if (IsGrid(type)) return Wrong(*statement.expressions[1], kStatementSays.eachOfGrid());
+    if (!type.array && !IsWrong(type)) Wrong(*statement.expressions[1], kStatementSays.eachOfOther(NameOf(type)));
     context_.scopes.emplace_back();
     CheckLoopVariable(statement, ElementOf(type));
     statement.scratch = symbols_.AddVariable("", type, Storage::Local, statement.at);
@@ -311,26 +307,26 @@ void Checker::CheckJump(const Statement& statement) {
     const bool leaves = statement.action == Action::Exit;
     const std::string word = leaves ? "Exit" : "Continue";
     if (statement.loopKind == LoopKind::Routine) {
-        if (!context_.routine) diagnostics_.Add(statement.at, "there is no Sub or Function here to leave");
+        if (!context_.routine) diagnostics_.Add(statement.at, kStatementSays.nothingToLeave());
         return;
     }
     const bool found = std::any_of(context_.loops.begin(), context_.loops.end(), [&](LoopKind kind) {
         if (statement.loopKind != LoopKind::Innermost) return kind == statement.loopKind;
         return kind != LoopKind::Select;
     });
-    if (!found) diagnostics_.Add(statement.at, word + " stands in no such loop");
+    if (!found) diagnostics_.Add(statement.at, kStatementSays.noSuchLoop(word));
 }
 
 void Checker::CheckReturn(Statement& statement) {
     const Type result = context_.routine ? context_.routine->signature.result : kNoType;
     if (statement.expressions.empty()) {
         if (result != kNoType)
-            diagnostics_.Add(statement.at, context_.routine->signature.name + " gives a value: Return needs one of " +
-                                               NameOf(result));
+            diagnostics_.Add(statement.at,
+                             kStatementSays.returnNeedsValue(context_.routine->signature.name, NameOf(result)));
         return;
     }
     CheckValue(statement.expressions[0]);
-    if (result == kNoType) return Wrong(*statement.expressions[0], "only a Function gives a value");
+    if (result == kNoType) return Wrong(*statement.expressions[0], kStatementSays.returnInSub());
     Convert(statement.expressions[0], result, "the value returned");
 }
 
@@ -339,7 +335,7 @@ void Checker::CheckCatch(Catch& handler) {
     Declarator& exception = handler.exception;
     Type type = exception.type.name.empty() ? root : ResolveType(exception.type);
     if (!IsWrong(type) && (!IsObject(type) || !Inherits(type.of, root.of))) {
-        diagnostics_.Add(exception.type.at, "only exceptions can be caught; " + NameOf(type) + " is none");
+        diagnostics_.Add(exception.type.at, kTypeSays.onlyExceptions(NameOf(type)));
         type = kWrongType;
     }
     exception.type.resolved = type;
@@ -360,12 +356,9 @@ void Checker::CheckReDim(Statement& statement) {
     for (ExpressionPtr& expression : statement.expressions) CheckValue(expression);
     const Type type = statement.expressions[0]->type;
     if (IsWrong(type)) return;
-    if (!type.array)
-        return Wrong(*statement.expressions[0], "ReDim changes the size of an array; this is " + NameOf(type));
+    if (!type.array) return Wrong(*statement.expressions[0], kStatementSays.reDimOfOther(NameOf(type)));
     if (statement.expressions.size() != type.furtherDimensions + 2u)
-        return Wrong(*statement.expressions[0], "this is " + NameOf(type) +
-                                                    "; ReDim takes a highest index for each of its " +
-                                                    std::to_string(type.furtherDimensions + 1) + " dimensions");
+        return Wrong(*statement.expressions[0], kStatementSays.reDimCount(NameOf(type), type.furtherDimensions + 1));
     for (std::size_t i = 1; i < statement.expressions.size(); ++i)
         Convert(statement.expressions[i], kIntegerType, "the highest index");
 }

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "host/messages/ParserMessages.h"
 #include "host/script/FunctionCompiler.h"
 
 namespace script {
@@ -215,8 +216,7 @@ bool HasTooManyFields(const ClassSymbol& symbol) {
 void RefuseLargeClasses(const std::vector<ClassSymbol*>& classes, Diagnostics& diagnostics) {
     for (const ClassSymbol* symbol : classes)
         if (HasTooManyFields(*symbol))
-            diagnostics.Add(symbol->declaration->at,
-                            symbol->name + " has too many properties for one class; divide it");
+            diagnostics.Add(symbol->declaration->at, kSourceSays.tooManyProperties(symbol->name));
 }
 
 template <class Body>
@@ -224,7 +224,7 @@ void CompileOne(Position at, const std::string& name, Diagnostics& diagnostics, 
     try {
         body();
     } catch (const FunctionTooLarge&) {
-        diagnostics.Add(at, name + " has too many values for one routine; divide it");
+        diagnostics.Add(at, kSourceSays.tooManyValues(name));
     }
 }
 

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "host/messages/ParserMessages.h"
 #include "host/objects/NearestName.h"
 #include "host/script/BuildConstants.h"
 
@@ -19,7 +20,7 @@ constexpr int kDeepestCondition = 100;  // brackets and Nots within one another
 
 struct Mistake {
     const Token* at;
-    std::string message;
+    host::Said message;
 };
 
 bool EndsLine(const Token& token) { return token.kind == TokenKind::NewLine || token.kind == TokenKind::End; }
@@ -34,12 +35,12 @@ class Condition {
     bool Holds() {
         const double value = Either();
         if (at_->Is("then")) ++at_;
-        if (!EndsLine(*at_)) Fail("expected the end of the condition, found " + at_->text);
+        if (!EndsLine(*at_)) Fail(kConditionSays.noEnd(at_->text));
         return value != 0;
     }
 
   private:
-    [[noreturn]] void Fail(std::string message) { throw Mistake{at_, std::move(message)}; }
+    [[noreturn]] void Fail(host::Said message) { throw Mistake{at_, std::move(message)}; }
 
     bool Take(std::string_view word) {
         if (!at_->Is(word)) return false;
@@ -77,7 +78,7 @@ class Condition {
     }
 
     double Single() {
-        if (++depth_ > kDeepestCondition) Fail("this condition is nested too deeply");
+        if (++depth_ > kDeepestCondition) Fail(kConditionSays.tooDeep());
         const double value = Innermost();
         --depth_;
         return value;
@@ -87,16 +88,16 @@ class Condition {
         if (Take("not")) return Single() == 0;
         if (Take("(")) {
             const double value = Either();
-            if (!Take(")")) Fail("expected \")\" in the condition");
+            if (!Take(")")) Fail(kConditionSays.noBracket());
             return value;
         }
         const Token& token = *at_;
-        if (EndsLine(token)) Fail("expected a condition: #If TargetLinux Then");
+        if (EndsLine(token)) Fail(kConditionSays.noCondition());
         const std::optional<double> value = ValueOf(token);
         if (!value) {
             std::vector<std::string> names;
             for (const BuildConstant& constant : kBuildConstants) names.emplace_back(constant.name);
-            Fail("no constant is called " + token.text + host::DidYouMean(token.text, names));
+            Fail(kConditionSays.noConstant(token.text + host::DidYouMean(token.text, names)));
         }
         ++at_;
         return *value;
@@ -145,14 +146,14 @@ class Filter {
                 kept_.push_back(tokens[end]);
             at = end + 1;
         }
-        for (const Branches& open : open_) Tell(*open.opened, "this #If has no #EndIf");
+        for (const Branches& open : open_) Tell(*open.opened, kConditionSays.noEndIf());
         return std::move(kept_);
     }
 
   private:
     bool Stays() const { return open_.empty() || open_.back().now; }
 
-    void Tell(const Token& at, std::string message) { diagnostics_.Add({at.line, at.column}, std::move(message)); }
+    void Tell(const Token& at, const host::Said& message) { diagnostics_.Add({at.line, at.column}, message); }
 
     bool Evaluate(const Token* condition) {
         try {
@@ -172,16 +173,16 @@ class Filter {
         }
         const bool ends = at->text == "#endif" || at->text == "#end";
         if (!ends && at->text != "#else" && at->text != "#elseif") {
-            if (Stays()) Tell(*at, '"' + at->text + "\" is not part of this language");
+            if (Stays()) Tell(*at, kConditionSays.foreignDirective(at->text));
             return;
         }
-        if (open_.empty()) return Tell(*at, at->text + " has no beginning here; there is no #If before it");
+        if (open_.empty()) return Tell(*at, kConditionSays.noBeginning(at->text));
         Branches& open = open_.back();
         if (ends) {
             open_.pop_back();
             return;
         }
-        if (open.last) Tell(*at, at->text + " comes after #Else");
+        if (open.last) Tell(*at, kConditionSays.afterElse(at->text));
         open.last |= at->text == "#else";
         open.now = open.outer && !open.taken && (at->text == "#else" || Evaluate(at + 1));
         open.taken |= open.now;

@@ -32,10 +32,10 @@ std::string_view LineOf(const Source& source, std::int32_t line) {
     return rest.substr(0, rest.find_first_of("\r\n"));
 }
 
-void Diagnostics::Tell(Position at, std::string message, Severity severity) {
+void Diagnostics::Tell(Position at, const host::Said& message, Severity severity) {
     if (!places_.emplace(at.line, at.column, severity).second) return;
     if (counts_[static_cast<std::size_t>(severity)]++ < kMostDiagnostics)
-        list_.push_back({at, std::move(message), severity});
+        list_.push_back({at, message.text(), severity});
 }
 
 // "… and 3 more errors", or nothing.

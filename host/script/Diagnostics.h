@@ -9,6 +9,8 @@
 #include <tuple>
 #include <vector>
 
+#include "host/messages/Message.h"
+
 namespace script {
 
 // A place in a script, both counted from 1. Line 0: nowhere.
@@ -44,10 +46,10 @@ class Diagnostics {
     explicit Diagnostics(const Source& source) : source_(source) {}
 
     // A second error at the same place is dropped.
-    void Add(Position at, std::string message) { Tell(at, std::move(message), Severity::Error); }
+    void Add(Position at, const host::Said& message) { Tell(at, message, Severity::Error); }
 
     // What is legal but hardly meant. It does not keep a script from running.
-    void Warn(Position at, std::string message) { Tell(at, std::move(message), Severity::Warning); }
+    void Warn(Position at, const host::Said& message) { Tell(at, message, Severity::Warning); }
 
     bool HasErrors() const { return counts_[0] > 0; }
     const std::vector<Diagnostic>& List() const { return list_; }
@@ -57,7 +59,7 @@ class Diagnostics {
     std::string Text() const;
 
   private:
-    void Tell(Position at, std::string message, Severity severity);
+    void Tell(Position at, const host::Said& message, Severity severity);
     std::string Omitted(Severity severity) const;
 
     const Source& source_;

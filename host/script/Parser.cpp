@@ -50,7 +50,7 @@ Parser::Parser(const Source& source, Diagnostics& diagnostics) : diagnostics_(di
             tokens_.push_back(std::move(token));
             continue;
         }
-        diagnostics_.Add({token.line, token.column}, token.text);
+        diagnostics_.Add({token.line, token.column}, host::Said::Again(token.text));
         if (!token.meant.empty()) tokens_.push_back(Meant(token));
     }
     CollectRoutineNames();
@@ -108,10 +108,10 @@ std::string Parser::Found() const {
     }
 }
 
-void Parser::Fail(std::string message) { FailAt(Here(), std::move(message)); }
+void Parser::Fail(const host::Said& message) { FailAt(Here(), message); }
 
-void Parser::FailAt(Position at, std::string message) {
-    diagnostics_.Add(at, std::move(message));
+void Parser::FailAt(Position at, const host::Said& message) {
+    diagnostics_.Add(at, message);
     throw ParseFailure();
 }
 
@@ -119,25 +119,25 @@ void Parser::ExpectWord(std::string_view word, std::string_view after) {
     if (TakeWord(word)) return;
     std::string shown(word);
     shown[0] = static_cast<char>(shown[0] - 'a' + 'A');
-    Fail("expected " + shown + " after " + std::string(after) + ", found " + Found());
+    Fail(kParserSays.expectedAfter(shown, after, Found()));
 }
 
 void Parser::ExpectSymbol(std::string_view symbol, std::string_view after) {
     if (TakeSymbol(symbol)) return;
-    Fail("expected " + Quoted(symbol) + " after " + std::string(after) + ", found " + Found());
+    Fail(kParserSays.expectedAfter(Quoted(symbol), after, Found()));
 }
 
 std::string Parser::ExpectName(std::string_view what) {
     if (Peek().kind == TokenKind::Identifier && IsReserved(Peek().text))
-        Fail("expected " + std::string(what) + "; " + Peek().text + " is a word of the language");
-    if (Peek().kind != TokenKind::Identifier) Fail("expected " + std::string(what) + ", found " + Found());
+        Fail(kParserSays.reservedName(what, Peek().text));
+    if (Peek().kind != TokenKind::Identifier) Fail(kParserSays.expected(what, Found()));
     std::string name = Peek().text;
     Advance();
     return name;
 }
 
 std::string Parser::ExpectMemberName() {
-    if (Peek().kind != TokenKind::Identifier) Fail("expected a member's name after the dot, found " + Found());
+    if (Peek().kind != TokenKind::Identifier) Fail(kParserSays.expectedMember(Found()));
     std::string name = Peek().text;
     Advance();
     return name;
@@ -145,7 +145,7 @@ std::string Parser::ExpectMemberName() {
 
 void Parser::ExpectLineEnd(std::string_view after) {
     if (AtFileEnd()) return;
-    if (!AtLineEnd()) Fail("expected the end of the line after " + std::string(after) + ", found " + Found());
+    if (!AtLineEnd()) Fail(kParserSays.expectedLineEnd(after, Found()));
     Advance();
 }
 

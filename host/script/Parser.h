@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/calls/Lexer.h"
+#include "host/messages/ParserMessages.h"
 #include "host/script/Ast.h"
 #include "host/script/Diagnostics.h"
 
@@ -45,8 +46,8 @@ class Parser {
     void ExpectLineEnd(std::string_view after);
     void SkipLine();
     std::string Found() const;  // the token as a message calls it
-    [[noreturn]] void Fail(std::string message);
-    [[noreturn]] void FailAt(Position at, std::string message);
+    [[noreturn]] void Fail(const host::Said& message);
+    [[noreturn]] void FailAt(Position at, const host::Said& message);
 
     // --- Expressions (ParserExpressions.cpp)
     ExpressionPtr ParseExpression() { return ParseBinary(0); }

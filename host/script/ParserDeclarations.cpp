@@ -75,7 +75,7 @@ void Parser::ParseDeclaration() {
     if (AtTypeDeclaration()) {
         ParseTypeDeclaration({});
     } else if (AtWord("event")) {
-        Fail("an Event is declared or handled inside a Class");
+        Fail(kParserSays.eventOutside());
     } else {
         program_->routines.push_back(ParseRoutine());
     }
@@ -93,7 +93,7 @@ void Parser::ParseTypeDeclaration(const std::string& enclosing) {
             ParseClass(declaration);
             break;
         case ClassForm::Module:
-            if (!enclosing.empty()) diagnostics_.Add(Here(), "a Module does not stand inside another declaration");
+            if (!enclosing.empty()) diagnostics_.Add(Here(), kParserSays.moduleInside());
             ParseModule(declaration);
             break;
         case ClassForm::Interface:
@@ -145,10 +145,9 @@ Parameter Parser::ParseParameter() {
     Parameter parameter;
     ParameterGrammar grammar(*this);
     host::ReadParameter(grammar, parameter);
-    if (parameter.paramArray && parameter.optional)
-        FailAt(parameter.at, "a ParamArray has no default: where nothing is left for it, it is empty");
+    if (parameter.paramArray && parameter.optional) FailAt(parameter.at, kParserSays.paramArrayDefault());
     if (parameter.byRef && (parameter.optional || parameter.paramArray))
-        FailAt(parameter.at, "a ByRef parameter can't be optional: it needs a variable of the caller's");
+        FailAt(parameter.at, kParserSays.byRefOptional());
     return parameter;
 }
 
@@ -166,10 +165,10 @@ void Parser::ParseRoutineHead(RoutineDeclaration& routine) {
     routine.name = ExpectName("the routine's name");
     ParseParameters(routine);
     if (TakeWord("as")) {
-        if (routine.kind == RoutineKind::Sub) Fail("a Sub gives no value; write Function for one that does");
+        if (routine.kind == RoutineKind::Sub) Fail(kParserSays.subGivesNoValue());
         routine.result = ParseTypeName();
     } else if (routine.kind == RoutineKind::Function) {
-        Fail("expected As and the type of the Function's value, found " + Found());
+        Fail(kParserSays.functionNeedsType(Found()));
     }
 }
 
@@ -188,7 +187,7 @@ RoutineDeclaration Parser::ParseRoutine() {
 
 // "Sub Name(parameters)" or "Function Name(parameters) As Type" alone.
 RoutineDeclaration Parser::ParseSignature() {
-    if (!AtWord("sub") && !AtWord("function")) Fail("expected Sub or Function, found " + Found());
+    if (!AtWord("sub") && !AtWord("function")) Fail(kParserSays.expectedRoutine(Found()));
     RoutineDeclaration routine;
     routine.kind = AtWord("function") ? RoutineKind::Function : RoutineKind::Sub;
     ParseRoutineHead(routine);
@@ -229,7 +228,7 @@ bool Parser::AtAccessor() const {
 void Parser::ParseAccessors(ClassDeclaration& declaration, FieldDeclaration property) {
     const Declarator& declarator = property.declarator;
     if (declarator.value || declarator.isNew || !declarator.sizes.empty())
-        diagnostics_.Add(declarator.at, "a property with Get or Set has no value of its own");
+        diagnostics_.Add(declarator.at, kParserSays.computedWithValue());
     while (AtAccessor()) {
         Advance();
         const Position opened = Here();
@@ -286,7 +285,7 @@ void Parser::ParseClassMember(ClassDeclaration& declaration) {
     if (AtTypeDeclaration()) {
         ParseTypeDeclaration(declaration.name);
     } else if (AtWord("sub") || AtWord("function") || (AtWord("event") && AtName(1))) {
-        if (module && AtWord("event")) Fail("a Module has no events; a Class has");
+        if (module && AtWord("event")) Fail(kParserSays.moduleEvent());
         RoutineDeclaration routine = AtWord("event") ? ParseEvent() : ParseRoutine();
         routine.shared = modifiers.shared;
         routine.isPrivate = modifiers.isPrivate || (modifiers.isProtected && !module);
@@ -299,8 +298,7 @@ void Parser::ParseClassMember(ClassDeclaration& declaration) {
     } else if (AtName() || AtWord("property") || AtWord("dim") || AtWord("var") || AtWord("const")) {
         ParseFields(declaration, modifiers, AtWord("const"));
     } else {
-        Fail("expected a property, Sub, Function, Event or End " + std::string(module ? "Module" : "Class") +
-             ", found " + Found());
+        Fail(kParserSays.expectedClassMember(module ? "Module" : "Class", Found()));
     }
     ExpectLineEnd("the member");
 }

@@ -57,8 +57,7 @@ class Level {
 ExpressionPtr Parser::Finish(ExpressionPtr expression) {
     for (const ExpressionPtr& operand : expression->operands)
         expression->depth = std::max(expression->depth, operand->depth + 1);
-    if (expression->depth > kDeepestExpression)
-        FailAt(expression->at, "this expression is nested too deeply; split it into several statements");
+    if (expression->depth > kDeepestExpression) FailAt(expression->at, kParserSays.expressionTooDeep());
     return expression;
 }
 
@@ -89,8 +88,7 @@ ExpressionPtr Parser::ParseBinary(int lowest) {
 
 ExpressionPtr Parser::ParseUnary() {
     const Level level(expressionDepth_);
-    if (expressionDepth_ > kDeepestExpression)
-        Fail("this expression is nested too deeply; split it into several statements");
+    if (expressionDepth_ > kDeepestExpression) Fail(kParserSays.expressionTooDeep());
     if (TakeSymbol("+")) return ParseUnary();
     if (!AtSymbol("-") && !AtWord("not")) return ParsePower();
     ExpressionPtr node = MakeNode(Node::Unary, Here());
@@ -250,7 +248,7 @@ ExpressionPtr Parser::ParseLiteral() {
             node->text = token.text;
             break;
         default:
-            Fail("expected a value, found " + Found());
+            Fail(kParserSays.expectedValue(Found()));
     }
     Advance();
     return node;

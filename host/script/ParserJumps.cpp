@@ -53,7 +53,7 @@ StatementPtr Parser::ParseTry() {
         statement->finallyBlock = ParseBlock();
     }
     if (statement->catches.empty() && !statement->hasFinally)
-        Fail("expected Catch or Finally for the " + OpenedAt("Try", statement->at) + ", found " + Found());
+        Fail(kParserSays.expectedHandler(OpenedAt("Try", statement->at), Found()));
     ExpectEnd("Try", statement->at);
     return statement;
 }
@@ -87,7 +87,7 @@ StatementPtr Parser::ParseRaiseEvent() {
     Advance();
     ExpressionPtr call = ParseCallee();
     Expression& name = call->node == Node::Apply ? *call->operands[0] : *call;
-    if (name.node != Node::Name) FailAt(call->at, "expected the name of an event of this class after RaiseEvent");
+    if (name.node != Node::Name) FailAt(call->at, kParserSays.expectedEventName());
     name.text.insert(0, kEventMark);
     statement->expressions.push_back(std::move(call));
     return statement;

@@ -77,9 +77,7 @@ std::string_view EndedWord(const Token& token) {
     return {};
 }
 
-std::string Mistyped(std::string_view written, std::string_view word) {
-    return std::string(written) + " is no word of the language; did you mean " + std::string(word) + "?";
-}
+host::Said Mistyped(std::string_view written, std::string_view word) { return kParserSays.mistyped(written, word); }
 
 }  // namespace
 
@@ -123,7 +121,7 @@ void Parser::RefuseForeign() {
     if (!begins || DeclaresRoutine(row->word)) return;
     const Position at = Here();
     if (row->block) SkipForeignBlock(row->word);
-    FailAt(at, std::string(row->word) + " is not part of this language");
+    FailAt(at, kParserSays.foreignWord(row->word));
 }
 
 bool Parser::LineHasWord(std::string_view word) const {
@@ -156,7 +154,7 @@ void Parser::SplitEnds() {
                            (tokens_[i + 1].kind == TokenKind::NewLine || tokens_[i + 1].kind == TokenKind::End);
         const std::string_view word = alone ? EndedWord(token) : std::string_view();
         if (!word.empty() && !DeclaresRoutine(token.text)) {
-            diagnostics_.Add({token.line, token.column}, "End " + std::string(word) + " is written in two words");
+            diagnostics_.Add({token.line, token.column}, kParserSays.twoWords(word));
             split.push_back(token);
             split.back().text = "End";
             token.text = word;
@@ -186,8 +184,8 @@ void Parser::FailWithoutBeginning() {
         if (AtWord(ender)) opener = opens;
     if (!opener.empty() && ReportMistyped(opener, 1)) throw ParseFailure();
     const std::string shown = AtWord("end") && !opener.empty() ? Found() + ' ' + opener : Found();
-    if (AtExceptionBlock()) Fail("an Exception block stands at the end of a Sub, Function or Event");
-    Fail(shown + " has no beginning here" + (opener.empty() ? "" : "; there is no " + opener + " to end"));
+    if (AtExceptionBlock()) Fail(kParserSays.exceptionBlockPlace());
+    Fail(kParserSays.noBeginning(shown, opener.empty() ? "" : "; there is no " + opener + " to end"));
 }
 
 }  // namespace script

@@ -28,7 +28,7 @@ bool Parser::AtBlockEnd() const {
 }
 
 Block Parser::ParseBlock() {
-    if (blockDepth_ >= kDeepestBlock) Fail("blocks are nested too deeply; move the inner ones to a Sub");
+    if (blockDepth_ >= kDeepestBlock) Fail(kParserSays.blocksTooDeep());
     ++blockDepth_;
     Block block;
     for (;;) {
@@ -58,12 +58,11 @@ void Parser::ExpectEnd(std::string_view word, Position opened) {
     const std::string wanted = "End " + std::string(word);
     if (!AtWord("end")) {
         if (ReportMistyped("End", opened.line)) throw ParseFailure();
-        diagnostics_.Add(Here(), "expected " + wanted + " for the " + OpenedAt(word, opened) + ", found " + Found());
+        diagnostics_.Add(Here(), kParserSays.expectedEnd(wanted, OpenedAt(word, opened), Found()));
         throw ParseFailure();
     }
     if (AtLineEnd(1)) return Advance();
-    if (!AtWord(word, 1))
-        Fail("expected " + wanted + " for the " + OpenedAt(word, opened) + ", found End " + std::string(Peek(1).text));
+    if (!AtWord(word, 1)) Fail(kParserSays.expectedEnd(wanted, OpenedAt(word, opened), "End " + Peek(1).text));
     Advance();
     Advance();
 }
@@ -132,7 +131,7 @@ void Parser::ParseDeclaratorType(std::vector<Declarator>& group) {
             for (const ExpressionPtr& argument : arguments) declarator.arguments.push_back(CloneWritten(*argument));
     }
     if (!AtSymbol("=")) return;
-    if (isNew) Fail("a variable declared As New has its value already");
+    if (isNew) Fail(kParserSays.newHasValue());
     Advance();
     const ExpressionPtr value = ParseExpression();
     for (Declarator& declarator : group) declarator.value = CloneWritten(*value);
@@ -175,7 +174,7 @@ StatementPtr Parser::ParseConst() {
 
 // Statements up to the end of the line or Else, for the one-line If.
 Block Parser::ParseRestOfLine() {
-    if (blockDepth_ >= kDeepestBlock) Fail("blocks are nested too deeply; move the inner ones to a Sub");
+    if (blockDepth_ >= kDeepestBlock) Fail(kParserSays.blocksTooDeep());
     ++blockDepth_;
     Block block;
     block.push_back(ParseStatement());
@@ -248,7 +247,7 @@ CaseTest Parser::ParseCaseTest() {
             test.op = op;
             found = true;
         }
-        if (!found) Fail("expected a comparison after Is (Case Is < 5), found " + Found());
+        if (!found) Fail(kParserSays.expectedComparison(Found()));
     }
     test.low = ParseExpression();
     if (TakeWord("to")) test.high = ParseExpression();
@@ -304,7 +303,7 @@ void Parser::ExpectLoopEnd(std::string_view word, std::string_view loop, Positio
         std::string shown(word);
         shown[0] = static_cast<char>(shown[0] - 'a' + 'A');
         if (ReportMistyped(shown, opened.line)) throw ParseFailure();
-        Fail("expected " + shown + " for the " + OpenedAt(loop, opened) + ", found " + Found());
+        Fail(kParserSays.expectedEnd(shown, OpenedAt(loop, opened), Found()));
     }
     Advance();
 }
@@ -332,8 +331,7 @@ void Parser::CheckNextName(const Statement& loop) {
     if (!loop.expressions.empty() && loop.expressions[0] && loop.expressions[0]->node == Node::Name)
         counts = loop.expressions[0]->text;
     if (!counts.empty() && !AtWord(counts))
-        diagnostics_.Add(Here(), "this Next ends the " + OpenedAt("For", loop.at) + ", which counts in " + counts +
-                                     ", not in " + Peek().text);
+        diagnostics_.Add(Here(), kParserSays.nextOfOther(OpenedAt("For", loop.at), counts, Peek().text));
     Advance();
 }
 
@@ -386,8 +384,7 @@ StatementPtr Parser::ParseReDim() {
     StatementPtr statement = Make(Action::ReDim);
     Advance();
     ExpressionPtr target = ParsePostfix();
-    if (target->node != Node::Apply || target->operands.size() < 2)
-        FailAt(target->at, "expected an array and its highest index: ReDim values(9)");
+    if (target->node != Node::Apply || target->operands.size() < 2) FailAt(target->at, kParserSays.reDimNeedsArray());
     statement->expressions = std::move(target->operands);
     return statement;
 }
@@ -423,7 +420,7 @@ ExpressionPtr Parser::ParseCallee() {
 StatementPtr Parser::ParseAssignmentOrCall() {
     StatementPtr statement = Make(Action::Call);
     TakeWord("call");
-    if (Peek().kind != TokenKind::Identifier && !AtSymbol("(")) Fail("expected a statement, found " + Found());
+    if (Peek().kind != TokenKind::Identifier && !AtSymbol("(")) Fail(kParserSays.expectedStatement(Found()));
     ExpressionPtr target = ParseCallee();
     statement->expressions.push_back(std::move(target));
     if (!TakeSymbol("=")) return statement;

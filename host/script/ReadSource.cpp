@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "host/messages/ParserMessages.h"
+
 namespace script {
 
 namespace {
@@ -44,21 +46,25 @@ bool IsUtf16(std::string_view text) {
     return text.size() >= 4 && ((text[0] == 0 && text[2] == 0) || (text[1] == 0 && text[3] == 0));
 }
 
+std::string TextOf(const Source& source, const host::Said& message) {
+    return source.path + ": " + message.text() + '\n';
+}
+
 }  // namespace
 
 std::optional<Source> ReadSource(const std::string& path, const std::function<void(std::string_view)>& complain) {
     const bool fromInput = path == "-";
     Source source{fromInput ? "<stdin>" : path, ""};
     if (!(fromInput ? ReadText(STDIN_FILENO, source.text) : ReadFile(path, source.text))) {
-        complain(source.path + ": the script can't be read: " + std::strerror(errno) + '\n');
+        complain(TextOf(source, kSourceSays.unreadable(std::strerror(errno))));
         return {};
     }
     if (source.text.size() > kLargestScript) {
-        complain(source.path + ": this is too large for a script\n");
+        complain(TextOf(source, kSourceSays.tooLarge()));
         return {};
     }
     if (IsUtf16(source.text)) {
-        complain(source.path + ": the script can't be read: it is UTF-16 text; save it as UTF-8\n");
+        complain(TextOf(source, kSourceSays.utf16()));
         return {};
     }
     return source;

@@ -5,6 +5,7 @@
 #include <new>
 #include <utility>
 
+#include "host/messages/ParserMessages.h"
 #include "host/script/Check.h"
 #include "host/script/Compiler.h"
 #include "host/script/Machine.h"
@@ -99,8 +100,8 @@ int Outcome(LoadedScript& script, const Work& work, std::string& complaint) {
 
 std::string TextOf(const Leftovers& left, const std::string& path) {
     std::string text;
-    if (!left.cycles.empty()) text += path + ": objects that held each other at the end: " + ListOf(left.cycles) + '\n';
-    if (!left.leaks.empty()) text += path + ": objects are still alive at the end: " + ListOf(left.leaks) + '\n';
+    if (!left.cycles.empty()) text += path + ": " + kSourceSays.cycles.Text(ListOf(left.cycles)) + '\n';
+    if (!left.leaks.empty()) text += path + ": " + kSourceSays.leaks.Text(ListOf(left.leaks)) + '\n';
     return text;
 }
 
@@ -154,7 +155,7 @@ int RunScript(const Source& source, const RunOptions& options) {
     try {
         return Run(source, options);
     } catch (const std::bad_alloc&) {
-        options.complain(source.path + ": there is not enough memory for this script\n");
+        options.complain(source.path + ": " + kSourceSays.noMemory.Text() + '\n');
         return 1;
     }
 }
