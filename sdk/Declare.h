@@ -224,12 +224,15 @@ class Declared {
     static auto SharedType(std::index_sequence<I...>) -> TypeOf<kRead.result> (*)(TypeOf<kRead.arguments[I]>...);
     template <std::size_t... I>
     static auto SetterType(std::index_sequence<I...>) -> void (*)(Object*, TypeOf<kRead.arguments[I]>..., AssignedType);
+    template <std::size_t... I>
+    static auto SharedSetterType(std::index_sequence<I...>) -> void (*)(TypeOf<kRead.arguments[I]>..., AssignedType);
     using Indices = std::make_index_sequence<kRead.count>;
 
   public:
     using Member = decltype(MemberType(Indices{}));  // takes the instance first
     using Shared = decltype(SharedType(Indices{}));
     using Setter = decltype(SetterType(Indices{}));  // takes the method's arguments and then its result
+    using SharedSetter = decltype(SharedSetterType(Indices{}));
 };
 
 // The types behind a property's type name.
@@ -281,6 +284,14 @@ MethodRecord AssignableMethod(std::int32_t flags) {
 template <Text Declaration, typename declare::Declared<Declaration>::Shared Function>
 MethodRecord SharedMethod(std::int32_t flags) {
     return {reinterpret_cast<AnyFunction>(Function), nullptr, declare::kStored<Declaration>.characters, flags};
+}
+
+// A shared method that can also be assigned to.
+template <Text Declaration, typename declare::Declared<Declaration>::Shared Function,
+          typename declare::Declared<Declaration>::SharedSetter Setter>
+MethodRecord AssignableSharedMethod(std::int32_t flags) {
+    return {reinterpret_cast<AnyFunction>(Function), reinterpret_cast<AnyFunction>(Setter),
+            declare::kStored<Declaration>.characters, flags};
 }
 
 // A computed getter, and a setter, of a property of the named type.

@@ -5,6 +5,7 @@
 
 #include "host/calls/Call.h"
 #include "host/calls/Runtime.h"
+#include "host/framework/Output.h"
 #include "host/framework/PictureFiles.h"
 #include "host/framework/RowTransfer.h"
 #include "host/script/OpenBlocks.h"
@@ -90,7 +91,7 @@ int Repl(const Settings& settings) {
     NotePluginFiles();
     int exitCode = 0;
     {
-        script::Session session([](std::string_view line) { WriteLine(line); }, &Complain);
+        script::Session session([](std::string_view line) { WriteLine(line); }, &Complain, &host::WriteStandardOutput);
         LineEditor editor([&session](std::string_view line) { return session.Completions(line); });
         HandleSignals(editor.Interactive() ? InterruptEnds::Step : InterruptEnds::Script);
         if (editor.Interactive()) WriteLine("The value of a line is shown. Tab completes names, Ctrl-D leaves.");

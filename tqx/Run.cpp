@@ -6,6 +6,7 @@
 
 #include "host/calls/PluginLoader.h"
 #include "host/framework/Application.h"
+#include "host/framework/Output.h"
 #include "host/script/Explain.h"
 #include "host/script/Machine.h"
 #include "host/script/ReadSource.h"
@@ -87,6 +88,7 @@ int Run(const Settings& settings, const RunSettings& run) {
     script::Explainer explainer(source->path, ClassesOfPlugins(), complain);
     script::RunOptions options;
     options.print = [&status](std::string_view line) { status.Around([line] { Print(line); }); };
+    options.write = [&status](std::string_view text) { status.Around([text] { host::WriteStandardOutput(text); }); };
     options.complain = complain;
     options.observers.push_back(&status);
     options.leaks = run.leaks;

@@ -2,6 +2,8 @@
 #include "host/calls/Variant.h"
 
 #include <new>
+#include <string>
+#include <utility>
 
 #include "host/calls/Call.h"
 #include "host/calls/Runtime.h"
@@ -13,11 +15,20 @@ namespace {
 sdk::ClassDefinition definition{.version = sdk::kInterfaceVersion, .name = "Variant"};
 const Class* variant = nullptr;
 
+constexpr std::pair<const char*, VariantType> kTypes[] = {
+    {"TypeNil", kTypeNil},       {"TypeInteger", kTypeInteger}, {"TypeLong", kTypeLong},
+    {"TypeSingle", kTypeSingle}, {"TypeDouble", kTypeDouble},   {"TypeDate", kTypeDate},
+    {"TypeString", kTypeString}, {"TypeObject", kTypeObject},   {"TypeBoolean", kTypeBoolean},
+    {"TypeColor", kTypeColor},   {"TypeArray", kTypeArray},
+};
+
 }  // namespace
 
 void RegisterVariant(Runtime& runtime) {
     auto type = std::make_unique<Class>("Variant", nullptr, &definition);
     type->AddSlot(Value());
+    for (const auto& [name, number] : kTypes)
+        type->AddConstant({name, Value(std::int32_t{number}), name + (" = " + std::to_string(number)), nullptr});
     variant = runtime.AddClass(std::move(type));
 }
 

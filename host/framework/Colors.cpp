@@ -1,4 +1,4 @@
-// Colours from parts that are fractions of 1.
+// Colours from parts that are fractions of 1, and these parts of a colour.
 #include <algorithm>
 #include <cmath>
 
@@ -44,6 +44,41 @@ sdk::Color Cmy(double cyan, double magenta, double yellow) {
     return Mixed(1 - Fraction(cyan), 1 - Fraction(magenta), 1 - Fraction(yellow));
 }
 
+// --- Parts of a colour ------------------------------------------------------------------------
+
+struct Parts {
+    double red, green, blue;
+
+    double Most() const { return std::max({red, green, blue}); }
+    double Range() const { return Most() - std::min({red, green, blue}); }
+};
+
+Parts PartsOf(sdk::Color color) {
+    const auto bits = static_cast<std::uint32_t>(color);
+    return {(bits >> 16 & 0xFF) / 255.0, (bits >> 8 & 0xFF) / 255.0, (bits & 0xFF) / 255.0};
+}
+
+// Sixths of a turn; 0 of a gray.
+double SixthsOf(const Parts& parts) {
+    const double range = parts.Range();
+    if (range == 0) return 0;
+    if (parts.Most() == parts.red) return (parts.green - parts.blue) / range + (parts.green < parts.blue ? 6 : 0);
+    if (parts.Most() == parts.green) return (parts.blue - parts.red) / range + 2;
+    return (parts.red - parts.green) / range + 4;
+}
+
+double Hue(sdk::Color color) { return SixthsOf(PartsOf(color)) / 6; }
+
+double Saturation(sdk::Color color) {
+    const Parts parts = PartsOf(color);
+    return parts.Most() == 0 ? 0 : parts.Range() / parts.Most();
+}
+
+double HsvValue(sdk::Color color) { return PartsOf(color).Most(); }
+double Cyan(sdk::Color color) { return 1 - PartsOf(color).red; }
+double Magenta(sdk::Color color) { return 1 - PartsOf(color).green; }
+double Yellow(sdk::Color color) { return 1 - PartsOf(color).blue; }
+
 }  // namespace
 
 void RegisterColorFunctions(Runtime& runtime) {
@@ -52,6 +87,12 @@ void RegisterColorFunctions(Runtime& runtime) {
             sdk::kMemberPortable),
         sdk::SharedMethod<"CMY(cyan as double, magenta as double, yellow as double) as color", Guarded<&Cmy>>(
             sdk::kMemberPortable),
+        sdk::SharedMethod<"Hue(extends c as color) as double", Guarded<&Hue>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"Saturation(extends c as color) as double", Guarded<&Saturation>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"Value(extends c as color) as double", Guarded<&HsvValue>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"Cyan(extends c as color) as double", Guarded<&Cyan>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"Magenta(extends c as color) as double", Guarded<&Magenta>>(sdk::kMemberPortable),
+        sdk::SharedMethod<"Yellow(extends c as color) as double", Guarded<&Yellow>>(sdk::kMemberPortable),
     };
     runtime.RegisterFunctions(functions);
 }

@@ -35,6 +35,7 @@ void RegisterFramework(Runtime& runtime) {
     RegisterNumberFunctions(runtime);
     RegisterBitFunctions(runtime);
     RegisterColorFunctions(runtime);
+    RegisterVariantFunctions(runtime);
     RegisterRandom(runtime);
     RegisterTextStreams(runtime);
     RegisterBinaryStream(runtime);

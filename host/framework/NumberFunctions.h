@@ -1,4 +1,4 @@
-// The global functions for numbers, bits, colours and time, and the class Random.
+// The global functions for numbers, bits, colours, variants and time, and the class Random.
 #pragma once
 
 namespace host {
@@ -8,6 +8,7 @@ class Runtime;
 void RegisterNumberFunctions(Runtime& runtime);
 void RegisterBitFunctions(Runtime& runtime);
 void RegisterColorFunctions(Runtime& runtime);
+void RegisterVariantFunctions(Runtime& runtime);
 void RegisterRandom(Runtime& runtime);
 
 }  // namespace host

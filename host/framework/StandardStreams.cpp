@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "host/framework/FileStream.h"
+#include "host/framework/Output.h"
 #include "host/framework/Streams.h"
 #include "host/framework/Support.h"
 
@@ -42,26 +43,22 @@ bool AtEnd(sdk::Object*) { return Input().AtEnd(); }
 
 // --- Output ---------------------------------------------------------------------------------
 
-std::FILE* FileOf(sdk::Object* stream) { return DataOf<OutputData>(stream, outputClass).isError ? stderr : stdout; }
+bool IsError(sdk::Object* stream) { return DataOf<OutputData>(stream, outputClass).isError; }
 
 // What was printed before comes first on a terminal too.
-void Write(sdk::Object* stream, sdk::String* text) {
-    std::FILE* const file = FileOf(stream);
-    if (file == stderr) std::fflush(stdout);
-    const std::string_view bytes = Bytes(text);
-    if (bytes.empty()) return;
-    if (std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size()) return;
+void WriteError(std::string_view text) {
+    std::fflush(stdout);
+    if (text.empty() || std::fwrite(text.data(), 1, text.size(), stderr) == text.size()) return;
     const int number = errno;
-    Fail("IOException", std::string("standard output") + ": can't be written: " + std::strerror(number), number);
+    Fail("IOException", std::string("standard error") + ": can't be written: " + std::strerror(number), number);
 }
 
-void WriteLine(sdk::Object* stream, sdk::String* text) {
-    Write(stream, text);
-    std::fputc('\n', FileOf(stream));
-}
+void WriteText(sdk::Object* stream, std::string_view text) { IsError(stream) ? WriteError(text) : WriteOutput(text); }
 
-void EndLine(sdk::Object* stream) { WriteLine(stream, nullptr); }
-void Flush(sdk::Object* stream) { std::fflush(FileOf(stream)); }
+void Write(sdk::Object* stream, sdk::String* text) { WriteText(stream, Bytes(text)); }
+void WriteLine(sdk::Object* stream, sdk::String* text) { WriteText(stream, std::string(Bytes(text)) + '\n'); }
+void EndLine(sdk::Object* stream) { WriteText(stream, "\n"); }
+void Flush(sdk::Object* stream) { std::fflush(IsError(stream) ? stderr : stdout); }
 
 // --- Functions ------------------------------------------------------------------------------
 

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "host/framework/Output.h"
 #include "host/framework/Support.h"
 
 namespace host {
@@ -26,11 +27,20 @@ sdk::String* EnvironmentVariable(sdk::String* name) {
     return GiveString(value ? value : "");
 }
 
+// As a program sees it that this one starts. A name that can't be one is refused.
+void SetEnvironmentVariable(sdk::String* name, sdk::String* value) {
+    const std::string key(Bytes(name)), text(Bytes(value));
+    const bool unfit = key.find('\0') != std::string::npos || text.find('\0') != std::string::npos;
+    if (!unfit && setenv(key.c_str(), text.c_str(), 1) == 0) return;
+    const auto shown = [](sdk::String* part) { return Describe(Value(Ref<String>::Share(FromPlugin(part)))); };
+    Fail("RuntimeException",
+         shown(name) + " and " + shown(value) + " can't be the name and value of an environment variable.");
+}
+
 // Prints; there is nobody to press a button but the first.
 std::int32_t MsgBox(sdk::String* message) {
     constexpr std::int32_t kOk = 1;
-    const std::string line = std::string(Bytes(message)) + '\n';
-    std::fwrite(line.data(), 1, line.size(), stdout);
+    WriteOutput(std::string(Bytes(message)) + '\n');
     return kOk;
 }
 
@@ -39,8 +49,8 @@ std::int32_t MsgBox(sdk::String* message) {
 void RegisterSystem(Runtime& runtime) {
     static const sdk::MethodRecord sharedMethods[] = {
         sdk::SharedMethod<"DebugLog(message as string)", Guarded<&DebugLog>>(sdk::kMemberPortable),
-        sdk::SharedMethod<"EnvironmentVariable(name as string) as string", Guarded<&EnvironmentVariable>>(
-            sdk::kMemberPortable),
+        sdk::AssignableSharedMethod<"EnvironmentVariable(name as string) as string", Guarded<&EnvironmentVariable>,
+                                    Guarded<&SetEnvironmentVariable>>(sdk::kMemberPortable),
     };
     static const sdk::MethodRecord functions[] = {
         sdk::SharedMethod<"MsgBox(message as string) as integer", Guarded<&MsgBox>>(sdk::kMemberPortable),

@@ -14,6 +14,7 @@ namespace {
 struct OwnHandler {
     EventHandler handler;
     std::shared_ptr<const Callable> body;  // null: the class's
+    const void* owner = nullptr;
 };
 
 using Handlers = std::unordered_map<const Object*, std::deque<OwnHandler>>;
@@ -39,7 +40,7 @@ Value Run(const OwnHandler& own, Object* self, std::span<Value> arguments) {
 
 }  // namespace
 
-void SetHandler(Object& object, const Event& event, Callable body) {
+void SetHandler(Object& object, const Event& event, Callable body, const void* owner) {
     OwnHandler* own = Find(object, event.number);
     if (!own) {
         own = &AllHandlers()[&object].emplace_back();
@@ -47,6 +48,7 @@ void SetHandler(Object& object, const Event& event, Callable body) {
         own->handler.event = &event;
         own->handler.body = [own](Object* self, std::span<Value> arguments) { return Run(*own, self, arguments); };
     }
+    own->owner = owner;
     // The one before goes last: its end may run code of a script.
     const auto before = std::exchange(own->body, std::make_shared<const Callable>(std::move(body)));
 }
@@ -60,10 +62,11 @@ const EventHandler* HandlerOf(const Object& object, std::intptr_t eventNumber) {
     return own && own->body ? &own->handler : object.type->FindEventHandler(eventNumber);
 }
 
-void RemoveAllHandlers() noexcept {
+void RemoveHandlersOf(const void* owner) noexcept {
     std::deque<std::shared_ptr<const Callable>> removed;
     for (auto& [object, handlers] : AllHandlers())
-        for (OwnHandler& own : handlers) removed.push_back(std::exchange(own.body, nullptr));
+        for (OwnHandler& own : handlers)
+            if (own.owner == owner) removed.push_back(std::exchange(own.body, nullptr));
 }
 
 void ForgetHandlers(Object& object) noexcept {

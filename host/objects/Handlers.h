@@ -8,15 +8,15 @@
 namespace host {
 
 // From now on the body is what an object does on an event, or again what its class does. A handler under
-// way runs to its end.
-void SetHandler(Object& object, const Event& event, Callable body);
+// way runs to its end. Its owner is whoever may remove it with all its others.
+void SetHandler(Object& object, const Event& event, Callable body, const void* owner = nullptr);
 void RemoveHandler(Object& object, const Event& event);
 
 // What an object does on an event; null if nothing. Good while the object lives.
 const EventHandler* HandlerOf(const Object& object, std::intptr_t eventNumber);
 
-// Removes the handlers of every object.
-void RemoveAllHandlers() noexcept;
+// Removes an owner's handlers from every object.
+void RemoveHandlersOf(const void* owner) noexcept;
 
 // For an object's end.
 void ForgetHandlers(Object& object) noexcept;

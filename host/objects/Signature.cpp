@@ -7,7 +7,10 @@ namespace host {
 
 bool SameParameters(const Declaration& a, const Declaration& b) {
     return std::equal(a.parameters.begin(), a.parameters.end(), b.parameters.begin(), b.parameters.end(),
-                      [](const Parameter& x, const Parameter& y) { return x.type == y.type && x.byRef == y.byRef; });
+                      [](const Parameter& x, const Parameter& y) {
+                          return x.type == y.type && x.byRef == y.byRef && x.extends == y.extends &&
+                                 x.assigns == y.assigns;
+                      });
 }
 
 bool SameSignature(const Declaration& a, const Declaration& b) {

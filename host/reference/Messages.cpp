@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::string_view kScript = "The script itself";
 constexpr std::string_view kData = "Memory blocks, texts and timers";
-constexpr std::string_view kContainers = "Dictionaries, collections, chance, dates";
+constexpr std::string_view kContainers = "Dictionaries, collections, chance, dates, the environment";
 constexpr std::string_view kPatterns = "Regular expressions and encodings";
 constexpr std::string_view kPictures = "Pictures";
 constexpr std::string_view kFiles = "Files and folders";
@@ -58,6 +58,7 @@ constexpr MessageRow kRows[] = {
     {kContainers, "OutOfBoundsException", "No number from 0 on is below ….", "LessThan of a Random with a number below 1", "give the first number that is too large", "Dim r As New Random\nPrint r.LessThan(0)"},
     {kContainers, "OutOfBoundsException", "A date's years are 1 to 9999.", "a field or TotalSeconds leads beyond them", "look for a field that was computed wrongly", "Dim d As New Date\nd.Year = 0"},
     {kContainers, "OutOfBoundsException", "A date is at most 24 hours away from Greenwich.", "GMTOffset is a number of hours", "give hours, not minutes or seconds", "Dim d As New Date\nd.GMTOffset = 60"},
+    {kContainers, "RuntimeException", "… and … can't be the name and value of an environment variable.", "the name is empty or has an =, or one of them a zero byte", "choose another name", "System.EnvironmentVariable(\"a=b\") = \"x\""},
     {kContainers, "UnsupportedFormatException", "… is no date as 2026-11-22…", "SQLDate or SQLDateTime is set to another text", "all digits are needed, zeros too; ParseDate takes other forms", "Dim d As New Date\nd.SQLDate = \"1.2.2026\""},
     {kContainers, "NilObjectException", "There is no date to copy.", "New Date(other) where the other is Nil", "New Date alone is now", "Dim d As Date\nDim c As New Date(d)"},
     {kContainers, "NilObjectException", "ParseDate fills a date that is there: Dim d As New Date.", "the date given is Nil", "make one before", "Dim d As Date\nPrint ParseDate(\"1/2/2026\", d)"},

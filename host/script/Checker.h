@@ -132,6 +132,7 @@ class Checker {
                          std::vector<ExpressionPtr>& arguments, bool wantsValue);
     bool ResolveModuleMember(ExpressionPtr& expression, std::vector<ExpressionPtr>& arguments, bool hasArguments,
                              bool wantsValue);
+    std::vector<Candidate> FunctionCandidates(std::string_view name, bool extending);
     bool ResolveExtension(ExpressionPtr& expression, ExpressionPtr& receiver, std::vector<ExpressionPtr>& arguments,
                           bool wantsValue);
     bool HasAccessor(const ClassSymbol& type, std::string_view name) const;

@@ -80,9 +80,10 @@ constexpr std::pair<std::string_view, IntrinsicKind> kColorMembers[] = {
 
 // A variant as one type; Base::Object is any object.
 constexpr std::pair<std::string_view, Base> kVariantViews[] = {
-    {"IntegerValue", Base::Integer}, {"Int64Value", Base::Int64},     {"DoubleValue", Base::Double},
-    {"StringValue", Base::String},   {"BooleanValue", Base::Boolean}, {"ColorValue", Base::Color},
-    {"ObjectValue", Base::Object}};
+    {"IntegerValue", Base::Integer}, {"Int32Value", Base::Integer}, {"Int64Value", Base::Int64},
+    {"UInt32Value", Base::UInt32},   {"UInt64Value", Base::UInt64}, {"DoubleValue", Base::Double},
+    {"SingleValue", Base::Single},   {"StringValue", Base::String}, {"BooleanValue", Base::Boolean},
+    {"ColorValue", Base::Color},     {"ObjectValue", Base::Object}};
 
 }  // namespace
 
@@ -97,6 +98,9 @@ std::vector<std::string> Checker::ValueMembers(Type type) {
     else if (IsString(type))
         for (const std::string& name : host::Runtime::Get().FunctionNames())
             if (!TextFunctions(name).empty()) names.push_back(name);
+    for (const std::string& name : host::Runtime::Get().FunctionNames())
+        for (const Candidate& candidate : FunctionCandidates(name, true))
+            if (candidate.signature->parameters[0].type == type) names.push_back(name);
     return names;
 }
 
@@ -247,6 +251,8 @@ std::vector<Candidate> Checker::AssignableCandidates(Expression& member, Express
     if (const ClassSymbol* holder = FindHolder(*object)) {
         add(symbols_.FindRoutines(*holder, member.text));
         std::erase_if(all, [](const Candidate& candidate) { return candidate.routine->HasReceiver(); });
+        for (const NativeMethod* native : symbols_.SharedMethods(*holder, member.text))
+            if (native->method->assignable()) all.push_back({&native->signature, nullptr, native});
         return all;
     }
     CheckValue(object);

@@ -250,9 +250,7 @@ void Checker::CheckName(ExpressionPtr& expression, std::vector<ExpressionPtr> ar
     std::vector<Candidate> candidates = OwnRoutines(name);
     if (candidates.empty() && ResolveModuleMember(expression, arguments, hasArguments, wantsValue)) return;
     if (candidates.empty() && ResolveIntrinsic(expression, arguments)) return;
-    if (candidates.empty())
-        for (const NativeMethod* native : symbols_.Functions(name))
-            candidates.push_back({&native->signature, nullptr, native});
+    if (candidates.empty()) candidates = FunctionCandidates(name, false);
     if (!candidates.empty()) {
         ResolveCall(expression, candidates, nullptr, arguments, wantsValue);
         return;
@@ -297,8 +295,8 @@ ClassSymbol* Checker::FindHolder(const Expression& name, std::string_view member
         return nullptr;
     const bool isRoutine = symbols_.routines.contains(host::LowerName(name.text));
     if (isRoutine) return nullptr;
-    ClassSymbol* symbol = symbols_.FindClass(name.text);
-    const bool isFunction = !symbols_.Functions(name.text).empty();
+    ClassSymbol* symbol = symbols_.FindHolder(name.text);
+    const bool isFunction = !FunctionCandidates(name.text, false).empty();
     if (symbol && isFunction && MethodCandidates(*symbol, member, true).empty()) return nullptr;
     const bool isProperty = symbol && context_.owner && symbols_.FindProperty(*context_.owner, name.text);
     return isProperty ? nullptr : symbol;

@@ -129,6 +129,17 @@ bool Checker::ResolveModuleMember(ExpressionPtr& expression, std::vector<Express
     return ResolveSharedMember(expression, *modules[0], arguments, hasArguments, wantsValue);
 }
 
+// The host's functions of a name: those that extend a type, or the others.
+std::vector<Candidate> Checker::FunctionCandidates(std::string_view name, bool extending) {
+    std::vector<Candidate> candidates;
+    for (const NativeMethod* native : symbols_.Functions(name)) {
+        const auto& parameters = native->signature.parameters;
+        const bool extends = !parameters.empty() && parameters[0].extends;
+        if (extends == extending) candidates.push_back({&native->signature, nullptr, native});
+    }
+    return candidates;
+}
+
 // "value.Name(arguments)" of a routine whose first parameter extends the value's type.
 bool Checker::ResolveExtension(ExpressionPtr& expression, ExpressionPtr& receiver,
                                std::vector<ExpressionPtr>& arguments, bool wantsValue) {
@@ -137,6 +148,8 @@ bool Checker::ResolveExtension(ExpressionPtr& expression, ExpressionPtr& receive
     for (ClassSymbol* module : ModulesWith(expression->text))
         for (const Candidate& candidate : MethodCandidates(*module, expression->text, true))
             candidates.push_back(candidate);
+    for (const Candidate& candidate : FunctionCandidates(expression->text, true))
+        if (candidate.signature->parameters[0].type == receiver->type) candidates.push_back(candidate);
     std::erase_if(candidates, [&](const Candidate& candidate) {
         const auto& parameters = candidate.signature->parameters;
         return parameters.empty() || !parameters[0].extends ||

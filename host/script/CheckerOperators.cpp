@@ -48,7 +48,6 @@ bool Checker::CallOperator(ExpressionPtr& call, const std::string& name, std::si
                            std::size_t count) {
     if (!IsObject(operands[receiver]->type)) return false;
     const ClassSymbol& type = *operands[receiver]->type.of;
-    if (symbols_.FindRoutines(type, name).empty()) return false;
     const std::vector<Candidate> candidates = MethodCandidates(type, name, false);
     std::vector<ExpressionPtr> arguments;
     for (std::size_t i = 0; i < count; ++i)

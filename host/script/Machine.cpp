@@ -8,14 +8,14 @@
 
 #include "host/calls/Border.h"
 #include "host/calls/Call.h"
+#include "host/script/MachineAccess.h"
 #include "host/script/Place.h"
 
 namespace script {
 
 namespace {
 
-// Set from signal handlers and destructors; looked at where loops go back and routines are called.
-std::atomic<bool> attention{false};
+// Set from signal handlers.
 std::atomic<bool> interrupted{false};
 
 constexpr std::size_t kMostTraceLines = 24;
@@ -31,9 +31,6 @@ void Machine::Interrupt() {
     interrupted.store(true, std::memory_order_relaxed);
     attention.store(true, std::memory_order_relaxed);
 }
-
-bool AttentionWanted() { return attention.load(std::memory_order_relaxed); }
-void WantAttention() { attention.store(true, std::memory_order_relaxed); }
 
 Machine::Machine(Code& code, Symbols& symbols) : code_(code), symbols_(symbols) {
     rlimit limit{};

@@ -124,6 +124,7 @@ class Machine {
     void PopTo(std::size_t floor);
     void CheckNativeStack() const;
     void CheckAttention();
+    void HeedDestructors();
     void CheckRaised();
     Position Here() const;
 

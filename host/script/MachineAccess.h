@@ -1,6 +1,7 @@
 // What the machine's files share: what waits for its attention, and places inside arrays and objects.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 
 #include "host/objects/Array.h"
@@ -9,8 +10,10 @@
 namespace script {
 
 // Whether something waits to be looked at: Ctrl-C, or an exception out of a destructor.
-bool AttentionWanted();
-void WantAttention();
+// Set from signal handlers and destructors.
+inline std::atomic<bool> attention{false};
+inline bool AttentionWanted() { return attention.load(std::memory_order_relaxed); }
+inline void WantAttention() { attention.store(true, std::memory_order_relaxed); }
 
 [[noreturn]] void ThrowOutOfBounds(std::int64_t index, const host::Array& array);
 [[noreturn]] void ThrowOutOfBounds(std::int64_t index, const host::Array& array, std::size_t end);  // where end may be

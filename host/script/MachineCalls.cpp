@@ -100,13 +100,14 @@ void Machine::AddHandler(Instruction instruction, const Function& function, Valu
     if (!object) ThrowOnNil(event.declaration.name, "is asked of");
     const Value delegate = r[instruction.b];
     if (!delegate.object()) return host::RemoveHandler(*object, event);
-    host::SetHandler(*object, event, [this, delegate](host::Object* self, std::span<Value> arguments) {
+    const auto body = [this, delegate](host::Object* self, std::span<Value> arguments) {
         std::vector<Value> all = {Value(host::Ref<host::Object>::Share(self))};
         all.insert(all.end(), arguments.begin(), arguments.end());
         Value target;
         const Function& code = CodeOf(delegate, target);
         return Invoke(code, target.object(), all);
-    });
+    };
+    host::SetHandler(*object, event, body, this);
 }
 
 void Machine::FailOnNil(const MemberUse& use, std::string_view what) const {

@@ -49,6 +49,11 @@ bool StepWide(Value& variable, std::int64_t step) {
 
 }  // namespace
 
+// After whatever may have let go of an object: an exception out of its destructor takes effect here.
+inline void Machine::HeedDestructors() {
+    if (AttentionWanted()) CheckAttention();
+}
+
 // Longer than anything else here: one line an instruction.
 // clang-format off
 void Machine::Loop(std::size_t floor) {
@@ -60,24 +65,26 @@ void Machine::Loop(std::size_t floor) {
         frame->next = pc;
         switch (i.op) {
             case Op::MoveBits: r[i.a].bits() = r[i.b].bits(); break;
-            case Op::Move: r[i.a] = r[i.b]; break;
+            case Op::Move: r[i.a] = r[i.b]; HeedDestructors(); break;
             case Op::LoadText: r[i.a] = frame->function->texts[i.Number()]; break;
-            case Op::Clear: r[i.a] = frame->function->prototype[i.a]; break;
+            case Op::Clear: r[i.a] = frame->function->prototype[i.a]; HeedDestructors(); break;
             case Op::LoadGlobalBits: r[i.a].bits() = globals_[i.Number()].bits(); break;
-            case Op::LoadGlobal: r[i.a] = globals_[i.Number()]; break;
+            case Op::LoadGlobal: r[i.a] = globals_[i.Number()]; HeedDestructors(); break;
             case Op::StoreGlobalBits: globals_[i.Number()].bits() = r[i.a].bits(); break;
-            case Op::StoreGlobal: globals_[i.Number()] = r[i.a]; break;
+            case Op::StoreGlobal: globals_[i.Number()] = r[i.a]; HeedDestructors(); break;
             case Op::LoadRef:
                 if (const Value* variable = VariableBehind(r[i.b]))
                     r[i.a] = *variable;
                 else
                     LoadPlace(r[i.b], r[i.a]);
+                HeedDestructors();
                 break;
             case Op::StoreRef:
                 if (Value* variable = VariableBehind(r[i.a]))
                     *variable = r[i.b];
                 else
                     StorePlace(r[i.a], r[i.b]);
+                HeedDestructors();
                 break;
             case Op::RefLocal: r[i.a] = ReferenceTo(r[i.b]); break;
             case Op::RefGlobal: r[i.a] = ReferenceTo(globals_[i.Number()]); break;
@@ -88,13 +95,13 @@ void Machine::Loop(std::size_t floor) {
                 break;
             case Op::RefProperty: MakePropertyReference(i, *frame->function, r); break;
             case Op::LoadFieldBits: r[i.a].bits() = FieldOf(r[i.b], i.c).bits(); break;
-            case Op::LoadField: r[i.a] = Value(FieldOf(r[i.b], i.c)); break;
+            case Op::LoadField: r[i.a] = Value(FieldOf(r[i.b], i.c)); HeedDestructors(); break;
             case Op::StoreFieldBits: FieldOf(r[i.a], i.c).bits() = r[i.b].bits(); break;
-            case Op::StoreField: { const Value old = std::exchange(FieldOf(r[i.a], i.c), r[i.b]); break; }
+            case Op::StoreField: { std::exchange(FieldOf(r[i.a], i.c), r[i.b]); HeedDestructors(); break; }
             case Op::LoadElementBits: r[i.a].bits() = ElementOf(r[i.b], r[i.c].bits()).bits(); break;
-            case Op::LoadElement: r[i.a] = Value(ElementOf(r[i.b], r[i.c].bits())); break;
+            case Op::LoadElement: r[i.a] = Value(ElementOf(r[i.b], r[i.c].bits())); HeedDestructors(); break;
             case Op::StoreElementBits: ElementOf(r[i.a], r[i.b].bits()).bits() = r[i.c].bits(); break;
-            case Op::StoreElement: { const Value old = std::exchange(ElementOf(r[i.a], r[i.b].bits()), r[i.c]); break; }
+            case Op::StoreElement: { std::exchange(ElementOf(r[i.a], r[i.b].bits()), r[i.c]); HeedDestructors(); break; }
 
             case Op::AddI: r[i.a].bits() = WrapAdd(Narrow(r[i.b]), Narrow(r[i.c])); break;
             case Op::SubtractI: r[i.a].bits() = WrapSubtract(Narrow(r[i.b]), Narrow(r[i.c])); break;
@@ -162,7 +169,7 @@ void Machine::Loop(std::size_t floor) {
 
             case Op::Jump: pc = frame->function->code.data() + i.Number(); break;
             case Op::Loop:
-                if (AttentionWanted()) CheckAttention();
+                HeedDestructors();
                 pc = frame->function->code.data() + i.Number();
                 break;
             case Op::JumpIf: if (r[i.a].bits()) pc = frame->function->code.data() + i.Number(); break;
@@ -194,7 +201,7 @@ void Machine::Loop(std::size_t floor) {
 
             case Op::Call:
             case Op::CallVirtual: {
-                if (AttentionWanted()) CheckAttention();
+                HeedDestructors();
                 EnterCall(i, *frame->function, r);
                 frame = &frames_.back();
                 pc = frame->next;
@@ -202,7 +209,7 @@ void Machine::Loop(std::size_t floor) {
                 break;
             }
             case Op::CallDelegate:
-                if (AttentionWanted()) CheckAttention();
+                HeedDestructors();
                 EnterDelegate(i, *frame->function, r);
                 frame = &frames_.back();
                 pc = frame->next;
@@ -217,6 +224,7 @@ void Machine::Loop(std::size_t floor) {
                 frame = &frames_.back();
                 pc = frame->next;
                 r = frame->registers;
+                HeedDestructors();
                 break;
             case Op::Raise:
                 // To a handler of this run it is a jump; only further out it travels as a C++ exception.
@@ -230,6 +238,7 @@ void Machine::Loop(std::size_t floor) {
             default:
                 Perform(i, *frame->function, r, pc);
                 pc += i.op == Op::VariantOperation || i.op == Op::VariantCompare || i.op == Op::GrowField;
+                HeedDestructors();
                 break;
         }
     }

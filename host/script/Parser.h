@@ -182,6 +182,7 @@ class Parser {
     std::set<std::string, std::less<>> routineNames_;  // in lower case
     std::set<std::string, std::less<>> moduleNames_;   // likewise
     int blockDepth_ = 0;
+    int declarationDepth_ = 0;
     int expressionDepth_ = 0;
 };
 

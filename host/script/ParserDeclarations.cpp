@@ -81,10 +81,28 @@ void Parser::ParseDeclaration() {
     }
 }
 
+namespace {
+
+// Counts one level for as long as it lives, however that is left.
+class Deeper {
+  public:
+    explicit Deeper(int& depth) : depth_(++depth) {}
+    ~Deeper() { --depth_; }
+    Deeper(const Deeper&) = delete;
+    Deeper& operator=(const Deeper&) = delete;
+
+  private:
+    int& depth_;
+};
+
+}  // namespace
+
 // A class, module, interface, enumeration or delegate, perhaps inside a module or class.
 void Parser::ParseTypeDeclaration(const std::string& enclosing) {
     const auto* row = std::find_if(std::begin(kTypeWords), std::end(kTypeWords),
                                    [this](const TypeWord& candidate) { return AtWord(candidate.word); });
+    if (declarationDepth_ >= kDeepestBlock) Fail("declarations are nested too deeply");
+    const Deeper deeper(declarationDepth_);
     ClassDeclaration declaration;
     declaration.form = row->form;
     declaration.enclosing = enclosing;

@@ -200,7 +200,7 @@ Counts BreakCycles(const Symbols& symbols, const Alive& before) {
 
 Leftovers EndProgram(Machine& machine, const Symbols& symbols, const Alive& before) {
     machine.DropLocals();
-    host::RemoveAllHandlers();
+    host::RemoveHandlersOf(&machine);
     if (HasDestructors(symbols)) RunLastDestructors(symbols, before, machine.Globals());
     machine.DropGlobals();
     const Counts cycles = BreakCycles(symbols, before);

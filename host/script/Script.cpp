@@ -12,6 +12,7 @@
 #include "host/script/Parse.h"
 #include "host/script/ProgramEnd.h"
 #include "host/script/ScriptClasses.h"
+#include "host/script/SpokenLines.h"
 
 namespace script {
 
@@ -137,7 +138,10 @@ namespace {
 
 int Run(const Source& source, const RunOptions& options) {
     const std::unique_ptr<LoadedScript, Retire> script(new LoadedScript(source));
-    script->machine.print = options.print;
+    // Objects that outlive the run may print too.
+    const auto spoken = std::make_shared<SpokenLines>(options.print, options.write);
+    script->machine.print = [spoken](std::string_view line) { spoken->Print(line); };
+    const host::OutputTo output([spoken](std::string_view text) { spoken->Write(text); });
     script->machine.observers = options.observers;
     if (Load(*script)) {
         RegisterClasses(script->symbols, script->machine);
@@ -145,7 +149,9 @@ int Run(const Source& source, const RunOptions& options) {
     }
     if (!script->diagnostics.List().empty()) options.complain(script->diagnostics.Text());
     if (script->diagnostics.HasErrors()) return 1;
-    return RunLoaded(*script, options);
+    const int exitCode = RunLoaded(*script, options);
+    spoken->End();
+    return exitCode;
 }
 
 }  // namespace

@@ -15,6 +15,7 @@ struct MemberObserver;
 
 struct RunOptions {
     std::function<void(std::string_view)> print;     // each line of Print, without its end
+    std::function<void(std::string_view)> write;     // text of StdOut as it comes; none: whole lines go to print
     std::function<void(std::string_view)> complain;  // messages, whole lines with their ends
     std::vector<MemberObserver*> observers;          // borrowed
     bool leaks = false;                              // objects left at the end are an error

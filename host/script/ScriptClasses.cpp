@@ -17,14 +17,18 @@ host::Callable BodyOf(RoutineSymbol& routine, Machine& machine) {
     };
 }
 
-// A destructor's exceptions can't go through a release: they wait until the machine looks.
+// A destructor's exceptions can't go through a release: they wait until the machine looks. One that waits
+// already is none of this destructor's, and stays.
 void Destroy(const RoutineSymbol& routine, Machine& machine, host::Object* self) {
+    host::Ref<host::Object> waiting = host::Runtime::Get().TakeRaised();
     try {
         machine.Invoke(*routine.code, self, {});
     } catch (const host::Raised& raised) {
-        host::Runtime::Get().Raise(raised.exception);
-        WantAttention();
+        if (!waiting) waiting = raised.exception;
     }
+    if (!waiting) return;
+    host::Runtime::Get().Raise(waiting);
+    WantAttention();
 }
 
 void AddRoutine(host::Class& type, RoutineSymbol& routine, Machine& machine) {

@@ -12,6 +12,7 @@
 #include "host/script/ProgramEnd.h"
 #include "host/script/Script.h"
 #include "host/script/ScriptClasses.h"
+#include "host/script/SpokenLines.h"
 
 namespace script {
 
@@ -25,7 +26,16 @@ constexpr int kInterruptedExitCode = 130;
 }  // namespace
 
 struct Session::State {
+    State(SpokenLines::Take print, SpokenLines::Take write) : spoken(std::move(print), std::move(write)) {
+        machine.print = [this](std::string_view line) { spoken.Print(line); };
+    }
+
+    host::TextSink Sink() {
+        return [this](std::string_view text) { spoken.Write(text); };
+    }
+
     const Alive before;
+    SpokenLines spoken;
     std::function<void(std::string_view)> complain;
     Source source{"<input>", "\n"};  // all lines so far, behind an empty one
     std::int32_t lines = 1;          // their count
@@ -36,10 +46,10 @@ struct Session::State {
     Variable* value = nullptr;
 };
 
-Session::Session(std::function<void(std::string_view)> print, std::function<void(std::string_view)> complain)
-    : state_(std::make_unique<State>()) {
+Session::Session(std::function<void(std::string_view)> print, std::function<void(std::string_view)> complain,
+                 std::function<void(std::string_view)> write)
+    : state_(std::make_unique<State>(std::move(print), std::move(write))) {
     state_->complain = std::move(complain);
-    state_->machine.print = std::move(print);
     state_->value = state_->symbols.AddVariable(kValueName, kVariantType, Storage::Global, {});
     state_->symbols.globalNames[kValueName] = state_->value;
     PrepareSteps(state_->code);
@@ -47,6 +57,7 @@ Session::Session(std::function<void(std::string_view)> print, std::function<void
 }
 
 Session::~Session() {
+    const host::OutputTo output(state_->Sink());
     try {
         EndProgram(state_->machine, state_->symbols, state_->before);
         state_->machine.CheckEnd();
@@ -55,6 +66,7 @@ Session::~Session() {
         state_->complain(FailureText(state_->source, state_->machine.LastFailure()));
     }
     state_->machine.ForgetFailure();
+    state_->spoken.End();
     // What still may be called from outside must outlive the session.
     if (!UnregisterClasses(state_->symbols)) static_cast<void>(state_.release());
 }
@@ -139,6 +151,7 @@ StepResult Session::Run(std::string lines) {
 StepResult Session::RunAccepted() {
     State& state = *state_;
     StepResult result;
+    const host::OutputTo output(state.Sink());
     try {
         state.machine.RunStep();
         result.finished = true;
@@ -150,6 +163,7 @@ StepResult Session::RunAccepted() {
         state.complain(FailureText(state.source, state.machine.LastFailure()));
     }
     state.machine.ForgetFailure();
+    state.spoken.End();
     return result;
 }
 

@@ -25,8 +25,10 @@ struct StepResult {
 
 class Session {
   public:
-    // `print` takes each line of Print, `complain` messages with their line ends.
-    Session(std::function<void(std::string_view)> print, std::function<void(std::string_view)> complain);
+    // `print` takes each line of Print, `complain` messages with their line ends, `write` text of StdOut as
+    // it comes; without it `print` gets its lines.
+    Session(std::function<void(std::string_view)> print, std::function<void(std::string_view)> complain,
+            std::function<void(std::string_view)> write = {});
 
     // Destroys what the variables hold.
     ~Session();

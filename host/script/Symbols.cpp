@@ -60,7 +60,9 @@ bool TakesAssignment(const Signature& signature) {
 
 bool SameParameters(const Signature& a, const Signature& b) {
     return std::equal(a.parameters.begin(), a.parameters.end(), b.parameters.begin(), b.parameters.end(),
-                      [](const ParameterSymbol& x, const ParameterSymbol& y) { return x.type == y.type; });
+                      [](const ParameterSymbol& x, const ParameterSymbol& y) {
+                          return x.type == y.type && x.extends == y.extends && x.assigns == y.assigns;
+                      });
 }
 
 std::string TextOf(const Signature& signature) {
@@ -100,6 +102,17 @@ ClassSymbol* Symbols::FindClass(std::string_view name) {
     symbol->native = native;
     if (native->superclass()) symbol->base = FindClass(native->superclass()->name());
     return symbol;
+}
+
+ClassSymbol* Symbols::FindHolder(std::string_view name) {
+    if (!host::SameName(name, "Variant")) return FindClass(name);
+    if (!variant_) {
+        variant_ = &classes_.emplace_back();
+        variant_->name = "Variant";
+        variant_->base = object;
+        variant_->native = host::Runtime::Get().FindClass("Variant");
+    }
+    return variant_;
 }
 
 Type Symbols::FromHost(const host::Type& type) {

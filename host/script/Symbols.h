@@ -105,7 +105,8 @@ class Symbols {
     Symbols();
 
     // --- The host's
-    ClassSymbol* FindClass(std::string_view name);  // also the script's; null if unknown
+    ClassSymbol* FindClass(std::string_view name);   // also the script's; null if unknown
+    ClassSymbol* FindHolder(std::string_view name);  // also what holds the constants of Variant, which is no class
     std::vector<const NativeMethod*> Functions(std::string_view name);
     std::vector<const NativeMethod*> Methods(const ClassSymbol& type, std::string_view name);
     std::vector<const NativeMethod*> SharedMethods(const ClassSymbol& type, std::string_view name);
@@ -147,6 +148,7 @@ class Symbols {
     std::vector<const NativeMethod*> WrapAll(const std::vector<const host::Method*>& methods);
 
     std::deque<ClassSymbol> classes_;
+    ClassSymbol* variant_ = nullptr;
     std::unordered_map<std::string, ClassSymbol*, host::NameHash, host::NameEqual> classIndex_;
     std::deque<Variable> variables_;
     std::deque<RoutineSymbol> routines_;
@@ -162,7 +164,7 @@ std::string TextOf(const Signature& signature);
 // A parameter that an assignment to a call fills; it comes last.
 bool TakesAssignment(const Signature& signature);
 
-// Whether the two take the same types.
+// Whether the two take the same types in the same way.
 bool SameParameters(const Signature& a, const Signature& b);
 
 // The host's form of a type.

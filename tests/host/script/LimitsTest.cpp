@@ -64,6 +64,15 @@ TEST(Limits, AHundredThousandFieldsAndTenThousandBlocksAreRefused) {
     EXPECT_THAT(blocks.err, HasSubstr("blocks are nested too deeply; move the inner ones to a Sub"));
 }
 
+TEST(Limits, DeclarationsInsideEachOtherAreRefusedBeforeTheyAreTooDeep) {
+    const auto nested = [](const std::string& word) {
+        return RunText(Repeated(10'000, [&](int) { return word + " Inner\n"; }) +
+                       Repeated(10'000, [&](int) { return "End " + word + '\n'; }));
+    };
+    EXPECT_THAT(nested("Class").err, HasSubstr("limits.rbs:101:1: declarations are nested too deeply"));
+    EXPECT_EQ(nested("Module").exitCode, 1);
+}
+
 TEST(Limits, InheritedPropertiesCount) {
     const std::string base = "Class Base\n" + Fields("P", 40'000) + "End Class\n";
     const Ran ran = RunText(base + "Class Below Inherits Base\n" + Fields("Q", 40'000) + "End Class\n");
