@@ -72,6 +72,7 @@ std::vector<fs::path> ScriptsBelow(const fs::path& folder) {
 }
 
 const fs::path kFolder = fs::path(support::SourceFolder()) / "tests" / "scripts";
+const fs::path kPrograms = fs::path(support::SourceFolder()) / "examples" / "programs";
 
 class ScriptFile : public testing::TestWithParam<fs::path> {};
 
@@ -109,11 +110,17 @@ TEST_P(ScriptFile, PrintsWhatItExpects) {
     EXPECT_TRUE(!silent || outcome.err.empty()) << outcome.err;
 }
 
-INSTANTIATE_TEST_SUITE_P(Scripts, ScriptFile, testing::ValuesIn(ScriptsBelow(kFolder)), [](const auto& parameter) {
-    std::string name = fs::relative(parameter.param, kFolder).replace_extension().string();
+std::string NameBelow(const fs::path& folder, const fs::path& script) {
+    std::string name = fs::relative(script, folder).replace_extension().string();
     for (char& c : name)
         if (!std::isalnum(static_cast<unsigned char>(c))) c = '_';
     return name;
-});
+}
+
+INSTANTIATE_TEST_SUITE_P(Scripts, ScriptFile, testing::ValuesIn(ScriptsBelow(kFolder)),
+                         [](const auto& parameter) { return NameBelow(kFolder, parameter.param); });
+
+INSTANTIATE_TEST_SUITE_P(Programs, ScriptFile, testing::ValuesIn(ScriptsBelow(kPrograms)),
+                         [](const auto& parameter) { return NameBelow(kPrograms, parameter.param); });
 
 }  // namespace
