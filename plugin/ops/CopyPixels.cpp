@@ -18,6 +18,7 @@ RowRange RowsFrom(const RowCursor& picture, std::int32_t first, std::int32_t cou
 
 void CopyRows(RowCursor& source, RowCursor& destination, const CopyRectangle& area,
               const rows::ConversionPlan& conversion) {
+    const rows::StreamsEnd end;
     RowPairs pairs(source, destination);
     const std::int64_t first = std::int64_t{area.sourceX} * source->PixelSize;
     const std::int64_t destinationFirst = std::int64_t{area.destX} * destination->PixelSize;
@@ -42,7 +43,8 @@ void CopyPixels(sdk::Object* self, sdk::Object* sourceObject, std::int32_t destX
                                         destination->Height, source->Width, source->Height);
     const auto conversion = ChooseConversion(source.Picture(), destination.Picture());
     if (area.IsEmpty() || !conversion) return;
-    CopyRows(source, destination, area, rows::PlanConversion(*conversion));
+    const std::int64_t bytes = std::int64_t{area.width} * area.height * destination->PixelSize;
+    CopyRows(source, destination, area, rows::PlanConversion(*conversion, bytes));
 }
 
 void CopyPixels(sdk::Object* self, sdk::Object* source, std::int32_t destX, std::int32_t destY, std::int32_t width,

@@ -8,6 +8,7 @@
 #include "plugin/buffer/Operation.h"
 #include "plugin/buffer/Rectangle.h"
 #include "plugin/ops/PatternRows.h"
+#include "plugin/rows/Blocks.h"
 #include "plugin/rows/Fill.h"
 
 namespace tqx {
@@ -57,7 +58,8 @@ void FillWholeRows(PixelBuffer& buffer, const Rectangle& area, std::uint8_t valu
 }
 
 void FillChannels(PixelBuffer& buffer, const Rectangle& area, ChannelSet set, const std::uint8_t (&values)[4]) {
-    ApplyInPlace(buffer, area, rows::FillPattern(LayoutOf(buffer, set), rows::ChannelCount(set), values));
+    const std::int64_t bytes = std::int64_t{area.width} * area.height * buffer.PixelSize;
+    ApplyInPlace(buffer, area, rows::FillPattern(LayoutOf(buffer, set), rows::ChannelCount(set), values, bytes));
 }
 
 constexpr std::uint8_t LowByte(std::int32_t value) { return static_cast<std::uint8_t>(value); }
@@ -94,14 +96,34 @@ void FillBytes(PixelBuffer& buffer, const Rectangle& area, std::uint8_t value) {
     }
 }
 
+// For as many bytes in all.
+rows::PixelPattern ZerosFor(std::int64_t bytes) {
+    const std::uint8_t zero = 0;
+    return rows::FillPattern({1, {0}}, 1, &zero, bytes);
+}
+
+// How many rows, padding and all, may be taken for one: of a file a window holds a few, and a yield
+// comes after each.
+std::int32_t RowsSideBySide(const PixelBuffer& buffer) {
+    constexpr std::int32_t kMostBytes = 1 << 30;
+    return buffer.IsMapping || buffer.YieldTicks > 0 ? 1 : std::max(kMostBytes / buffer.RowSize, 1);
+}
+
 }  // namespace
 
 void ClearRect(sdk::Object* self) {
     PixelBuffer& buffer = *BufferOf(self);
     RowCursor picture(buffer);
     if (!BeginInPlace(picture) || buffer.RowSize <= 0) return;
-    ForRowsInPlace(picture, picture.Rows(),
-                   [size = static_cast<std::size_t>(buffer.RowSize)](std::uint8_t* row) { std::memset(row, 0, size); });
+    const RowRange range = picture.Rows();
+    const rows::PixelPattern zeros = ZerosFor(std::int64_t{buffer.RowSize} * (range.end - range.first));
+    const rows::StreamsEnd end;
+    for (const rows::Block block : rows::Blocks(range.first, range.end, RowsSideBySide(buffer))) {
+        std::uint8_t* const first = picture.Row(block.first);
+        std::uint8_t* const last = picture.Row(block.End() - 1);  // the lower address in a mirrored view
+        if (first && last) rows::ApplyPattern(zeros, std::min(first, last), block.count * buffer.RowSize);
+        if (!picture.Yield()) return;
+    }
 }
 
 void ClearRect(sdk::Object* self, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height) {

@@ -80,13 +80,13 @@ void AddAlpha(const Conversion& conversion, PixelMoves& moves) {
 }
 
 // A conversion that only moves bytes: gray to gray or colour, colour to colour.
-MovePlan PlanByMoves(const Conversion& conversion) {
+MovePlan PlanByMoves(const Conversion& conversion, std::int64_t bytes) {
     const int first = IsColour(conversion.fromSet) ? 1 : 0;  // gray serves every colour
     PixelMoves moves{conversion.from.pixelSize, conversion.to.pixelSize};
     for (int channel = 0; channel < (IsColour(conversion.toSet) ? 3 : 1); ++channel)
         moves.Add(conversion.from.offset[channel * first], conversion.to.offset[channel]);
     if (WritesAlpha(conversion)) AddAlpha(conversion, moves);
-    return PlanMoves(moves);
+    return PlanMoves(moves, bytes);
 }
 
 MovePlan PlanGrayStore(const Conversion& conversion) {
@@ -122,7 +122,7 @@ void ConvertByGrays(const ConversionPlan& plan, const std::uint8_t* source, std:
 
 }  // namespace
 
-ConversionPlan PlanConversion(const Conversion& conversion) {
+ConversionPlan PlanConversion(const Conversion& conversion, std::int64_t bytes) {
     ConversionPlan plan{};
     plan.conversion = conversion;
     plan.from = SpanOf(conversion.from.pixelSize, conversion.from.offset, ChannelCount(conversion.fromSet));
@@ -133,7 +133,7 @@ ConversionPlan PlanConversion(const Conversion& conversion) {
     // Gray is stored after alpha, so they can't share a byte.
     plan.byGrays = !plan.byMoves && !(plan.alphaMoves && conversion.to.offset[0] == conversion.to.offset[1]);
     if (plan.byGrays) plan.grays = PlanGray(conversion.from);
-    plan.moves = plan.byMoves ? PlanByMoves(conversion) : PlanGrayStore(conversion);
+    plan.moves = plan.byMoves ? PlanByMoves(conversion, bytes) : PlanGrayStore(conversion);
     if (plan.alphaMoves) plan.alpha = PlanAlpha(conversion);
     return plan;
 }

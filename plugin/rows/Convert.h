@@ -41,7 +41,8 @@ struct ConversionPlan {
     MovePlan alpha;
 };
 
-ConversionPlan PlanConversion(const Conversion& conversion);
+// `bytes`: of the pixels of all the rows that are written by the plan.
+ConversionPlan PlanConversion(const Conversion& conversion, std::int64_t bytes = 0);
 
 // Converts `width` pixels from left to right. Each pixel is read whole and then written, red,
 // green, blue (or gray) first and alpha last, so the rows may overlap with that meaning. Bytes of

@@ -5,6 +5,7 @@
 
 #include "plugin/rows/PixelLayout.h"
 #include "plugin/rows/PixelSpan.h"
+#include "plugin/rows/Streaming.h"
 
 namespace rows {
 
@@ -14,15 +15,17 @@ namespace rows {
 struct PixelPattern {
     static constexpr int kBytes = 192;
     void (*form)(const PixelPattern& pattern, std::uint8_t* row, std::int32_t width);
-    PixelSpan span;  // the changed bytes; of size 0 when there is none
-    bool writesAll;  // nothing is kept: the bytes there need not be read
+    PixelSpan span;              // the changed bytes; of size 0 when there is none
+    bool writesAll;              // nothing is kept: the bytes there need not be read
+    StreamTileFunction* stream;  // for patterns that write all, where many bytes are to be written; else null
     std::uint8_t keep[kBytes];
     std::uint8_t value[kBytes];
 };
 
 // Stores values[i] at the layout's channel i, for `count` channels (0 to 4). Where channels share
-// a byte the last one counts. The channels of a pixel lie within pixelSize (1 to 4) bytes.
-PixelPattern FillPattern(const PixelLayout& layout, int count, const std::uint8_t* values);
+// a byte the last one counts. The channels of a pixel lie within pixelSize (1 to 4) bytes. `bytes`
+// are those of all the pixels that it is for.
+PixelPattern FillPattern(const PixelLayout& layout, int count, const std::uint8_t* values, std::int64_t bytes = 0);
 
 // Complements the layout's first `count` channels; a byte that several share is complemented once.
 PixelPattern InvertPattern(const PixelLayout& layout, int count);

@@ -126,7 +126,7 @@ PixelMoves MovesBetween(ChannelSet set, const PixelLayout& from, const PixelLayo
     return moves;
 }
 
-MovePlan PlanMoves(const PixelMoves& moves) {
+MovePlan PlanMoves(const PixelMoves& moves, std::int64_t bytes) {
     constexpr std::int32_t kLargestPixel = 4;
     MovePlan plan{};
     plan.form = kMoveRow.Chosen();
@@ -141,6 +141,7 @@ MovePlan PlanMoves(const PixelMoves& moves) {
                    moves.fromPixelSize <= kLargestPixel && moves.toPixelSize <= kLargestPixel;
     if (!plan.compact) return plan;
     plan.copies = Copies(plan.moves);
+    if (plan.copies && bytes >= kBytesToStream) plan.stream = kStreamCopy.Chosen();
     FillShuffle(plan.moves, plan.shuffle);
     FillLanes(plan, plan.lanes);
     return plan;
@@ -149,10 +150,13 @@ MovePlan PlanMoves(const PixelMoves& moves) {
 void MoveRow(const MovePlan& plan, const std::uint8_t* source, std::uint8_t* destination, std::int32_t width) {
     if (width <= 0) return;
     const bool ahead = plan.compact && MayReadAhead(plan.from, source, plan.to, destination, width);
+    const bool streams = plan.stream && AreDisjoint(plan.from, source, plan.to, destination, width);
     source += plan.from.offset;
     destination += plan.to.offset;
     if (!ahead)
         MovePlainOf(plan.moves, source, plan.moves.fromPixelSize, destination, width);
+    else if (streams)
+        plan.stream(source, destination, plan.to.Extent(width));
     else if (plan.copies)
         std::memmove(destination, source, static_cast<std::size_t>(width) * plan.moves.fromPixelSize);
     else

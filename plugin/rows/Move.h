@@ -9,6 +9,7 @@
 
 #include "plugin/rows/PixelLayout.h"
 #include "plugin/rows/PixelSpan.h"
+#include "plugin/rows/Streaming.h"
 
 namespace rows {
 
@@ -55,17 +56,19 @@ using MoveFunction = void(const MovePlan& plan, const std::uint8_t* source, std:
 
 // Moves and what the wider forms need of them.
 struct MovePlan {
-    MoveFunction* form;   // for compact plans and rows that may be read ahead; from the first moved bytes
-    PixelMoves moves;     // with the spans' offsets taken off
-    PixelSpan from;       // the bytes that are read
-    PixelSpan to;         // the bytes that are written
-    bool compact;         // pixels of up to four bytes that don't interleave: wider forms can run
-    bool copies;          // all bytes of a pixel keep their place and value
-    MoveShuffle shuffle;  // compact plans only
+    MoveFunction* form;          // for compact plans and rows that may be read ahead; from the first moved bytes
+    PixelMoves moves;            // with the spans' offsets taken off
+    PixelSpan from;              // the bytes that are read
+    PixelSpan to;                // the bytes that are written
+    bool compact;                // pixels of up to four bytes that don't interleave: wider forms can run
+    bool copies;                 // all bytes of a pixel keep their place and value
+    StreamCopyFunction* stream;  // of copies of many bytes; else null
+    MoveShuffle shuffle;         // compact plans only
     MoveLanes lanes;
 };
 
-MovePlan PlanMoves(const PixelMoves& moves);
+// `bytes`: of the pixels of all the rows that are written by the plan.
+MovePlan PlanMoves(const PixelMoves& moves, std::int64_t bytes = 0);
 
 // Moves `width` pixels from left to right. The rows may overlap with that meaning. A width of 0
 // or below does nothing.

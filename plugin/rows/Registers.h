@@ -22,6 +22,8 @@ inline constexpr int kLaneCount = 2;
 
 ROWS_INLINE Register Load(const void* from) { return _mm256_loadu_si256(static_cast<const __m256i*>(from)); }
 ROWS_INLINE void Store(void* to, Register value) { _mm256_storeu_si256(static_cast<__m256i*>(to), value); }
+// To a multiple of the register's size, past the cache.
+ROWS_INLINE void Stream(void* to, Register value) { _mm256_stream_si256(static_cast<__m256i*>(to), value); }
 ROWS_INLINE __m128i LoadLane(const void* from) { return _mm_loadu_si128(static_cast<const __m128i*>(from)); }
 ROWS_INLINE void StoreLane(void* to, __m128i value) { _mm_storeu_si128(static_cast<__m128i*>(to), value); }
 
@@ -170,6 +172,7 @@ ROWS_INLINE std::uint64_t LowBits(std::int64_t count) {
 
 ROWS_INLINE Register Load(const void* from) { return _mm512_loadu_si512(from); }
 ROWS_INLINE void Store(void* to, Register value) { _mm512_storeu_si512(to, value); }
+ROWS_INLINE void Stream(void* to, Register value) { _mm512_stream_si512(static_cast<__m512i*>(to), value); }
 ROWS_INLINE __m128i LoadLane(const void* from) { return _mm_loadu_si128(static_cast<const __m128i*>(from)); }
 ROWS_INLINE void StoreLane(void* to, __m128i value) { _mm_storeu_si128(static_cast<__m128i*>(to), value); }
 

@@ -36,7 +36,8 @@ TEST_P(FillPattern, StoresTheValuesInOrderAndLeavesOtherBytes) {
             for (int i = 0; i < count; ++i)
                 expected[static_cast<std::size_t>(x * layout.pixelSize + layout.offset[i])] =
                     values[static_cast<std::size_t>(i)];
-        rows::ApplyPattern(rows::FillPattern(layout, count, values.data()), actual.data(), width);
+        const std::int64_t bytes = random.Below(2) * rows::kBytesToStream;
+        rows::ApplyPattern(rows::FillPattern(layout, count, values.data(), bytes), actual.data(), width);
         ASSERT_TRUE(support::SameBytes(actual, expected)) << "round " << round << " width " << width;
     }
 }

@@ -20,6 +20,7 @@
 #include "plugin/rows/ScaleAcross.h"
 #include "plugin/rows/ScaleDown.h"
 #include "plugin/rows/Skew.h"
+#include "plugin/rows/Streaming.h"
 #include "plugin/rows/Transpose.h"
 #include "plugin/rows/Unsharp.h"
 #include "tests/plugin/rows/Levels.h"
@@ -72,6 +73,8 @@ TEST(CpuLevels, AreDifferentCodeInEveryTable) {
     ExpectOwnCode("lanes to rows", rows::kLanesToRows);
     ExpectOwnCode("sum down", rows::kSumDown);
     ExpectOwnCode("skew columns", rows::kSkewColumns);
+    ExpectOwnCode("stream tile", rows::kStreamTile);
+    ExpectOwnCode("stream copy", rows::kStreamCopy);
     for (const int size : {1, 2, 4}) ExpectOwnCode("transpose", rows::TransposeFormsFor(size));
 }
 

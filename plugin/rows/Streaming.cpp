@@ -1,0 +1,32 @@
+// Runs written plainly.
+#include "plugin/rows/Streaming.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace rows {
+
+namespace {
+
+void TilePlain(const std::uint8_t* tile, std::uint8_t* to, std::int64_t count) {
+    for (; count > 0; count -= kTileBytes, to += kTileBytes)
+        std::memcpy(to, tile, static_cast<std::size_t>(std::min<std::int64_t>(count, kTileBytes)));
+}
+
+void CopyPlain(const std::uint8_t* from, std::uint8_t* to, std::int64_t count) {
+    std::memcpy(to, from, static_cast<std::size_t>(count));
+}
+
+}  // namespace
+
+}  // namespace rows
+
+#define ROWS_WIDE "plugin/rows/StreamingWide.h"
+#include "plugin/rows/WideForms.h"
+
+namespace rows {
+
+const Forms<StreamTileFunction> kStreamTile = ROWS_FORMS(TilePlain, StreamTile);
+const Forms<StreamCopyFunction> kStreamCopy = ROWS_FORMS(CopyPlain, StreamCopy);
+
+}  // namespace rows
