@@ -161,12 +161,14 @@ Work WorkOf(int width, int height, int fromFormat, int toFormat) {
     return {pixels, from + to, std::max(from, to)};
 }
 
-void Measure(benchmark::State& state, const Work& work, const std::function<void()>& call) {
+void Measure(benchmark::State& state, const Work& work, const std::function<void()>& call,
+             const std::function<void()>& prepare) {
     const auto size = static_cast<std::size_t>(work.pictureBytes);
     const Block from = MakeBlock(size), to = MakeBlock(size);
     std::vector<double> copies, calls;
     call();  // touches what the call allocates or writes first
     for (auto _ : state) {
+        prepare();
         copies.push_back(Seconds([&] {
             std::memcpy(to.get(), from.get(), size);
             benchmark::DoNotOptimize(to.get());

@@ -62,6 +62,9 @@ Work WorkOf(int width, int height, int fromFormat, int toFormat);
 // Reports, by their medians and by their best times:
 //   MP/s, best_MP/s      pixels of the call
 //   memcpy%, best_memcpy% bytes per second of the call against those of the memcpy
-void Measure(benchmark::State& state, const Work& work, const std::function<void()>& call);
+// `prepare` runs before the memcpy, for a call that must not find what the last one left.
+void Measure(
+    benchmark::State& state, const Work& work, const std::function<void()>& call,
+    const std::function<void()>& prepare = [] {});
 
 }  // namespace bench

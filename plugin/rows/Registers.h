@@ -56,6 +56,7 @@ ROWS_INLINE Register Words(int value) { return _mm256_set1_epi16(static_cast<sho
 ROWS_INLINE Register Ints(std::int32_t value) { return _mm256_set1_epi32(value); }
 ROWS_INLINE Register RepeatLane(const void* from) { return _mm256_broadcastsi128_si256(LoadLane(from)); }
 
+ROWS_INLINE Register And(Register a, Register b) { return _mm256_and_si256(a, b); }
 ROWS_INLINE Register Or(Register a, Register b) { return _mm256_or_si256(a, b); }
 ROWS_INLINE Register Xor(Register a, Register b) { return _mm256_xor_si256(a, b); }
 
@@ -84,6 +85,7 @@ ROWS_INLINE Register ShiftWordsDown(Register a) {
     return _mm256_srli_epi16(a, Bits);
 }
 ROWS_INLINE Register ShiftWordsDownBy(Register a, __m128i bits) { return _mm256_srl_epi16(a, bits); }
+ROWS_INLINE Register ShiftWordsUpBy(Register a, __m128i bits) { return _mm256_sll_epi16(a, bits); }
 
 ROWS_INLINE Register AddInts(Register a, Register b) { return _mm256_add_epi32(a, b); }
 ROWS_INLINE Register SubInts(Register a, Register b) { return _mm256_sub_epi32(a, b); }
@@ -202,6 +204,7 @@ ROWS_INLINE Register Words(int value) { return _mm512_set1_epi16(static_cast<sho
 ROWS_INLINE Register Ints(std::int32_t value) { return _mm512_set1_epi32(value); }
 ROWS_INLINE Register RepeatLane(const void* from) { return _mm512_broadcast_i32x4(LoadLane(from)); }
 
+ROWS_INLINE Register And(Register a, Register b) { return _mm512_and_si512(a, b); }
 ROWS_INLINE Register Or(Register a, Register b) { return _mm512_or_si512(a, b); }
 ROWS_INLINE Register Xor(Register a, Register b) { return _mm512_xor_si512(a, b); }
 
@@ -228,6 +231,7 @@ ROWS_INLINE Register ShiftWordsDown(Register a) {
     return _mm512_srli_epi16(a, Bits);
 }
 ROWS_INLINE Register ShiftWordsDownBy(Register a, __m128i bits) { return _mm512_srl_epi16(a, bits); }
+ROWS_INLINE Register ShiftWordsUpBy(Register a, __m128i bits) { return _mm512_sll_epi16(a, bits); }
 
 ROWS_INLINE Register AddInts(Register a, Register b) { return _mm512_add_epi32(a, b); }
 ROWS_INLINE Register SubInts(Register a, Register b) { return _mm512_sub_epi32(a, b); }

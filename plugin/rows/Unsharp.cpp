@@ -2,6 +2,7 @@
 #include "plugin/rows/Unsharp.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 
 #include "plugin/rows/LoopForms.h"
@@ -106,12 +107,70 @@ bool GiveTheRule(SharpenFunction* sharpen, const UnsharpRule& rule, const Unshar
     return true;
 }
 
+// --- Products ---------------------------------------------------------------------------------
+
+int Product(int distance, int shift, int factor) { return std::min((distance << shift) * factor >> 16, 255); }
+
+// Whether products give a distance's steps, both ways and wherever the reference lies.
+bool GiveTheSteps(const UnsharpProducts& products, const UnsharpSteps& steps, int distance) {
+    return Product(distance, products.shift, products.rise) == steps.rise[distance] &&
+           std::min(Product(distance, products.shift, products.fall) + 1, 255) == steps.fall[distance] &&
+           steps.riseLimit[distance] == 0 && steps.fallLimit[distance] == 0;
+}
+
+// Distances for which a factor does not give the steps of one direction.
+int Misses(const std::uint8_t* step, int from, int shift, int factor, int more) {
+    int misses = 0;
+    for (int distance = from; distance < 256; ++distance)
+        misses += std::min(Product(distance, shift, factor) + more, 255) != step[distance];
+    return misses;
+}
+
+// Of the whole numbers about the gain the one that misses least; the one just below makes falls of it that
+// end right before a whole number.
+std::uint16_t FactorFor(const std::uint8_t* step, int from, double gain, int shift, int more) {
+    const int middle = static_cast<int>(std::ldexp(gain, 16 - shift));
+    int best = middle, least = 256;
+    for (int factor = std::max(middle - 2, 0); factor <= std::min(middle + 2, 65535); ++factor) {
+        const int misses = Misses(step, from, shift, factor, more);
+        if (misses < least) least = misses, best = factor;
+    }
+    return static_cast<std::uint16_t>(best);
+}
+
+void MarkOdd(UnsharpProducts& products, int distance) {
+    std::uint8_t(&marks)[16] = distance < 128 ? products.oddLow : products.oddHigh;
+    marks[distance % 16] |= static_cast<std::uint8_t>(1 << (distance / 16 % 8));
+    products.odd = true;
+}
+
+// The factors have as many bits as 16 hold, and words with a sign hold every product.
+void FindProducts(const UnsharpRule& rule, const UnsharpSteps& steps, UnsharpProducts* products) {
+    constexpr double kMostGain = 127;
+    constexpr int kMostOdd = 16;
+    *products = {};
+    if (!(rule.gain >= 0 && rule.gain <= kMostGain) || rule.threshold > 255) return;
+    while (std::ldexp(rule.gain, 16 - products->shift) >= 65535) ++products->shift;
+    const int first = std::max(rule.threshold, 1);
+    products->threshold = static_cast<std::uint8_t>(first);
+    products->rise = FactorFor(steps.rise, first, rule.gain, products->shift, 0);
+    products->fall = FactorFor(steps.fall, first, rule.gain, products->shift, 1);
+    int odd = 0;
+    for (int distance = first; distance < 256; ++distance) {
+        if (GiveTheSteps(*products, steps, distance)) continue;
+        MarkOdd(*products, distance);
+        ++odd;
+    }
+    products->serve = odd <= kMostOdd;
+}
+
 // Finds the steps of a rule; false when they don't give what it gives for every pair of samples.
 bool FindSteps(SharpenFunction* sharpen, const UnsharpRule& rule, UnsharpSteps* steps) {
     *steps = {};
     std::fill_n(steps->fall, 256, std::uint8_t{255});
     ForEachPair(rule, steps, &Widen);
     ForEachPair(rule, steps, &Limit);
+    FindProducts(rule, *steps, &steps->products);
     return GiveTheRule(sharpen, rule, *steps);
 }
 

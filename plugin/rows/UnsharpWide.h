@@ -54,18 +54,65 @@ ROWS_INLINE Register SharpenedNear(const SharpenRegisters& tables, Register from
     return Stepped<Limited>(from, falls, step, step, limit);
 }
 
+// The distances between samples and their references.
+struct Distances {
+    Register of;
+    Mask falls;
+
+    ROWS_INLINE Distances(Register from, Register sample) {
+        const Register below = SubBytesCapped(from, sample);
+        of = Or(below, SubBytesCapped(sample, from));
+        falls = NotZero(below);
+    }
+};
+
+struct ProductRegisters {
+    __m128i shift;
+    Register rise, fall, threshold, oddLow, oddHigh, bits;
+
+    ROWS_INLINE explicit ProductRegisters(const UnsharpProducts& products)
+        : shift(_mm_cvtsi32_si128(products.shift)),
+          rise(Words(products.rise)),
+          fall(Words(products.fall)),
+          threshold(Bytes(products.threshold)),
+          oddLow(RepeatLane(products.oddLow)),
+          oddHigh(RepeatLane(products.oddHigh)),
+          bits(RepeatLane(kBits)) {}
+
+    // A bit for each value of three bits.
+    alignas(16) static constexpr std::uint8_t kBits[16] = {1, 2, 4, 8, 16, 32, 64, 128};
+
+    ROWS_INLINE bool AnyOdd(Register distance) const {
+        const Register odd = Or(ShuffleBytes(oddLow, distance), ShuffleBytes(oddHigh, Xor(distance, Bytes(128))));
+        return AnySet(odd, ShuffleBytes(bits, And(ShiftWordsDown<4>(distance), Bytes(7))));
+    }
+
+    ROWS_INLINE Register Sharpened(Register from, Register sample, const Distances& distance) const {
+        const Register low = ShiftWordsUpBy(UnpackLowBytes(distance.of, Zero()), shift);
+        const Register high = ShiftWordsUpBy(UnpackHighBytes(distance.of, Zero()), shift);
+        const Register risen = AddBytesCapped(from, PackWords(MulHighWords(low, rise), MulHighWords(high, rise)));
+        const Register fallen = SubBytesCapped(from, PackWords(MulHighWords(low, fall), MulHighWords(high, fall)));
+        const Register result = Choose(distance.falls, SubBytesCapped(fallen, Bytes(1)), risen);
+        return Choose(Less(distance.of, threshold), sample, result);
+    }
+};
+
+// Small distances are quickest by their tables, others by products, but for the odd ones.
 template <bool Limited>
 void SharpenBySteps(const UnsharpSteps& steps, const std::uint8_t* reference, std::int64_t count,
                     std::uint8_t* samples) {
     const SharpenRegisters tables(steps);
+    const ProductRegisters products(steps.products);
     for (std::int64_t at = 0; at < count; at += kBytes) {
         const Register from = LoadPart(reference + at, count - at), sample = LoadPart(samples + at, count - at);
-        const Register below = SubBytesCapped(from, sample);
-        const Register distance = Or(below, SubBytesCapped(sample, from));
-        const Mask falls = NotZero(below);
-        const Register result = AnySet(distance, Bytes(256 - kNear))
-                                    ? SharpenedFar<Limited>(tables, from, falls, distance)
-                                    : SharpenedNear<Limited>(tables, from, falls, distance);
+        const Distances distance(from, sample);
+        Register result;
+        if (!AnySet(distance.of, Bytes(256 - kNear)))
+            result = SharpenedNear<Limited>(tables, from, distance.falls, distance.of);
+        else if (steps.products.serve && !(steps.products.odd && products.AnyOdd(distance.of)))
+            result = products.Sharpened(from, sample, distance);
+        else
+            result = SharpenedFar<Limited>(tables, from, distance.falls, distance.of);
         StorePart(samples + at, result, count - at);
     }
 }

@@ -66,6 +66,36 @@ TEST_P(Unsharp, IsExactWhereEveryDistanceIsSmall) {
     }
 }
 
+// Registers of one pair each: products serve all but a few distances, which no other one beside them hides here.
+TEST_P(Unsharp, IsExactForEveryPairByItself) {
+    for (const double gain : {0.5, 1.0, 1.4, 2.2, 2.5, 7.3, 33.0, 126.9}) {
+        const rows::UnsharpRule rule{gain, 2};
+        const rows::UnsharpPlan plan = rows::PlanUnsharp(rule, kMany);
+        EXPECT_TRUE(plan.steps.products.serve) << gain;
+        for (int reference = 0; reference < 256; ++reference)
+            for (int sample = 0; sample < 256; ++sample) {
+                const Bytes references(64, static_cast<std::uint8_t>(reference));
+                Bytes samples(64, static_cast<std::uint8_t>(sample));
+                rows::UnsharpRow(plan, references.data(), 64, samples.data());
+                ASSERT_EQ(samples, Bytes(64, Sharpened(rule, sample, reference)))
+                    << sample << " beside " << reference << ", gain " << gain;
+            }
+    }
+}
+
+TEST_P(Unsharp, LooksUpWhereProductsAreNotExact) {
+    int odd = 0;
+    for (int percent = 1; percent <= 100; ++percent) {
+        const rows::UnsharpPlan plan = rows::PlanUnsharp({1 + percent / 25.0, 2}, kMany);
+        EXPECT_TRUE(plan.steps.products.serve) << percent;
+        odd += plan.steps.products.odd;
+    }
+    EXPECT_GT(odd, 0);
+    EXPECT_LT(odd, 100);
+    EXPECT_FALSE(rows::PlanUnsharp({500.0, 2}, kMany).steps.products.serve);
+    EXPECT_FALSE(rows::PlanUnsharp({2.0, 256}, kMany).steps.products.serve);
+}
+
 TEST_P(Unsharp, GoesInStepsWhereTheGainIsNotNegative) {
     for (const double gain : {0.0, 1.0, 1.4, 2.2, 3.7, 41.0, 1e12}) {
         EXPECT_TRUE(rows::PlanUnsharp({gain, 4}, kMany).stepped) << gain;
