@@ -30,6 +30,14 @@ void IntoDestination(benchmark::State& state, int format, int width, int height,
                    [&] { bench::CallWith(picture, filter.method, arguments); });
 }
 
+// Into a new picture, given up before the next call.
+void BM_GammaIntoNew_RGB(benchmark::State& state) {
+    const auto picture = bench::Photo(kWidth, kHeight, bench::kRGB);
+    bench::Measure(state, bench::WorkOf(kWidth, kHeight, bench::kRGB, bench::kRGB),
+                   [&] { bench::Call(picture, "GammaFilter", bench::Ref<bench::Object>(), 2.2); });
+}
+BENCHMARK(BM_GammaIntoNew_RGB)->UseManualTime()->Unit(benchmark::kMillisecond);
+
 #define FILTER_BENCHMARK(name, format, method, ...)                               \
     void BM_##name(benchmark::State& state) {                                     \
         IntoDestination(state, format, kWidth, kHeight, {method, {__VA_ARGS__}}); \

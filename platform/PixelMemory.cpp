@@ -91,8 +91,9 @@ std::uint8_t* AllocatePixels(std::int64_t size) {
     return recycled;
 }
 
-std::uint8_t* AllocatePixelsToFill(std::int64_t size) {
+std::uint8_t* AllocatePixelsToFill(std::int64_t size, bool* isZero) {
     std::uint8_t* const recycled = IsLarge(size) ? TakeSpare(static_cast<std::size_t>(size)) : nullptr;
+    if (isZero) *isZero = !recycled;
     return recycled ? recycled : AllocatePixels(size);
 }
 

@@ -50,6 +50,11 @@ sdk::Object* MakeUntouchedPicture(std::int32_t width, std::int32_t height, std::
     return MakePicture(&ConstructUntouchedPicture, width, height, format);
 }
 
+sdk::Object* MakeDestinationToFinish(sdk::Object* owner, std::int32_t width, std::int32_t height, std::int32_t format) {
+    return HasFactory(owner) ? MakeDestination(owner, width, height, format)
+                             : MakePicture(&ConstructPictureInTheMaking, width, height, format);
+}
+
 void SetFactory(sdk::Object* factory) {
     const OwnedObject kept = OwnedObject::Retain(factory);  // it may be the one about to be released
     DropObject(globalFactory);

@@ -23,6 +23,10 @@ bool HasFactory(sdk::Object* owner);
 // What MakeDestination gives without a factory; its pixels take no memory until they are touched.
 sdk::Object* MakeUntouchedPicture(std::int32_t width, std::int32_t height, std::int32_t format);
 
+// What MakeDestination gives, for an operation that calls FinishPicture before anyone else sees it: without
+// a factory a picture whose memory is cleared as its rows are asked for.
+sdk::Object* MakeDestinationToFinish(sdk::Object* owner, std::int32_t width, std::int32_t height, std::int32_t format);
+
 // The shared method SetFactory: keeps the global factory until the next call; nil removes it.
 void SetFactory(sdk::Object* factory);
 

@@ -18,8 +18,8 @@ bool BeginInPlace(RowCursor& picture) { return Begin({&picture}) && picture->Wid
 Operation::Operation(sdk::Object* self, sdk::Object* dest, std::int32_t width, std::int32_t height)
     : source(*BufferOf(self)) {
     if (!Begin({&source})) return;
-    OwnedObject made =
-        dest ? OwnedObject::Retain(dest) : OwnedObject(MakeDestination(self, width, height, source->ImageFormat));
+    OwnedObject made = dest ? OwnedObject::Retain(dest)
+                            : OwnedObject(MakeDestinationToFinish(self, width, height, source->ImageFormat));
     if (!made || !IsUsable(*BufferOf(made.Get()))) return;
     result_ = std::move(made);
     destination.Open(*BufferOf(result_.Get()));
@@ -29,5 +29,20 @@ Operation::Operation(sdk::Object* self, sdk::Object* dest, std::int32_t width, s
 
 Operation::Operation(sdk::Object* self, sdk::Object* dest)
     : Operation(self, dest, BufferOf(self)->Width, BufferOf(self)->Height) {}
+
+// Of a mapped source rows may be missing, and script code that runs in a yield may end the loop.
+void Operation::WillWrite(int count) {
+    PixelBuffer& made = destination.Picture();
+    const bool comesThrough = !source->IsMapping && source->YieldTicks <= 0;
+    const bool isWhole =
+        count == made.PixelSize && CommonWidth() == made.Width && Rows().first == 0 && Rows().end == made.storageRows;
+    if (made.rowAddress == &ClearingRowAddress && comesThrough && isWhole)
+        made.clearedFrom = made.Width * made.PixelSize;
+}
+
+sdk::Object* Operation::Give() {
+    if (result_) FinishPicture(*BufferOf(result_.Get()));
+    return result_.Give();
+}
 
 }  // namespace tqx

@@ -43,7 +43,7 @@ class Operation {
     explicit operator bool() const { return ready_; }
 
     // What the operation returns: the destination, from here on the caller's, or nil.
-    sdk::Object* Give() { return result_.Give(); }
+    sdk::Object* Give();
 
     // The channels' places in source and destination.
     rows::PixelLayout From() const { return LayoutOf(source.Picture(), channels); }
@@ -52,6 +52,10 @@ class Operation {
     // The columns and rows that both pictures have; what lies outside the destination is skipped.
     std::int32_t CommonWidth() const { return std::min(source->Width, destination->Width); }
     std::int32_t CommonHeight() const { return std::min(source->Height, destination->Height); }
+
+    // Says that a loop over Rows() and the common columns comes next, which writes `count` channels of every pixel:
+    // where these are all the bytes of a picture in the making, they need not be cleared first.
+    void WillWrite(int count);
 
     // The rows that both storages have.
     RowRange Rows() const { return CommonRows(source.Rows(), destination.Rows()); }

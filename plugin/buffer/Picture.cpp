@@ -62,8 +62,9 @@ void CopyDescription(const PixelBuffer& from, PixelBuffer& to) {
 }
 
 // A picture whose pixels come from `allocate`.
+template <class Allocate>
 void Construct(sdk::Object* self, std::int32_t width, std::int32_t height, std::int32_t format,
-               std::uint8_t* (*allocate)(std::int64_t size)) {
+               const Allocate& allocate) {
     PixelBuffer& buffer = StartConstruction(self);
     if (!SetUpDescriptor(&buffer, width, height, format) || width < 0 || height < 0) return;
     const std::int64_t used = std::int64_t{width} * buffer.PixelSize;
@@ -88,6 +89,13 @@ void ConstructMemoryPicture(sdk::Object* self, std::int32_t width, std::int32_t 
 
 void ConstructUntouchedPicture(sdk::Object* self, std::int32_t width, std::int32_t height, std::int32_t format) {
     Construct(self, width, height, format, &platform::AllocatePixelsUntouched);
+}
+
+void ConstructPictureInTheMaking(sdk::Object* self, std::int32_t width, std::int32_t height, std::int32_t format) {
+    bool isZero = true;
+    Construct(self, width, height, format,
+              [&](std::int64_t size) { return platform::AllocatePixelsToFill(size, &isZero); });
+    if (!isZero) BufferOf(self)->rowAddress = &ClearingRowAddress;
 }
 
 void ConstructMemoryBlockPicture(sdk::Object* self, sdk::Object* block, std::int32_t width, std::int32_t height,

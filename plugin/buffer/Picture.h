@@ -18,6 +18,10 @@ void ConstructMemoryPicture(sdk::Object* self, std::int32_t width, std::int32_t 
 // The same for a picture that may never be touched: its pixels take no memory until they are.
 void ConstructUntouchedPicture(sdk::Object* self, std::int32_t width, std::int32_t height, std::int32_t format);
 
+// The same for an operation that writes most of it and then calls FinishPicture: where the memory is
+// recycled, its bytes are cleared row by row when they are asked for.
+void ConstructPictureInTheMaking(sdk::Object* self, std::int32_t width, std::int32_t height, std::int32_t format);
+
 // A picture around a host memory block, which is retained. The layout is the caller's word:
 // neither the block's size nor rowSize against width is checked. Invalid for a nil block, an
 // unknown format, or a rowSize × height whose upper 32 bits, as a signed number, are above 0.

@@ -1,6 +1,7 @@
 // Where the rows of unmapped storage are, and what views take over from their parents.
 #include "plugin/buffer/PixelBuffer.h"
 
+#include <cstring>
 #include <type_traits>
 
 #include "plugin/buffer/MappedStorage.h"
@@ -47,6 +48,29 @@ std::uint8_t* MemoryRowAddress(PixelBuffer& buffer, std::int32_t y) {
 
 std::uint8_t* MirroredMemoryRowAddress(PixelBuffer& buffer, std::int32_t y) {
     return AddressOfStorageRow(buffer, MirroredStorageRow(buffer, y));
+}
+
+namespace {
+
+void ClearUpTo(PixelBuffer& buffer, std::int64_t end) {
+    const auto size = static_cast<std::size_t>(buffer.RowSize - buffer.clearedFrom);
+    for (; buffer.rowsAtHand < end; ++buffer.rowsAtHand)
+        std::memset(buffer.data + std::int64_t{buffer.rowsAtHand} * buffer.RowSize + buffer.clearedFrom, 0, size);
+}
+
+}  // namespace
+
+std::uint8_t* ClearingRowAddress(PixelBuffer& buffer, std::int32_t y) {
+    std::uint8_t* const row = MemoryRowAddress(buffer, y);
+    if (row) ClearUpTo(buffer, StorageRow(buffer, y) + 1);
+    return row;
+}
+
+void FinishPicture(PixelBuffer& buffer) {
+    if (buffer.rowAddress != &ClearingRowAddress) return;
+    buffer.clearedFrom = 0;
+    ClearUpTo(buffer, buffer.storageRows);
+    buffer.rowAddress = &MemoryRowAddress;
 }
 
 bool IsMirrored(const PixelBuffer& buffer) {

@@ -72,6 +72,8 @@ struct PixelBuffer {
     std::int32_t lastMappedRow;
     std::int32_t windowRows;         // rows of one window; of unmapped storage, all its rows
     std::int32_t storageRows;        // rows that the storage has
+    std::int32_t rowsAtHand;         // of a picture in the making: those from the top that were cleared,
+    std::int32_t clearedFrom;        // and the first byte of each that is: what lies before will be written
     std::uint32_t generation;        // counts the storages taken away; see RowCursor
     std::uint32_t parentGeneration;  // the parent's generation when this view was made
 };
@@ -94,6 +96,12 @@ bool StorageStands(const PixelBuffer& buffer);
 // mirrored one counts rows from the bottom.
 std::uint8_t* MemoryRowAddress(PixelBuffer& buffer, std::int32_t y);
 std::uint8_t* MirroredMemoryRowAddress(PixelBuffer& buffer, std::int32_t y);
+
+// The one of a picture in the making, whose storage holds any bytes: a row is cleared, with all above it,
+// when it is first asked for. What an operation then writes is in the cache. FinishPicture clears the
+// rows that nobody asked for and makes it an ordinary picture, before anyone else sees it; others it leaves.
+std::uint8_t* ClearingRowAddress(PixelBuffer& buffer, std::int32_t y);
+void FinishPicture(PixelBuffer& buffer);
 
 // The storage row behind row y of an upright or a mirrored picture, or -1 when the storage has no
 // such row.

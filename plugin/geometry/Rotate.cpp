@@ -75,7 +75,7 @@ bool ChooseSheared(const PixelBuffer& buffer, const Background& background, Shea
 class Pass {
   public:
     Pass(sdk::Object* owner, const RowCursor& from, std::int64_t width, std::int64_t height)
-        : picture_(MakeDestination(owner, Saturate(width), Saturate(height), from->ImageFormat)) {
+        : picture_(MakeDestinationToFinish(owner, Saturate(width), Saturate(height), from->ImageFormat)) {
         if (!picture_) return;
         rows_.Open(*BufferOf(picture_.Get()));
         ready_ = Begin({&rows_}) && from.Stands();
@@ -88,7 +88,10 @@ class Pass {
 
     // Gives up the picture, or gives it to the caller.
     void Drop() { picture_ = {}; }
-    sdk::Object* Give() { return picture_.Give(); }
+    sdk::Object* Give() {
+        FinishPicture(*BufferOf(picture_.Get()));
+        return picture_.Give();
+    }
 
   private:
     OwnedObject picture_;
