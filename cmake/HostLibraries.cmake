@@ -1,6 +1,8 @@
 # The libraries that the desk host is linked with, for its own build and for programs that embed it.
 find_package(PkgConfig REQUIRED)
-pkg_check_modules(FFI REQUIRED IMPORTED_TARGET libffi)
+if(NOT EMSCRIPTEN)
+  pkg_check_modules(FFI REQUIRED IMPORTED_TARGET libffi)
+endif()
 pkg_check_modules(MD REQUIRED IMPORTED_TARGET libmd)
 pkg_check_modules(UTF8PROC REQUIRED IMPORTED_TARGET libutf8proc)
 pkg_check_modules(PCRE2 REQUIRED IMPORTED_TARGET libpcre2-8)

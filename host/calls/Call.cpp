@@ -1,26 +1,22 @@
 // From values to registers and back: a call planned once for each function, then made through libffi or straight.
 #include "host/calls/Call.h"
 
-#include <ffi.h>
-
 #include <array>
-#include <cassert>
 #include <cstring>
 #include <vector>
 
 #include "host/calls/Border.h"
+#include "host/calls/ForeignCall.h"
 #include "host/calls/Runtime.h"
 #include "host/objects/Handlers.h"
 #include "platform/RegisterCall.h"
 
 namespace host {
 
-// The shape of a call: what libffi needs to know of a signature, and whether it can be done
-// without.
+// The shape of a call, and whether registers alone can do it.
 struct CallPlan {
-    ffi_cif cif{};
-    std::vector<ffi_type*> types;
     Declaration declaration;
+    ForeignShape shape;
     bool inRegisters = false;
     bool reals = false;  // there are doubles or singles among the arguments
 };
@@ -29,41 +25,6 @@ namespace {
 
 // The instance, the arguments and an assigned value.
 constexpr std::size_t kMostCells = kMostParameters + 2;
-
-// One argument or result as it is passed.
-union Cell {
-    std::uint8_t byte;
-    std::uint16_t half;
-    std::uint32_t word;
-    std::int64_t int64;
-    double real;
-    float single;
-    void* pointer;
-    ffi_arg whole;
-};
-
-bool IsReference(Kind kind) { return kind == Kind::String || kind == Kind::Array || kind == Kind::Object; }
-
-// What libffi calls whole numbers of 1, 2, 4 and 8 bytes.
-ffi_type* WholeFfiType(const KindRow& row) {
-    switch (row.size) {
-        case 1:
-            return row.isSigned ? &ffi_type_sint8 : &ffi_type_uint8;
-        case 2:
-            return row.isSigned ? &ffi_type_sint16 : &ffi_type_uint16;
-        case 4:
-            return row.isSigned ? &ffi_type_sint32 : &ffi_type_uint32;
-        default:
-            return row.isSigned ? &ffi_type_sint64 : &ffi_type_uint64;
-    }
-}
-
-ffi_type* FfiTypeOf(Kind kind) {
-    const KindRow& row = RowOf(kind);
-    if (kind == Kind::None) return &ffi_type_void;
-    if (row.form == NumberForm::Real) return row.size == 8 ? &ffi_type_double : &ffi_type_float;
-    return IsReference(kind) ? &ffi_type_pointer : WholeFfiType(row);
-}
 
 const Type& TypeOfArgument(const Declaration& declaration, std::size_t index) {
     return index < declaration.parameters.size() ? declaration.parameters[index].type : declaration.result;
@@ -83,19 +44,15 @@ void ChooseRegisters(CallPlan& plan, bool passSelf, std::size_t count) {
                        real <= platform::Registers::kReal;
 }
 
+// A setter takes one more argument, of the result's type, and gives nothing.
 std::shared_ptr<CallPlan> MakePlan(const Declaration& declaration, bool passSelf, std::size_t count) {
-    auto plan = std::make_shared<CallPlan>();
-    plan->declaration = declaration;
-    ChooseRegisters(*plan, passSelf, count);
-    if (passSelf) plan->types.push_back(&ffi_type_pointer);
-    for (const Parameter& parameter : declaration.parameters) plan->types.push_back(FfiTypeOf(parameter.type.kind));
-    // A setter takes one more, of the result's type, and gives nothing.
+    std::vector<Kind> kinds;
+    if (passSelf) kinds.push_back(Kind::Object);
+    for (std::size_t i = 0; i < count; ++i) kinds.push_back(TypeOfArgument(declaration, i).kind);
     const bool setter = count > declaration.parameters.size();
-    if (setter) plan->types.push_back(FfiTypeOf(declaration.result.kind));
-    ffi_type* result = setter ? &ffi_type_void : FfiTypeOf(declaration.result.kind);
-    [[maybe_unused]] const ffi_status status = ffi_prep_cif(
-        &plan->cif, FFI_DEFAULT_ABI, static_cast<unsigned>(plan->types.size()), result, plan->types.data());
-    assert(status == FFI_OK);
+    std::shared_ptr<CallPlan> plan(
+        new CallPlan{declaration, {std::move(kinds), setter ? Kind::None : declaration.result.kind}});
+    ChooseRegisters(*plan, passSelf, count);
     return plan;
 }
 
@@ -103,20 +60,6 @@ void* ReferenceIn(const Value& value) {
     if (value.kind() == Kind::String) return value.string();
     if (value.kind() == Kind::Array) return value.array();
     return static_cast<sdk::Object*>(value.object());
-}
-
-// The low bytes of a number, as many as its kind has.
-void SetWhole(Cell& cell, std::int32_t size, std::int64_t bits) {
-    if (size == 1) cell.byte = static_cast<std::uint8_t>(bits);
-    if (size == 2) cell.half = static_cast<std::uint16_t>(bits);
-    if (size == 4) cell.word = static_cast<std::uint32_t>(bits);
-    if (size == 8) cell.int64 = bits;
-}
-
-std::int64_t WholeIn(const Cell& cell, std::int32_t size) {
-    if (size == 1) return cell.byte;
-    if (size == 2) return cell.half;
-    return size == 4 ? std::int64_t{cell.word} : cell.int64;
 }
 
 // What a number, Boolean or colour of a kind is kept as. A value of another kind is brought into it.
@@ -134,21 +77,10 @@ Cell CellOf(const Value& value, Kind kind) {
         cell.real = value.ToDouble();
     else if (kind == Kind::Single)
         cell.single = static_cast<float>(value.ToDouble());
-    else if (IsReference(kind))
+    else if (IsReferenceKind(kind))
         cell.pointer = value.kind() == kind ? ReferenceIn(value) : nullptr;
     else
         SetWhole(cell, RowOf(kind).size, WholeOf(value, kind));
-    return cell;
-}
-
-// A result as libffi gives it: narrow ones widened to a whole register, of which the low bytes
-// count, wherever in it they are.
-Cell NarrowedResult(const Cell& result, Kind kind) {
-    Cell cell = result;
-    const KindRow& row = RowOf(kind);
-    const bool whole = row.form != NumberForm::Real && !IsReference(kind);
-    if (whole && row.size < static_cast<std::int32_t>(sizeof(ffi_arg)))
-        SetWhole(cell, row.size, static_cast<std::int64_t>(result.whole));
     return cell;
 }
 
@@ -175,7 +107,7 @@ Value ValueOf(const Cell& cell, const Type& type, bool owned) {
     if (type.kind == Kind::None) return Value();
     if (type.kind == Kind::Double) return Value(cell.real);
     if (type.kind == Kind::Single) return Value(cell.single);
-    if (!IsReference(type.kind)) return WholeValue(WholeIn(cell, RowOf(type.kind).size), type.kind);
+    if (!IsReferenceKind(type.kind)) return WholeValue(WholeIn(cell, RowOf(type.kind).size), type.kind);
     Value value = ReferenceValue(cell.pointer, type.kind, owned);
     return type.IsVariant() ? Unbox(Ref<Object>::Share(value.object())) : value;
 }
@@ -205,7 +137,7 @@ platform::Registers RegistersOf(const CallPlan& plan, bool passSelf, Object* sel
     return in;
 }
 
-// A call without libffi, with the result as a value.
+// A call by registers alone, with the result as a value.
 Value CallDirectly(sdk::AnyFunction function, const platform::Registers& in, bool reals, Kind result) {
     if (result == Kind::None) {
         platform::CallInRegisters<void>(function, in, reals);
@@ -213,7 +145,8 @@ Value CallDirectly(sdk::AnyFunction function, const platform::Registers& in, boo
     }
     if (result == Kind::Double) return Value(platform::CallInRegisters<double>(function, in, reals));
     if (result == Kind::Single) return Value(platform::CallInRegisters<float>(function, in, reals));
-    if (IsReference(result)) return ReferenceValue(platform::CallInRegisters<void*>(function, in, reals), result, true);
+    if (IsReferenceKind(result))
+        return ReferenceValue(platform::CallInRegisters<void*>(function, in, reals), result, true);
     return WholeValue(platform::CallInRegisters<std::int64_t>(function, in, reals), result);
 }
 
@@ -241,7 +174,7 @@ void WriteReferenceField(std::uint8_t* field, const Value& value, Kind kind) {
     std::memcpy(field, &held, sizeof(held));
 }
 
-std::size_t FieldSize(Kind kind) { return FfiTypeOf(kind)->size; }
+std::size_t FieldSize(Kind kind) { return static_cast<std::size_t>(CellSize(kind)); }
 
 std::uint8_t* FieldOf(const Property& property, Object* self, std::int32_t offset) {
     return DataAt<std::uint8_t>(self, property.owner->dataOffset() + offset);
@@ -262,25 +195,17 @@ Value CallPlanned(sdk::AnyFunction function, const CallPlan& plan, bool passSelf
         return CallDirectly(function, RegistersOf(plan, passSelf, self, arguments), plan.reals,
                             setter ? Kind::None : declaration.result.kind);
     std::array<Cell, kMostCells> cells;
-    std::array<void*, kMostCells> pointers;
     std::size_t count = 0;
-    const auto pass = [&](const Cell& cell) {
-        cells[count] = cell;
-        pointers[count] = &cells[count];
-        ++count;
-    };
     std::vector<Value> boxes;  // hold what variants are passed as
-    if (passSelf) pass({.pointer = static_cast<sdk::Object*>(self)});
+    if (passSelf) cells[count++].pointer = static_cast<sdk::Object*>(self);
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const Type& type = TypeOfArgument(declaration, i);
         if (type.IsVariant()) boxes.emplace_back(Box(arguments[i]));
-        pass(CellOf(type.IsVariant() ? boxes.back() : arguments[i], type.kind));
+        cells[count++] = CellOf(type.IsVariant() ? boxes.back() : arguments[i], type.kind);
     }
-    Cell result{};
-    // libffi takes the shape as one that it could change, which it doesn't.
-    ffi_call(const_cast<ffi_cif*>(&plan.cif), function, &result, pointers.data());
+    const Cell result = plan.shape.Call(function, {cells.data(), count});
     if (setter) return Value();
-    return ValueOf(NarrowedResult(result, declaration.result.kind), declaration.result, true);
+    return ValueOf(result, declaration.result, true);
 }
 
 }  // namespace
@@ -339,7 +264,7 @@ void SetProperty(const Property& property, Object* self, const Value& value) {
     }
     std::uint8_t* field = FieldOf(property, self, property.setter.fieldOffset);
     const Kind kind = property.type.kind;
-    if (IsReference(kind)) return WriteReferenceField(field, Passed(value, property.type), kind);
+    if (IsReferenceKind(kind)) return WriteReferenceField(field, Passed(value, property.type), kind);
     const Cell cell = CellOf(value, kind);
     std::memcpy(field, &cell, FieldSize(kind));
 }
@@ -354,68 +279,44 @@ bool RaiseEvent(const Event& event, Object* self, std::span<Value> arguments, Va
 // --- Closures -----------------------------------------------------------------------------
 
 struct Closure::Parts {
-    Declaration declaration;
     Callable body;
     std::shared_ptr<CallPlan> plan;
-    ffi_closure* closure = nullptr;
+    std::unique_ptr<ForeignClosure> closure;
 
-    Value Run(void** arguments) const;
-    void Give(const Value& value, void* result) const;
-    static void Called(ffi_cif*, void* result, void** arguments, void* parts) noexcept;
+    Value Run(std::span<const Cell> cells) const;
+    static Cell Called(std::span<const Cell> cells, void* parts) noexcept;
 };
 
-// Gives the body copies of the arguments and converts what it gives to the declared type.
-Value Closure::Parts::Run(void** arguments) const {
-    Object* self = static_cast<Object*>(*static_cast<sdk::Object**>(arguments[0]));
+// Gives the body copies of the arguments.
+Value Closure::Parts::Run(std::span<const Cell> cells) const {
+    Object* self = static_cast<Object*>(static_cast<sdk::Object*>(cells[0].pointer));
     std::vector<Value> values;
-    for (std::size_t i = 0; i < declaration.parameters.size(); ++i) {
-        const Type& type = declaration.parameters[i].type;
-        Cell cell{};
-        std::memcpy(&cell, arguments[i + 1], FieldSize(type.kind));
-        values.push_back(ValueOf(cell, type, false));
-    }
+    for (std::size_t i = 1; i < cells.size(); ++i)
+        values.push_back(ValueOf(cells[i], plan->declaration.parameters[i - 1].type, false));
     const auto keepAlive = Ref<Object>::Share(self);
     return Runtime::Get().RunGuarded([&] { return body(self, values); });
 }
 
-void Closure::Parts::Called(ffi_cif*, void* result, void** arguments, void* context) noexcept {
+// Hands what the body gives, or nothing for zero, to the caller, in the declared type.
+Cell Closure::Parts::Called(std::span<const Cell> cells, void* context) noexcept {
     const auto* parts = static_cast<const Parts*>(context);
-    const Type& type = parts->declaration.result;
-    const Value value = AtBorder([&] { return Passed(parts->Run(arguments), type); });
-    if (type.kind != Kind::None) parts->Give(value, result);
-}
-
-// Hands a value of the declared type, or nothing for zero, to the caller.
-void Closure::Parts::Give(const Value& value, void* result) const {
-    const Type& type = declaration.result;
-    const Cell cell = CellOf(value, type.kind);
+    const Type& type = parts->plan->declaration.result;
+    const Value value = AtBorder([&] { return Passed(parts->Run(cells), type); });
     // The caller gets a reference of its own.
     if (type.kind == Kind::String) Retain(value.string());
     if (type.kind == Kind::Array) Retain(value.array());
     if (type.kind == Kind::Object) Retain(value.object());
-    const std::size_t size = FieldSize(type.kind);
-    if (size < sizeof(ffi_arg) && type.kind != Kind::Single) {
-        const auto whole = static_cast<ffi_arg>(WholeOf(value, type.kind));
-        std::memcpy(result, &whole, sizeof(whole));
-    } else {
-        std::memcpy(result, &cell, size);
-    }
+    return CellOf(value, type.kind);
 }
 
 Closure::Closure(const Declaration& declaration, Callable body) : parts_(new Parts) {
-    parts_->declaration = declaration;
     parts_->body = std::move(body);
     parts_->plan = MakePlan(declaration, true, declaration.parameters.size());
-    void* code = nullptr;
-    parts_->closure = static_cast<ffi_closure*>(ffi_closure_alloc(sizeof(ffi_closure), &code));
-    if (!parts_->closure) throw std::bad_alloc();
-    [[maybe_unused]] const ffi_status status =
-        ffi_prep_closure_loc(parts_->closure, &parts_->plan->cif, &Parts::Called, parts_.get(), code);
-    assert(status == FFI_OK);
-    std::memcpy(&function_, &code, sizeof(code));
+    parts_->closure = std::make_unique<ForeignClosure>(parts_->plan->shape, &Parts::Called, parts_.get());
+    function_ = parts_->closure->function();
 }
 
-Closure::~Closure() { ffi_closure_free(parts_->closure); }
+Closure::~Closure() = default;
 
 sdk::AnyFunction FunctionOf(const Method& method) {
     if (method.function) return method.function;

@@ -1,5 +1,5 @@
-// Calls of members with values: functions of the plug-in interface through libffi, callables of
-// scripts directly.
+// Calls of members with values: functions of the plug-in interface by their shape (ForeignCall.h),
+// callables of scripts directly.
 //
 // Every call here takes arguments that already have the declared types, one for each parameter
 // (Overload.h chooses and converts). Nothing here throws for a record's function; a callable's

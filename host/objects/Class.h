@@ -30,7 +30,7 @@ namespace host {
 using Callable = std::function<Value(Object* self, std::span<Value> arguments)>;
 
 class Closure;    // Call.h: a Callable as a function of the plug-in interface
-struct CallPlan;  // Call.h: how libffi calls a function of this signature
+struct CallPlan;  // Call.h: how a function of this signature is called
 
 struct Method {
     Declaration declaration;
