@@ -2,6 +2,7 @@
 #include "platform/FileWindow.h"
 
 #include <sys/mman.h>
+#include <unistd.h>
 
 #include <cstddef>
 
@@ -32,6 +33,8 @@ void AskForLargePages([[maybe_unused]] void* memory, [[maybe_unused]] std::size_
 }
 
 }  // namespace
+
+std::int64_t PageSize() { return sysconf(_SC_PAGESIZE); }
 
 std::uint8_t* MapFileWindow(int descriptor, std::int64_t offset, std::int64_t size) {
     const Extent extent = ExtentOf(offset, size);

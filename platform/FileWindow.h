@@ -12,7 +12,10 @@
 
 namespace platform {
 
-// Maps `size` bytes of a file from `offset` on, a multiple of the system's page size. They may
+// Bytes at whose multiples a window may begin.
+std::int64_t PageSize();
+
+// Maps `size` bytes of a file from `offset` on, a multiple of PageSize. They may
 // reach past the file's end, but must not be touched there. Null when they can't be mapped.
 std::uint8_t* MapFileWindow(int descriptor, std::int64_t offset, std::int64_t size);
 

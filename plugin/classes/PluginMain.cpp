@@ -1,9 +1,8 @@
 // The plug-in's one export: start-up.
-#include <unistd.h>
-
 #include <cstdlib>
 #include <ctime>
 
+#include "platform/FileWindow.h"
 #include "plugin/buffer/Destination.h"
 #include "plugin/buffer/MappedStorage.h"
 #include "plugin/buffer/PixelBuffer.h"
@@ -29,7 +28,7 @@ std::intptr_t Start(sdk::EntryFunction entry) {
     hostVersion = host.REALGetRBVersion();
     std::srand(static_cast<unsigned>(std::time(nullptr)));  // for the diffusion filter
     host.REALenterMovies();
-    KeepPageSize(sysconf(_SC_PAGESIZE));
+    KeepPageSize(platform::PageSize());
     return RegisterClasses();
 }
 
