@@ -54,6 +54,11 @@ Position Machine::Here() const {
     return frame.function->positions[static_cast<std::size_t>(frame.next - frame.function->code.data() - 1)];
 }
 
+void Machine::Print(std::string_view line) const {
+    if (print) print(line);
+    for (MemberObserver* observer : observers) observer->Printed(line, Here());
+}
+
 // A fresh frame above the last one.
 host::Value* Machine::PushFrame(const Function& function, host::Value* result) {
     host::Value* base = stack_;

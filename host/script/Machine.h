@@ -57,12 +57,13 @@ struct MemberUse {
     const host::Class* Owner() const { return method ? method->owner : property->owner; }
 };
 
-// Sees what a script does with members of the host and its plug-ins.
+// Sees what a script does with members of the host and its plug-ins, and what it prints where.
 struct MemberObserver {
     virtual ~MemberObserver() = default;
     virtual void Before(const MemberUse&) {}
     virtual void After(const MemberUse&, const host::Value& /*result*/) {}
     virtual void OnNil(const MemberUse&) {}  // the member was asked of Nil; an exception follows
+    virtual void Printed(std::string_view /*line*/, Position) {}
 };
 
 class Machine {
@@ -127,6 +128,7 @@ class Machine {
     void HeedDestructors();
     void CheckRaised();
     Position Here() const;
+    void Print(std::string_view line) const;
 
     // --- Operations that may raise (MachineOperations.cpp, MachineCalls.cpp)
     void Perform(Instruction instruction, const Function& function, host::Value* r, const Instruction* next);

@@ -302,8 +302,7 @@ void Machine::Perform(Instruction instruction, const Function& function, Value* 
             a->bits() = VariantComparison(static_cast<Operator>(next->a), r[instruction.b], r[instruction.c]);
             return;
         case Op::Print:
-            if (print) print(a->text());
-            return;
+            return Print(a->text());
         case Op::Quit:
             throw Terminated{static_cast<int>(a->bits())};
         default:
