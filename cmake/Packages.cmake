@@ -42,7 +42,9 @@ The interface between a host and its plug-ins as headers, the desk host behind
 tqx as static libraries, and what CMake finds both by:
 find_package(PictureTQX).")
 
+set(components picturetqx development)
 if(TARGET python)
+  list(APPEND components python)
   get_directory_property(major DIRECTORY python DEFINITION Python_VERSION_MAJOR)
   get_directory_property(minor DIRECTORY python DEFINITION Python_VERSION_MINOR)
   math(EXPR next "${minor} + 1")
@@ -75,7 +77,7 @@ if(TQX_DEBIAN)
     COMMAND gzip -9 -n -f -k ${CMAKE_BINARY_DIR}/changelog VERBATIM)
   add_custom_target(changelog ALL DEPENDS ${CMAKE_BINARY_DIR}/changelog.gz)
   install(FILES cmake/debian/overrides DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides RENAME picturetqx)
-  foreach(component picturetqx development python)
+  foreach(component ${components})
     string(TOUPPER ${component} name)
     install(FILES ${CMAKE_BINARY_DIR}/copyright ${CMAKE_BINARY_DIR}/changelog.gz COMPONENT ${component}
             DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${CPACK_DEBIAN_${name}_PACKAGE_NAME})

@@ -5,6 +5,7 @@ Installs the build, moves it to another folder, runs the command there, and buil
 find it by find_package: a plug-in, which the command must pass, and a program with the host in it.
 """
 
+import gzip
 import os
 import pathlib
 import shutil
@@ -47,6 +48,9 @@ def installed(build, folder):
 
 def command_has_its_own_plugin(prefix):
     tqx, plugin = prefix / "bin/tqx", prefix / "lib/tqx/PictureTQX.so"
+    version = run(tqx, "--version").split()[1]
+    page = gzip.decompress((prefix / "share/man/man1/tqx.1.gz").read_bytes()).decode()
+    require(f'"PictureTQX {version}"' in page.splitlines()[0], "the manual's page has another version than the command")
     require("PictureTQX" in run(tqx, "members", "PictureTQX.Scale"), "no members")
     explained = run(tqx, "run", "--explain", "-e", "Dim p As New PictureTQX(-1, 1, 1)")
     require("<code>:1:" in explained, f"nothing is explained: {explained!r}")
