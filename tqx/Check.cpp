@@ -7,6 +7,8 @@
 #include <fstream>
 
 #include "host/check/Report.h"
+#include "host/messages/CommandMessages.h"
+#include "host/messages/LoadMessages.h"
 #include "tqx/Commands.h"
 #include "tqx/Output.h"
 #include "tqx/ScriptWords.h"
@@ -22,7 +24,7 @@ bool IsCheck(const std::string& id) {
 }
 
 void RequireCheck(const std::string& id) {
-    if (!IsCheck(id)) throw WrongWords{"there is no check " + id + "; --list names them"};
+    if (!IsCheck(id)) throw WrongWords{kCommandSays.noCheck(id)};
 }
 
 int List() {
@@ -38,8 +40,7 @@ host::CheckOptions OptionsFrom(const CheckSettings& check) {
     }
     for (const std::string& exception : check.except) {
         const std::size_t equals = exception.find('=');
-        if (equals == std::string::npos || equals + 1 == exception.size())
-            throw WrongWords{"--except needs a reason: ID=REASON"};
+        if (equals == std::string::npos || equals + 1 == exception.size()) throw WrongWords{kCommandSays.noReason()};
         RequireCheck(exception.substr(0, equals));
         options.except[exception.substr(0, equals)] = exception.substr(equals + 1);
     }
@@ -59,7 +60,7 @@ bool WriteJUnit(const std::string& file, const std::string& text) {
     stream << text;
     stream.close();
     if (stream) return true;
-    Complain("tqx check: " + file + " can't be written.\n");
+    Complain("tqx check: " + kCommandSays.report.Text(file) + '\n');
     return false;
 }
 
@@ -71,7 +72,7 @@ int Check(const Settings& settings, const CheckSettings& check) {
     const std::string plugin = PluginPath(settings);
     std::error_code ignored;
     if (!std::filesystem::is_regular_file(plugin, ignored)) {
-        Complain("tqx: There is no plug-in at " + plugin + ".\n");
+        Complain("tqx: " + host::kLoadSays.none.Text(plugin) + '\n');
         return kCouldNotRun;
     }
     if (!check.inProcess) HandleSignals();

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <sstream>
 
+#include "host/messages/CommandMessages.h"
 #include "tqx/Commands.h"
 #include "tqx/Output.h"
 #include "tqx/ScriptWords.h"
@@ -55,7 +56,7 @@ class CommandLine {
 
 std::string NotACount(const std::string& text) {
     const bool digits = !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
-    return digits ? "" : '"' + text + "\" is not a number of pixels, 0 or more";
+    return digits ? "" : kCommandSays.noPixelCount.Text(text);
 }
 
 bool OnTerminal() { return isatty(STDIN_FILENO) && isatty(STDOUT_FILENO); }
@@ -178,7 +179,7 @@ void CommandLine::Choose(std::vector<std::string>& words) {
     const std::size_t command = FirstPlainWord(app_, words, 0);
     if (command == words.size()) return;
     chosen_ = Find(words[command]);
-    if (!chosen_) throw WrongWords{"there is no command " + words[command]};
+    if (!chosen_) throw WrongWords{kCommandSays.noCommand(words[command])};
     if (chosen_->get_name() == "run") scriptWords_ = TakeFrom(words, FirstPlainWord(*chosen_, words, command + 1));
 }
 
@@ -195,11 +196,11 @@ int CommandLine::Execute(std::vector<std::string> words) {
         return 0;
     } catch (const CLI::RequiredError& error) {
         if (!chosen_ && OnTerminal()) return Repl(settings_);
-        return Refuse(chosen_ ? error.what() : "a command is missing");
+        return Refuse(chosen_ ? error.what() : kCommandSays.commandMissing.Text());
     } catch (const CLI::ParseError& error) {
         return Refuse(error.what());
     } catch (const WrongWords& wrong) {
-        return Refuse(wrong.what);
+        return Refuse(wrong.said.text());
     }
 }
 
@@ -215,7 +216,7 @@ int CommandLine::Obey() {
 
 int CommandLine::ObeyRun() {
     if (!run_.code) {
-        if (scriptWords_.empty()) throw WrongWords{"a script is missing"};
+        if (scriptWords_.empty()) throw WrongWords{kCommandSays.scriptMissing()};
         run_.script = scriptWords_.front();
         scriptWords_.erase(scriptWords_.begin());
     }

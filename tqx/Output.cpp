@@ -10,6 +10,8 @@
 #include <cstring>
 #include <string>
 
+#include "host/messages/CommandMessages.h"
+
 namespace tqx {
 
 namespace {
@@ -57,8 +59,7 @@ int FinishOutput(int exitCode) {
     Noted(std::fflush(stdout) == 0);
     if (outputError == 0 && std::ferror(stdout)) outputError = EIO;  // elsewhere, some time ago
     if (outputError == 0) return exitCode;
-    if (outputError != EPIPE)
-        Complain(std::string("tqx: standard output can't be written: ") + std::strerror(outputError) + '\n');
+    if (outputError != EPIPE) Complain("tqx: " + kCommandSays.output.Text(std::strerror(outputError)) + '\n');
     return exitCode == 0 ? 1 : exitCode;
 }
 

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "host/messages/CommandMessages.h"
+
 namespace tqx {
 
 namespace {
@@ -14,7 +16,7 @@ bool IsOption(const std::string& word) { return word.size() > 1 && word[0] == '-
 bool TakesNextWord(const CLI::App& command, const std::string& word) {
     const std::size_t end = word.find('=');
     const CLI::Option* const option = command.get_option_no_throw(word.substr(0, end));
-    if (!option) throw WrongWords{"there is no option " + word.substr(0, end)};
+    if (!option) throw WrongWords{kCommandSays.noOption(word.substr(0, end))};
     return end == std::string::npos && option->get_items_expected_max() > 0;
 }
 

@@ -5,11 +5,13 @@
 #include <string>
 #include <vector>
 
+#include "host/messages/Message.h"
+
 namespace tqx {
 
 // Words that the command doesn't understand; `what` tells which.
 struct WrongWords {
-    std::string what;
+    host::Said said;
 };
 
 // The position of the first word, from `from` on, that is neither an option of the command nor an

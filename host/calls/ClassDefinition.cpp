@@ -5,6 +5,7 @@
 
 #include "host/calls/Declaration.h"
 #include "host/calls/Lexer.h"
+#include "host/messages/LoadMessages.h"
 
 namespace host {
 
@@ -19,11 +20,11 @@ using Problems = std::vector<std::string>;
 template <class Record>
 std::span<Record> Records(Record* records, std::int32_t count, const char* what, Problems& problems) {
     if (count < 0 || count > kMostMembers) {
-        problems.push_back("it states " + std::to_string(count) + " " + what);
+        problems.push_back(kClassSays.statesCount.Text(count, what));
         return {};
     }
     if (count > 0 && !records) {
-        problems.push_back("it states " + std::to_string(count) + " " + what + " but has no table of them");
+        problems.push_back(kClassSays.noTable.Text(count, what));
         return {};
     }
     return {records, static_cast<std::size_t>(count)};
@@ -42,7 +43,7 @@ void AddMethods(Class& type, std::span<const sdk::MethodRecord> records, bool sh
         method.shared = shared;
         bool sound = MethodFromRecord(record, method, problem);
         if (sound && IsDeclaredTwice(type, method)) {
-            problem = DeclarationText(method.declaration) + " comes twice";
+            problem = kClassSays.comesTwice.Text(DeclarationText(method.declaration));
             sound = false;
         }
         if (sound) type.AddMethod(std::move(method));
@@ -54,14 +55,12 @@ void AddMethods(Class& type, std::span<const sdk::MethodRecord> records, bool sh
 std::string AccessorProblem(const sdk::Accessor& accessor, Kind kind, const sdk::ClassDefinition& definition) {
     if (accessor.function || accessor.fieldOffset < 0) return "";
     if (std::int64_t{accessor.fieldOffset} + RowOf(kind).size <= definition.instanceDataSize) return "";
-    return "its field at byte " + std::to_string(accessor.fieldOffset) + " lies outside the instance data of " +
-           std::to_string(definition.instanceDataSize) + " bytes";
+    return kClassSays.fieldOutside.Text(accessor.fieldOffset, definition.instanceDataSize);
 }
 
 void AddProperty(Class& type, const sdk::PropertyRecord& record, Problems& problems) {
     if (!record.name || !record.type || !IsIdentifier(record.name) || !IsIdentifier(record.type)) {
-        problems.push_back("property \"" + std::string(record.name ? record.name : "") +
-                           "\" has no proper name or type");
+        problems.push_back(kClassSays.noProperName.Text(record.name ? record.name : ""));
         return;
     }
     Property property;
@@ -73,8 +72,9 @@ void AddProperty(Class& type, const sdk::PropertyRecord& record, Problems& probl
     std::string problem = AccessorProblem(record.getter, property.type.kind, *type.definition());
     if (problem.empty()) problem = AccessorProblem(record.setter, property.type.kind, *type.definition());
     if (problem.empty() && type.FindProperty(property.name) && type.FindProperty(property.name)->owner == &type)
-        problem = "it comes twice";
-    if (problem.empty() && !property.readable() && !property.writable()) problem = "it can be neither read nor written";
+        problem = kClassSays.comesTwice.Text("it");
+    if (problem.empty() && !property.readable() && !property.writable())
+        problem = kClassSays.neitherReadNorWritten.Text();
     if (problem.empty())
         type.AddProperty(std::move(property));
     else
@@ -83,14 +83,14 @@ void AddProperty(Class& type, const sdk::PropertyRecord& record, Problems& probl
 
 void AddConstant(Class& type, const sdk::ConstantRecord& record, Problems& problems) {
     ConstantDeclaration read;
-    std::string problem = "without a declaration";
+    std::string problem = kClassSays.noDeclaration.Text();
     if (!record.declaration || !ReadConstant(record.declaration, read, problem)) {
         problems.push_back("constant " + problem);
         return;
     }
     const Constant* other = type.FindConstant(read.name);
     if (other && other->owner == &type) {
-        problems.push_back("constant " + read.name + " comes twice");
+        problems.push_back(kClassSays.comesTwice.Text("constant " + read.name));
         return;
     }
     if (record.value != 0) read.value = Value(record.value);
@@ -99,7 +99,7 @@ void AddConstant(Class& type, const sdk::ConstantRecord& record, Problems& probl
 
 void AddEvent(Class& type, sdk::EventRecord& record, std::intptr_t number, Problems& problems) {
     Event event;
-    std::string problem = "without a declaration";
+    std::string problem = kClassSays.noDeclaration.Text();
     if (!record.declaration || !ReadDeclaration(record.declaration, event.declaration, problem)) {
         problems.push_back("event " + problem);
         return;
@@ -111,34 +111,33 @@ void AddEvent(Class& type, sdk::EventRecord& record, std::intptr_t number, Probl
 
 bool HeadIsSound(const sdk::ClassDefinition& definition, Problems& problems) {
     if (definition.version != sdk::kInterfaceVersion)
-        problems.push_back("it is of interface version " + std::to_string(definition.version) + "; this host has " +
-                           std::to_string(sdk::kInterfaceVersion));
-    if (!definition.name || !IsIdentifier(definition.name)) problems.push_back("it has no proper name");
+        problems.push_back(kClassSays.version.Text(definition.version, sdk::kInterfaceVersion));
+    if (!definition.name || !IsIdentifier(definition.name)) problems.push_back(kClassSays.noName.Text());
     if (definition.instanceDataSize < 0 || definition.instanceDataSize > kMostInstanceData)
-        problems.push_back("its instance data has " + std::to_string(definition.instanceDataSize) + " bytes");
+        problems.push_back(kClassSays.instanceSize.Text(definition.instanceDataSize));
     return problems.empty();
 }
 
 }  // namespace
 
 bool MethodFromRecord(const sdk::MethodRecord& record, Method& method, std::string& problem) {
-    problem = "without a declaration";
+    problem = kClassSays.noDeclaration.Text();
     if (!record.declaration || !ReadDeclaration(record.declaration, method.declaration, problem)) return false;
     for (const Parameter& parameter : method.declaration.parameters)
         if (parameter.byRef || parameter.paramArray) {
-            problem = method.declaration.name + ": a function can't take ByRef or ParamArray arguments";
+            problem = kClassSays.byRef.Text(method.declaration.name);
             return false;
         }
     if (method.declaration.parameters.size() > kMostParameters) {
-        problem = method.declaration.name + " takes more than " + std::to_string(kMostParameters) + " arguments";
+        problem = kClassSays.tooManyArguments.Text(method.declaration.name, kMostParameters);
         return false;
     }
     if (!record.function) {
-        problem = method.declaration.name + " has no function";
+        problem = kClassSays.noFunction.Text(method.declaration.name);
         return false;
     }
     if (record.setter && method.declaration.result.kind == Kind::None) {
-        problem = method.declaration.name + " is assignable but has no type to assign";
+        problem = kClassSays.nothingToAssign.Text(method.declaration.name);
         return false;
     }
     method.function = record.function;

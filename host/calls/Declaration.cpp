@@ -5,6 +5,7 @@
 
 #include "host/calls/Lexer.h"
 #include "host/calls/ParameterList.h"
+#include "host/messages/LoadMessages.h"
 
 namespace host {
 
@@ -142,10 +143,10 @@ class Reader {
 
 std::string Complain(std::string_view text, const Unreadable& error) {
     const Token& found = error.found;
-    const std::string place = "\"" + std::string(text) + "\", column " + std::to_string(found.column) + ": ";
-    if (found.kind == TokenKind::Error) return place + found.text;
+    if (found.kind == TokenKind::Error)
+        return '"' + std::string(text) + "\", column " + std::to_string(found.column) + ": " + found.text;
     const std::string name = found.kind == TokenKind::End ? "the end" : "\"" + found.text + "\"";
-    return place + error.expected + " was expected, not " + name;
+    return kClassSays.unreadable.Text(text, found.column, error.expected, name);
 }
 
 template <class Result, class Read>

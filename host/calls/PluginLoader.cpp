@@ -7,6 +7,8 @@
 #include <filesystem>
 #include <memory>
 
+#include "host/messages/LoadMessages.h"
+
 namespace host {
 
 namespace {
@@ -18,18 +20,16 @@ std::vector<std::unique_ptr<Plugin>>& Plugins() {
 
 void* Open(const std::string& path) {
     std::error_code ignored;
-    if (!std::filesystem::exists(path, ignored)) throw LoadError("There is no plug-in at " + path + ".");
-    if (std::filesystem::is_directory(path, ignored)) throw LoadError(path + " is a folder, not a plug-in.");
+    if (!std::filesystem::exists(path, ignored)) throw LoadError(kLoadSays.none(path));
+    if (std::filesystem::is_directory(path, ignored)) throw LoadError(kLoadSays.folder(path));
     void* library = dlopen(std::filesystem::absolute(path).c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (!library) throw LoadError(path + " can't be loaded as a plug-in: " + dlerror());
+    if (!library) throw LoadError(kLoadSays.cannotLoad(path, dlerror()));
     return library;
 }
 
 sdk::PluginMain EntryPoint(void* library, const std::string& path) {
     void* symbol = dlsym(library, sdk::kPluginMainName);
-    if (!symbol)
-        throw LoadError(path + " is no plug-in: it has no entry point " + sdk::kPluginMainName + " (" + dlerror() +
-                        ").");
+    if (!symbol) throw LoadError(kLoadSays.noEntry(path, sdk::kPluginMainName, dlerror()));
     sdk::PluginMain entry = nullptr;
     std::memcpy(&entry, &symbol, sizeof(symbol));
     return entry;
@@ -49,9 +49,9 @@ const Plugin& LoadPlugin(const std::string& path, sdk::EntryFunction entry) {
     runtime.ClearRefusal();
     main(entry);
     // The library stays: classes that it registered before a refusal are in use by the runtime.
-    if (!runtime.LastRefusal().empty()) throw LoadError(path + ": " + runtime.LastRefusal() + ".");
+    if (!runtime.LastRefusal().empty()) throw LoadError(kLoadSays.refused(path, runtime.LastRefusal()));
     const std::vector<const Class*> classes = runtime.Classes();
-    if (classes.size() == before) throw LoadError(path + " is a plug-in without any class.");
+    if (classes.size() == before) throw LoadError(kLoadSays.noClass(path));
     Plugins().push_back(
         std::make_unique<Plugin>(Plugin{whole, {classes.begin() + static_cast<long>(before), classes.end()}}));
     return *Plugins().back();

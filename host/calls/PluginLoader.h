@@ -6,13 +6,14 @@
 #include <vector>
 
 #include "host/calls/Runtime.h"
+#include "host/messages/Message.h"
 #include "host/objects/Class.h"
 
 namespace host {
 
 // Why a plug-in can't be loaded: a sentence that names the file.
 struct LoadError : std::runtime_error {
-    using std::runtime_error::runtime_error;
+    explicit LoadError(const Said& said) : std::runtime_error(said.text()) {}
 };
 
 struct Plugin {

@@ -12,6 +12,7 @@
 #include "host/calls/Exceptions.h"
 #include "host/calls/HostFunctions.h"
 #include "host/calls/Variant.h"
+#include "host/messages/LoadMessages.h"
 
 namespace host {
 
@@ -55,12 +56,13 @@ const Class* Runtime::RegisterClass(sdk::ClassDefinition& definition) {
     const char* name = definition.name ? definition.name : "";
     const Class* superclass = definition.superclass ? FindClass(definition.superclass) : nullptr;
     if (definition.superclass && !superclass)
-        problems.push_back("its superclass " + std::string(definition.superclass) + " is unknown");
-    if (FindClass(name)) problems.push_back("there is a class of this name already");
+        problems.push_back(kClassSays.unknownSuperclass.Text(definition.superclass));
+    if (FindClass(name)) problems.push_back(kClassSays.nameTaken.Text());
     auto type = ClassFromDefinition(definition, superclass, eventCount_ + 1, problems);
     if (!type) {
-        refusal_ = "class \"" + std::string(name) + "\" is refused: ";
-        for (const std::string& problem : problems) refusal_ += (&problem == problems.data() ? "" : "; ") + problem;
+        std::string list;
+        for (const std::string& problem : problems) list += (&problem == problems.data() ? "" : "; ") + problem;
+        refusal_ = kClassSays.refused.Text(name, list);
         return nullptr;
     }
     eventCount_ += definition.eventCount;

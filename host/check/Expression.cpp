@@ -100,7 +100,7 @@ Choices IntegerChoices(const Parameter& parameter, std::size_t position, const C
     constexpr std::int32_t usual[] = {5, 3, 1, 2};
     if (choices.usual.empty()) choices.usual.push_back(Literal(Value(usual[position % std::size(usual)])));
     if (IsRepetition(parameter)) {
-        choices.extreme = Literals({Value(0), Value(-1), Value(255), Value(std::int32_t{INT32_MIN})});
+        choices.extreme = Literals({Value(0), Value(-1), Value(20), Value(std::int32_t{INT32_MIN})});
         return choices;
     }
     choices.extreme = Literals({Value(0), Value(1), Value(-1), Value(2), Value(255), Value(1'000'000),

@@ -8,6 +8,7 @@
 #include <filesystem>
 
 #include "host/calls/PluginLoader.h"
+#include "host/messages/LoadMessages.h"
 
 namespace host::check {
 
@@ -45,7 +46,7 @@ int LookIntoSegments(dl_phdr_info* info, std::size_t, void* data) {
 LoadedLibrary::LoadedLibrary(const std::string& path) {
     void* library = dlopen(std::filesystem::absolute(path).c_str(), RTLD_NOW | RTLD_NOLOAD);
     void* map = nullptr;
-    if (!library || dlinfo(library, RTLD_DI_LINKMAP, &map) != 0) throw LoadError(path + " is not loaded.");
+    if (!library || dlinfo(library, RTLD_DI_LINKMAP, &map) != 0) throw LoadError(kLoadSays.notLoaded(path));
     map_ = static_cast<const link_map*>(map);
     dlclose(library);  // one reference less; it stays loaded
 }

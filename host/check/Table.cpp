@@ -9,6 +9,7 @@
 #include "host/calls/PluginLoader.h"
 #include "host/check/Checks.h"
 #include "host/check/Startup.h"
+#include "host/messages/CheckMessages.h"
 
 namespace host::check {
 
@@ -21,34 +22,33 @@ std::filesystem::path ScratchPlace() {
 
 // Entries that share a run stand side by side.
 constexpr Check kChecks[] = {
-    {"loading", "The library loads, and its entry point offers classes.", &CheckLoading},
-    {"exported-symbols", "Nothing but the entry point is exported.", &CheckExportedSymbols},
-    {"linked-libraries", "No library is needed beyond the C++ and C libraries.", &CheckLinkedLibraries},
-    {"start-up", "The resolver is asked for first, then the version is stated, then classes are registered.",
-     &CheckStartUp},
-    {"host-names", "Every host function that is asked for is one that hosts have.", &CheckHostNames},
-    {"declarations", "Every declaration can be read, and reads the same when it is written out.", &CheckDeclarations},
-    {"classes", "The host takes every class.", &CheckClasses},
-    {"records", "Flags, names and types go together.", &CheckRecords},
-    {"constants", "Every constant has a value.", &CheckConstants},
-    {"fields", "Fields of instances are aligned and don't overlap.", &CheckFields},
-    {"overloads", "No call fits two overloads equally well.", &CheckOverloads},
-    {"code-pointers", "Every function of a record lies in the plug-in.", &CheckCodePointers},
-    {"events", "Every event can be raised, and its handler gets what was passed.", &CheckEvents},
-    {"calls", "Nothing that scripts can do crashes or hangs.", &CheckCalls},
-    {"references", "Nothing is left alive, and nothing is given up twice.", &CheckCalls},
-    {"guard-bytes", "Nothing is written beside memory of the host.", &CheckCalls},
-    {"unasked-yields", "Nothing yields without being asked to.", &CheckCalls},
-    {"exceptions", "Exceptions have a class that is known and a text that can be shown.", &CheckCalls},
-    {"properties", "What is assigned to a property is what it then has.", &CheckProperties},
-    {"repetition", "The same call with the same input gives the same bytes.", &CheckRepetition},
-    {"sources", "What a call only reads is the same afterwards.", &CheckSources},
-    {"stray-writes", "Only the channels and pixels of a picture are written.", &CheckStrayWrites},
-    {"host-functions", "Each host function may fail.", &CheckHostFunctions},
-    {"allocation", "Each allocation may fail.", &CheckAllocation},
-    {"system-calls", "Each call of the system for files and mappings may fail.", &CheckSystemCalls},
-    {"asked-yields", "What is asked to yield does, at its interval.", &CheckAskedYields},
-    {"re-entry", "Scripts may do anything while a call yields.", &CheckReentry},
+    {kCheckSays.loading, &CheckLoading},
+    {kCheckSays.exportedSymbols, &CheckExportedSymbols},
+    {kCheckSays.linkedLibraries, &CheckLinkedLibraries},
+    {kCheckSays.startUp, &CheckStartUp},
+    {kCheckSays.hostNames, &CheckHostNames},
+    {kCheckSays.declarations, &CheckDeclarations},
+    {kCheckSays.classes, &CheckClasses},
+    {kCheckSays.records, &CheckRecords},
+    {kCheckSays.constants, &CheckConstants},
+    {kCheckSays.fields, &CheckFields},
+    {kCheckSays.overloads, &CheckOverloads},
+    {kCheckSays.codePointers, &CheckCodePointers},
+    {kCheckSays.events, &CheckEvents},
+    {kCheckSays.calls, &CheckCalls},
+    {kCheckSays.references, &CheckCalls},
+    {kCheckSays.guardBytes, &CheckCalls},
+    {kCheckSays.unaskedYields, &CheckCalls},
+    {kCheckSays.exceptions, &CheckCalls},
+    {kCheckSays.properties, &CheckProperties},
+    {kCheckSays.repetition, &CheckRepetition},
+    {kCheckSays.sources, &CheckSources},
+    {kCheckSays.strayWrites, &CheckStrayWrites},
+    {kCheckSays.hostFunctions, &CheckHostFunctions},
+    {kCheckSays.allocation, &CheckAllocation},
+    {kCheckSays.systemCalls, &CheckSystemCalls},
+    {kCheckSays.askedYields, &CheckAskedYields},
+    {kCheckSays.reEntry, &CheckReentry},
 };
 
 }  // namespace
@@ -82,7 +82,7 @@ Context::Context(std::string path, const CheckOptions& options, std::string scra
 
 const std::vector<const Class*>& Context::Classes() {
     const Startup& startup = StartRecorded(path_);
-    if (!startup.problem.empty()) throw LoadError(startup.problem);
+    if (!startup.problem.empty()) throw LoadError(Said::Again(startup.problem));
     return startup.classes;
 }
 

@@ -11,6 +11,7 @@
 #include "host/check/Case.h"
 #include "host/check/Check.h"
 #include "host/check/Children.h"
+#include "host/messages/Message.h"
 
 namespace host::check {
 
@@ -71,7 +72,10 @@ class Context {
 using Outcomes = std::map<std::string, Outcome>;
 
 struct Check {
-    const char* id;
+    constexpr Check(const Message& row, Outcomes (*function)(Context&))
+        : id(row.text.data()), sentence(row.meaning.data()), run(function) {}
+
+    const char* id;  // the texts of rows are literals, which end with a zero
     const char* sentence;
     Outcomes (*run)(Context&);
 };

@@ -68,8 +68,7 @@ void ReadMasks(Head& head, const std::uint8_t* description, std::size_t length, 
     if (length < kLongHead + 4 * count) {
         ReadExactly(stream, after, 4 * count);
         masks = after;
-        if (head.pixelsAt < head.descriptionEnd + 4 * count)
-            FailFormat("is a damaged BMP file (its pixels lie in its masks)");
+        if (head.pixelsAt < head.descriptionEnd + 4 * count) FailFormat(kImageReadSays.bmpMasks());
     }
     for (std::size_t i = 0; i < count; ++i) head.masks[i].bits = Little(masks + 4 * i, 4);
 }
@@ -108,8 +107,7 @@ Head ReadHead(const Input& input) {
     ReadExactly(input.stream.get(), bytes, kFileHead + 4);
     const std::uint8_t* description = bytes + kFileHead;
     const std::size_t length = Little(description, 4);
-    if (length != kShortHead && (length < kLongHead || length > kMostHead))
-        FailFormat("is a BMP file of an unknown kind");
+    if (length != kShortHead && (length < kLongHead || length > kMostHead)) FailFormat(kImageReadSays.bmpKind());
     ReadExactly(input.stream.get(), bytes + kFileHead + 4, length - 4);
     Head head;
     head.pixelsAt = Little(bytes + 10, 4);
@@ -123,8 +121,8 @@ Head ReadHead(const Input& input) {
     head.height = side(4);
     head.bits = Little(description + (isShort ? 10 : 14), 2);
     if (!isShort) head.compression = Little(description + 16, 4);
-    if (!IsKnown(head)) FailFormat("is a BMP file of an unknown kind");
-    if (head.pixelsAt < head.descriptionEnd) FailFormat("is a damaged BMP file (its pixels lie in its head)");
+    if (!IsKnown(head)) FailFormat(kImageReadSays.bmpKind());
+    if (head.pixelsAt < head.descriptionEnd) FailFormat(kImageReadSays.bmpHead());
     input.CheckSize(head.width, std::abs(head.height));
     if (head.bits >= 16)
         ReadMasks(head, description, length, input.stream.get());
@@ -142,7 +140,7 @@ class BmpDecoder final : public Decoder {
   public:
     BmpDecoder(Input input, const Head& head) : input_(std::move(input)), head_(head) {
         info = Describe(head);
-        if (head_.pixelsAt + head_.RowBytes() * info.height > input_.size) FailFormat("is cut short");
+        if (head_.pixelsAt + head_.RowBytes() * info.height > input_.size) FailFormat(kImageReadSays.cutShort());
         row_.resize(static_cast<std::size_t>(head_.RowBytes()));
     }
 
@@ -150,7 +148,7 @@ class BmpDecoder final : public Decoder {
         const std::int64_t stored = head_.height < 0 ? next_ : info.height - 1 - next_;
         ++next_;
         if (fseeko(input_.stream.get(), head_.pixelsAt + stored * head_.RowBytes(), SEEK_SET) != 0)
-            FailFormat("is cut short");
+            FailFormat(kImageReadSays.cutShort());
         ReadExactly(input_.stream.get(), row_.data(), row_.size());
         if (head_.bits <= 8)
             ReadIndexes(pixels);
@@ -260,7 +258,7 @@ class RunDecoder final : public Decoder {
     RunDecoder(const Input& input, const Head& head) : head_(head), indexes_(IndexInfo(head)) {
         info = Describe(head);
         row_.resize(static_cast<std::size_t>(info.width));
-        if (fseeko(input.stream.get(), head.pixelsAt, SEEK_SET) != 0) FailFormat("is cut short");
+        if (fseeko(input.stream.get(), head.pixelsAt, SEEK_SET) != 0) FailFormat(kImageReadSays.cutShort());
         RunReader(input.stream.get(), head, indexes_).ReadAll();
     }
 
@@ -297,7 +295,7 @@ class BmpEncoder final : public Encoder {
         row_.resize((std::size_t(output.width) * BytesPerPixel(layout) + 3) / 4 * 4);
         headBytes_ = kFileHead + (HasAlpha(layout) ? 108 : kLongHead);
         if (row_.size() * static_cast<std::size_t>(output.height) > UINT32_MAX - headBytes_)
-            FailFormat("can't be written: a BMP file holds at most 4 GB");
+            FailFormat(kImageWriteSays.bmpTooLarge());
         WriteHead();
     }
 
@@ -309,7 +307,7 @@ class BmpEncoder final : public Encoder {
         }
         const std::int64_t stored = output_.height - 1 - next_++;
         const auto place = static_cast<off_t>(headBytes_) + stored * static_cast<off_t>(row_.size());
-        if (fseeko(output_.stream, place, SEEK_SET) != 0) FailFile("can't be written: the file can't be positioned");
+        if (fseeko(output_.stream, place, SEEK_SET) != 0) FailFile(kImageFileSays.noPlace());
         WriteExactly(output_.stream, row_.data(), row_.size());
     }
 

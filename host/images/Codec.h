@@ -10,17 +10,18 @@
 #include <vector>
 
 #include "host/images/Image.h"
+#include "host/messages/ImageMessages.h"
 
 namespace host::codec {
 
 struct CodecError {
     ImageError::Kind kind;
-    std::string text;
+    Said said;
 };
 
-[[noreturn]] inline void FailFormat(std::string text) { throw CodecError{ImageError::Kind::Format, std::move(text)}; }
+[[noreturn]] inline void FailFormat(Said said) { throw CodecError{ImageError::Kind::Format, std::move(said)}; }
 
-[[noreturn]] inline void FailFile(std::string text) { throw CodecError{ImageError::Kind::File, std::move(text)}; }
+[[noreturn]] inline void FailFile(Said said) { throw CodecError{ImageError::Kind::File, std::move(said)}; }
 
 // --- Reading --------------------------------------------------------------------------------
 

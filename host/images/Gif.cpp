@@ -30,11 +30,11 @@ class GifDecoder final : public Decoder {
         FindFrame();
         frame_ = gif_->Image;
         colors_ = frame_.ColorMap ? frame_.ColorMap : gif_->SColorMap;
-        if (!colors_) FailFormat("is a damaged GIF file (no colours)");
+        if (!colors_) FailFormat(kImageReadSays.gifDamaged("no colours"));
         const std::int32_t width = std::max(gif_->SWidth, frame_.Left + frame_.Width);
         const std::int32_t height = std::max(gif_->SHeight, frame_.Top + frame_.Height);
         input_.CheckSize(width, height);
-        if (frame_.Width < 1 || frame_.Height < 1) FailFormat("is a damaged GIF file (an empty picture)");
+        if (frame_.Width < 1 || frame_.Height < 1) FailFormat(kImageReadSays.gifDamaged("an empty picture"));
         const bool covered = frame_.Width == width && frame_.Height == height;
         info = {ImageFileFormat::Gif, width, height, LayoutOf(false, !covered || transparent_ >= 0), 1};
         CheckWhole();
@@ -55,12 +55,13 @@ class GifDecoder final : public Decoder {
     // Whether the coded pixels end, and can be enough: known before anybody takes memory for the
     // picture.
     void CheckWhole() const {
-        if (std::int64_t{frame_.Width} * frame_.Height > input_.size * kMostPixelsPerByte) FailFormat("is cut short");
+        if (std::int64_t{frame_.Width} * frame_.Height > input_.size * kMostPixelsPerByte)
+            FailFormat(kImageReadSays.cutShort());
         std::FILE* stream = input_.stream.get();
         const off_t position = ftello(stream);
         for (int length = std::getc(stream); length != 0; length = std::getc(stream))
-            if (length == EOF || fseeko(stream, length, SEEK_CUR) != 0) FailFormat("is cut short");
-        if (fseeko(stream, position, SEEK_SET) != 0) FailFile("can't be read");
+            if (length == EOF || fseeko(stream, length, SEEK_CUR) != 0) FailFormat(kImageReadSays.cutShort());
+        if (fseeko(stream, position, SEEK_SET) != 0) FailFile(kImageFileSays.cannotBeRead());
     }
 
     void FindFrame() {
@@ -69,7 +70,7 @@ class GifDecoder final : public Decoder {
             Check(DGifGetRecordType(gif_, &type));
             if (type == IMAGE_DESC_RECORD_TYPE) return Check(DGifGetImageDesc(gif_));
             if (type == EXTENSION_RECORD_TYPE) ReadExtension();
-            if (type == TERMINATE_RECORD_TYPE) FailFormat("is a GIF file without a picture");
+            if (type == TERMINATE_RECORD_TYPE) FailFormat(kImageReadSays.gifWithoutPicture());
         }
     }
 
@@ -115,9 +116,9 @@ class GifDecoder final : public Decoder {
     }
 
     [[noreturn]] static void Fail(int error) {
-        if (error == D_GIF_ERR_READ_FAILED || error == D_GIF_ERR_EOF_TOO_SOON) FailFormat("is cut short");
+        if (error == D_GIF_ERR_READ_FAILED || error == D_GIF_ERR_EOF_TOO_SOON) FailFormat(kImageReadSays.cutShort());
         const char* reason = GifErrorString(error);
-        FailFormat(std::string("is a damaged GIF file (") + (reason ? reason : "unknown reason") + ")");
+        FailFormat(kImageReadSays.gifDamaged(reason ? reason : "unknown reason"));
     }
 
     static int OnRead(GifFileType* gif, GifByteType* bytes, int count) {

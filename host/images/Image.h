@@ -6,6 +6,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "host/messages/Message.h"
+
 namespace host {
 
 enum class ImageFileFormat { Png, Jpeg, Tiff, WebP, Gif, Bmp, Pnm };
@@ -40,8 +42,8 @@ class ImageError : public std::runtime_error {
         Format,  // what is in it: unknown, damaged, cut short, too large
     };
 
-    ImageError(Kind errorKind, const std::string& path, const std::string& text)
-        : std::runtime_error(path + ": " + text), kind(errorKind) {}
+    ImageError(Kind errorKind, const std::string& path, const Said& said)
+        : std::runtime_error(path + ": " + said.text()), kind(errorKind) {}
 
     Kind kind;
 };

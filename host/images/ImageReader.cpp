@@ -26,20 +26,19 @@ ImageReadSettings& DefaultImageReadSettings() {
 namespace codec {
 
 void Input::CheckSize(std::int64_t width, std::int64_t height) const {
-    if (width < 1 || height < 1) FailFormat("holds no pixels");
-    const std::string sides = std::to_string(width) + " x " + std::to_string(height) + " pixels";
-    if (width > INT32_MAX / 4 || height > INT32_MAX) FailFormat("is too large: " + sides);
+    if (width < 1 || height < 1) FailFormat(kImageReadSays.noPixels());
+    const std::string sides = std::to_string(width) + " x " + std::to_string(height);
+    if (width > INT32_MAX / 4 || height > INT32_MAX) FailFormat(kImageReadSays.tooLarge(sides));
     // Both sides fit 32 bits, so their product fits 64.
     if (pixelLimit == 0 || width * height <= pixelLimit) return;
     const std::string ofSize = limitedBySize ? " for a file of " + std::to_string(size) + " bytes" : "";
-    FailFormat("is too large: " + sides + " are more than the limit of " + std::to_string(pixelLimit) + ofSize +
-               "; the option --max-pixels lifts it");
+    FailFormat(kImageReadSays.aboveLimit(sides, std::to_string(pixelLimit) + ofSize));
 }
 
 void ReadExactly(std::FILE* stream, void* bytes, std::size_t length) {
     if (std::fread(bytes, 1, length, stream) == length) return;
-    if (std::ferror(stream)) FailFile(std::string("can't be read: ") + std::strerror(errno));
-    FailFormat("is cut short");
+    if (std::ferror(stream)) FailFile(kImageFileSays.cannotRead(std::strerror(errno)));
+    FailFormat(kImageReadSays.cutShort());
 }
 
 LazyBytes::LazyBytes(std::size_t count) : size_(count) {
@@ -85,31 +84,31 @@ constexpr Signature kSignatures[] = {
 };
 
 DecoderPointer OpenBySignature(Input input) {
-    if (input.size == 0) FailFormat("is empty");
+    if (input.size == 0) FailFormat(kImageReadSays.empty());
     char head[kSignatureBytes] = {};
     const std::size_t length = std::fread(head, 1, sizeof head, input.stream.get());
-    if (std::ferror(input.stream.get())) FailFile(std::string("can't be read: ") + std::strerror(errno));
+    if (std::ferror(input.stream.get())) FailFile(kImageFileSays.cannotRead(std::strerror(errno)));
     std::rewind(input.stream.get());
     for (const Signature& signature : kSignatures)
         if (signature.offset + signature.length <= length &&
             std::memcmp(head + signature.offset, signature.bytes, signature.length) == 0)
             return signature.open(std::move(input));
-    FailFormat("is not an image of a known format (PNG, JPEG, TIFF, WebP, GIF, BMP, PNM)");
+    FailFormat(kImageReadSays.unknown());
 }
 
 // Opens an ordinary file; anything that could block or has no end is refused.
 std::FILE* OpenFile(const std::string& path) {
     const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (descriptor < 0) FailFile(std::string("can't be opened: ") + std::strerror(errno));
+    if (descriptor < 0) FailFile(kImageFileSays.cannotOpen(std::strerror(errno)));
     struct stat status {};
     if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
         close(descriptor);
-        FailFile(S_ISDIR(status.st_mode) ? "is a folder" : "is not an ordinary file");
+        FailFile(S_ISDIR(status.st_mode) ? kImageFileSays.folder() : kImageFileSays.notOrdinary());
     }
     std::FILE* stream = fdopen(descriptor, "rb");
     if (!stream) {
         close(descriptor);
-        FailFile("can't be opened: out of memory");
+        FailFile(kImageFileSays.noMemoryToOpen());
     }
     return stream;
 }
@@ -136,9 +135,9 @@ void Run(const std::string& name, Step step) {
     try {
         step();
     } catch (const CodecError& error) {
-        throw ImageError(error.kind, name, error.text);
+        throw ImageError(error.kind, name, error.said);
     } catch (const std::bad_alloc&) {
-        throw ImageError(ImageError::Kind::File, name, "can't be opened: out of memory");
+        throw ImageError(ImageError::Kind::File, name, kImageFileSays.noMemoryToOpen());
     }
 }
 
@@ -155,9 +154,9 @@ ImageReader::ImageReader(const void* bytes, std::size_t length, const std::strin
     : name_(name) {
     codec::Run(name_, [&] {
         // An empty buffer can't be opened as a stream.
-        if (length == 0) codec::FailFormat("is empty");
+        if (length == 0) codec::FailFormat(kImageReadSays.empty());
         std::FILE* stream = fmemopen(const_cast<void*>(bytes), length, "rb");
-        if (!stream) codec::FailFile("can't be opened: out of memory");
+        if (!stream) codec::FailFile(kImageFileSays.noMemoryToOpen());
         Open(stream, settings);
     });
 }
@@ -173,7 +172,7 @@ void ImageReader::Open(std::FILE* stream, const ImageReadSettings& settings) {
 
 void ImageReader::ReadRow(std::uint8_t* pixels, PixelLayout layout) {
     codec::Run(name_, [&] {
-        if (nextRow_ >= info_.height) codec::FailFormat("has no more rows");
+        if (nextRow_ >= info_.height) codec::FailFormat(kImageReadSays.noMoreRows());
         // A decoder that failed is not asked again.
         const std::int32_t row = std::exchange(nextRow_, info_.height);
         decoder_->ReadRow(layout == info_.layout ? pixels : row_.data());

@@ -14,8 +14,7 @@ namespace host {
 namespace codec {
 
 void WriteExactly(std::FILE* stream, const void* bytes, std::size_t length) {
-    if (std::fwrite(bytes, 1, length, stream) != length)
-        FailFile(std::string("can't be written: ") + std::strerror(errno));
+    if (std::fwrite(bytes, 1, length, stream) != length) FailFile(kImageFileSays.cannotWrite(std::strerror(errno)));
 }
 
 namespace {
@@ -68,7 +67,7 @@ EncoderPointer Create(ImageFileFormat format, const Output& output) {
         case ImageFileFormat::Gif:
             break;
     }
-    FailFormat("GIF files can be read, not written; PNG keeps all their pixels");
+    FailFormat(kImageWriteSays.gif());
 }
 
 // Runs a step of a codec and turns what it throws into ImageError. Where the system refused a write,
@@ -83,9 +82,9 @@ void RunWriting(const std::string& name, const std::unique_ptr<OutputFile>& file
             throw;
         }
     } catch (const CodecError& error) {
-        throw ImageError(error.kind, name, error.text);
+        throw ImageError(error.kind, name, error.said);
     } catch (const std::bad_alloc&) {
-        throw ImageError(ImageError::Kind::File, name, "can't be written: out of memory");
+        throw ImageError(ImageError::Kind::File, name, kImageFileSays.noMemoryToWrite());
     }
 }
 
@@ -102,10 +101,9 @@ ImageWriter::ImageWriter(const std::string& path, std::int32_t width, std::int32
                          const ImageWriteOptions& options)
     : path_(path), layout_(layout), width_(width), height_(height) {
     codec::RunWriting(path_, file_, [&] {
-        if (width < 1 || height < 1) codec::FailFormat("can't be written: the picture has no pixels");
+        if (width < 1 || height < 1) codec::FailFormat(kImageWriteSays.noPixels());
         const codec::Extension* extension = codec::FindExtension(path);
-        if (!extension && !options.format)
-            codec::FailFormat("has an unknown extension (known: png, jpg, tif, webp, bmp, pnm, pgm, ppm, pam)");
+        if (!extension && !options.format) codec::FailFormat(kImageWriteSays.extension());
         const auto format = options.format ? *options.format : extension->format;
         const auto kind = extension ? extension->pnmKind : codec::PnmKind::Any;
         file_ = std::make_unique<codec::OutputFile>(path);
@@ -118,7 +116,7 @@ ImageWriter::~ImageWriter() = default;
 
 void ImageWriter::WriteRow(const std::uint8_t* pixels) {
     codec::RunWriting(path_, file_, [&] {
-        if (rowsWritten_ >= height_) codec::FailFormat("can't be written: too many rows");
+        if (rowsWritten_ >= height_) codec::FailFormat(kImageWriteSays.tooManyRows());
         const std::uint8_t* row = pixels;
         if (encoder_->layout != layout_) {
             ConvertRow(pixels, layout_, row_.data(), encoder_->layout, width_);
@@ -132,8 +130,8 @@ void ImageWriter::WriteRow(const std::uint8_t* pixels) {
 
 void ImageWriter::Finish() {
     codec::RunWriting(path_, file_, [&] {
-        if (rowsWritten_ != height_) codec::FailFormat("can't be written: rows are missing");
-        if (!encoder_) codec::FailFormat("can't be written twice");
+        if (rowsWritten_ != height_) codec::FailFormat(kImageWriteSays.rowsMissing());
+        if (!encoder_) codec::FailFormat(kImageWriteSays.twice());
         encoder_->Finish();
         // Libraries may write their last bytes when they are closed.
         encoder_.reset();

@@ -53,7 +53,7 @@ class JpegDecoder final : public Decoder {
         input_.CheckSize(jpeg_.image_width, jpeg_.image_height);
         if (!jpeg_.arith_code &&
             std::int64_t{jpeg_.image_width} * jpeg_.image_height > input_.size * kMostPixelsPerByte)
-            FailFormat("is cut short");
+            FailFormat(kImageReadSays.cutShort());
         if (jpeg_has_multiple_scans(&jpeg_)) PrepareScans();
         inkColors_ = jpeg_.num_components == 4;
         const bool gray = jpeg_.num_components == 1;
@@ -100,17 +100,17 @@ class JpegDecoder final : public Decoder {
             calls();
             return;
         }
-        if (std::ferror(input_.stream.get())) FailFile("can't be read");
-        if (scratchFailed_) FailFile(message_);
-        FailFormat(message_);
+        if (std::ferror(input_.stream.get())) FailFile(kImageFileSays.cannotBeRead());
+        if (scratchFailed_) FailFile((*said_)(reason_));
+        FailFormat((*said_)(reason_));
     }
 
     // All scans are decoded before the first row; what can be known of them is checked before.
     void PrepareScans() {
         const JpegScans scans = CountScans(input_.stream.get(), jpeg_, kMostScans);
         if (scans.count > kMostScans || scans.blocks > kFreeBlocks + input_.size * kMostBlocksPerByte)
-            FailFormat("is a damaged JPEG file (too many scans)");
-        if (!scans.ended) FailFormat("is cut short");
+            FailFormat(kImageReadSays.jpegScans());
+        if (!scans.ended) FailFormat(kImageReadSays.cutShort());
         std::int64_t bytes = 0;
         for (int i = 0; i < jpeg_.num_components; ++i)
             bytes += std::int64_t{jpeg_.comp_info[i].width_in_blocks} * jpeg_.comp_info[i].height_in_blocks *
@@ -136,7 +136,7 @@ class JpegDecoder final : public Decoder {
 
     [[noreturn]] void FailScratch() {
         scratchFailed_ = true;
-        Fail("can't be read: the folder of temporary files has no room for it");
+        Fail(kImageFileSays.noScratch);
     }
 
     // Inks without a profile: every colour is what its ink and black leave of white. Files of
@@ -161,19 +161,16 @@ class JpegDecoder final : public Decoder {
         return exif.value_or(xmp.value_or(1));
     }
 
-    [[noreturn]] void Fail(const char* text) {
-        std::snprintf(message_, sizeof message_, "%s", text);
+    [[noreturn]] void Fail(const Message& row) {
+        said_ = &row;
         std::longjmp(jump_, 1);
     }
 
     [[noreturn]] static void OnError(j_common_ptr jpeg) {
         auto* self = static_cast<JpegDecoder*>(jpeg->client_data);
-        if (jpeg->err->msg_code == JERR_INPUT_EOF) self->Fail("is cut short");
-        char reason[JMSG_LENGTH_MAX];
-        jpeg->err->format_message(jpeg, reason);
-        char text[sizeof self->message_];
-        std::snprintf(text, sizeof text, "is a damaged JPEG file (%s)", reason);
-        self->Fail(text);
+        if (jpeg->err->msg_code == JERR_INPUT_EOF) self->Fail(kImageReadSays.cutShort);
+        jpeg->err->format_message(jpeg, self->reason_);
+        self->Fail(kImageReadSays.jpegDamaged);
     }
 
     // Warnings: of these, spare bytes between segments are harmless; the end of the file is too
@@ -190,9 +187,9 @@ class JpegDecoder final : public Decoder {
                 return;
             case JWRN_JPEG_EOF:
                 if (self->headRead_ && !self->jpeg_.arith_code && !jpeg_has_multiple_scans(&self->jpeg_)) return;
-                self->Fail("is cut short");
+                self->Fail(kImageReadSays.cutShort);
             case JWRN_HIT_MARKER:
-                self->Fail("is cut short or damaged");
+                self->Fail(kImageReadSays.cutOrDamaged);
             default:
                 OnError(jpeg);
         }
@@ -208,7 +205,8 @@ class JpegDecoder final : public Decoder {
     bool headRead_ = false;
     bool started_ = false;
     bool scratchFailed_ = false;
-    char message_[JMSG_LENGTH_MAX + 64] = "";
+    const Message* said_ = nullptr;
+    char reason_[JMSG_LENGTH_MAX] = "";  // the library's
 };
 
 }  // namespace

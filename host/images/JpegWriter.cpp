@@ -24,8 +24,7 @@ class JpegEncoder final : public Encoder {
     explicit JpegEncoder(const Output& output) {
         layout = LayoutOf(IsGray(output.layout), false);
         if (output.width > JPEG_MAX_DIMENSION || output.height > JPEG_MAX_DIMENSION)
-            FailFormat("can't be written: a side of a JPEG image has at most " + std::to_string(JPEG_MAX_DIMENSION) +
-                       " pixels");
+            FailFormat(kImageWriteSays.sideTooLong("JPEG", JPEG_MAX_DIMENSION));
         jpeg_.err = jpeg_std_error(&errors_);
         jpeg_.client_data = this;
         errors_.error_exit = OnError;
@@ -64,21 +63,19 @@ class JpegEncoder final : public Encoder {
             calls();
             return;
         }
-        FailFile(message_);
+        FailFile(kImageWriteSays.libraryFault(reason_));
     }
 
     [[noreturn]] static void OnError(j_common_ptr jpeg) {
         auto* self = static_cast<JpegEncoder*>(jpeg->client_data);
-        char reason[JMSG_LENGTH_MAX];
-        jpeg->err->format_message(jpeg, reason);
-        std::snprintf(self->message_, sizeof self->message_, "can't be written (%s)", reason);
+        jpeg->err->format_message(jpeg, self->reason_);
         std::longjmp(self->jump_, 1);
     }
 
     Compression jpeg_;
     jpeg_error_mgr errors_{};
     std::jmp_buf jump_{};
-    char message_[JMSG_LENGTH_MAX + 64] = "";
+    char reason_[JMSG_LENGTH_MAX] = "";  // the library's
 };
 
 }  // namespace

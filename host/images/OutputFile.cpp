@@ -22,7 +22,7 @@ constexpr std::size_t kBufferBytes = 64 << 10;
 // As many as the system itself follows.
 constexpr int kMostLinks = 40;
 
-[[noreturn]] void FailSystem(int error) { FailFile(std::string("can't be written: ") + std::strerror(error)); }
+[[noreturn]] void FailSystem(int error) { FailFile(kImageFileSays.cannotWrite(std::strerror(error))); }
 
 std::string FolderOf(const std::string& path) { return path.substr(0, path.rfind('/') + 1); }
 
@@ -46,8 +46,9 @@ bool FindOlder(const std::string& path, struct stat& status) {
         if (errno != ENOENT) FailSystem(errno);
         return false;
     }
-    if (!S_ISREG(status.st_mode)) FailFile(S_ISDIR(status.st_mode) ? "is a folder" : "is not an ordinary file");
-    if ((status.st_mode & 0222) == 0) FailFile("can't be written: the file is read-only");
+    if (!S_ISREG(status.st_mode))
+        FailFile(S_ISDIR(status.st_mode) ? kImageFileSays.folder() : kImageFileSays.notOrdinary());
+    if ((status.st_mode & 0222) == 0) FailFile(kImageFileSays.readOnly());
     if (faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0) FailSystem(errno);
     return true;
 }

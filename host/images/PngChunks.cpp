@@ -148,12 +148,12 @@ std::int32_t WalkPngChunks(const Input& input) {
     Clues clues;
     for (std::int64_t at = kSignatureBytes;;) {
         std::uint8_t head[8];
-        if (fseeko(stream, at, SEEK_SET) != 0) FailFormat("is cut short");
+        if (fseeko(stream, at, SEEK_SET) != 0) FailFormat(kImageReadSays.cutShort());
         ReadExactly(stream, head, sizeof head);
         const std::uint32_t length = Big(head);
         const std::string_view name(reinterpret_cast<const char*>(head) + 4, 4);
         at += std::int64_t{length} + 12;
-        if (at > input.size) FailFormat("is cut short");
+        if (at > input.size) FailFormat(kImageReadSays.cutShort());
         if (name == "IEND") break;
         if (HoldsMetadata(name) && length <= kMostBytes) TakeChunk(clues, name, ReadContent(stream, head + 4, length));
     }

@@ -81,14 +81,14 @@ class PngDecoder final : public Decoder {
             calls();
             return;
         }
-        if (std::ferror(input_.stream.get())) FailFile("can't be read");
-        FailFormat(message_);
+        if (std::ferror(input_.stream.get())) FailFile(kImageFileSays.cannotBeRead());
+        FailFormat(cutShort_ ? kImageReadSays.cutShort() : kImageReadSays.pngDamaged(reason_));
     }
 
     // A file that can't hold its pixels however well they were packed is cut short.
     void CheckEnoughData(std::int64_t width, std::int64_t height) const {
         const std::int64_t bits = std::int64_t{png_get_bit_depth(png_, details_)} * png_get_channels(png_, details_);
-        if ((width * bits + 7) / 8 * height > input_.size * kMostInflation) FailFormat("is cut short");
+        if ((width * bits + 7) / 8 * height > input_.size * kMostInflation) FailFormat(kImageReadSays.cutShort());
     }
 
     // Checks the check sum of the pixels and that the file is whole.
@@ -98,13 +98,13 @@ class PngDecoder final : public Decoder {
 
     static void OnRead(png_structp png, png_bytep bytes, std::size_t length) {
         auto* self = static_cast<PngDecoder*>(png_get_io_ptr(png));
-        if (std::fread(bytes, 1, length, self->input_.stream.get()) != length) png_error(png, "is cut short");
+        self->cutShort_ = std::fread(bytes, 1, length, self->input_.stream.get()) != length;
+        if (self->cutShort_) png_error(png, "");
     }
 
     [[noreturn]] static void OnError(png_structp png, png_const_charp text) {
         auto* self = static_cast<PngDecoder*>(png_get_error_ptr(png));
-        const bool own = std::strcmp(text, "is cut short") == 0;
-        std::snprintf(self->message_, sizeof self->message_, own ? "%s" : "is a damaged PNG file (%s)", text);
+        std::snprintf(self->reason_, sizeof self->reason_, "%s", text);
         png_longjmp(png, 1);
     }
 
@@ -114,7 +114,8 @@ class PngDecoder final : public Decoder {
     png_structp png_ = nullptr;
     png_infop details_ = nullptr;
     std::int32_t rowsRead_ = 0;
-    char message_[256] = "";
+    bool cutShort_ = false;
+    char reason_[256] = "";  // the library's
 };
 
 }  // namespace

@@ -54,7 +54,7 @@ class PngEncoder final : public Encoder {
     // Runs calls of the library, whose errors jump back to here.
     template <class Calls>
     void Guarded(Calls calls) {
-        if (setjmp(png_jmpbuf(png_)) != 0) FailFile(message_);
+        if (setjmp(png_jmpbuf(png_)) != 0) FailFile(kImageWriteSays.libraryFault(reason_));
         calls();
     }
 
@@ -67,7 +67,7 @@ class PngEncoder final : public Encoder {
 
     [[noreturn]] static void OnError(png_structp png, png_const_charp text) {
         auto* self = static_cast<PngEncoder*>(png_get_error_ptr(png));
-        std::snprintf(self->message_, sizeof self->message_, "can't be written (%s)", text);
+        std::snprintf(self->reason_, sizeof self->reason_, "%s", text);
         png_longjmp(png, 1);
     }
 
@@ -76,7 +76,7 @@ class PngEncoder final : public Encoder {
     Output output_;
     png_structp png_ = nullptr;
     png_infop details_ = nullptr;
-    char message_[256] = "";
+    char reason_[256] = "";  // the library's
 };
 
 }  // namespace

@@ -48,12 +48,12 @@ class HeadReader {
     // The next number, after spaces and comments; the character behind it is taken as well.
     std::int64_t Number() {
         const int first = NextSignificant();
-        if (!std::isdigit(first)) FailFormat(first == EOF ? "is cut short" : "is a damaged PNM file");
+        if (!std::isdigit(first)) FailFormat(first == EOF ? kImageReadSays.cutShort() : kImageReadSays.pnmDamaged());
         std::int64_t number = 0;
         int c = first;
         for (; std::isdigit(c); c = std::getc(stream_)) {
             number = number * 10 + (c - '0');
-            if (number > UINT32_MAX) FailFormat("is a damaged PNM file");
+            if (number > UINT32_MAX) FailFormat(kImageReadSays.pnmDamaged());
         }
         // A comment may touch the number; its line's end is then the character behind.
         if (c == '#') SkipComment();
@@ -64,7 +64,7 @@ class HeadReader {
     int Bit() {
         const int digit = NextSignificant();
         if (digit == '0' || digit == '1') return digit - '0';
-        FailFormat(digit == EOF ? "is cut short" : "is a damaged PNM file");
+        FailFormat(digit == EOF ? kImageReadSays.cutShort() : kImageReadSays.pnmDamaged());
     }
 
   private:
@@ -95,11 +95,11 @@ class HeadReader {
             if (std::strcmp(name, "DEPTH") == 0) depth = number;
             if (std::strcmp(name, "MAXVAL") == 0) head.most = number;
             if (std::strcmp(name, "ENDHDR") != 0) continue;
-            if (depth < 1 || depth > 4) FailFormat("is a PAM file of an unknown kind");
+            if (depth < 1 || depth > 4) FailFormat(kImageReadSays.pamKind());
             head.layout = static_cast<PixelLayout>(depth);
             return head;
         }
-        FailFormat("is cut short");
+        FailFormat(kImageReadSays.cutShort());
     }
 
     std::FILE* stream_;
@@ -110,10 +110,10 @@ class PnmDecoder final : public Decoder {
     explicit PnmDecoder(Input input) : input_(std::move(input)), reader_(input_.stream.get()) {
         head_ = reader_.Read();
         input_.CheckSize(head_.width, head_.height);
-        if (head_.most < 1 || head_.most > kMostSample) FailFormat("is a damaged PNM file");
+        if (head_.most < 1 || head_.most > kMostSample) FailFormat(kImageReadSays.pnmDamaged());
         info = {ImageFileFormat::Pnm, static_cast<std::int32_t>(head_.width), static_cast<std::int32_t>(head_.height),
                 head_.layout, 1};
-        if (StoredBytes() * head_.height > input_.size) FailFormat("is cut short");
+        if (StoredBytes() * head_.height > input_.size) FailFormat(kImageReadSays.cutShort());
         if (head_.coding == Coding::Bytes || head_.coding == Coding::PackedBits)
             row_.resize(static_cast<std::size_t>(StoredBytes()));
     }

@@ -16,7 +16,7 @@ TiffColors::TiffColors(TIFF* tiff, const TiffDescription& description)
 void TiffColors::ReadPalette(TIFF* tiff) {
     std::uint16_t* parts[3];
     if (!TIFFGetField(tiff, TIFFTAG_COLORMAP, &parts[0], &parts[1], &parts[2]))
-        FailFormat("is a damaged TIFF file (no colours)");
+        FailFormat(kImageReadSays.tiffDamaged("no colours"));
     if (!parts[0] || !parts[1] || !parts[2]) throw std::bad_alloc();  // the library's way to say so
     const std::size_t count = std::size_t{1} << d_.bits;
     bool small = true;  // some writers forget that entries have 16 bits

@@ -50,7 +50,7 @@ class ConvertedDecoder final : public Decoder {
         CheckBlackAndWhite(file_->get());
         char reason[1024] = "";
         if (!TIFFRGBAImageOK(file_->get(), reason) || !TIFFRGBAImageBegin(&image_, file_->get(), 1, reason))
-            FailFormat(std::string("is a TIFF file of a kind that can't be read (") + reason + ")");
+            FailFormat(kImageReadSays.tiffKind(reason));
         image_.began = true;
         file_->StartPixels();
         image_.req_orientation = ORIENTATION_TOPLEFT;

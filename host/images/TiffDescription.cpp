@@ -104,7 +104,7 @@ void CheckCompression(std::uint16_t compression) {
     if (compression != COMPRESSION_JBIG && TIFFIsCODECConfigured(compression)) return;
     const TIFFCodec* codec = TIFFFindCODEC(compression);
     const std::string name = codec ? codec->name : "number " + std::to_string(compression);
-    FailFormat("is a TIFF file whose compression is not supported (" + name + ")");
+    FailFormat(kImageReadSays.tiffCompression(name));
 }
 
 void CheckBlocksInFile(TIFF* tiff, const TiffDescription& d, std::int64_t size) {
@@ -116,17 +116,17 @@ void CheckBlocksInFile(TIFF* tiff, const TiffDescription& d, std::int64_t size) 
         const std::uint64_t bytes = failed ? 0 : TIFFGetStrileByteCountWithErr(tiff, i, &failed);
         // Plain pixels whose last block is said to be longer than it is are common and harmless.
         const bool plain = d.compression == COMPRESSION_NONE;
-        if (failed || from > end || (!plain && bytes > end - from)) FailFormat("is cut short");
+        if (failed || from > end || (!plain && bytes > end - from)) FailFormat(kImageReadSays.cutShort());
         // Where a file states less than there must be, the library looks behind it.
         if (plain && from <= description && description - from < std::min(bytes, PlainBytes(tiff, d, i)))
-            FailFormat("is a damaged TIFF file (a strip is too short)");
+            FailFormat(kImageReadSays.tiffDamaged("a strip is too short"));
     }
 }
 
 void FailTiff(const TiffFile& file) {
     if (file.IsShortOfMemory()) throw std::bad_alloc();
     const std::string message = file.message();
-    FailFormat(message.empty() ? "is a damaged TIFF file" : "is a damaged TIFF file (" + message + ")");
+    FailFormat(message.empty() ? kImageReadSays.tiffBare() : kImageReadSays.tiffDamaged(message));
 }
 
 TiffBlocks BlocksOfTiff(const TiffFile& file, const TiffDescription& d) {

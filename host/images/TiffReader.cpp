@@ -69,7 +69,7 @@ class TiffDecoder final : public Decoder {
     void CheckEnoughData() const {
         const std::int64_t rowBytes = (std::int64_t{d_.width} * d_.samples * d_.bits + 7) / 8;
         const std::int64_t expansion = MostExpansion(d_.compression);
-        if (expansion > 0 && rowBytes > input_.size * expansion / d_.height) FailFormat("is cut short");
+        if (expansion > 0 && rowBytes > input_.size * expansion / d_.height) FailFormat(kImageReadSays.cutShort());
     }
 
     // Rows come one by one from strips of whole pixels; everything else by rows of blocks.
@@ -78,7 +78,7 @@ class TiffDecoder final : public Decoder {
         if (!TIFFIsTiled(tiff()) && !d_.Separate()) {
             const std::int64_t rowBytes = TIFFScanlineSize64(tiff());
             if (rowBytes < (std::int64_t{d_.width} * d_.samples * d_.bits + 7) / 8) FailTiff(*file_);
-            if (rowBytes > mostBytes) FailFormat("is a damaged TIFF file (its rows are too large)");
+            if (rowBytes > mostBytes) FailFormat(kImageReadSays.tiffDamaged("its rows are too large"));
             block_ = LazyBytes(static_cast<std::size_t>(rowBytes));
             return;
         }
@@ -88,7 +88,7 @@ class TiffDecoder final : public Decoder {
         const std::int64_t blockBytes = static_cast<std::int64_t>(
             TIFFIsTiled(tiff()) ? TIFFTileSize64(tiff()) : TIFFVStripSize64(tiff(), blocks_.height));
         if (blockBytes < 1 || blockBytes > mostBytes / static_cast<std::int64_t>(count))
-            FailFormat("is a damaged TIFF file (its tiles are too large)");
+            FailFormat(kImageReadSays.tiffDamaged("its tiles are too large"));
         blockBytes_ = static_cast<std::size_t>(blockBytes);
         blockRowBytes_ = (std::size_t{blocks_.width} * (d_.Separate() ? 1 : d_.samples) * d_.bits + 7) / 8;
         if (blockRowBytes_ * std::min(blocks_.height, d_.height) > blockBytes_) FailTiff(*file_);

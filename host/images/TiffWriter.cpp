@@ -57,7 +57,7 @@ class TiffEncoder final : public Encoder {
                kinds[0] == EXTRASAMPLE_UNASSALPHA;
     }
 
-    [[noreturn]] void Fail() const { FailFile(std::string("can't be written (") + file_.message() + ")"); }
+    [[noreturn]] void Fail() const { FailFile(kImageWriteSays.libraryFault(file_.message())); }
 
     TiffFile file_;
     std::vector<std::uint8_t> row_;

@@ -39,7 +39,7 @@ std::size_t LittleAt(const Bytes& file, std::size_t at) {
 
 // The length that the file states of itself; the library misses only what it needs.
 void CheckLength(const Bytes& file) {
-    if (LittleAt(file, 4) + kChunkHead > file.size()) FailFormat("is cut short");
+    if (LittleAt(file, 4) + kChunkHead > file.size()) FailFormat(kImageReadSays.cutShort());
 }
 
 // The content of the first chunk of a name; empty when there is none.
@@ -64,14 +64,14 @@ std::int32_t OrientationIn(const Bytes& file) {
 
 void FailStatus(VP8StatusCode status) {
     if (status == VP8_STATUS_OUT_OF_MEMORY) throw std::bad_alloc();
-    if (status == VP8_STATUS_NOT_ENOUGH_DATA || status == VP8_STATUS_SUSPENDED) FailFormat("is cut short");
-    if (status != VP8_STATUS_OK) FailFormat("is a damaged WebP file");
+    if (status == VP8_STATUS_NOT_ENOUGH_DATA || status == VP8_STATUS_SUSPENDED) FailFormat(kImageReadSays.cutShort());
+    if (status != VP8_STATUS_OK) FailFormat(kImageReadSays.webpDamaged());
 }
 
 // Decodes a coded picture of so many rows into the image, from a place on.
 void DecodeAt(const WebPData& coded, HeldImage& image, int left, int top, int height) {
     WebPDecoderConfig config;
-    if (!WebPInitDecoderConfig(&config)) FailFormat("can't be read: the WebP library is of another version");
+    if (!WebPInitDecoderConfig(&config)) FailFormat(kImageFileSays.libraryVersion());
     const std::size_t before = static_cast<std::size_t>(left) * BytesPerPixel(image.info.layout);
     config.output.colorspace = image.Alpha() ? MODE_RGBA : MODE_RGB;
     config.output.is_external_memory = 1;
@@ -95,7 +95,7 @@ void DecodeFirstFrame(const Bytes& file, HeldImage& image) {
     const std::unique_ptr<WebPDemuxer, DeleteDemuxer> demuxer(WebPDemux(&data));
     Frame frame;
     if (!demuxer || !WebPDemuxGetFrame(demuxer.get(), 1, &frame) || !frame.complete)
-        FailFormat("is cut short or damaged");
+        FailFormat(kImageReadSays.cutOrDamaged());
     DecodeAt(frame.fragment, image, frame.x_offset, frame.y_offset, frame.height);
 }
 
@@ -104,7 +104,7 @@ void DecodeFirstFrame(const Bytes& file, HeldImage& image) {
 // A picture of the library's, freed with its scope.
 struct OwnedPicture : WebPPicture {
     OwnedPicture() : WebPPicture{} {
-        if (!WebPPictureInit(this)) FailFile("can't be written: the WebP library is of another version");
+        if (!WebPPictureInit(this)) FailFile(kImageFileSays.writerLibraryVersion());
     }
     ~OwnedPicture() { WebPPictureFree(this); }
     OwnedPicture(const OwnedPicture&) = delete;
@@ -123,8 +123,7 @@ class WebPEncoder final : public Encoder {
     explicit WebPEncoder(const Output& output) : output_(output) {
         layout = LayoutOf(false, HasAlpha(output.layout));
         if (output.width > WEBP_MAX_DIMENSION || output.height > WEBP_MAX_DIMENSION)
-            FailFormat("can't be written: a side of a WebP image has at most " + std::to_string(WEBP_MAX_DIMENSION) +
-                       " pixels");
+            FailFormat(kImageWriteSays.sideTooLong("WebP", WEBP_MAX_DIMENSION));
         rowBytes_ = static_cast<std::size_t>(output.width) * BytesPerPixel(layout);
         pixels_.reserve(rowBytes_ * static_cast<std::size_t>(output.height));
     }
@@ -133,7 +132,7 @@ class WebPEncoder final : public Encoder {
 
     void Finish() override {
         WebPConfig config;
-        if (!Configure(config)) FailFile("can't be written: the WebP library is of another version");
+        if (!Configure(config)) FailFile(kImageFileSays.writerLibraryVersion());
         OwnedWriter writer;
         Encode(config, writer);
         Check(writer);
@@ -152,7 +151,7 @@ class WebPEncoder final : public Encoder {
         if (!import(&picture, pixels_.data(), static_cast<int>(rowBytes_))) throw std::bad_alloc();
         if (WebPEncode(&config, &picture)) return;
         if (picture.error_code == VP8_ENC_ERROR_OUT_OF_MEMORY) throw std::bad_alloc();
-        FailFile("can't be written (WebP error " + std::to_string(picture.error_code) + ")");
+        FailFile(kImageWriteSays.libraryFault("WebP error " + std::to_string(picture.error_code)));
     }
 
     // Reads back what was coded: where memory is short the library's encoder may lose data and call
@@ -185,7 +184,7 @@ class WebPEncoder final : public Encoder {
 }  // namespace
 
 DecoderPointer OpenWebP(Input input) {
-    if (input.size > kMostFileBytes) FailFormat("is too large for a WebP file");
+    if (input.size > kMostFileBytes) FailFormat(kImageReadSays.webpTooLarge());
     Bytes file(static_cast<std::size_t>(input.size));
     ReadExactly(input.stream.get(), file.data(), file.size());
     CheckLength(file);

@@ -3,8 +3,12 @@
 
 #include <regex>
 
+#include "host/messages/CheckMessages.h"
 #include "host/messages/CheckerMessages.h"
+#include "host/messages/CommandMessages.h"
+#include "host/messages/ImageMessages.h"
 #include "host/messages/LexerMessages.h"
+#include "host/messages/LoadMessages.h"
 #include "host/messages/ParserMessages.h"
 
 namespace host {
@@ -148,6 +152,10 @@ std::vector<MessageChapter> MessageChapters() {
         {"Calls", Joined(kCallSays)},
         {"Statements", Joined(kStatementSays)},
         {"A script as a whole", Joined(kSourceSays)},
+        {"Image files", Joined(kImageFileSays, kImageReadSays, kImageWriteSays)},
+        {"Plug-ins", Joined(kLoadSays, kClassSays)},
+        {"The command", Joined(tqx::kCommandSays)},
+        {"Checks of a plug-in", Joined(kCheckSays)},
     };
 }
 
@@ -156,10 +164,9 @@ std::string MessagesPage() {
         "# Messages\n\n"
         "What the host says, what it means and what to do. `…` stands for names, numbers and reasons. Why a member of\n"
         "the plug-in gave `Nil` or did nothing, `tqx run --explain` says.\n\n"
-        "## Before a script runs\n\n"
-        "Told as `file:line:column: message`, with the line and a mark below it. `warning:` stands before what keeps "
-        "no\n"
-        "script from running.\n";
+        "## But for running scripts\n\n"
+        "Of a script as `file:line:column: message`, with the line and a mark below it; `warning:` stands before what\n"
+        "keeps no script from running. Of other files as `file: message`.\n";
     for (const MessageChapter& chapter : MessageChapters()) {
         page += BeginOf(chapter.title);
         for (const Message& row : chapter.rows) page += RowOf(row.text, row.meaning, row.remedy);
