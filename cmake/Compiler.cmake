@@ -21,3 +21,6 @@ if(CCACHE)
 endif()
 
 include_directories(${CMAKE_SOURCE_DIR})
+if(EMSCRIPTEN)
+  include_directories(BEFORE ${CMAKE_SOURCE_DIR}/cmake/wasm)
+endif()

@@ -20,7 +20,7 @@ BUILDINGS = {
     "host": [["messages"], ["objects"], ["calls"], ["images"], ["framework"], ["reference"], ["check"], ["script"]],
 }
 # Assemblers stand outside and see everything; nothing includes them.
-ASSEMBLERS = ["tqx", "python", "tests", "bench", "fuzz", "examples"]
+ASSEMBLERS = ["tqx", "browser", "python", "tests", "bench", "fuzz", "examples"]
 
 # Rooms that must know nothing of some room below them.
 STRANGERS = {"host/images": {"host/objects", "host/calls"}}

@@ -14,6 +14,7 @@ elsewhere_packages="mmdebstrap qemu-user g++-aarch64-linux-gnu g++-s390x-linux-g
 package_packages="dpkg-dev file fakeroot"
 fresh_packages="debootstrap git util-linux"
 site_packages="mkdocs mkdocs-material python3"
+playground_packages="emscripten nodejs dpkg-dev patch xz-utils bzip2"
 site_check_packages="chromium chromium-driver python3-selenium"
 peers_packages="python3-opencv python3-pil python3-numpy python3-wand python3-gi gir1.2-vips-8.0 libzimg2
     libgraphicsmagick-q16-3 util-linux"
