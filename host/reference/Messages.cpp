@@ -1,8 +1,6 @@
 // The messages by what raises them, and the page made of them.
 #include "host/reference/Messages.h"
 
-#include <regex>
-
 #include "host/messages/CheckMessages.h"
 #include "host/messages/CheckerMessages.h"
 #include "host/messages/CommandMessages.h"
@@ -133,7 +131,9 @@ std::string BeginOf(std::string_view title) {
 
 // The declarations that follow some messages stand on lines of their own there.
 std::string RowOf(std::string_view text, std::string_view meaning, std::string_view remedy) {
-    const std::string line = std::regex_replace(std::string(text), std::regex("\n *"), " ");
+    constexpr std::string_view kNextLine = "\n    ";
+    std::string line(text);
+    if (const std::size_t at = line.find(kNextLine); at != std::string::npos) line.replace(at, kNextLine.size(), " ");
     return "| `" + line + "` | " + std::string(meaning) + " | " + std::string(remedy) + " |\n";
 }
 
