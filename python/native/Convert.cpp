@@ -33,12 +33,23 @@ bool IsNumpyBool(PyObject* value) { return std::string_view(Py_TYPE(value)->tp_n
     throw py::error_already_set();
 }
 
-// A whole number as Integer where it fits, else as Int64.
+// A whole number above those of Int64.
+MaybeValue UpperHalf(PyObject* number, const Type& place) {
+    const unsigned long long whole = PyLong_AsUnsignedLongLong(number);
+    if (PyErr_Occurred()) {
+        PyErr_Clear();
+        FailRange(number, place);
+    }
+    return Value::OfKind(Kind::UInt64, static_cast<std::int64_t>(whole));
+}
+
+// A whole number as Integer where it fits, else as Int64; as UInt64 where only that holds it.
 MaybeValue Whole(PyObject* value, const Type& place) {
     const auto number = py::reinterpret_steal<py::object>(PyNumber_Index(value));
     if (!number) throw py::error_already_set();
     int overflow = 0;
     const long long whole = PyLong_AsLongLongAndOverflow(number.ptr(), &overflow);
+    if (overflow > 0 && place.kind == Kind::UInt64) return UpperHalf(number.ptr(), place);
     if (overflow) FailRange(number.ptr(), place);
     if (host::IsWholeKind(place.kind) &&
         (std::cmp_less(whole, host::LowestOf(place.kind)) || std::cmp_greater(whole, host::HighestOf(place.kind))))
@@ -190,6 +201,8 @@ py::object ToPython(const Value& value) {
             return ListOf(value.array());
         case Kind::Object:
             return Wrap(host::Ref<host::Object>::Share(value.object()));
+        case Kind::UInt64:
+            return py::int_(static_cast<std::uint64_t>(value.ToInt64()));
         default:
             return py::int_(value.ToInt64());
     }

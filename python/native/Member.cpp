@@ -154,18 +154,34 @@ py::object CallBound(BoundObject* bound, const PythonArguments& arguments, PyObj
     return CallMember(overloads, bound->self ? SelfOf(overloads, bound->self) : nullptr, arguments, assigned);
 }
 
-PyObject* CallBoundWith(PyObject* self, PyObject* arguments, PyObject* keywords) {
-    return AtPythonBorder([&] {
-        std::vector<PyObject*> values(PySequence_Fast_ITEMS(arguments),
-                                      PySequence_Fast_ITEMS(arguments) + PyTuple_GET_SIZE(arguments));
+// The arguments of a call as a tuple and a dictionary, in one row with the names behind.
+class JoinedArguments {
+  public:
+    JoinedArguments(PyObject* arguments, PyObject* keywords)
+        : plain_(PyTuple_GET_SIZE(arguments)),
+          values_(PySequence_Fast_ITEMS(arguments), PySequence_Fast_ITEMS(arguments) + plain_) {
         py::list names;
         if (keywords)
             for (const auto& [name, value] : py::reinterpret_borrow<py::dict>(keywords)) {
                 names.append(name);
-                values.push_back(value.ptr());
+                values_.push_back(value.ptr());
             }
-        const py::tuple tuple(names);
-        return CallBound(AsBound(self), {values.data(), PyTuple_GET_SIZE(arguments), tuple.ptr()}).release().ptr();
+        names_ = py::tuple(names);
+    }
+
+    // Good as long as this, the tuple and the dictionary are.
+    PythonArguments All() const { return {values_.data(), plain_, names_.ptr()}; }
+
+  private:
+    Py_ssize_t plain_;
+    std::vector<PyObject*> values_;
+    py::tuple names_;
+};
+
+PyObject* CallBoundWith(PyObject* self, PyObject* arguments, PyObject* keywords) {
+    return AtPythonBorder([&] {
+        const JoinedArguments joined(arguments, keywords);
+        return CallBound(AsBound(self), joined.All()).release().ptr();
     });
 }
 
@@ -365,16 +381,8 @@ bool Construct(PyObject* self, PyObject* arguments, PyObject* keywords) {
     const Overloads& constructors = ConstructorsOf(*object->type);
     const bool any = PyTuple_GET_SIZE(arguments) > 0 || (keywords && PyDict_Size(keywords) > 0);
     if (constructors.instance.empty() && !any) return true;
-    std::vector<PyObject*> values(PySequence_Fast_ITEMS(arguments),
-                                  PySequence_Fast_ITEMS(arguments) + PyTuple_GET_SIZE(arguments));
-    py::list names;
-    if (keywords)
-        for (const auto& [name, value] : py::reinterpret_borrow<py::dict>(keywords)) {
-            names.append(name);
-            values.push_back(value.ptr());
-        }
-    const py::tuple tuple(names);
-    CallMember(constructors, object, {values.data(), PyTuple_GET_SIZE(arguments), tuple.ptr()});
+    const JoinedArguments joined(arguments, keywords);
+    CallMember(constructors, object, joined.All());
     return true;
 }
 

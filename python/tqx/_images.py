@@ -6,13 +6,14 @@ import os
 from typing import Any, Union
 
 import numpy as np
+from numpy.typing import NDArray
 
 from . import _native
 
 Path = Union[str, "os.PathLike[str]"]
 
 
-def imread(path: Path, *, max_pixels: int | None = None, upright: bool = True) -> np.ndarray:
+def imread(path: Path, *, max_pixels: int | None = None, upright: bool = True) -> NDArray[Any]:
     """Reads PNG, JPEG, TIFF, WebP, GIF, BMP and PNM files.
 
     Gives uint8 of (height, width) for gray, else (height, width, channels): gray and alpha, RGB, RGBA.
@@ -42,7 +43,7 @@ def imwrite(path: Path, image: Any, *, quality: int | None = None) -> None:
     writer.finish()
 
 
-def _in_file_order(image: Any) -> np.ndarray:
+def _in_file_order(image: Any) -> NDArray[Any]:
     """The channels of a picture in the order of files, whatever its format; an array as it is."""
     if not hasattr(image, "DataStringInFormat"):
         return np.asarray(image)

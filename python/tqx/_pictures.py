@@ -6,6 +6,7 @@ from collections.abc import Iterator
 from typing import Any
 
 import numpy as np
+from numpy.typing import NDArray
 
 from . import _native
 
@@ -21,7 +22,7 @@ def is_picture(record: dict[str, Any]) -> bool:
     return _NEEDED <= {prop["name"] for prop in record["properties"]} and "RawRow" in methods
 
 
-def _array(self: Any, dtype: Any = None, copy: bool | None = None) -> np.ndarray:
+def _array(self: Any, dtype: Any = None, copy: bool | None = None) -> NDArray[Any]:
     """The picture as an array, for NumPy: its pixels in place."""
     if copy is False and dtype is not None and np.dtype(dtype) != np.asarray(memoryview(self)).dtype:
         raise ValueError("another type of numbers needs a copy")
@@ -52,7 +53,7 @@ def _tobytes(self: Any) -> bytes:
     return rows.tobytes()
 
 
-def _rows(self: Any, writable: bool = False) -> Iterator[np.ndarray]:
+def _rows(self: Any, writable: bool = False) -> Iterator[NDArray[Any]]:
     """Walks copies of the rows, of any picture, in a file too.
 
     With ``writable`` what was changed in a row is written back when the next one is asked for.
@@ -68,7 +69,7 @@ def _rows(self: Any, writable: bool = False) -> Iterator[np.ndarray]:
         _native.write_rows(self, y, row)
 
 
-def _fitting(array: np.ndarray, channels: int) -> bool:
+def _fitting(array: NDArray[Any], channels: int) -> bool:
     """Whether a picture can be wrapped around the array's memory as it lies."""
     if not array.flags.writeable or array.size == 0:
         return False
@@ -77,7 +78,7 @@ def _fitting(array: np.ndarray, channels: int) -> bool:
     return pixel == channels and inner == 1 and abs(array.strides[0]) < 2**31
 
 
-def _channels_of(array: np.ndarray) -> int:
+def _channels_of(array: NDArray[Any]) -> int:
     if array.dtype != np.uint8:
         raise TypeError(f"an array of uint8 is needed, not of {array.dtype}")
     channels = 1 if array.ndim == 2 else array.shape[2] if array.ndim == 3 else 0

@@ -3,6 +3,8 @@
 from __future__ import annotations
 
 import json
+import os
+import pathlib
 import subprocess
 import sys
 from typing import Any
@@ -193,3 +195,24 @@ def test_another_plug_in_can_be_named() -> None:
     environment = {"TQX_PLUGIN": "/nowhere/Other.so", "PYTHONPATH": ":".join(sys.path)}
     ended = subprocess.run([sys.executable, "-c", code], env=environment, capture_output=True, text=True)
     assert ended.returncode == 1 and "ImportError" in ended.stderr and "/nowhere/Other.so" in ended.stderr
+
+
+def test_whole_numbers_above_int64_pass_both_ways() -> None:
+    sample = pathlib.Path(os.environ["TQX_BUILD_DIR"]) / "tests/support/plugins/Sample.so"
+    program = (
+        "import sys, tqx\n"
+        "tqx.load_plugin(sys.argv[1])\n"
+        "sample = tqx.Sample()\n"
+        "print(sample.NextWhole(5), sample.NextWhole(2**63 - 1), sample.NextWhole(2**64 - 2))\n"
+        "for beyond in (2**64, -1):\n"
+        "    try:\n"
+        "        print(sample.NextWhole(beyond))\n"
+        "    except OverflowError as error:\n"
+        "        print(error)\n"
+    )
+    told = subprocess.run([sys.executable, "-c", program, str(sample)], capture_output=True, text=True)
+    assert told.stdout.splitlines() == [
+        f"6 {2**63} {2**64 - 1}",
+        f"{2**64} is out of the range of UInt64",
+        "-1 is out of the range of UInt64",
+    ], told.stderr

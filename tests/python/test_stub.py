@@ -39,6 +39,15 @@ def test_the_stub_itself_is_sound(tmp_path: pathlib.Path) -> None:
     assert told == ""
 
 
+def test_the_package_itself_is_sound(tmp_path: pathlib.Path) -> None:
+    source = pathlib.Path(os.environ["TQX_SOURCE_DIR"])
+    words = ["--config-file", str(source / "pyproject.toml"), "--cache-dir", str(tmp_path), "--no-error-summary"]
+    told = subprocess.run(
+        [sys.executable, "-m", "mypy", *words, "tqx"], capture_output=True, text=True, cwd=source / "python"
+    )
+    assert (told.returncode, told.stdout + told.stderr) == (0, "")
+
+
 def test_the_stub_has_every_member() -> None:
     text = (PACKAGE / "__init__.pyi").read_text()
     for name in dir(tqx.PictureTQX):

@@ -7,8 +7,9 @@ whole; :func:`open` makes such an array of a file.
 
 from __future__ import annotations
 
-from ._apply import CannotBeCut, apply
+from ._apply import apply
 from ._each import UsageError, each
 from ._files import open
+from ._operations import CannotBeCut
 
 __all__ = ["CannotBeCut", "UsageError", "apply", "each", "open"]

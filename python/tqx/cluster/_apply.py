@@ -36,7 +36,8 @@ def apply(array: Any, member: str, *arguments: Any, image_format: int | None = N
         raise CannotBeCut(f"{member} can't be cut: {WHOLE_ONLY[member]}")
     if member not in OPERATIONS:
         raise ValueError(f"{member} is none of the members that can be cut: {', '.join(sorted(OPERATIONS))}")
-    operation = OPERATIONS[member](member, layout, *source.array.shape[:2], arguments)
+    height, width = source.array.shape[:2]
+    operation = OPERATIONS[member](member, layout, height, width, arguments)
     return _assemble(operation, sources)
 
 

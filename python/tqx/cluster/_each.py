@@ -110,14 +110,15 @@ def _failure(error: BaseException) -> str:
 
 
 def _threads(client: Client) -> int:
-    return max(sum(client.nthreads().values()), 1)
+    threads: int = sum(client.nthreads().values())
+    return max(threads, 1)
 
 
 def _was_lost(future: Any) -> bool:
     """Whether a task has no end of its own: workers died with it, or the scheduler forgot it when one did."""
     if future.status == "error":
         return type(future.exception()).__name__ == "KilledWorker"
-    return future.status != "finished"
+    return bool(future.status != "finished")
 
 
 class _Run:

@@ -13,7 +13,7 @@ import tqx
 from tqx import _native
 
 Pixels = NDArray[np.uint8]
-P: Any = tqx.PictureTQX
+P: Any = getattr(tqx, "PictureTQX")
 
 
 @dataclasses.dataclass(frozen=True)
@@ -74,7 +74,7 @@ def layout_of(code: int) -> Layout:
     shape = _native.shape_of(one)[0]
     channels = shape[2] if len(shape) == 3 else 1
     if one.IsRGB:
-        offsets = (one.RedOffset, one.GreenOffset, one.BlueOffset)
+        offsets: tuple[int, ...] = (one.RedOffset, one.GreenOffset, one.BlueOffset)
     else:
         offsets = (one.GrayOffset if channels > 1 else 0,)
     offsets += (one.AlphaOffset,) if one.HasAlpha else ()

@@ -88,6 +88,7 @@ std::uint64_t WideFalse(Object*) { return 0xFFFFFFFFFFFFFF00U; }
 std::uint64_t WideTrue(Object*) { return 0xFFFFFFFFFFFFFF02U; }
 std::uint64_t WideInteger(Object*) { return 0x12345678FFFFFFFEU; }
 std::uint64_t WideByte(Object*) { return 0xABCDEF0123456789U; }
+std::uint64_t NextWhole(Object*, std::uint64_t number) { return number + 1; }
 
 // --- Overloads, assignment, exceptions, events ------------------------------------------------
 
@@ -216,6 +217,7 @@ const sdk::MethodRecord* Methods() {
         Unchecked(&WideTrue, "WideTrue() as boolean"),
         Unchecked(&WideInteger, "WideInteger() as integer"),
         Unchecked(&WideByte, "WideByte() as uint8"),
+        Unchecked(&NextWhole, "NextWhole(number as uint64) as uint64"),
         Method<"Pick(value as integer) as integer", &PickInteger>(flags),
         Method<"Pick(value as double) as integer", &PickDouble>(flags),
         Method<"Pick(value as string) as integer", &PickText>(flags),
