@@ -175,20 +175,56 @@ class Pages:
 
     def make_framework(self):
         listed = self.command("members")
-        classes = words_below(listed, "Classes")
-        functions = words_below(listed, "Functions")
         text = [
-            "# Framework\n\nThe classes and functions that scripts have besides the plug-in's, as `tqx members` "
-            "tells them.\n\n## Classes\n"
+            "# Framework\n\nThe classes and functions that scripts have besides the plug-in's, each with an example "
+            "that says behind a `'` what it prints. `tqx members NAME` tells the same.\n\n## Classes\n"
         ]
-        text += [self.described(name, "###") for name in classes]
+        classes = words_below(listed, "Classes")
+        for name in classes:
+            text += self.described_class(json.loads(self.command("members", "--json", name))["classes"][0])
         text.append("## Functions\n")
-        text += [self.described(name, "###") for name in functions]
+        for name in words_below(listed, "Functions"):
+            if name in classes:
+                continue
+            functions = json.loads(self.command("members", "--json", name))["functions"]
+            text.append(entry("###", name, functions[0], [f["declaration"] for f in functions]))
         self.write("framework.md", "\n".join(text))
 
-    def described(self, name, heading):
-        told = self.command("members", name).rstrip()
-        return f"{heading} {name}\n\n```text\n{told}\n```\n"
+    def described_class(self, described):
+        name = described["name"]
+        inherits = [f"Inherits {described['superclass']}"] if described["superclass"] else []
+        text = [entry("###", name, described, inherits)]
+        members = {}
+        for kind in ("methods", "sharedMethods", "properties", "events", "constants"):
+            for member in described[kind]:
+                members.setdefault(member["name"], []).append((member, declared(name, kind, member)))
+        for member, forms in sorted(members.items(), key=lambda item: item[0].lower()):
+            title = f"New {name}" if member == "Constructor" else f"{name}.{member}"
+            text.append(entry("####", title, forms[0][0], [form for _, form in forms]))
+        return text
+
+
+def declared(owner, kind, member):
+    """A member as a script writes it."""
+    if kind == "properties":
+        return f"{member['name']} As {member['type']}" + ("" if member["write"] else " [read-only]")
+    if kind == "constants":
+        return f"{owner}.{member['name']} = {member['value']}"
+    if kind == "events":
+        return f"Event {member['declaration']}"
+    if member["name"] == "Constructor":
+        return f"New {owner}{member['declaration'][len('Constructor'):]}"
+    assignable = " [assignable]" if member["assignable"] else ""
+    return (f"{owner}." if kind == "sharedMethods" else "") + member["declaration"] + assignable
+
+
+def entry(heading, title, described, declarations):
+    """A title, its declarations, its sentence and its example."""
+    forms = "".join(f"`{form}`  \n" for form in declarations)
+    parts = [f"{heading} {title}", forms.rstrip(), described.get("description", "")]
+    if described.get("example"):
+        parts.append(f"```vb\n{described['example']}```")
+    return "\n\n".join(part for part in parts if part) + "\n"
 
 
 def picture_row(style, pictures):

@@ -68,6 +68,12 @@ class Page {
         Wrap(marks.empty() ? entry : entry + " [" + marks + "]", "  ", "      ", ",).");
     }
 
+    // Lines that stay as they are.
+    void Lines(std::string_view lines) {
+        for (std::size_t end; (end = lines.find('\n')) != std::string_view::npos; lines.remove_prefix(end + 1))
+            text_ += "  " + std::string(lines.substr(0, end + 1));
+    }
+
     // Short texts side by side, filled downwards.
     void Table(const std::vector<std::string>& cells) {
         std::size_t width = 0;
@@ -220,7 +226,15 @@ std::string Summary(const Class& type) {
 }
 
 void WriteDescription(Page& page, std::string_view name) {
-    if (const std::string_view text = DescriptionOf(name); !text.empty()) page.Paragraph(std::string(text));
+    const Description* const description = FindDescription(name);
+    if (description) page.Paragraph(std::string(description->sentence));
+}
+
+void WriteExample(Page& page, std::string_view name) {
+    const Description* const description = FindDescription(name);
+    if (!description) return;
+    page.Heading("Example");
+    page.Lines(description->example);
 }
 
 void WriteClass(Page& page, const Class& type) {
@@ -233,6 +247,7 @@ void WriteClass(Page& page, const Class& type) {
     WriteProperties(page, type);
     WriteEvents(page, type);
     WriteConstants(page, type);
+    WriteExample(page, type.name());
 }
 
 // --- One member -----------------------------------------------------------------------------
@@ -249,6 +264,9 @@ void WriteMember(Page& page, const Class& type, std::string_view name) {
             page.Entry("Event " + DeclarationText(SpelledTypes(event.declaration)), "");
     for (const Constant& constant : type.constants())
         if (SameName(constant.name, name)) page.Entry(constant.name + " = " + Describe(constant.value), "");
+    const std::string whole = type.name() + '.' + std::string(name);
+    WriteDescription(page, whole);
+    WriteExample(page, whole);
 }
 
 std::vector<std::string> MemberNames(const Class& type) {
@@ -353,6 +371,7 @@ bool DescribeFunction(std::string_view name, const ReferenceRequest& request, st
     page.Heading("Declarations");
     if (functions.empty()) page.Entry(declared, "");
     for (const Method* function : functions) page.Entry(DeclarationText(SpelledTypes(function->declaration)), "");
+    WriteExample(page, name);
     text = request.json && !functions.empty() ? FunctionsAsJson(functions) : page.text();
     return true;
 }

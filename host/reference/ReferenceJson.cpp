@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "host/calls/Declaration.h"
+#include "host/reference/Descriptions.h"
 #include "host/reference/Spelling.h"
 
 namespace host {
@@ -72,11 +73,22 @@ const std::string& NameOf(const Property& property) { return property.name; }
 const std::string& NameOf(const Event& event) { return event.declaration.name; }
 const std::string& NameOf(const Constant& constant) { return constant.name; }
 
+// The sentence and the example of what is described.
+void AddDescription(Json& json, const std::string& name) {
+    const Description* const description = FindDescription(name);
+    if (!description) return;
+    json["description"] = std::string(description->sentence);
+    json["example"] = description->example;
+}
+
 template <class Member>
-Json JsonOf(const std::deque<Member>& members, const Wanted& wanted) {
+Json JsonOf(const std::deque<Member>& members, const Class& type, const Wanted& wanted) {
     Json json = Json::array();
-    for (const Member& member : members)
-        if (wanted(NameOf(member))) json.push_back(JsonOf(member));
+    for (const Member& member : members) {
+        if (!wanted(NameOf(member))) continue;
+        json.push_back(JsonOf(member));
+        AddDescription(json.back(), type.name() + '.' + NameOf(member));
+    }
     return json;
 }
 
@@ -87,11 +99,12 @@ Json JsonOf(const Class& type, const Wanted& wanted) {
         json["flags"] = definition->flags;
         json["instanceDataSize"] = definition->instanceDataSize;
     }
-    json["methods"] = JsonOf(type.methods(), wanted);
-    json["sharedMethods"] = JsonOf(type.sharedMethods(), wanted);
-    json["properties"] = JsonOf(type.properties(), wanted);
-    json["events"] = JsonOf(type.events(), wanted);
-    json["constants"] = JsonOf(type.constants(), wanted);
+    AddDescription(json, type.name());
+    json["methods"] = JsonOf(type.methods(), type, wanted);
+    json["sharedMethods"] = JsonOf(type.sharedMethods(), type, wanted);
+    json["properties"] = JsonOf(type.properties(), type, wanted);
+    json["events"] = JsonOf(type.events(), type, wanted);
+    json["constants"] = JsonOf(type.constants(), type, wanted);
     return json;
 }
 
@@ -116,7 +129,10 @@ std::string MemberAsJson(std::span<const Class* const> classes, std::string_view
 
 std::string FunctionsAsJson(std::span<const Method* const> functions) {
     Json json = {{"functions", Json::array()}};
-    for (const Method* function : functions) json["functions"].push_back(JsonOf(function->declaration));
+    for (const Method* function : functions) {
+        json["functions"].push_back(JsonOf(function->declaration));
+        AddDescription(json["functions"].back(), function->declaration.name);
+    }
     return TextOf(json);
 }
 

@@ -116,6 +116,25 @@ std::vector<std::string> ScriptsOn(const fs::path& page) {
     return scripts;
 }
 
+// What stands behind the lines that print.
+std::string PrintedBy(const std::string& script) {
+    std::istringstream lines(script);
+    std::string printed;
+    for (std::string line; std::getline(lines, line);)
+        if (const std::size_t mark = line.find(" ' "); mark != std::string::npos)
+            printed += line.substr(mark + 3) + '\n';
+    return printed;
+}
+
+TEST_F(Pages, EveryPieceOfTheTourPrintsWhatItSays) {
+    const std::vector<std::string> pieces = ScriptsOn(kSite / "pages" / "tour.md");
+    EXPECT_GE(pieces.size(), 12u);
+    for (const std::string& piece : pieces) {
+        std::ofstream(folder_ / "piece.rbs") << piece;
+        EXPECT_EQ(Run({(folder_ / "piece.rbs").string()}), PrintedBy(piece)) << piece;
+    }
+}
+
 TEST_F(Pages, EveryStepOfTheTutorialRuns) {
     const std::vector<std::string> steps = ScriptsOn(kSite / "pages" / "tutorial.md");
     ASSERT_EQ(steps.size(), 6u);
