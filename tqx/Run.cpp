@@ -83,14 +83,15 @@ int Run(const Settings& settings, const RunSettings& run) {
     std::setvbuf(stdout, nullptr, _IOLBF, 0);  // each line is seen when it is printed, in a pipe too
     NotePluginFiles();
     HandleSignals();
-    StatusLine status(isatty(STDERR_FILENO) != 0);
+    const bool onTerminal = isatty(STDERR_FILENO) != 0;
+    StatusLine status(onTerminal);
     const auto complain = [&status](std::string_view text) { status.Around([text] { Complain(text); }); };
     script::Explainer explainer(source->path, ClassesOfPlugins(), complain);
     script::RunOptions options;
     options.print = [&status](std::string_view line) { status.Around([line] { Print(line); }); };
     options.write = [&status](std::string_view text) { status.Around([text] { host::WriteStandardOutput(text); }); };
     options.complain = complain;
-    options.observers.push_back(&status);
+    if (onTerminal) options.observers.push_back(&status);
     options.leaks = run.leaks;
     if (run.explain) options.observers.push_back(&explainer);
     return EndAfterSignals(script::RunScript(*source, options));

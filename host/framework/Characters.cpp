@@ -4,6 +4,7 @@
 #include <utf8proc.h>
 
 #include <algorithm>
+#include <cstring>
 #include <memory>
 
 #include "host/objects/CodePoints.h"
@@ -27,9 +28,26 @@ std::size_t CharacterLength(std::string_view rest, sdk::Encoding encoding) {
 
 char32_t FirstCharacter(std::string_view rest, sdk::Encoding encoding) { return FirstCodePoint(rest, encoding).code; }
 
+namespace {
+
+// How many bytes of ASCII a text begins with.
+std::size_t AsciiPrefix(std::string_view text) {
+    std::size_t at = 0;
+    for (std::uint64_t eight; at + sizeof(eight) <= text.size(); at += sizeof(eight)) {
+        std::memcpy(&eight, text.data() + at, sizeof(eight));
+        if (eight & 0x8080808080808080u) break;
+    }
+    while (at < text.size() && static_cast<signed char>(text[at]) >= 0) ++at;
+    return at;
+}
+
+}  // namespace
+
 std::int64_t CharacterCount(std::string_view text, sdk::Encoding encoding) {
     if (HasOneByteCharacters(encoding)) return static_cast<std::int64_t>(text.size());
-    std::int64_t count = 0;
+    const std::size_t ascii = encoding == sdk::Encoding::Utf8 ? AsciiPrefix(text) : 0;
+    text.remove_prefix(ascii);
+    auto count = static_cast<std::int64_t>(ascii);
     for (; !text.empty(); ++count) text.remove_prefix(CharacterLength(text, encoding));
     return count;
 }
@@ -38,6 +56,11 @@ std::size_t BytesOfCharacters(std::string_view text, sdk::Encoding encoding, std
     if (count <= 0) return 0;
     if (HasOneByteCharacters(encoding)) return std::min(text.size(), static_cast<std::size_t>(count));
     std::string_view rest = text;
+    if (encoding == sdk::Encoding::Utf8) {
+        const std::size_t ascii = AsciiPrefix(text.substr(0, static_cast<std::size_t>(count)));
+        rest.remove_prefix(ascii);
+        count -= static_cast<std::int64_t>(ascii);
+    }
     for (; !rest.empty() && count > 0; --count) rest.remove_prefix(CharacterLength(rest, encoding));
     return text.size() - rest.size();
 }

@@ -5,6 +5,7 @@
 
 #include "host/calls/Call.h"
 #include "host/framework/Containers.h"
+#include "host/framework/QuickForms.h"
 #include "host/framework/Support.h"
 #include "host/framework/ValueKey.h"
 
@@ -83,9 +84,7 @@ sdk::Object* Lookup(sdk::Object* object, sdk::Object* key, sdk::Object* other) {
 
 // A key that is there keeps its place and its spelling. The old value goes last: its destructor may
 // use this dictionary.
-void SetValue(sdk::Object* object, sdk::Object* key, sdk::Object* value) {
-    const Value newKey = ValueIn(key);
-    Value held = ValueIn(value);
+void Store(sdk::Object* object, const Value& newKey, Value held) {
     if (const std::size_t place = Find(object, newKey); place != kNone) return std::swap(ValuesOf(object)[place], held);
     Values &keys = KeysOf(object), &values = ValuesOf(object);
     MakeRoom(keys);
@@ -93,6 +92,10 @@ void SetValue(sdk::Object* object, sdk::Object* key, sdk::Object* value) {
     PlacesOf(object)[KeyOf(newKey)] = keys.size();
     keys.push_back(newKey);
     values.push_back(std::move(held));
+}
+
+void SetValue(sdk::Object* object, sdk::Object* key, sdk::Object* value) {
+    Store(object, ValueIn(key), ValueIn(value));
 }
 
 void Remove(sdk::Object* object, sdk::Object* boxedKey) {
@@ -146,9 +149,40 @@ sdk::Object* Clone(sdk::Object* object) {
     return copy.Detach();
 }
 
+// --- Forms for scripts, whose variants need no boxes ----------------------------------------
+
+void QuickValue(Object* object, const Value* const* arguments, Value& result) {
+    const std::size_t place = Find(object, *arguments[0]);
+    if (place == kNone) FailKey(*arguments[0]);
+    result = Value(ValuesOf(object)[place]);
+}
+
+void QuickLookup(Object* object, const Value* const* arguments, Value& result) {
+    const std::size_t place = Find(object, *arguments[0]);
+    result = Value(place == kNone ? *arguments[1] : ValuesOf(object)[place]);
+}
+
+void QuickHasKey(Object* object, const Value* const* arguments, Value& result) {
+    result.bits() = Find(object, *arguments[0]) != kNone;
+}
+
+void QuickStore(Object* object, const Value* const* arguments, Value&) {
+    const auto keepAlive = Ref<Object>::Share(object);
+    const Value key = *arguments[0];
+    Store(object, key, *arguments[1]);
+}
+
+void AddQuickForms() {
+    AddQuickForm(Guarded<&SetValue>, &QuickStore);
+    AddQuickForm(Guarded<&GetValue>, &QuickValue);
+    AddQuickForm(Guarded<&Lookup>, &QuickLookup);
+    AddQuickForm(Guarded<&HasKey>, &QuickHasKey);
+}
+
 }  // namespace
 
 void RegisterDictionary(Runtime& runtime) {
+    AddQuickForms();
     constexpr std::int32_t kFlags = sdk::kMemberPortable;
     static const sdk::MethodRecord methods[] = {
         sdk::AssignableMethod<"Value(key as Variant) as Variant", Guarded<&GetValue>, Guarded<&SetValue>>(kFlags),

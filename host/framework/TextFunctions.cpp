@@ -7,9 +7,11 @@
 
 #include <algorithm>
 #include <cctype>
+#include <charconv>
 
 #include "host/framework/Characters.h"
 #include "host/framework/NumberText.h"
+#include "host/framework/QuickForms.h"
 #include "host/framework/Support.h"
 
 namespace host {
@@ -221,9 +223,75 @@ sdk::String* BitsOf(Integer value) {
     return InBase(static_cast<std::make_unsigned_t<Integer>>(value), Shift);
 }
 
+// --- Forms for scripts ----------------------------------------------------------------------
+
+std::int32_t WholeIn(const Value& value) { return static_cast<std::int32_t>(value.bits()); }
+
+// Where a text is that the result is written over, nothing else of it is needed any more.
+void QuickMid(Object*, const Value* const* arguments, Value& result) {
+    String* const text = arguments[0]->string();
+    const std::int64_t before = std::max<std::int64_t>(WholeIn(*arguments[1]), 1) - 1;
+    const std::size_t from = BytesOfCharacters(text, before);
+    const std::size_t to = BytesOfCharacters(text, before + std::max<std::int64_t>(WholeIn(*arguments[2]), 0));
+    PutText(result, Bytes(text).substr(from, to - from), EncodingOf(text));
+}
+
+void QuickMidB(Object*, const Value* const* arguments, Value& result) {
+    String* const text = arguments[0]->string();
+    const std::string_view bytes = Bytes(text);
+    const auto from = static_cast<std::size_t>(std::max<std::int64_t>(WholeIn(*arguments[1]), 1) - 1);
+    const auto length = static_cast<std::size_t>(std::max(WholeIn(*arguments[2]), 0));
+    PutText(result, bytes.substr(std::min(from, bytes.size()), length), EncodingOf(text));
+}
+
+void QuickLeft(Object*, const Value* const* arguments, Value& result) {
+    String* const text = arguments[0]->string();
+    PutText(result, Bytes(text).substr(0, BytesOfCharacters(text, WholeIn(*arguments[1]))), EncodingOf(text));
+}
+
+void QuickLen(Object*, const Value* const* arguments, Value& result) {
+    result.bits() = Count(CharacterCount(arguments[0]->string()));
+}
+
+void QuickLenB(Object*, const Value* const* arguments, Value& result) {
+    result.bits() = static_cast<std::int64_t>(arguments[0]->text().size());
+}
+
+void QuickAsc(Object*, const Value* const* arguments, Value& result) { result.bits() = Asc(arguments[0]->string()); }
+
+void QuickAscB(Object*, const Value* const* arguments, Value& result) { result.bits() = AscB(arguments[0]->string()); }
+
+void QuickChr(Object*, const Value* const* arguments, Value& result) {
+    const std::int32_t code = WholeIn(*arguments[0]);
+    const char letter = static_cast<char>(code);
+    if (code > 0 && code < 0x80)
+        PutText(result, {&letter, 1}, sdk::Encoding::Utf8);
+    else
+        result = Value(Ref<String>::Adopt(FromPlugin(Chr(code))));
+}
+
+void QuickStr(Object*, const Value* const* arguments, Value& result) {
+    char digits[24];
+    const auto [end, error] = std::to_chars(digits, digits + sizeof(digits), arguments[0]->bits());
+    PutText(result, {digits, static_cast<std::size_t>(end - digits)}, sdk::Encoding::Utf8);
+}
+
+void AddQuickForms() {
+    AddQuickForm(Guarded<&Mid>, &QuickMid);
+    AddQuickForm(Guarded<&MidB>, &QuickMidB);
+    AddQuickForm(Guarded<&Left>, &QuickLeft);
+    AddQuickForm(Guarded<&Len>, &QuickLen);
+    AddQuickForm(Guarded<&LenB>, &QuickLenB);
+    AddQuickForm(Guarded<&Asc>, &QuickAsc);
+    AddQuickForm(Guarded<&AscB>, &QuickAscB);
+    AddQuickForm(Guarded<&Chr>, &QuickChr);
+    AddQuickForm(Guarded<&StrOfInteger>, &QuickStr);
+}
+
 }  // namespace
 
 void RegisterTextFunctions(Runtime& runtime) {
+    AddQuickForms();
     static const sdk::MethodRecord functions[] = {
         sdk::SharedMethod<"Len(text as string) as integer", Guarded<&Len>>(sdk::kMemberPortable),
         sdk::SharedMethod<"LenB(text as string) as integer", Guarded<&LenB>>(sdk::kMemberPortable),

@@ -13,38 +13,83 @@ namespace {
 
 sdk::Encoding EncodingOfText(sdk::String* text) { return EncodingOf(FromPlugin(text)); }
 
-// Two texts, brought to where they can be compared: by characters or by bytes.
+bool IsAscii(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+std::string LowerAscii(std::string_view text) {
+    std::string lower(text);
+    for (char& c : lower)
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    return lower;
+}
+
+bool HasLetters(std::string_view text) {
+    return std::any_of(text.begin(), text.end(), [](char c) { return (c | 0x20) >= 'a' && (c | 0x20) <= 'z'; });
+}
+
+bool IsNarrow(sdk::Encoding encoding) { return encoding == sdk::Encoding::Utf8 || encoding == sdk::Encoding::Ascii; }
+
+// Two texts, brought to where they can be compared: by characters or by bytes. Where each character is one
+// byte, the bytes are searched as they are, or in lower case.
 class Search {
   public:
     Search(sdk::String* text, sdk::String* wanted, bool byBytes)
-        : bytes_(Bytes(text)),
-          encoding_(byBytes ? sdk::Encoding::None : EncodingOfText(text)),
-          text_(Fold(bytes_, encoding_)) {
+        : bytes_(Bytes(text)), encoding_(byBytes ? sdk::Encoding::None : EncodingOfText(text)) {
+        const bool exact = encoding_ == sdk::Encoding::None;
+        if (exact || AreAscii(wanted))
+            SearchBytes(Bytes(wanted), exact || !HasLetters(Bytes(wanted)));
+        else
+            SearchCharacters(wanted);
+    }
+    Search(const Search&) = delete;
+    Search& operator=(const Search&) = delete;
+
+    static constexpr std::size_t kNone = std::u32string::npos;
+
+    // The index of the first character of the next match from one on; kNone when there is none.
+    std::size_t Find(std::size_t from) const {
+        return byBytes_ ? searched_.find(wantedBytes_, from) : text_.characters.find(wanted_, from);
+    }
+
+    std::size_t WantedLength() const { return byBytes_ ? wantedBytes_.size() : wanted_.size(); }
+    std::size_t Length() const { return byBytes_ ? bytes_.size() : text_.characters.size(); }
+
+    // The bytes between two characters.
+    std::string_view Between(std::size_t from, std::size_t to) const {
+        if (byBytes_) return bytes_.substr(from, to - from);
+        return bytes_.substr(text_.starts[from], text_.starts[to] - text_.starts[from]);
+    }
+
+  private:
+    bool AreAscii(sdk::String* wanted) const {
         const sdk::Encoding own = EncodingOfText(wanted);
+        const bool narrow = IsNarrow(encoding_) && (IsNarrow(own) || own == sdk::Encoding::None);
+        return narrow && IsAscii(Bytes(wanted)) && IsAscii(bytes_);
+    }
+
+    void SearchBytes(std::string_view wanted, bool asTheyAre) {
+        byBytes_ = true;
+        if (!asTheyAre) lower_ = LowerAscii(bytes_);
+        searched_ = asTheyAre ? bytes_ : std::string_view(lower_);
+        wantedBytes_ = asTheyAre ? std::string(wanted) : LowerAscii(wanted);
+    }
+
+    void SearchCharacters(sdk::String* wanted) {
+        text_ = Fold(bytes_, encoding_);
         // Text is looked for in the encoding of where it is looked for.
-        const bool convert =
-            !byBytes && own != encoding_ && own != sdk::Encoding::None && encoding_ != sdk::Encoding::None;
+        const sdk::Encoding own = EncodingOfText(wanted);
+        const bool convert = own != encoding_ && own != sdk::Encoding::None;
         const Ref<String> converted =
             convert ? ConvertEncoding(Ref<String>::Share(FromPlugin(wanted)), encoding_) : Ref<String>();
         wanted_ = Fold(convert ? Bytes(converted) : Bytes(wanted), encoding_).characters;
     }
 
-    static constexpr std::size_t kNone = std::u32string::npos;
-
-    // The index of the first character of the next match from one on; kNone when there is none.
-    std::size_t Find(std::size_t from) const { return text_.characters.find(wanted_, from); }
-
-    std::size_t WantedLength() const { return wanted_.size(); }
-    std::size_t Length() const { return text_.characters.size(); }
-
-    // The bytes between two characters.
-    std::string_view Between(std::size_t from, std::size_t to) const {
-        return bytes_.substr(text_.starts[from], text_.starts[to] - text_.starts[from]);
-    }
-
-  private:
     std::string_view bytes_;
     sdk::Encoding encoding_;
+    bool byBytes_ = false;
+    std::string lower_, wantedBytes_;
+    std::string_view searched_;  // bytes_ or lower_
     FoldedText text_;
     std::u32string wanted_;
 };
@@ -116,7 +161,8 @@ void ForEachField(const Search& search, const Visit& visit) {
 
 sdk::Array* Split(sdk::String* text, sdk::String* delimiter) {
     const Search search(text, delimiter, false);
-    Ref<Array> parts = MakeArray(TypeNamed("String"));
+    static const Type element = TypeNamed("String");
+    Ref<Array> parts = MakeArray(element);
     ForEachField(search, [&](std::size_t from, std::size_t to) {
         parts->values.push_back(Value(MakeString(search.Between(from, to), EncodingOfText(text))));
         return true;

@@ -1,7 +1,6 @@
 // Guard bytes around a block, written, tested and poisoned.
 #include "host/objects/GuardedMemory.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -39,7 +38,11 @@ std::size_t SizeOf(const void* memory) {
 }
 
 bool IsGuard(const std::uint8_t* bytes) {
-    return std::all_of(bytes, bytes + kGuardSize, [](std::uint8_t byte) { return byte == kGuardByte; });
+    std::uint64_t halves[2];
+    static_assert(sizeof(halves) == kGuardSize);
+    std::memcpy(halves, bytes, sizeof(halves));
+    constexpr std::uint64_t kWhole = 0x0101010101010101u * kGuardByte;
+    return halves[0] == kWhole && halves[1] == kWhole;
 }
 
 void Poison(void* memory, std::size_t size) {
@@ -52,11 +55,39 @@ void Unpoison(const void* memory, std::size_t size) {
     ASAN_UNPOISON_MEMORY_REGION(static_cast<const std::uint8_t*>(memory) + size, kGuardSize);
 }
 
+// Short texts come and go a million times: the memory of a few small allocations is kept for the next ones.
+// A sanitizer wants to see each.
+#if defined(__SANITIZE_ADDRESS__) || TQX_HAS_FEATURE(address_sanitizer)
+constexpr std::size_t kMostSmall = 0;
+#else
+constexpr std::size_t kMostSmall = 64;
+#endif
+constexpr std::size_t kMostKept = 64;
+void* kept[kMostKept];
+std::size_t keptCount = 0;
+
+bool IsSmall(std::size_t size) { return size > 0 && size <= kMostSmall; }
+
+// Zero bytes for a front, as many bytes and the guard behind; null when memory is short.
+void* TakeMemory(std::size_t size) {
+    if (!IsSmall(size)) return std::calloc(1, kFrontSize + size + kGuardSize);
+    constexpr std::size_t kWhole = kFrontSize + kMostSmall + kGuardSize;
+    if (keptCount == 0) return std::calloc(1, kWhole);
+    return std::memset(kept[--keptCount], 0, kWhole);
+}
+
+void GiveMemory(void* memory, std::size_t size) {
+    if (IsSmall(size) && keptCount < kMostKept)
+        kept[keptCount++] = memory;
+    else
+        std::free(memory);
+}
+
 }  // namespace
 
 void* AllocateGuarded(std::size_t size) {
     if (size > SIZE_MAX / 2) return nullptr;
-    auto* front = static_cast<std::uint8_t*>(std::calloc(1, kFrontSize + size + kGuardSize));
+    auto* front = static_cast<std::uint8_t*>(TakeMemory(size));
     if (!front) return nullptr;
     std::uint8_t* memory = front + kFrontSize;
     std::memcpy(front, &size, sizeof(size));
@@ -80,8 +111,9 @@ bool GuardsAreWhole(const void* memory) {
 void FreeGuarded(void* memory) {
     if (!memory) return;
     if (!GuardsAreWhole(memory)) ++brokenGuards;
-    Unpoison(memory, SizeOf(memory));
-    std::free(Front(memory));
+    const std::size_t size = SizeOf(memory);
+    Unpoison(memory, size);
+    GiveMemory(Front(memory), size);
 }
 
 std::int64_t BrokenGuardCount() { return brokenGuards; }

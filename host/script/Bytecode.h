@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "host/framework/QuickForms.h"
 #include "host/objects/Class.h"
 #include "host/objects/Value.h"
 #include "host/script/Diagnostics.h"
@@ -122,6 +123,7 @@ static_assert(sizeof(Instruction) == 8);
 struct CallSite {
     RoutineSymbol* routine = nullptr;
     const host::Method* native = nullptr;
+    host::QuickForm quick = nullptr;  // of the native method
     bool hasReceiver = false;
     std::vector<std::uint16_t> arguments;
     // The class that a virtual call met last, and what it called there.

@@ -138,6 +138,7 @@ class Machine {
     void EnterDelegate(Instruction instruction, const Function& caller, host::Value* r);
     void AddHandler(Instruction instruction, const Function& function, host::Value* r);
     const Function& CodeOf(const host::Value& delegate, host::Value& target) const;
+    bool CallQuick(const CallSite& site, host::Value* r, std::uint16_t target);
     void CallNative(Instruction instruction, const Function& function, host::Value* r);
     void CallSetter(Instruction instruction, const Function& function, host::Value* r);
     void GetProperty(Instruction instruction, const Function& function, host::Value* r);

@@ -124,6 +124,7 @@ void Machine::RefuseHusk(const MemberUse& use) {
 // Whatever becomes of the work, the observers see its end.
 template <class Work>
 Value Machine::Observe(const MemberUse& use, const Work& work) {
+    if (observers.empty()) return work();
     Value result;
     const auto end = [&] {
         for (MemberObserver* observer : observers) observer->After(use, result);
@@ -139,8 +140,21 @@ Value Machine::Observe(const MemberUse& use, const Work& work) {
     return result;
 }
 
+// Calls a member's form for scripts. False where the object is none that has members, which CallNative tells.
+bool Machine::CallQuick(const CallSite& site, Value* r, std::uint16_t target) {
+    host::Object* const self = ReceiverOf(site, r);
+    if (site.hasReceiver && (!self || self->destroyed)) return false;
+    const Value* arguments[host::kMostQuickArguments];
+    const std::size_t first = site.hasReceiver ? 1 : 0;
+    for (std::size_t i = first; i < site.arguments.size(); ++i) arguments[i - first] = &r[site.arguments[i]];
+    Value unwanted;
+    site.quick(self, arguments, target == kNoRegister ? unwanted : r[target]);
+    return true;
+}
+
 void Machine::CallNative(Instruction instruction, const Function& function, Value* r) {
     const CallSite& site = function.sites[instruction.Number()];
+    if (site.quick && CallQuick(site, r, instruction.a)) return;
     Arguments arguments(site, r);
     MemberUse use{.method = site.native, .self = ReceiverOf(site, r), .arguments = arguments.All(), .at = Here()};
     if (site.hasReceiver && !use.self) FailOnNil(use, "is called on");
@@ -152,6 +166,7 @@ void Machine::CallNative(Instruction instruction, const Function& function, Valu
 
 void Machine::CallSetter(Instruction instruction, const Function& function, Value* r) {
     const CallSite& site = function.sites[instruction.Number()];
+    if (site.quick && CallQuick(site, r, kNoRegister)) return;
     Arguments all(site, r);
     const std::span<Value> arguments = all.All().first(all.All().size() - 1);
     const Value& assigned = all.All().back();
