@@ -76,7 +76,9 @@ HeldFile* Hold(int descriptor, const struct stat& status) {
 
 std::int64_t PageSize() { return 4096; }
 
-std::uint8_t* MapFileWindow(int descriptor, std::int64_t offset, std::int64_t) {
+std::int64_t PageFaults() { return 0; }
+
+std::uint8_t* MapFileWindow(int descriptor, std::int64_t offset, std::int64_t, bool) {
     struct stat status;
     if (fstat(descriptor, &status) != 0 || offset < 0 || offset >= status.st_size) return nullptr;
     LetIdleGo(status.st_ino);

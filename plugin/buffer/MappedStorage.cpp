@@ -46,8 +46,20 @@ void SetWindowSize(PixelBuffer& buffer, std::int32_t wanted) {
     buffer.windowRows = buffer.RowSize > 0 ? buffer.MappingBlockSize / buffer.RowSize : buffer.Height;
 }
 
+// A window of which every other page at least was waited for is one that is written page by page; of
+// one that is read the system brings some at once, and large ones are few. So the next few windows are taken
+// for written ones too, and the one after them tells anew.
+void LearnFromWindow(PixelBuffer& buffer) {
+    constexpr std::int32_t kWindows = 4;
+    if (buffer.windowsToBringIn > 0)
+        --buffer.windowsToBringIn;
+    else if (platform::PageFaults() - buffer.faultsBefore >= buffer.MappingBlockSize / pageSize / 2)
+        buffer.windowsToBringIn = kWindows;
+}
+
 void UnmapWindow(PixelBuffer& buffer) {
     if (!buffer.windowMapped) return;
+    LearnFromWindow(buffer);
     buffer.windowMapped = false;
     platform::UnmapFileWindow(buffer.data, std::int64_t{buffer.firstMappedRow} * buffer.RowSize,
                               buffer.MappingBlockSize);
@@ -73,9 +85,10 @@ std::int64_t FirstRowOfWindow(const PixelBuffer& buffer, std::int64_t row) {
 bool MapWindow(PixelBuffer& buffer, std::int64_t row) {
     UnmapWindow(buffer);
     const std::int64_t first = FirstRowOfWindow(buffer, row);
-    std::uint8_t* const window =
-        platform::MapFileWindow(buffer.fileDescriptor, first * buffer.RowSize, buffer.MappingBlockSize);
+    std::uint8_t* const window = platform::MapFileWindow(buffer.fileDescriptor, first * buffer.RowSize,
+                                                         buffer.MappingBlockSize, buffer.windowsToBringIn > 0);
     if (!window) return false;
+    buffer.faultsBefore = platform::PageFaults();
     buffer.data = window;
     buffer.firstMappedRow = Saturate(first);
     buffer.lastMappedRow = Saturate(first + buffer.windowRows - 1);

@@ -70,6 +70,8 @@ struct PixelBuffer {
     RowAddressOperation rowAddress;  // null while there is no storage
     std::int32_t firstMappedRow;     // storage rows of the window; -1: none
     std::int32_t lastMappedRow;
+    std::int64_t faultsBefore;       // the window was mapped
+    std::int32_t windowsToBringIn;   // windows that come with all their pages; see MappedStorage
     std::int32_t windowRows;         // rows of one window; of unmapped storage, all its rows
     std::int32_t storageRows;        // rows that the storage has
     std::int32_t rowsAtHand;         // of a picture in the making: those from the top that were cleared,

@@ -1,6 +1,7 @@
 // Windows of files, and how many mappings they take.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -91,6 +92,33 @@ TEST_F(FileWindow, TakesNoMoreThanTheLargePagesThatItTouches) {
 TEST_F(FileWindow, MayReachPastTheFile) {
     const std::int64_t last = (kPages - 1) * kPage;
     std::uint8_t* const window = MapFileWindow(file_, last, 3 * kLargePage);
+    ASSERT_TRUE(window);
+    EXPECT_EQ(NumberAt(window), kPages - 1);
+    UnmapFileWindow(window, last, 3 * kLargePage);
+}
+
+// Faults of a write to each page of a window over a file of small pages.
+std::int64_t FaultsOfWriting(std::int64_t pages, bool bringIn) {
+    const int file = memfd_create("tqx-test", MFD_CLOEXEC);
+    EXPECT_EQ(ftruncate(file, pages * kPage), 0);
+    std::uint8_t* const window = MapFileWindow(file, 0, pages * kPage, bringIn);
+    const std::int64_t before = PageFaults();
+    for (std::int64_t page = 0; page < pages; ++page) window[page * kPage] = 1;
+    const std::int64_t faults = PageFaults() - before;
+    UnmapFileWindow(window, 0, pages * kPage);
+    close(file);
+    return faults;
+}
+
+TEST(FileWindowPages, ComeInAtOnceIfTheyAreToBeWritten) {
+    constexpr std::int64_t kSmallPages = 1024;
+    if (FaultsOfWriting(kSmallPages, false) < kSmallPages / 2) GTEST_SKIP() << "files in memory have large pages here";
+    EXPECT_LT(FaultsOfWriting(kSmallPages, true), kSmallPages / 8);
+}
+
+TEST_F(FileWindow, ReachesPastTheFileAlsoWhenItsPagesComeAtOnce) {
+    const std::int64_t last = (kPages - 1) * kPage;
+    std::uint8_t* const window = MapFileWindow(file_, last, 3 * kLargePage, true);
     ASSERT_TRUE(window);
     EXPECT_EQ(NumberAt(window), kPages - 1);
     UnmapFileWindow(window, last, 3 * kLargePage);
