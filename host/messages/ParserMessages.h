@@ -46,6 +46,7 @@ struct ParserMessages {
     Message exceptionBlockPlace = {"an Exception block stands at the end of a Sub, Function or Event", "Exception stands in a block, or outside of any routine", "use Try and Catch there"};
     Message noBeginning = {"… has no beginning here…", "the end or the middle of a block that was not opened", "delete it, or write the beginning"};
     Message blocksTooDeep = {"blocks are nested too deeply; move the inner ones to a Sub", "too many blocks in each other", "make a Sub or Function of the inner ones"};
+    Message declarationsTooDeep = {"declarations are nested too deeply", "more than a hundred modules or classes in each other", "move the inner ones out"};
     Message expectedEnd = {"expected … for the …, found …", "a block is ended by another word than it asks for", "look whether an inner block lacks its end"};
     Message newHasValue = {"a variable declared As New has its value already", "= stands behind As New", "delete New or the value"};
     Message expectedComparison = {"expected a comparison after Is (Case Is < 5), found …", "Is stands before =, <>, <, >, <= or >=", "write one, or delete Is"};

@@ -101,7 +101,7 @@ class Deeper {
 void Parser::ParseTypeDeclaration(const std::string& enclosing) {
     const auto* row = std::find_if(std::begin(kTypeWords), std::end(kTypeWords),
                                    [this](const TypeWord& candidate) { return AtWord(candidate.word); });
-    if (declarationDepth_ >= kDeepestBlock) Fail("declarations are nested too deeply");
+    if (declarationDepth_ >= kDeepestBlock) Fail(kParserSays.declarationsTooDeep());
     const Deeper deeper(declarationDepth_);
     ClassDeclaration declaration;
     declaration.form = row->form;

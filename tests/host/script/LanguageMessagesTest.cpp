@@ -225,9 +225,13 @@ std::vector<std::string> AllTold() {
     add("\x01\n");
     add("Print " + std::string(5000, '(') + '1' + std::string(5000, ')') + '\n');
     add("#If " + std::string(5000, '(') + "True" + std::string(5000, ')') + "\n#EndIf\n");
-    std::string blocks;
-    for (int i = 0; i < 5000; ++i) blocks += "While True\n";
-    add(blocks);
+    const auto repeated = [](const std::string& line) {
+        std::string lines;
+        for (int i = 0; i < 5000; ++i) lines += line;
+        return lines;
+    };
+    add(repeated("While True\n"));
+    add(repeated("Class C\n"));
     return told;
 }
 
