@@ -26,13 +26,15 @@ std::optional<rows::Conversion> ChooseScaling(const PixelBuffer& source, const P
 // first of them are kept, which for most pictures are all.
 class RowScaler {
   public:
-    RowScaler(const rows::Conversion& conversion, std::int32_t sourceWidth, std::int32_t width)
+    // `height` is how many rows will be made.
+    RowScaler(const rows::Conversion& conversion, std::int32_t sourceWidth, std::int32_t width, std::int32_t height)
         : whole_(rows::PlanConversion(conversion)),
           step_(static_cast<double>(sourceWidth) / width),
           sourceWidth_(sourceWidth),
           width_(width) {
         picks_ = whole_.from.IsCompact() && whole_.from.size <= 4;
-        if (picks_) packed_ = rows::PlanConversion(Packed(conversion));
+        const std::int64_t bytes = std::int64_t{width} * height * conversion.to.pixelSize;
+        if (picks_) packed_ = rows::PlanConversion(Packed(conversion), bytes);
     }
 
     void Scale(const std::uint8_t* source, std::uint8_t* destination) {
@@ -95,7 +97,8 @@ class RowScaler {
 
 void ScaleRows(RowCursor& source, RowCursor& destination, const rows::Conversion& conversion, std::int32_t width,
                std::int32_t height) {
-    RowScaler scaler(conversion, source->Width, width);
+    const rows::StreamsEnd end;
+    RowScaler scaler(conversion, source->Width, width, height);
     RowPairs pairs(source, destination);
     const double step = static_cast<double>(source->Height) / height;
     const RowRange range = CommonRows(destination.Rows(), {0, height});

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "plugin/rows/AskFor.h"
 #include "plugin/rows/Blocks.h"
 #include "plugin/rows/Forms.h"
 
@@ -183,6 +184,8 @@ void TradeEnds(const MovePlan& plan, std::uint8_t* left, std::uint8_t* right, st
     std::uint8_t leftCopy[kMostBytes];
     std::uint8_t rightCopy[kMostBytes];
     const auto size = static_cast<std::size_t>(plan.to.Extent(count));
+    AskFor(left + 2 * kMostBytes, kMostBytes);  // what the next ends but one are
+    AskFor(right - 2 * kMostBytes, kMostBytes);
     std::memcpy(leftCopy, left, size);
     std::memcpy(rightCopy, right, size);
     plan.form(plan, rightCopy, left, count, true);
