@@ -32,8 +32,12 @@ struct CellBytes {
     std::uint8_t highest[4 * kMostCells + 64];  // a register can be loaded from anywhere in a period
 
     CellBytes(const DitherPlan& plan, const DitherJob& job) : period(job.cells.size * job.channels), highest{} {
-        for (std::int32_t i = 0; i < period + 64; ++i)
-            highest[i] = plan.highest[job.cells.threshold[i % period / job.channels]];
+        std::uint8_t* to = highest;
+        for (std::int32_t cell = 0; cell < job.cells.size; ++cell, to += job.channels)
+            std::fill_n(to, job.channels, plan.highest[job.cells.threshold[cell]]);
+        const std::int32_t end = period + 64;
+        for (std::int32_t known = period; known < end; known *= 2)
+            std::copy_n(highest, std::min(known, end - known), highest + known);
     }
 };
 
