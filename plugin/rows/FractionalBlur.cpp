@@ -125,7 +125,7 @@ bool GiveTheSame(MixWholeFunction* mix, const ThreeTaps& taps, const WholeTaps& 
     for (int sample = 0; sample < 256; ++sample) {
         every.SetSample(sample);
         std::uint8_t exact[kSums], found[kSums];
-        LoopForms<Mixing>::Plain(taps, every.first, every.sample, every.second, kSums, exact);
+        LoopForms<Mixing>::kTable.Chosen()(taps, every.first, every.sample, every.second, kSums, exact);
         mix(whole, every.first, every.sample, every.second, kSums, found);
         if (std::memcmp(exact, found, kSums) != 0) return false;
     }
@@ -141,7 +141,7 @@ bool FindWholeTaps(MixWholeFunction* mix, const ThreeTaps& taps, WholeTaps* whol
     for (int sample = 0; sample < 256; ++sample) {
         every.SetSample(sample);
         std::uint8_t exact[kSums];
-        LoopForms<Mixing>::Plain(taps, every.first, every.sample, every.second, kSums, exact);
+        LoopForms<Mixing>::kTable.Chosen()(taps, every.first, every.sample, every.second, kSums, exact);
         for (int sum = 0; sum < kSums; ++sum) {
             const std::int32_t product = (sum - 2 * sample) * whole->gain;
             const int reached = sample + ((product + kTie) >> kFractionBits);

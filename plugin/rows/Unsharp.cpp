@@ -60,7 +60,7 @@ struct Outcomes {
         std::uint8_t references[256];
         std::fill_n(references, 256, static_cast<std::uint8_t>(reference));
         for (int i = 0; i < 256; ++i) of[i] = static_cast<std::uint8_t>(i);
-        LoopForms<Sharpening>::Plain(rule, references, 256, of);
+        LoopForms<Sharpening>::kTable.Chosen()(rule, references, 256, of);
     }
 };
 
