@@ -34,7 +34,7 @@ struct Session::State {
         return [this](std::string_view text) { spoken.Write(text); };
     }
 
-    const Alive before;
+    const Alive before{};
     SpokenLines spoken;
     std::function<void(std::string_view)> complain;
     Source source{"<input>", "\n"};  // all lines so far, behind an empty one

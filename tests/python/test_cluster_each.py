@@ -2,11 +2,16 @@
 
 from __future__ import annotations
 
+import collections
 import os
 import pathlib
+import shutil
+import signal
 import subprocess
 import sys
 import textwrap
+import threading
+import time
 from typing import Any
 
 import numpy as np
@@ -34,6 +39,11 @@ def die_once(source, result):
         mark.touch()
         pathlib.Path(result).touch()
         os._exit(9)
+    brighten(source, result)
+
+def counted(source, result):
+    with open(pathlib.Path(source).parent / "counts", "a") as file:
+        file.write(pathlib.Path(source).name + "\\n")
     brighten(source, result)
 
 def die(source, result):
@@ -71,7 +81,7 @@ def brightened(source: pathlib.Path) -> Any:
 
 
 def assert_all_bright(folder: pathlib.Path, out: pathlib.Path) -> None:
-    names = sorted(path.name for path in folder.glob("[0-9].png"))
+    names = sorted(path.name for path in folder.glob("*.png"))
     assert sorted(path.name for path in out.iterdir()) == names
     for name in names:
         assert np.array_equal(tqx.imread(out / name), brightened(folder / name))
@@ -101,6 +111,35 @@ def test_a_worker_that_dies_costs_a_retry(folder: pathlib.Path) -> None:
     assert ended.returncode == 0, ended.stderr
     assert (folder / "3.png.mark").exists()
     assert_all_bright(folder, folder / "out")
+
+
+def test_a_worker_killed_among_two_hundred_files_costs_retries_alone(folder: pathlib.Path) -> None:
+    """Every result is whole, and no file but those that the worker had is worked on again."""
+    from distributed import LocalCluster
+
+    for i in range(6, 200):
+        shutil.copy(folder / f"{i % 6}.png", folder / f"{i}.png")
+    out = folder / "out"
+    killed = threading.Event()
+
+    def kill_in_the_middle(pid: int) -> None:
+        while not out.exists() or len(list(out.iterdir())) < 60:
+            time.sleep(0.01)
+        os.kill(pid, signal.SIGKILL)
+        killed.set()
+
+    with LocalCluster(n_workers=2, threads_per_worker=1, dashboard_address=None) as cluster:
+        worker = next(iter(cluster.workers.values()))
+        threading.Thread(target=kill_in_the_middle, args=(worker.pid,), daemon=True).start()
+        ended = each(
+            folder, "work.py:counted", "--out", str(out), "--scheduler", cluster.scheduler_address, files="*.png"
+        )
+    assert killed.is_set()
+    assert ended.returncode == 0, ended.stderr
+    assert ended.stdout == "200 done, 0 skipped, 0 failed\n"
+    assert_all_bright(folder, out)
+    times = collections.Counter((folder / "counts").read_text().split())
+    assert len(times) == 200 and max(times.values()) <= 2
 
 
 def test_a_file_that_workers_die_of_fails_alone(folder: pathlib.Path) -> None:

@@ -123,7 +123,8 @@ TEST_F(Signals, LeaveTheScriptsOwnFiles) {
     EXPECT_FALSE(fs::exists(folder_ / "scratch" / "pixels"));
 }
 
-// One signal or two, close together, while pictures come and go.
+// A hundred times, one signal or two, close together, while pictures come and go. After SIGKILL, which leaves
+// scratch files, the next script makes its own under the same names.
 TEST_F(Signals, AtAnyMomentLeaveNoScratchFile) {
     const std::string busy =
         "Print \"started\"\nDim n As Integer\nWhile True\nn = n + 1\n"
@@ -131,18 +132,20 @@ TEST_F(Signals, AtAnyMomentLeaveNoScratchFile) {
         "q.FillRectRGB(&c102030)\np = New PictureTQX(60, 40, PictureTQX.ImageFormatRGBA, 0, folder.Child(\"pixels\"))\n"
         "Wend\n";
     std::mt19937 random(20);
-    for (int i = 0; i < 60; ++i) {
+    for (int i = 0; i < 100; ++i) {
+        const int signal = i % 3 == 0 ? SIGKILL : SIGTERM;
         bool sent = false;
         const Outcome outcome = Run(busy, [&](int process, const Outcome&) {
             if (sent) return;
             sent = true;
-            for (int signal = 0; signal < 1 + i % 2; ++signal) {
+            for (int times = 0; times < 1 + i % 2; ++times) {
                 usleep(random() % 3000);
-                kill(process, SIGTERM);
+                kill(process, signal);
             }
         });
-        ASSERT_EQ(outcome.exitCode, 128 + SIGTERM) << i << outcome.err;
-        ASSERT_TRUE(NothingLeft()) << i;
+        ASSERT_EQ(outcome.exitCode, signal == SIGKILL ? -SIGKILL : 128 + SIGTERM) << i << outcome.err;
+        ASSERT_TRUE(signal == SIGKILL || NothingLeft()) << i;
+        for (const auto& entry : fs::directory_iterator(folder_ / "scratch")) fs::remove(entry.path());
     }
 }
 
