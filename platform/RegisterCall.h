@@ -28,9 +28,16 @@ struct Registers {
     std::array<double, kReal> real;
 };
 
+// The one compiler's sanitizer knows the type of a function that is called.
+#if defined(__clang__)
+#define TQX_CALLS_OTHER_TYPES __attribute__((no_sanitize("function")))
+#else
+#define TQX_CALLS_OTHER_TYPES
+#endif
+
 // Calls a function that gives Result: a type that one register holds, or void.
 template <class Result>
-Result CallInRegisters(void (*function)(), const Registers& in, bool reals) {
+TQX_CALLS_OTHER_TYPES Result CallInRegisters(void (*function)(), const Registers& in, bool reals) {
     using Whole = std::int64_t;
     const auto& w = in.whole;
     if (!reals) {

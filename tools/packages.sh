@@ -8,6 +8,7 @@ build_packages="$python_packages
 test_packages="libgtest-dev libgmock-dev libbenchmark-dev libmpfr-dev valgrind binutils python3 zsh"
 wheel_packages="python3-pip python3-venv python3-skbuild python3-setuptools python3-wheel"
 python_test_packages="python3-pytest python3-pil mypy python3-dask python3-distributed python3-zarr"
+fuzz_packages="clang libclang-rt-14-dev"
 format_packages="clang-format black"
 clang_packages="clang"
 elsewhere_packages="mmdebstrap qemu-user g++-aarch64-linux-gnu g++-s390x-linux-gnu"

@@ -14,6 +14,7 @@
 #include "host/check/Watch.h"
 #include "host/script/Machine.h"
 #include "host/script/Script.h"
+#include "platform/Sanitizer.h"
 #include "tqx/Commands.h"
 #include "tqx/Output.h"
 
@@ -27,7 +28,7 @@ using host::check::RandomProgram;
 using Clock = std::chrono::steady_clock;
 
 // Of processor time. What a sanitizer watches takes several times as long.
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(TQX_ADDRESS_SANITIZER)
 constexpr double kSecondsPerProgram = 60;
 #else
 constexpr double kSecondsPerProgram = 10;
@@ -60,7 +61,7 @@ class CallCount : public script::MemberObserver {
 
 // The sanitizers reserve more addresses than any limit, and have limits of their own.
 void LimitMemory() {
-#if !defined(__SANITIZE_ADDRESS__)
+#if !defined(TQX_ADDRESS_SANITIZER)
     const rlimit memory{kMostMemory, kMostMemory};
     setrlimit(RLIMIT_AS, &memory);
 #endif

@@ -12,9 +12,10 @@
 #include <iostream>
 #include <new>
 
+#include "platform/Sanitizer.h"
 #include "tqx/Output.h"
 
-#ifdef __SANITIZE_ADDRESS__
+#ifdef TQX_ADDRESS_SANITIZER
 // The editing library never frees its copies of the functions' names.
 extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions();
 extern "C" const char* __lsan_default_suppressions() { return "leak:wcsdup"; }

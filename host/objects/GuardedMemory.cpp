@@ -4,14 +4,9 @@
 #include <cstdlib>
 #include <cstring>
 
-#if defined(__has_feature)
-#define TQX_HAS_FEATURE(feature) __has_feature(feature)
-#else
-#define TQX_HAS_FEATURE(feature) 0
-#endif
+#include "platform/Sanitizer.h"
 
-// The one compiler tells by a macro, the other by a feature.
-#if defined(__SANITIZE_ADDRESS__) || TQX_HAS_FEATURE(address_sanitizer)
+#if defined(TQX_ADDRESS_SANITIZER)
 #include <sanitizer/asan_interface.h>
 #else
 #define ASAN_POISON_MEMORY_REGION(address, size) ((void)(address), (void)(size))
