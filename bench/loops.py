@@ -52,6 +52,10 @@ def processor():
     return platform.machine()
 
 
+def version():
+    return run([PYTHON, "--version"])[1].decode().strip()
+
+
 def table(tqx, count):
     with tempfile.NamedTemporaryFile(suffix=".rbs") as empty:
         start = measure([tqx, "run", empty.name], [PYTHON, empty.name], 2 * count + 1)
@@ -62,7 +66,7 @@ def table(tqx, count):
         lines.append(f"| {script.stem.replace('_', ' ')} | {ours:.0f} | {theirs:.0f} | {ours / theirs:.2f} |")
         print(lines[-1], file=sys.stderr)
     lines.append(f"| an empty program | {start[0]:.1f} | {start[1]:.1f} | {start[0] / start[1]:.2f} |")
-    head = f"{processor()}, Python {platform.python_version()}, medians of {count} runs.\n\n"
+    head = f"{processor()}, {version()}, medians of {count} runs.\n\n"
     return head + "\n".join(lines) + "\n"
 
 
