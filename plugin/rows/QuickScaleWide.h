@@ -71,6 +71,23 @@ void QuickBytesToLanes(const std::uint8_t* band, std::int64_t stride, std::int64
     }
 }
 
+// Sums of weighted values, neighbours in memory.
+template <int Registers>
+struct QuickSums {
+    Floats sum[Registers];
+
+    ROWS_INLINE QuickSums() {
+#pragma GCC unroll 8
+        for (int i = 0; i < Registers; ++i) sum[i] = AllFloats(0);
+    }
+
+    ROWS_INLINE void Add(float weight, const float* values) {
+        const Floats all = AllFloats(weight);
+#pragma GCC unroll 8
+        for (int i = 0; i < Registers; ++i) sum[i] = MulAddFloats(all, LoadFloats(values + i * kFloats), sum[i]);
+    }
+};
+
 template <int Values>
 void QuickSumAcrossOf(const QuickTaps* columns, std::int64_t count, const float* lanes, std::int64_t firstColumn,
                       float* sums) {
@@ -78,19 +95,12 @@ void QuickSumAcrossOf(const QuickTaps* columns, std::int64_t count, const float*
     const Floats least = AllFloats(0.0F - kMiddle), most = AllFloats(255.0F - kMiddle);
     for (std::int64_t x = 0; x < count; ++x) {
         const QuickTaps& taps = columns[x];
-        const float* column = lanes + (taps.first - firstColumn) * kColumn;
-        Floats sum[kRegisters];
-#pragma GCC unroll 8
-        for (int i = 0; i < kRegisters; ++i) sum[i] = AllFloats(0);
-        for (std::int32_t k = 0; k < taps.count; ++k, column += kColumn) {
-            const Floats weight = AllFloats(taps.weights[k]);
-#pragma GCC unroll 8
-            for (int i = 0; i < kRegisters; ++i)
-                sum[i] = MulAddFloats(weight, LoadFloats(column + i * kFloats), sum[i]);
-        }
+        const float* const column = lanes + (taps.first - firstColumn) * kColumn;
+        QuickSums<kRegisters> made;
+        for (std::int32_t k = 0; k < taps.count; ++k) made.Add(taps.weights[k], column + std::int64_t{k} * kColumn);
 #pragma GCC unroll 8
         for (int i = 0; i < kRegisters; ++i)
-            StoreFloats(sums + x * kColumn + i * kFloats, ClampFloats(sum[i], least, most));
+            StoreFloats(sums + x * kColumn + i * kFloats, ClampFloats(made.sum[i], least, most));
     }
 }
 
@@ -128,22 +138,15 @@ ROWS_INLINE Register TruncatedBytes(const Floats* sums, Floats shift) {
 
 void QuickSumPiece(const QuickRow& output, std::int64_t at) {
     constexpr int kRegisters = kPiece / kFloats;
-    Floats sum[kRegisters];
-#pragma GCC unroll 8
-    for (int i = 0; i < kRegisters; ++i) sum[i] = AllFloats(0);
-    for (int k = 0; k < output.count; ++k) {
-        const Floats weight = AllFloats(output.weights[k]);
-        const float* const values = output.rows[k] + at;
-#pragma GCC unroll 8
-        for (int i = 0; i < kRegisters; ++i) sum[i] = MulAddFloats(weight, LoadFloats(values + i * kFloats), sum[i]);
-    }
+    QuickSums<kRegisters> made;
+    for (int k = 0; k < output.count; ++k) made.Add(output.weights[k], output.rows[k] + at);
     const Floats low = AllFloats(output.low), high = AllFloats(output.high);
     std::uint64_t undecided = 0;
 #pragma GCC unroll 2
     for (int i = 0; i < kRegisters; i += 4) {
-        const Register bytes = TruncatedBytes(sum + i, low);
+        const Register bytes = TruncatedBytes(made.sum + i, low);
         Store(output.bytes + at + i * kFloats, bytes);
-        undecided |= Differences(bytes, TruncatedBytes(sum + i, high)) << (i * kFloats);
+        undecided |= Differences(bytes, TruncatedBytes(made.sum + i, high)) << (i * kFloats);
     }
     output.undecided[at / kPiece] = undecided;
 }
