@@ -61,7 +61,17 @@ def command_has_its_own_plugin(prefix):
 
 def built(example, prefix, folder):
     """The folder where an example is built against what is installed."""
-    run("cmake", "-S", example, "-B", folder, f"-DCMAKE_PREFIX_PATH={prefix}", "-DCMAKE_CXX_FLAGS=-Wall -Werror")
+    run(
+        "cmake",
+        "-G",
+        "Ninja",
+        "-S",
+        example,
+        "-B",
+        folder,
+        f"-DCMAKE_PREFIX_PATH={prefix}",
+        "-DCMAKE_CXX_FLAGS=-Wall -Werror",
+    )
     run("cmake", "--build", folder)
     return folder
 
