@@ -29,7 +29,7 @@ TEST_F(Reference, ListsAClassInGroups) {
     const std::string text = Ask("sample");
     EXPECT_TRUE(found_);
     EXPECT_THAT(text,
-                StartsWith("Sample\n======\n2 constructors, 41 methods, 1 shared method, 11 properties, 3 events,\n"
+                StartsWith("Sample\n======\n2 constructors, 42 methods, 1 shared method, 11 properties, 3 events,\n"
                            "2 constants.\n\nConstructors\n  New Sample\n"
                            "  New Sample(count As Integer, label As String)\n\nMethods\n"));
     EXPECT_THAT(text, HasSubstr("\nShared methods\n  Sample.Thrice(x As Integer) As Integer\n"));
