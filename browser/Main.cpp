@@ -4,6 +4,7 @@
 //   main check SCRIPT          only checks it
 //   main members               what the plug-in and the framework offer, as JSON
 #include <emscripten.h>
+#include <sys/stat.h>
 
 #include <cstdio>
 #include <set>
@@ -57,6 +58,7 @@ int Members() {
 
 // For the first work of several.
 const host::Plugin& Prepare() {
+    umask(S_IWGRP | S_IWOTH);  // files begin with a mask that forbids all
     host::RegisterFramework(host::Runtime::Get());
     return host::LoadPlugin(kPlugin);
 }

@@ -152,6 +152,25 @@ class Pages:
         text = (SITE / "figures" / name).read_text(encoding="utf-8")
         return f"```vb\n{text}```\n"
 
+    # --- Playground --------------------------------------------------------------------------
+
+    def make_playground(self, built, photo):
+        """`built` is what tools/playground.sh makes; without it the page says so."""
+        page = self.folder / "playground.md"
+        place = page.read_text(encoding="utf-8")
+        if (built / "tqx.wasm").exists():
+            folder = self.folder / "playground"
+            shutil.copytree(built, folder)
+            self.run(SITE / "figures/photo.rbs", photo, folder / "photo.jpg", 960)
+            (folder / "scripts.json").write_text(json.dumps(playground_scripts()), encoding="utf-8")
+            shown = (
+                '<div id="tqx-playground" class="playground">This page runs scripts by JavaScript.</div>\n'
+                '<script src="playground/page.js"></script>'
+            )
+        else:
+            shown = "!!! note\n    The playground was not built with these pages: `tools/site.sh playground` does it."
+        page.write_text(place.replace("<!-- playground -->", shown), encoding="utf-8")
+
     # --- Formats -----------------------------------------------------------------------------
 
     def make_formats(self):
@@ -227,6 +246,23 @@ def entry(heading, title, described, declarations):
     return "\n\n".join(part for part in parts if part) + "\n"
 
 
+def playground_scripts():
+    """What the playground's menu offers: scripts, and the words that each is run with."""
+    words = json.loads((SITE / "playground/arguments.json").read_text(encoding="utf-8"))
+    examples = [(ROOT / "examples" / name, "Examples", words[name]) for name in sorted(words)]
+    gallery = [(path, "Members", "photo.jpg result.png") for path in sorted((SITE / "gallery").glob("*.rbs"))]
+    return [
+        {
+            "name": path.name,
+            "group": group,
+            "words": given,
+            "title": path.read_text(encoding="utf-8").splitlines()[0].removeprefix("' "),
+            "text": path.read_text(encoding="utf-8"),
+        }
+        for path, group, given in examples + gallery
+    ]
+
+
 def picture_row(style, pictures):
     figures = "\n".join(
         f'<figure><img src="{source}" alt="{html.escape(text)}" loading="lazy">'
@@ -264,6 +300,7 @@ def main():
     pages.make_kernels()
     pages.make_dithers()
     pages.make_formats()
+    pages.make_playground(ROOT / "build/playground", sys.argv[2])
     pages.make_framework()
 
 
