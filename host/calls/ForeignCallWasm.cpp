@@ -44,6 +44,8 @@ Cell Narrowed(Cell cell, Kind kind) {
 // clang-format off
 extern "C" {
 
+using CellsCalled = void (*)(void* context, void* cells, void* result);
+
 // Gives Module a reader and a writer of cells by letter.
 EM_JS(void, TqxPrepareCells, (), {
     if (Module.readCell) return;
@@ -62,7 +64,7 @@ EM_JS(void, TqxPrepareCells, (), {
 });
 
 // Calls what stands at a place of the table.
-EM_JS(void, TqxCallInTable, (void (*place)(), const char* letters, const void* cells, void* result), {
+EM_JS(void, TqxCallInTable, (sdk::AnyFunction place, const char* letters, const void* cells, void* result), {
     const types = UTF8ToString(letters);
     const given = [];
     for (let i = 1; i < types.length; ++i) given.push(Module.readCell(types[i], cells + 8 * (i - 1)));
@@ -70,7 +72,7 @@ EM_JS(void, TqxCallInTable, (void (*place)(), const char* letters, const void* c
 });
 
 // Adds a function to the table that has `called` turn cells into a result; gives its place.
-EM_JS(void*, TqxAddToTable, (const char* letters, void (*called)(void*, void*, void*), void* context), {
+EM_JS(void*, TqxAddToTable, (const char* letters, CellsCalled called, void* context), {
     const types = UTF8ToString(letters);
     return addFunction((...given) => {
         const top = stackSave();
