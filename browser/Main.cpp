@@ -1,8 +1,9 @@
 // The desk host for a web page: one run of a script, with the page's files as its own.
 //
-//   main run SCRIPT [ARG...]   runs it; 0, what it handed to Quit, or 1
-//   main check SCRIPT          only checks it
-//   main members               what the plug-in and the framework offer, as JSON
+//   main run SCRIPT [ARG...]       runs it; 0, what it handed to Quit, or 1
+//   main explain SCRIPT [ARG...]   the same, and says why members refuse; a script takes longer then
+//   main check SCRIPT              only checks it
+//   main members                   what the plug-in and the framework offer, as JSON
 #include <emscripten.h>
 #include <sys/stat.h>
 
@@ -35,13 +36,13 @@ struct Printer : script::MemberObserver {
 
 void Complain(std::string_view text) { std::fwrite(text.data(), 1, text.size(), stderr); }
 
-int Run(const script::Source& source, const host::Plugin& plugin, std::vector<std::string> arguments) {
+int Run(const script::Source& source, script::MemberObserver* explainer, std::vector<std::string> arguments) {
     host::SetApplicationArguments(std::move(arguments));
-    script::Explainer explainer(source.path, {plugin.classes.begin(), plugin.classes.end()}, Complain);
-    script::RunOptions options;
     Printer printer;
+    script::RunOptions options;
     options.complain = Complain;
-    options.observers = {&explainer, &printer};
+    options.observers.push_back(&printer);
+    if (explainer) options.observers.push_back(explainer);
     return script::RunScript(source, options);
 }
 
@@ -71,7 +72,8 @@ int Work(std::span<char*> words) {
     const auto source = script::ReadSource(words[2], Complain);
     if (!source) return 1;
     if (work == "check") return script::CheckScript(*source, Complain) ? 0 : 1;
-    return Run(*source, plugin, {words.begin() + 3, words.end()});
+    script::Explainer explainer(source->path, {plugin.classes.begin(), plugin.classes.end()}, Complain);
+    return Run(*source, work == "explain" ? &explainer : nullptr, {words.begin() + 3, words.end()});
 }
 
 }  // namespace

@@ -5,6 +5,8 @@
 #include <array>
 #include <cstring>
 #include <string>
+#include <type_traits>
+#include <utility>
 
 #include "host/calls/ForeignCall.h"
 #include "host/objects/Signature.h"
@@ -38,8 +40,57 @@ Cell Narrowed(Cell cell, Kind kind) {
     return cell;
 }
 
+// --- Calls without JavaScript: most functions take nothing but 32-bit numbers and addresses. ---
+
+using DirectCall = Cell (*)(sdk::AnyFunction function, const Cell* cells);
+
+constexpr std::size_t kMostWords = 12;
+
+template <std::size_t>
+using Word = std::uint32_t;
+
+template <class Result, std::size_t... At>
+Cell CallWithWords(sdk::AnyFunction function, const Cell* cells) {
+    const auto typed = reinterpret_cast<Result (*)(Word<At>...)>(function);
+    Cell result{};
+    if constexpr (std::is_void_v<Result>) {
+        typed(cells[At].word...);
+    } else {
+        const Result value = typed(cells[At].word...);
+        std::memcpy(&result, &value, sizeof(value));
+    }
+    return result;
+}
+
+template <class Result, std::size_t Count>
+constexpr DirectCall ForCount() {
+    return []<std::size_t... At>(std::index_sequence<At...>) { return &CallWithWords<Result, At...>; }
+    (std::make_index_sequence<Count>());
+}
+
+template <class Result>
+DirectCall ForResult(std::size_t count) {
+    static constexpr auto table = []<std::size_t... Count>(std::index_sequence<Count...>) {
+        return std::array<DirectCall, sizeof...(Count)>{ForCount<Result, Count>()...};
+    }
+    (std::make_index_sequence<kMostWords + 1>());
+    return table[count];
+}
+
+// Null where there is none for the letters.
+DirectCall DirectCallFor(const std::string& letters) {
+    const std::size_t count = letters.size() - 1;
+    if (letters.find_first_not_of('i', 1) != letters.npos || count > kMostWords) return nullptr;
+    if (letters[0] == 'v') return ForResult<void>(count);
+    if (letters[0] == 'd') return ForResult<double>(count);
+    if (letters[0] == 'f') return ForResult<float>(count);
+    return letters[0] == 'j' ? ForResult<std::int64_t>(count) : ForResult<std::uint32_t>(count);
+}
+
 }  // namespace
 
+// --- The others, and functions that are made. ---------------------------------------------------
+//
 // Cells are 8 bytes apart. A whole number of 64 bits is JavaScript's BigInt.
 // clang-format off
 extern "C" {
@@ -91,6 +142,7 @@ EM_JS(void, TqxRemoveFromTable, (void* place), { removeFunction(place); });
 
 struct ForeignShape::Parts {
     std::string letters;
+    DirectCall direct = nullptr;
 };
 
 ForeignShape::ForeignShape(std::vector<Kind> arguments, Kind result)
@@ -98,6 +150,7 @@ ForeignShape::ForeignShape(std::vector<Kind> arguments, Kind result)
     TqxPrepareCells();
     parts_->letters = LetterOf(result_);
     for (const Kind kind : arguments_) parts_->letters += LetterOf(kind);
+    parts_->direct = DirectCallFor(parts_->letters);
 }
 
 ForeignShape::~ForeignShape() = default;
@@ -105,6 +158,7 @@ ForeignShape::~ForeignShape() = default;
 Cell ForeignShape::Call(sdk::AnyFunction function, std::span<Cell> arguments) const {
     static_assert(sizeof(Cell) == 8);
     for (std::size_t i = 0; i < arguments.size(); ++i) arguments[i] = Widened(arguments[i], arguments_[i]);
+    if (parts_->direct) return Narrowed(parts_->direct(function, arguments.data()), result_);
     Cell result{};
     TqxCallInTable(function, parts_->letters.c_str(), arguments.data(), &result);
     return Narrowed(result, result_);

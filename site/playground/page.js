@@ -51,6 +51,7 @@ class Playground {
         this.runButton = element('button', {type: 'button', class: 'primary', disabled: true, onclick: () => this.run()}, 'Run');
         this.stopButton = element('button', {type: 'button', disabled: true, onclick: () => this.stop()}, 'Stop');
         this.shareButton = element('button', {type: 'button', onclick: () => this.share()}, 'Copy link');
+        this.explain = element('input', {type: 'checkbox'});
         this.status = element('p', {class: 'status', role: 'status'}, 'Loading the machine…');
         this.place = element('div', {class: 'editor'});
         this.printed = element('ol', {class: 'printed', 'aria-label': 'Output'});
@@ -61,7 +62,8 @@ class Playground {
         const photo = element('label', {class: 'photo'}, this.photo, element('span', {}, element('strong', {}, PHOTO), ' ',
             this.photoText, element('br'), 'Drop another here, or choose one. It stays in this page.'), file);
         this.root.replaceChildren(
-            element('div', {class: 'bar'}, this.menu, this.words, this.runButton, this.stopButton, this.shareButton),
+            element('div', {class: 'bar'}, this.menu, this.words, this.runButton, this.stopButton, this.shareButton,
+                element('label', {title: 'Says why members refuse; scripts take longer'}, this.explain, ' Explain')),
             this.place, this.status, this.printed, this.results, photo);
         this.root.addEventListener('dragover', event => event.preventDefault());
         this.root.addEventListener('drop', event => {
@@ -165,7 +167,8 @@ class Playground {
         this.clearResults();
         this.editor.showPrinted([]);
         const files = [PHOTO, `photos/${PHOTO}`].map(name => ({name, bytes: this.photoBytes}));
-        this.worker.postMessage({kind: 'run', script: this.editor.text, words: wordsIn(this.words.value), files});
+        this.worker.postMessage({kind: 'run', script: this.editor.text, words: wordsIn(this.words.value), files,
+            explain: this.explain.checked});
         this.began = performance.now();
         this.clock = setInterval(() => this.say(`Running: ${((performance.now() - this.began) / 1000).toFixed(0)} s`), 1000);
         this.say('Running…');

@@ -75,7 +75,7 @@ function call(machine, words, tell) {
 function shownAs(machine, path) {
     const shown = `/shown/${path.replaceAll('/', '-')}.png`;
     write(machine.FS, '/shown/show.rbs', new TextEncoder().encode(SHOW));
-    const code = machine.callMain(['run', '/shown/show.rbs', path, shown]);
+    const code = call(machine, ['run', '/shown/show.rbs', path, shown], () => {});
     return code === 0 ? machine.FS.readFile(shown) : null;
 }
 
@@ -104,13 +104,13 @@ function gathered(send) {
     return {tell, flush};
 }
 
-async function run({script, words, files}) {
+async function run({script, words, files, explain}) {
     const {tell, flush} = gathered(lines => postMessage({kind: 'printed', lines}));
     const machine = await started(files, tell);
     write(machine.FS, `${FOLDER}/${SCRIPT}`, new TextEncoder().encode(script));
     const before = listed(machine.FS);
     const begin = performance.now();
-    const code = call(machine, ['run', SCRIPT, ...words], tell);
+    const code = call(machine, [explain ? 'explain' : 'run', SCRIPT, ...words], tell);
     const milliseconds = performance.now() - begin;
     flush();
     postMessage({kind: 'ended', code, milliseconds, files: results(machine, before)});
