@@ -79,9 +79,13 @@ class Quiet(http.server.SimpleHTTPRequestHandler):
         """Says nothing of what it serves."""
 
 
+class Server(http.server.ThreadingHTTPServer):
+    def handle_error(self, *_):
+        """A browser that leaves a page has no more use for what it asked."""
+
+
 def serve(site):
-    handler = functools.partial(Quiet, directory=site)
-    server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), handler)
+    server = Server(("127.0.0.1", 0), functools.partial(Quiet, directory=site))
     threading.Thread(target=server.serve_forever, daemon=True).start()
     return server.server_address[1]
 
