@@ -133,6 +133,7 @@ def try_mistakes(page):
         yield f"a line that is printed is told of its place: {ended}"
     if not any(line.get("wrong") and line["text"].startswith("script.rbs:4:") for line in ended["lines"]):
         yield f"an exception is told of its place: {ended}"
+    time.sleep(1)  # a check of the script as it stands follows, and leaves the exception's mark
     page.wait("document.querySelector('.playground .cm-lintRange-error')")
     page.value("playground.show({text: 'Dim x As Nothing', words: ''})")
     page.wait("document.querySelector('.playground .cm-lint-marker-error')")

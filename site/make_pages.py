@@ -158,11 +158,12 @@ class Pages:
         """`built` is what tools/playground.sh makes; without it the page says so."""
         page = self.folder / "playground.md"
         place = page.read_text(encoding="utf-8")
+        scripts = playground_scripts()
         if (built / "tqx.wasm").exists():
             folder = self.folder / "playground"
             shutil.copytree(built, folder)
             self.run(SITE / "figures/photo.rbs", photo, folder / "photo.jpg", 960)
-            (folder / "scripts.json").write_text(json.dumps(playground_scripts()), encoding="utf-8")
+            (folder / "scripts.json").write_text(json.dumps(scripts), encoding="utf-8")
             shown = (
                 '<div id="tqx-playground" class="playground">This page runs scripts by JavaScript.</div>\n'
                 '<script src="playground/page.js"></script>'
@@ -249,6 +250,9 @@ def entry(heading, title, described, declarations):
 def playground_scripts():
     """What the playground's menu offers: scripts, and the words that each is run with."""
     words = json.loads((SITE / "playground/arguments.json").read_text(encoding="utf-8"))
+    forgotten = {path.name for path in (ROOT / "examples").glob("*.rbs")} ^ words.keys()
+    if forgotten:
+        raise SystemExit(f"site/playground/arguments.json and examples/ differ: {sorted(forgotten)}")
     examples = [(ROOT / "examples" / name, "Examples", words[name]) for name in sorted(words)]
     gallery = [(path, "Members", "photo.jpg result.png") for path in sorted((SITE / "gallery").glob("*.rbs"))]
     return [

@@ -95,7 +95,8 @@ export class Editor {
     // Mistakes: {line, column, text, warning}.
     showMistakes(mistakes) {
         const {doc} = this.view.state;
-        const places = mistakes.filter(({line}) => line >= 1 && line <= doc.lines).map(({line, column, text, warning}) => {
+        const once = mistakes.filter((one, i) => mistakes.findIndex(({line, text}) => line === one.line && text === one.text) === i);
+        const places = once.filter(({line}) => line >= 1 && line <= doc.lines).map(({line, column, text, warning}) => {
             const {from, to} = doc.line(line);
             const at = Math.min(from + column - 1, to);
             const word = /^\w+/.exec(doc.sliceString(at, to));

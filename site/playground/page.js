@@ -37,6 +37,7 @@ async function pictureBytes(file) {
 class Playground {
     constructor(root) {
         this.root = root;
+        this.found = [];  // mistakes that the last run met in the script as it stands
         this.build();
         this.editor = new Editor(this.place, {changed: () => this.edited(), run: () => this.run()});
         this.startMachine();
@@ -146,6 +147,7 @@ class Playground {
     }
 
     edited() {
+        this.found = [];
         clearTimeout(this.waiting);
         this.waiting = setTimeout(() => this.check(), 600);
     }
@@ -155,7 +157,7 @@ class Playground {
     }
 
     on_checked({script, lines}) {
-        if (script === this.editor.text) this.editor.showMistakes(mistakesIn(lines));
+        if (script === this.editor.text) this.editor.showMistakes([...this.found, ...mistakesIn(lines)]);
     }
 
     run() {
@@ -206,7 +208,8 @@ class Playground {
 
     on_ended({code, milliseconds, files}) {
         this.setRunning(false);
-        this.editor.showMistakes(mistakesIn(this.lines));
+        this.found = mistakesIn(this.lines);
+        this.editor.showMistakes(this.found);
         const hidden = this.lines.length - MOST_LINES;
         if (hidden > 0) this.printed.append(element('li', {}, element('code', {}, `… and ${hidden} more lines`)));
         this.results.append(...files.map(file => this.result(file)));
