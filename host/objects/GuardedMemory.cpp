@@ -50,39 +50,11 @@ void Unpoison(const void* memory, std::size_t size) {
     ASAN_UNPOISON_MEMORY_REGION(static_cast<const std::uint8_t*>(memory) + size, kGuardSize);
 }
 
-// Short texts come and go a million times: the memory of a few small allocations is kept for the next ones.
-// A sanitizer wants to see each.
-#if defined(__SANITIZE_ADDRESS__) || TQX_HAS_FEATURE(address_sanitizer)
-constexpr std::size_t kMostSmall = 0;
-#else
-constexpr std::size_t kMostSmall = 64;
-#endif
-constexpr std::size_t kMostKept = 64;
-void* kept[kMostKept];
-std::size_t keptCount = 0;
-
-bool IsSmall(std::size_t size) { return size > 0 && size <= kMostSmall; }
-
-// Zero bytes for a front, as many bytes and the guard behind; null when memory is short.
-void* TakeMemory(std::size_t size) {
-    if (!IsSmall(size)) return std::calloc(1, kFrontSize + size + kGuardSize);
-    constexpr std::size_t kWhole = kFrontSize + kMostSmall + kGuardSize;
-    if (keptCount == 0) return std::calloc(1, kWhole);
-    return std::memset(kept[--keptCount], 0, kWhole);
-}
-
-void GiveMemory(void* memory, std::size_t size) {
-    if (IsSmall(size) && keptCount < kMostKept)
-        kept[keptCount++] = memory;
-    else
-        std::free(memory);
-}
-
 }  // namespace
 
 void* AllocateGuarded(std::size_t size) {
     if (size > SIZE_MAX / 2) return nullptr;
-    auto* front = static_cast<std::uint8_t*>(TakeMemory(size));
+    auto* front = static_cast<std::uint8_t*>(std::calloc(1, kFrontSize + size + kGuardSize));
     if (!front) return nullptr;
     std::uint8_t* memory = front + kFrontSize;
     std::memcpy(front, &size, sizeof(size));
@@ -106,9 +78,8 @@ bool GuardsAreWhole(const void* memory) {
 void FreeGuarded(void* memory) {
     if (!memory) return;
     if (!GuardsAreWhole(memory)) ++brokenGuards;
-    const std::size_t size = SizeOf(memory);
-    Unpoison(memory, size);
-    GiveMemory(Front(memory), size);
+    Unpoison(memory, SizeOf(memory));
+    std::free(Front(memory));
 }
 
 std::int64_t BrokenGuardCount() { return brokenGuards; }

@@ -22,7 +22,8 @@ TEST(Descriptions, OfAFunctionStandAboveItsDeclarations) {
     EXPECT_EQ(FunctionPage("mid"),
               "Mid\n===\nCharacters from the middle of a text; the first is 1.\n\nDeclarations\n"
               "  Mid(text As String, start As Integer) As String\n"
-              "  Mid(text As String, start As Integer, length As Integer) As String\n");
+              "  Mid(text As String, start As Integer, length As Integer) As String\n\nExample\n"
+              "  Print Mid(\"picture\", 3, 2)  ' ct\n  Print Mid(\"picture\", 5)  ' ure\n");
     EXPECT_THAT(FunctionPage("Mid", true), HasSubstr("\"name\": \"start\""));
 }
 
