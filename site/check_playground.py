@@ -139,6 +139,20 @@ def try_mistakes(page):
     page.wait("document.querySelector('.playground .cm-lint-marker-error')")
 
 
+def try_limits(page):
+    """What a page has not is refused in words, and the machine goes on."""
+    huge = page.value("playground.scripts.find(({name}) => name === 'huge.rbs').text")
+    ended = page.run(text=huge, words="40000 .")
+    if ended["code"] != 1 or not lines_of(ended)[0].startswith("There is no room for a picture of this size"):
+        yield f"a file larger than a page's: {ended}"
+    ended = page.run(text='Print "[" + StdIn.ReadLine + "]"\nPrint StdIn.EOF')
+    if lines_of(ended) != ["[]", "True"]:
+        yield f"standard input: {ended}"
+    ended = page.run(text="Dim p As New PictureTQX(30000, 30000, PictureTQX.ImageFormatRGBA)\nPrint p.Valid")
+    if lines_of(ended) != ["False"]:
+        yield f"a picture larger than memory: {ended}"
+
+
 def try_stop(page):
     page.value("playground.show({text: 'While True\\nWend', words: ''})")
     page.click("Run")
@@ -201,7 +215,7 @@ def main():
     page = Page(driver, f"http://127.0.0.1:{serve(str(site))}/playground.html")
     found = list(compare_all(page, tqx, site))
     driver.save_screenshot(str(shots / "playground-run.png"))
-    for attempt in (try_mistakes, try_stop, try_address, try_completion):
+    for attempt in (try_mistakes, try_limits, try_stop, try_address, try_completion):
         found += attempt(page)
         driver.save_screenshot(str(shots / f"playground-{attempt.__name__}.png"))
     found += try_large_photograph(page, tqx, site)
