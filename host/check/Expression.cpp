@@ -24,6 +24,7 @@ constexpr std::int32_t kLargeBlock = 8192;
 constexpr int kDrawnLists = 3;  // of arguments drawn at random, for each method
 
 std::string NumberText(const Value& value) {
+    if (value.kind() == Kind::UInt64) return Describe(value);
     if (value.IsWhole()) {
         // The most negative number has no literal: the minus is an operator.
         if (value.ToInt64() == INT32_MIN) return "-2147483647 - 1";
