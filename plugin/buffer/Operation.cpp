@@ -30,10 +30,11 @@ Operation::Operation(sdk::Object* self, sdk::Object* dest, std::int32_t width, s
 Operation::Operation(sdk::Object* self, sdk::Object* dest)
     : Operation(self, dest, BufferOf(self)->Width, BufferOf(self)->Height) {}
 
-// Of a mapped source rows may be missing, and script code that runs in a yield may end the loop.
+// Of a mapped source rows may be missing, of a view whose parent was closed all are, and script code that runs in
+// a yield may end the loop.
 void Operation::WillWrite(int count) {
     PixelBuffer& made = destination.Picture();
-    const bool comesThrough = !source->IsMapping && source->YieldTicks <= 0;
+    const bool comesThrough = !source->IsMapping && source->YieldTicks <= 0 && StorageStands(source.Picture());
     const bool isWhole =
         count == made.PixelSize && CommonWidth() == made.Width && Rows().first == 0 && Rows().end == made.storageRows;
     if (made.rowAddress == &ClearingRowAddress && comesThrough && isWhole)

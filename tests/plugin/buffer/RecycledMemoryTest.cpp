@@ -77,6 +77,17 @@ TEST_F(RecycledMemory, ShowsNowhereWhereAFilterRefuses) {
     ExpectNothingOld(picture, false, "BoxBlurFilter", 1e9);
 }
 
+TEST_F(RecycledMemory, ShowsNowhereInWhatAViewGivesWhoseParentIsClosed) {
+    const auto picture = RandomPicture(kRGB);
+    const auto clip = CallObject(picture, "ClipImage");
+    Call(picture, "Close");
+    LeaveOnes(kRGB);
+    const auto result = CallObject(clip, "GammaFilter", nullptr, 2.2);
+    ASSERT_NE(result.get(), nullptr);
+    const Bytes bytes = StorageOf(result);
+    EXPECT_EQ(std::count(bytes.begin(), bytes.end(), 0), static_cast<std::ptrdiff_t>(bytes.size()));
+}
+
 TEST_F(RecycledMemory, ShowsNowhereInARotatedPicture) {
     const auto picture = RandomPicture(kRGB);
     const auto first = CallObject(picture, "Rotate", 10.0, 1, 2, 3, 4, 5);
