@@ -1,3 +1,4 @@
+// Paths in places that handlers can walk at any time, each taken by exchange.
 #include "tqx/NotedPaths.h"
 
 #include <atomic>

@@ -1,3 +1,4 @@
+// Who takes what scripts say, and saying it to them.
 #include "host/framework/Output.h"
 
 #include <cerrno>

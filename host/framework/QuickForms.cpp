@@ -1,3 +1,4 @@
+// The quick forms by the functions that they stand for, and results written over old texts.
 #include "host/framework/QuickForms.h"
 
 #include <cstring>

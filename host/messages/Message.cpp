@@ -1,3 +1,4 @@
+// A row's gaps filled, and texts matched with rows.
 #include "host/messages/Message.h"
 
 namespace host {

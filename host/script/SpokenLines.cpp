@@ -1,3 +1,4 @@
+// Gathers text until its line ends.
 #include "host/script/SpokenLines.h"
 
 namespace script {
