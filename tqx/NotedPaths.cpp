@@ -17,6 +17,7 @@ constexpr std::uint64_t kLatest = 8;
 // Whoever takes a record out of its place, the owner or a handler, has it for himself.
 struct Record {
     std::uint64_t number;  // of all paths, in the order in which they were noted last
+    Record* next;          // among the used ones
 
     // The text stands right behind.
     const char* Path() const { return reinterpret_cast<const char*>(this + 1); }
@@ -33,6 +34,9 @@ struct Block {
 
 Block firstBlock;
 std::uint64_t latest = 0;
+
+// Taken for good. A handler can't give memory back, so the process ends with them.
+std::atomic<Record*> usedRecords{nullptr};
 
 template <class Use>
 void ForEachPlace(const Use& use) {
@@ -107,7 +111,10 @@ void NotePath(const char* path, IsInUse isInUse) noexcept {
 
 void TakePaths(void (*use)(const char* path)) noexcept {
     ForEachPlace([&](Place& place) {
-        if (const Record* record = place.exchange(nullptr)) use(record->Path());
+        Record* const record = place.exchange(nullptr);
+        if (!record) return;
+        use(record->Path());
+        record->next = usedRecords.exchange(record);
     });
 }
 

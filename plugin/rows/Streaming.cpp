@@ -13,8 +13,9 @@ void TilePlain(const std::uint8_t* tile, std::uint8_t* to, std::int64_t count) {
         std::memcpy(to, tile, static_cast<std::size_t>(std::min<std::int64_t>(count, kTileBytes)));
 }
 
+// Either place may be null for a run of nothing.
 void CopyPlain(const std::uint8_t* from, std::uint8_t* to, std::int64_t count) {
-    std::memcpy(to, from, static_cast<std::size_t>(count));
+    if (count > 0) std::memcpy(to, from, static_cast<std::size_t>(count));
 }
 
 }  // namespace
