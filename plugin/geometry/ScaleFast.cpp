@@ -10,6 +10,7 @@
 #include "plugin/rows/Blocks.h"
 #include "plugin/rows/Convert.h"
 #include "plugin/rows/Nearest.h"
+#include "plugin/rows/Streaming.h"
 
 namespace tqx {
 
@@ -33,7 +34,7 @@ class RowScaler {
           sourceWidth_(sourceWidth),
           width_(width) {
         picks_ = whole_.from.IsCompact() && whole_.from.size <= 4;
-        const std::int64_t bytes = std::int64_t{width} * height * conversion.to.pixelSize;
+        const std::int64_t bytes = rows::BytesToWrite(width, height, conversion.to.pixelSize);
         if (picks_) packed_ = rows::PlanConversion(Packed(conversion), bytes);
     }
 

@@ -5,6 +5,7 @@
 #include "plugin/buffer/FormatConversion.h"
 #include "plugin/buffer/Operation.h"
 #include "plugin/rows/Convert.h"
+#include "plugin/rows/Streaming.h"
 
 namespace tqx {
 
@@ -43,7 +44,7 @@ void CopyPixels(sdk::Object* self, sdk::Object* sourceObject, std::int32_t destX
                                         destination->Height, source->Width, source->Height);
     const auto conversion = ChooseConversion(source.Picture(), destination.Picture());
     if (area.IsEmpty() || !conversion) return;
-    const std::int64_t bytes = std::int64_t{area.width} * area.height * destination->PixelSize;
+    const std::int64_t bytes = rows::BytesToWrite(area.width, area.height, destination->PixelSize);
     CopyRows(source, destination, area, rows::PlanConversion(*conversion, bytes));
 }
 

@@ -10,6 +10,7 @@
 #include "plugin/ops/PatternRows.h"
 #include "plugin/rows/Blocks.h"
 #include "plugin/rows/Fill.h"
+#include "plugin/rows/Streaming.h"
 
 namespace tqx {
 
@@ -58,7 +59,7 @@ void FillWholeRows(PixelBuffer& buffer, const Rectangle& area, std::uint8_t valu
 }
 
 void FillChannels(PixelBuffer& buffer, const Rectangle& area, ChannelSet set, const std::uint8_t (&values)[4]) {
-    const std::int64_t bytes = std::int64_t{area.width} * area.height * buffer.PixelSize;
+    const std::int64_t bytes = rows::BytesToWrite(area.width, area.height, buffer.PixelSize);
     ApplyInPlace(buffer, area, rows::FillPattern(LayoutOf(buffer, set), rows::ChannelCount(set), values, bytes));
 }
 

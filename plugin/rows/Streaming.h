@@ -6,6 +6,7 @@
 // instead of 5. Smaller pictures stay in the cache, where whoever reads them next finds them.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 #include "plugin/rows/Forms.h"
@@ -15,6 +16,12 @@ namespace rows {
 // An operation that writes so many bytes or more streams them: beyond the last cache of most processors,
 // or what one core has of it.
 inline constexpr std::int64_t kBytesToStream = 32 << 20;
+
+// Bytes of a rectangle of pixels of up to 4 bytes, to be held against that; a number as large as any for one that
+// no memory holds.
+constexpr std::int64_t BytesToWrite(std::int64_t width, std::int64_t height, std::int64_t pixelSize) {
+    return std::clamp<std::int64_t>(width * height, 0, INT64_MAX / 4) * pixelSize;
+}
 
 // Bytes that are written again and again to a run: a multiple of a cache line, and of the pixel sizes 1 to 4.
 inline constexpr int kTileBytes = 192;

@@ -64,4 +64,15 @@ TEST_F(LargePictures, AreCopiedOntoThemselvesInOrder) {
     EXPECT_TRUE(scene.Same());
 }
 
+// Refused at their making, since no memory holds them; their numbers stay and are counted with.
+TEST_F(LargePictures, OfMoreBytesThanThereAreNumbersAreLeftAlone) {
+    const auto picture = New("PictureTQX", INT32_MAX, INT32_MAX, kRGBA);
+    const auto other = New("PictureTQX", INT32_MAX, INT32_MAX, kRGB);
+    Call(picture, "FillRectRGB", 1, 2, 3, 4);
+    Call(picture, "FillRect", 5);
+    Call(picture, "CopyPixels", other, 0, 0, INT32_MAX, INT32_MAX, 0, 0);
+    Call(picture, "ClearRect", 0, 0, INT32_MAX, INT32_MAX);
+    EXPECT_FALSE(GetBool(picture, "Valid"));
+}
+
 }  // namespace
