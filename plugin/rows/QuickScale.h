@@ -25,8 +25,8 @@ struct QuickTaps {
     std::int32_t count;
 };
 
-// The first `count` bytes of kQuickLanes rows, `stride` bytes apart, less kMiddle, in lanes. Reads and
-// writes up to 15 values past the count.
+// The first `count` bytes of kQuickLanes rows, `stride` bytes apart, less kMiddle, in lanes. Reads up to
+// 31 bytes past the count and writes up to 3 values.
 using QuickBytesToLanesFunction = void(const std::uint8_t* band, std::int64_t stride, std::int64_t count, float* lanes);
 extern const Forms<QuickBytesToLanesFunction> kQuickBytesToLanes;
 

@@ -20,10 +20,15 @@ ROWS_INLINE Floats ClampFloats(Floats value, Floats least, Floats most) {
 ROWS_INLINE Register TruncatedInts(Floats value) { return _mm512_cvttps_epi32(value); }
 ROWS_INLINE std::uint64_t Differences(Register a, Register b) { return _mm512_cmpneq_epi8_mask(a, b); }
 
-// Two values of 16 rows, from two values of 8 rows each.
-ROWS_INLINE void StoreTurned(__m128i upper, __m128i lower, float* to) {
-    StoreFloats(to, _mm512_cvtepi32_ps(_mm512_cvtepi8_epi32(_mm_unpacklo_epi64(upper, lower))));
-    StoreFloats(to + 16, _mm512_cvtepi32_ps(_mm512_cvtepi8_epi32(_mm_unpackhi_epi64(upper, lower))));
+ROWS_INLINE Floats FloatsOfInts(Register ints) { return _mm512_cvtepi32_ps(ints); }
+
+// 32 bytes of 16 rows, as TurnFours has them of 8.
+ROWS_INLINE void TurnRows(const std::uint8_t* band, std::int64_t stride, Register* turned) {
+    __m256i upper[8], lower[8];
+    TurnFours(band, stride, upper);
+    TurnFours(band + 8 * stride, stride, lower);
+#pragma GCC unroll 8
+    for (int i = 0; i < 8; ++i) turned[i] = _mm512_inserti64x4(_mm512_castsi256_si512(upper[i]), lower[i], 1);
 }
 
 #else
@@ -44,31 +49,42 @@ ROWS_INLINE std::uint64_t Differences(Register a, Register b) {
     return static_cast<std::uint32_t>(~_mm256_movemask_epi8(_mm256_cmpeq_epi8(a, b)));
 }
 
-ROWS_INLINE void StoreSignedBytes(__m128i bytes, float* to) {
-    StoreFloats(to, _mm256_cvtepi32_ps(_mm256_cvtepi8_epi32(bytes)));
-}
+ROWS_INLINE Floats FloatsOfInts(Register ints) { return _mm256_cvtepi32_ps(ints); }
 
-ROWS_INLINE void StoreTurned(__m128i upper, __m128i lower, float* to) {
-    StoreSignedBytes(upper, to);
-    StoreSignedBytes(lower, to + 8);
-    StoreSignedBytes(_mm_unpackhi_epi64(upper, upper), to + 16);
-    StoreSignedBytes(_mm_unpackhi_epi64(lower, lower), to + 24);
+ROWS_INLINE void TurnRows(const std::uint8_t* band, std::int64_t stride, Register* turned) {
+    TurnFours(band, stride, turned);
 }
 
 #endif
 
-// Less kMiddle, a byte is a signed one with its highest bit turned over.
+// The signed byte of each number that begins at a bit.
+template <int Bit>
+ROWS_INLINE Floats SignedByteAt(Register fours) {
+    return FloatsOfInts(ShiftSignedIntsDown<24>(ShiftIntsUp<24 - Bit>(fours)));
+}
+
+// Four values of the lanes of a register.
+ROWS_INLINE void StoreFours(Register fours, float* to) {
+    StoreFloats(to, SignedByteAt<0>(fours));
+    StoreFloats(to + kQuickLanes, SignedByteAt<8>(fours));
+    StoreFloats(to + 2 * kQuickLanes, SignedByteAt<16>(fours));
+    StoreFloats(to + 3 * kQuickLanes, SignedByteAt<24>(fours));
+}
+
+// Less kMiddle, a byte is a signed one with its highest bit turned over. Turned by fours, a value's
+// bytes come into place by shifts, which more units of a processor have than shuffles.
 void QuickBytesToLanes(const std::uint8_t* band, std::int64_t stride, std::int64_t count, float* lanes) {
-    const __m128i middle = _mm_set1_epi8(static_cast<char>(kMiddle));
-    for (std::int64_t v = 0; v < count; v += 16) {
-        __m128i upper[8], lower[8];
-        TurnBytes(band + v, stride, upper);
-        TurnBytes(band + 8 * stride + v, stride, lower);
+    constexpr int kTurned = 32;
+    const Register middle = Bytes(kMiddle);
+    for (std::int64_t v = 0; v < count; v += kTurned)
+        for (int lane = 0; lane < kQuickLanes; lane += kFloats) {
+            Register turned[kTurned / 4];
+            TurnRows(band + lane * stride + v, stride, turned);
+            float* const to = lanes + v * kQuickLanes + lane;
 #pragma GCC unroll 8
-        for (int i = 0; i < 8; ++i)
-            StoreTurned(_mm_xor_si128(upper[i], middle), _mm_xor_si128(lower[i], middle),
-                        lanes + (v + 2 * i) * kQuickLanes);
-    }
+            for (int i = 0; i < kTurned / 4; ++i)
+                if (v + 4 * i < count) StoreFours(Xor(turned[i], middle), to + 4 * i * kQuickLanes);
+        }
 }
 
 // Sums of weighted values, neighbours in memory.

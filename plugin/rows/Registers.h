@@ -90,6 +90,10 @@ ROWS_INLINE Register ShiftWordsUpBy(Register a, __m128i bits) { return _mm256_sl
 ROWS_INLINE Register AddInts(Register a, Register b) { return _mm256_add_epi32(a, b); }
 ROWS_INLINE Register SubInts(Register a, Register b) { return _mm256_sub_epi32(a, b); }
 template <int Bits>
+ROWS_INLINE Register ShiftIntsUp(Register a) {
+    return _mm256_slli_epi32(a, Bits);
+}
+template <int Bits>
 ROWS_INLINE Register ShiftIntsDown(Register a) {
     return _mm256_srli_epi32(a, Bits);
 }
@@ -235,6 +239,10 @@ ROWS_INLINE Register ShiftWordsUpBy(Register a, __m128i bits) { return _mm512_sl
 
 ROWS_INLINE Register AddInts(Register a, Register b) { return _mm512_add_epi32(a, b); }
 ROWS_INLINE Register SubInts(Register a, Register b) { return _mm512_sub_epi32(a, b); }
+template <int Bits>
+ROWS_INLINE Register ShiftIntsUp(Register a) {
+    return _mm512_slli_epi32(a, Bits);
+}
 template <int Bits>
 ROWS_INLINE Register ShiftIntsDown(Register a) {
     return _mm512_srli_epi32(a, Bits);

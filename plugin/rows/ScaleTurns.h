@@ -39,15 +39,13 @@ TURN_INLINE void TurnBytes(const std::uint8_t* band, std::int64_t stride, __m128
         }
 }
 
-// 8 values of 8 lanes, `stride` floats from a value to the next: row[r] holds lane r of every value.
-TURN_INLINE void TurnFloats(const float* lanes, std::int64_t stride, __m256* row) {
-    __m256 value[8], pair[8], four[8];
-#pragma GCC unroll 8
-    for (int v = 0; v < 8; ++v) value[v] = _mm256_loadu_ps(lanes + v * stride);
+// 8 registers of 8 numbers, turned: register i of the result holds number i of each.
+TURN_INLINE void TurnEight(__m256* numbers) {
+    __m256 pair[8], four[8];
 #pragma GCC unroll 4
     for (int i = 0; i < 4; ++i) {
-        pair[2 * i] = _mm256_unpacklo_ps(value[2 * i], value[2 * i + 1]);
-        pair[2 * i + 1] = _mm256_unpackhi_ps(value[2 * i], value[2 * i + 1]);
+        pair[2 * i] = _mm256_unpacklo_ps(numbers[2 * i], numbers[2 * i + 1]);
+        pair[2 * i + 1] = _mm256_unpackhi_ps(numbers[2 * i], numbers[2 * i + 1]);
     }
 #pragma GCC unroll 2
     for (int i = 0; i < 2; ++i) {
@@ -58,9 +56,26 @@ TURN_INLINE void TurnFloats(const float* lanes, std::int64_t stride, __m256* row
     }
 #pragma GCC unroll 4
     for (int i = 0; i < 4; ++i) {
-        row[i] = _mm256_permute2f128_ps(four[i], four[4 + i], 0x20);
-        row[4 + i] = _mm256_permute2f128_ps(four[i], four[4 + i], 0x31);
+        numbers[i] = _mm256_permute2f128_ps(four[i], four[4 + i], 0x20);
+        numbers[4 + i] = _mm256_permute2f128_ps(four[i], four[4 + i], 0x31);
     }
+}
+
+// 8 values of 8 lanes, `stride` floats from a value to the next: row[r] holds lane r of every value.
+TURN_INLINE void TurnFloats(const float* lanes, std::int64_t stride, __m256* row) {
+#pragma GCC unroll 8
+    for (int v = 0; v < 8; ++v) row[v] = _mm256_loadu_ps(lanes + v * stride);
+    TurnEight(row);
+}
+
+// 32 bytes of 8 rows: turned[i] holds bytes 4i to 4i + 3 of every row.
+TURN_INLINE void TurnFours(const std::uint8_t* band, std::int64_t stride, __m256i* turned) {
+    __m256 row[8];
+#pragma GCC unroll 8
+    for (int r = 0; r < 8; ++r) row[r] = _mm256_loadu_ps(reinterpret_cast<const float*>(band + r * stride));
+    TurnEight(row);
+#pragma GCC unroll 8
+    for (int i = 0; i < 8; ++i) turned[i] = _mm256_castps_si256(row[i]);
 }
 
 }  // namespace rows
