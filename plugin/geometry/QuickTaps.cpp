@@ -14,11 +14,12 @@ constexpr double kUnit = 0x1p-24, kSecondOrder = 1 + 0x1p-10, kRest = 0x1p-28, k
 
 bool IsMultiple(double number, double unit) { return number / unit == std::floor(number / unit); }
 
-// The least p for which a weight, divided by its total, is a multiple of 2^-p; kMostPlaces + 1 where it
-// takes more, or where the definition rounds. A fused step rounds once, so it gives 0 for nothing but 0.
-int PlacesOf(float weight, double total, double defined) {
-    const bool exact = std::fma(static_cast<double>(weight), total, -defined) == 0 && IsMultiple(defined, kExactUnit);
-    int places = exact ? 0 : QuickTaps::kMostPlaces + 1;
+// The least p, from `places` on, for which a weight, divided by its total, is a multiple of 2^-p;
+// kMostPlaces + 1 where it takes more, or where the definition rounds. A fused step rounds once, so it
+// gives 0 for nothing but 0.
+int PlacesOf(float weight, double total, double defined, int places) {
+    if (std::fma(static_cast<double>(weight), total, -defined) != 0 || !IsMultiple(defined, kExactUnit))
+        return QuickTaps::kMostPlaces + 1;
     while (places <= QuickTaps::kMostPlaces && !IsMultiple(weight, std::ldexp(1.0, -places))) ++places;
     return places;
 }
@@ -42,7 +43,7 @@ bool QuickTaps::Build(const Contributions& lists) {
         taps_[i] = {next, list.first, list.count};
         for (std::int32_t k = 0; k < list.count; ++k, ++next) {
             *next = static_cast<float>(list.weights[k] * list.reciprocal);
-            places_ = std::max(places_, PlacesOf(*next, list.total, list.weights[k]));
+            if (places_ <= kMostPlaces) places_ = PlacesOf(*next, list.total, list.weights[k], places_);
             magnitudes.whole += std::abs(*next);
             magnitudes.sum += magnitudes.whole;
         }

@@ -17,6 +17,7 @@ using rows::kPiece;
 using rows::kQuickLanes;
 
 constexpr std::int64_t kSlack = 64;  // bytes past the last one that wide forms may touch
+constexpr std::int64_t kCacheLine = 64;
 
 // What the rings of rows may take; a larger window is the doubles' business, which carry sums.
 constexpr std::int64_t kMostRingBytes = 32 << 20;
@@ -25,6 +26,10 @@ constexpr std::int64_t kMostRingBytes = 32 << 20;
 bool HasFusedSteps() { return rows::ActiveCpuLevel() != rows::CpuLevel::Plain; }
 
 constexpr std::int64_t RoundUp(std::int64_t value, std::int64_t step) { return (value + step - 1) / step * step; }
+
+// Rows of a band are touched in turn, a piece of each: an odd number of cache lines from row to row keeps
+// them from claiming the same places of the cache.
+constexpr std::int64_t OddLines(std::int64_t size, std::int64_t line) { return (RoundUp(size, line) / line | 1) * line; }
 
 // The number as a single, or the next one on the way to `end`.
 float SingleToward(double number, float end) {
@@ -81,15 +86,16 @@ class QuickScaling {
         if (!FindReaches(&span)) return false;
         const std::int64_t rows = RoundUp(span + kQuickLanes - 1, kQuickLanes);
         stride_ = RoundUp(std::int64_t{job_->columns} * values, std::int64_t{ExactSamples::kBlockColumns} * values);
-        const std::int64_t packedStride = RoundUp(std::int64_t{job_->source->Width} * values + kSlack, kSlack);
+        ringStride_ = OddLines(stride_, kCacheLine / 4);
+        const std::int64_t packedStride = OddLines(std::int64_t{job_->source->Width} * values + kSlack, kCacheLine);
         // Quick values, exact ones and sampled bytes.
-        if (rows * (stride_ * (4 + 8) + packedStride) > kMostRingBytes) return false;
-        if (!packed_.Allocate(rows, packedStride) || !ring_.Allocate(rows, stride_) || !ringRow_.Allocate(2, rows) ||
+        if (rows * (ringStride_ * 4 + stride_ * 8 + packedStride) > kMostRingBytes) return false;
+        if (!packed_.Allocate(rows, packedStride) || !ring_.Allocate(rows, ringStride_) || !ringRow_.Allocate(2, rows) ||
             !packedRow_.Allocate(2, rows) || !bytes_.Allocate(kBatch, stride_) ||
             !undecided_.Allocate(kBatch, stride_ / kPiece))
             return false;
         for (std::int64_t i = 0; i < 2 * rows; ++i) {
-            ringRow_[i] = ring_.data() + i % rows * stride_;
+            ringRow_[i] = ring_.data() + i % rows * ringStride_;
             packedRow_[i] = packed_.data() + i % rows * packedStride;
         }
         sampled_ = {packedRow_.data(), packedStride, rows};
@@ -109,7 +115,7 @@ class QuickScaling {
             else
                 std::memset(packed, 0, static_cast<std::size_t>(sampled_.stride));
         }
-        acrossBands_.Make(band, sampled_.stride, ring_.data() + y % sampled_.rows * stride_, stride_);
+        acrossBands_.Make(band, sampled_.stride, ring_.data() + y % sampled_.rows * ringStride_, ringStride_);
         exact_.Forget(y);
     }
 
@@ -148,6 +154,7 @@ class QuickScaling {
     Scratch<std::uint8_t> packed_;   // the rings: sampled bytes, and quick values
     SampledRows sampled_{};
     Scratch<float> ring_;
+    std::int64_t ringStride_ = 0;
     std::int64_t stride_ = 0;                 // values, whole blocks
     Scratch<const std::uint8_t*> packedRow_;  // the rings' rows twice in a row, so that runs may wrap
     Scratch<const float*> ringRow_;
