@@ -36,6 +36,8 @@ bool ExactSamples::Prepare(const ScaleJob& job, const Contributions& across, con
     sampled_ = sampled;
     stride_ = stride;
     few_ = std::max(kProductsOfPiece / (across.MostTaps() * down.MostTaps()), kLeastFew);
+    sumScattered_ =
+        across.MostTaps() <= rows::kMostScatteredTaps ? rows::kSumScattered.Chosen() : rows::kSumScattered.plain;
     blocks_ = stride / (std::int64_t{kBlockColumns} * values_);
     std::int32_t most = 0;
     for (const rows::Block block : rows::Blocks(job.columns, kBlockColumns))
@@ -44,7 +46,7 @@ bool ExactSamples::Prepare(const ScaleJob& job, const Contributions& across, con
            made_.Allocate(sampled.rows / kLanes, blocks_) &&
            lanes_.Allocate(std::int64_t{most} * values_ + kSlack, kLanes) &&
            sums_.Allocate(std::int64_t{kBlockColumns} * values_ + kSlack, kLanes) && piece_.Allocate(sampled.rows) &&
-           column_.Allocate(sampled.rows);
+           scattered_.Allocate(stride);
 }
 
 bool& ExactSamples::Made(std::int64_t band, std::int64_t block) const {
@@ -62,7 +64,7 @@ void ExactSamples::Decide(std::int32_t y, std::uint64_t* undecided, std::uint8_t
         if (count_ - at < kPiece) word &= (std::uint64_t{1} << (count_ - at)) - 1;
         if (word == 0) continue;
         if (std::popcount(word) <= few_) {
-            DecideEach(y, at, word, bytes);
+            Scatter(at, word);
             continue;
         }
         const rows::Block columns = ColumnsOf(at);
@@ -71,6 +73,7 @@ void ExactSamples::Decide(std::int32_t y, std::uint64_t* undecided, std::uint8_t
         else
             DecidePiece(y, at, bytes);
     }
+    DecideScattered(y, bytes);
 }
 
 // The columns that the samples of a piece belong to.
@@ -81,17 +84,17 @@ rows::Block ExactSamples::ColumnsOf(std::int64_t at) const {
 
 // --- One by one -------------------------------------------------------------------------------
 
-void ExactSamples::DecideEach(std::int32_t y, std::int64_t at, std::uint64_t undecided, std::uint8_t* bytes) const {
+void ExactSamples::Scatter(std::int64_t at, std::uint64_t undecided) {
+    for (; undecided != 0; undecided &= undecided - 1)
+        scattered_[scatteredCount_++] = static_cast<std::int32_t>(at + std::countr_zero(undecided));
+}
+
+void ExactSamples::DecideScattered(std::int32_t y, std::uint8_t* bytes) {
     const rows::Taps& list = (*down_)[y];
-    const std::uint8_t* const* const sampled = sampled_.From(list.first);
-    for (; undecided != 0; undecided &= undecided - 1) {
-        const std::int64_t i = at + std::countr_zero(undecided);
-        const rows::Taps& columns = (*across_)[static_cast<std::int32_t>(i / values_)];
-        rows::SumAcrossSamples(columns, sampled, list.count, i % values_, values_, column_.data());
-        double sum = 0;
-        for (std::int32_t k = 0; k < list.count; ++k) sum += list.weights[k] * column_[k];
-        rows::BytesOfSums(&sum, list.total, 1, bytes + i);
-    }
+    const rows::ScatteredRow row{
+        .columns = across_->Lists(), .down = list, .rows = sampled_.From(list.first), .values = values_};
+    sumScattered_(row, scattered_.data(), scatteredCount_, bytes);
+    scatteredCount_ = 0;
 }
 
 // --- Flat areas -------------------------------------------------------------------------------

@@ -1,7 +1,7 @@
 // Samples that quick scaling leaves undecided, by the doubles of the definition.
 //
 // Some thousandths of the samples of a photograph lie too near a whole number, and are scattered:
-// each is summed by itself. Where many lie together, the picture is mostly flat there, as white
+// those of a row are summed by themselves. Where many lie together, the picture is mostly flat there, as white
 // paper and blown-out sky are, and flat areas lie on whole numbers. Where the source below a piece of
 // a row really has one colour, a byte depends on that colour and the row's weights alone. Elsewhere
 // the whole piece is summed, from intermediate values that are kept as long as rows may need
@@ -15,6 +15,7 @@
 #include "plugin/geometry/ScaleJob.h"
 #include "plugin/rows/Blocks.h"
 #include "plugin/rows/ScaleDown.h"
+#include "plugin/rows/ScaleScattered.h"
 
 namespace tqx {
 
@@ -45,7 +46,8 @@ class ExactSamples {
 
   private:
     rows::Block ColumnsOf(std::int64_t piece) const;
-    void DecideEach(std::int32_t y, std::int64_t at, std::uint64_t undecided, std::uint8_t* bytes) const;
+    void Scatter(std::int64_t at, std::uint64_t undecided);
+    void DecideScattered(std::int32_t y, std::uint8_t* bytes);
     bool IsFlat(std::int32_t y, const rows::Block& columns) const;
     std::uint8_t FlatByte(std::int32_t y, std::uint8_t value);
     void DecideFlat(std::int32_t y, std::int64_t at, const rows::Block& columns, std::uint8_t* bytes);
@@ -66,12 +68,14 @@ class ExactSamples {
     rows::SumAcrossFunction* sumAcross_ = rows::kSumAcross.Chosen();
     rows::LanesToRowsFunction* lanesToRows_ = rows::kLanesToRows.Chosen();
     rows::SumDownFunction* sumDown_ = rows::kSumDown.Chosen();
+    rows::SumScatteredFunction* sumScattered_ = nullptr;
     Scratch<double> rows_;   // intermediate values, of blocks that were made
     Scratch<bool> made_;     // by bands of rows::kLanes rows and by blocks
     Scratch<double> lanes_;  // of a block
     Scratch<float> sums_;
-    Scratch<const double*> piece_;  // where a piece's rows are
-    Scratch<float> column_;         // values of one sample's rows
+    Scratch<const double*> piece_;     // where a piece's rows are
+    Scratch<std::int32_t> scattered_;  // the row's samples that are summed by themselves
+    std::int64_t scatteredCount_ = 0;
     struct Flat {
         std::int32_t row = -1;
         std::uint8_t byte;

@@ -35,34 +35,38 @@ bool QuickTaps::Build(const Contributions& lists) {
         if (!Serves(lists[i])) return false;
         weights += lists[i].count;
     }
-    if (!taps_.Allocate(count_) || !magnitudes_.Allocate(count_) || !weights_.Allocate(weights)) return false;
+    if (!taps_.Allocate(count_) || !bounds_.Allocate(count_) || !weights_.Allocate(weights)) return false;
     float* next = weights_.data();
     for (std::int32_t i = 0; i < count_; ++i) {
         const rows::Taps& list = lists[i];
-        Magnitudes& magnitudes = magnitudes_[i];
         taps_[i] = {next, list.first, list.count};
-        for (std::int32_t k = 0; k < list.count; ++k, ++next) {
-            *next = static_cast<float>(list.weights[k] * list.reciprocal);
-            if (places_ <= kMostPlaces) places_ = PlacesOf(*next, list.total, list.weights[k], places_);
-            magnitudes.whole += std::abs(*next);
-            magnitudes.sum += magnitudes.whole;
-        }
+        for (std::int32_t k = 0; k < list.count; ++k) *next++ = Add(list.weights[k], list, bounds_[i]);
+        mostPlaces_ = std::max(mostPlaces_, bounds_[i].places);
     }
     return true;
 }
 
-double QuickTaps::ErrorOf(const Magnitudes& magnitudes) {
-    return rows::kMiddle * kUnit * (magnitudes.sum + magnitudes.whole) * kSecondOrder + kRest;
+// The next weight of a list as a single, counted into its bound.
+float QuickTaps::Add(double weight, const rows::Taps& list, Bound& bound) {
+    const auto single = static_cast<float>(weight * list.reciprocal);
+    if (bound.places <= kMostPlaces) bound.places = PlacesOf(single, list.total, weight, bound.places);
+    bound.whole += std::abs(single);
+    bound.sum += bound.whole;
+    return single;
+}
+
+double QuickTaps::ErrorOf(const Bound& bound) {
+    return rows::kMiddle * kUnit * (bound.sum + bound.whole) * kSecondOrder + kRest;
 }
 
 double QuickTaps::ErrorAcross() const {
     double most = 0;
-    for (std::int32_t i = 0; i < count_; ++i) most = std::max(most, ErrorOf(magnitudes_[i]));
+    for (std::int32_t i = 0; i < count_; ++i) most = std::max(most, ErrorOf(bounds_[i]));
     return most + kRounding;
 }
 
 double QuickTaps::ErrorDown(std::int32_t i, double across) const {
-    return ErrorOf(magnitudes_[i]) + magnitudes_[i].whole * kSecondOrder * across + kRounding;
+    return ErrorOf(bounds_[i]) + bounds_[i].whole * kSecondOrder * across + kRounding;
 }
 
 }  // namespace tqx

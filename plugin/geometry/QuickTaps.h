@@ -24,12 +24,13 @@
 // 2^-10 of it for V against W). Adding 128 less or plus the bound at the end is one more rounding,
 // 2^-17 at most where the result is not beyond 256, and beyond 256 every byte is 255.
 //
-// Some weights leave nothing to round. Let every w[k] be a multiple of 2^-20 and every W[k] a multiple
-// of 2^-p, as triangles and boxes have them where a factor is a power of two. Then the definition's
-// doubles, with 53 bits, round no product, sum or quotient, and every quotient along rows is a
-// multiple of 2^-p; down columns, the places of both directions add up. With kMostPlaces of them
-// in all and 10 bits before the point, the quick sums fit into the 24 bits of a single. The bound is 0,
-// and every sample is decided, those that are whole numbers too, which are many then.
+// Some weights leave nothing to round. Let every w[k] of a list be a multiple of 2^-20 and every W[k] a
+// multiple of 2^-p, as triangles and boxes have them where a factor is a power of two, and triangles in
+// every third list at 3 : 4, where two samples weigh the same. Then the definition's doubles, with 53
+// bits, round no product, sum or quotient, and every quotient along rows is a multiple of 2^-p; where
+// both of a sample's lists are such, the places of both directions add up. With kMostPlaces of them
+// in all and 10 bits before the point, the quick sums fit into the 24 bits of a single. The bound is 0, and
+// the sample is decided if it is a whole number too, as many then are.
 #pragma once
 
 #include <cstdint>
@@ -49,8 +50,10 @@ class QuickTaps {
     const rows::QuickTaps& operator[](std::int32_t i) const { return taps_[i]; }
     const rows::QuickTaps* Lists() const { return taps_.data(); }
 
-    // The least p for which all weights are multiples of 2^-p, exactly w / T; more than kMostPlaces for none.
-    int Places() const { return places_; }
+    // The least p for which the weights of list i are multiples of 2^-p, exactly w / T; more than
+    // kMostPlaces for none. And the most of all lists.
+    int Places(std::int32_t i) const { return bounds_[i].places; }
+    int MostPlaces() const { return mostPlaces_; }
     static constexpr int kMostPlaces = 13;
 
     // How far the value of a pixel along rows is from the defined single, at most.
@@ -61,18 +64,21 @@ class QuickTaps {
     double ErrorDown(std::int32_t i, double across) const;
 
   private:
-    struct Magnitudes {
+    // What the bounds of a list are made of.
+    struct Bound {
         double whole;  // P[n - 1]
         double sum;    // P[0] + … + P[n - 1]
+        int places;
     };
 
-    static double ErrorOf(const Magnitudes& magnitudes);
+    float Add(double weight, const rows::Taps& list, Bound& bound);
+    static double ErrorOf(const Bound& bound);
 
     std::int32_t count_ = 0;
-    int places_ = 0;
+    int mostPlaces_ = 0;
     Scratch<rows::QuickTaps> taps_;
     Scratch<float> weights_;
-    Scratch<Magnitudes> magnitudes_;
+    Scratch<Bound> bounds_;
 };
 
 }  // namespace tqx

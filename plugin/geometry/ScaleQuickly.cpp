@@ -1,6 +1,7 @@
 // A scaling in bands by quick arithmetic, where no intermediate is wanted: near values, the bytes that
 // they tell beyond doubt, and the definition for the others.
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstring>
 
@@ -29,7 +30,9 @@ constexpr std::int64_t RoundUp(std::int64_t value, std::int64_t step) { return (
 
 // Rows of a band are touched in turn, a piece of each: an odd number of cache lines from row to row keeps
 // them from claiming the same places of the cache.
-constexpr std::int64_t OddLines(std::int64_t size, std::int64_t line) { return (RoundUp(size, line) / line | 1) * line; }
+constexpr std::int64_t OddLines(std::int64_t size, std::int64_t line) {
+    return (RoundUp(size, line) / line | 1) * line;
+}
 
 // The number as a single, or the next one on the way to `end`.
 float SingleToward(double number, float end) {
@@ -59,6 +62,10 @@ class QuickScaling {
 
   private:
     static constexpr int kBatch = 32;  // rows of self at a time
+
+    // Samples of lists with so few places are multiples of the step.
+    static constexpr int kFewPlaces = 5;
+    static constexpr double kLeastStep = 0x1p-10;
 
     bool BuildLists() {
         if (!across_.Start(*job_->kernel, job_->AcrossScale(job_->columns))) return false;
@@ -90,8 +97,8 @@ class QuickScaling {
         const std::int64_t packedStride = OddLines(std::int64_t{job_->source->Width} * values + kSlack, kCacheLine);
         // Quick values, exact ones and sampled bytes.
         if (rows * (ringStride_ * 4 + stride_ * 8 + packedStride) > kMostRingBytes) return false;
-        if (!packed_.Allocate(rows, packedStride) || !ring_.Allocate(rows, ringStride_) || !ringRow_.Allocate(2, rows) ||
-            !packedRow_.Allocate(2, rows) || !bytes_.Allocate(kBatch, stride_) ||
+        if (!packed_.Allocate(rows, packedStride) || !ring_.Allocate(rows, ringStride_) ||
+            !ringRow_.Allocate(2, rows) || !packedRow_.Allocate(2, rows) || !bytes_.Allocate(kBatch, stride_) ||
             !undecided_.Allocate(kBatch, stride_ / kPiece))
             return false;
         for (std::int64_t i = 0; i < 2 * rows; ++i) {
@@ -100,6 +107,17 @@ class QuickScaling {
         }
         sampled_ = {packedRow_.data(), packedStride, rows};
         errorAcross_ = quickAcross_.ErrorAcross();
+        return FindExactColumns();
+    }
+
+    // Marks the values of columns whose lists leave nothing to round.
+    bool FindExactColumns() {
+        if (!exactColumns_.Allocate(stride_ / kPiece)) return false;
+        const int values = job_->path.Values();
+        for (std::int64_t i = 0; i < std::int64_t{job_->columns} * values; ++i) {
+            const bool exact = quickAcross_.Places(static_cast<std::int32_t>(i / values)) <= kFewPlaces;
+            exactColumns_[i / kPiece] |= std::uint64_t{exact} << (i % kPiece);
+        }
         return true;
     }
 
@@ -121,7 +139,7 @@ class QuickScaling {
 
     rows::QuickRow RowOf(std::int32_t y, std::int32_t place) const {
         const rows::QuickTaps& taps = quickDown_[y];
-        const bool exact = quickAcross_.Places() + quickDown_.Places() <= QuickTaps::kMostPlaces;
+        const bool exact = quickAcross_.MostPlaces() + quickDown_.Places(y) <= QuickTaps::kMostPlaces;
         const double error = exact ? 0 : quickDown_.ErrorDown(y, errorAcross_);
         return {.rows = &ringRow_[taps.first % sampled_.rows],
                 .weights = taps.weights,
@@ -132,14 +150,46 @@ class QuickScaling {
                 .undecided = undecided_.data() + place * (stride_ / kPiece)};
     }
 
+    // Samples whose lists both leave nothing to round are known as they are. Where one of them is a whole
+    // number, it lies between what its sum + low and its sum + high give, a byte and the next one.
+    void TakeExact(std::int32_t y, const rows::QuickRow& output) const {
+        if (quickDown_.Places(y) > kFewPlaces || output.high - output.low >= kLeastStep) return;
+        for (std::int64_t piece = 0; piece < stride_ / kPiece; ++piece) {
+            std::uint64_t exact = output.undecided[piece] & exactColumns_[piece];
+            output.undecided[piece] ^= exact;
+            for (; exact != 0; exact &= exact - 1) ++output.bytes[piece * kPiece + std::countr_zero(exact)];
+        }
+    }
+
+    // Rows with the list of the row before have its bytes, as most have where boxes enlarge.
+    bool Repeats(std::int32_t y) const {
+        const rows::Taps &list = down_[y], &before = down_[y - 1];
+        return list.first == before.first &&
+               std::equal(list.weights, list.weights + list.count, before.weights, before.weights + before.count);
+    }
+
+    void Decide(std::int32_t y, const rows::QuickRow& output) {
+        if (output.low == output.high) return;
+        TakeExact(y, output);
+        exact_.Decide(y, output.undecided, output.bytes);
+    }
+
     void MakeRows(const rows::Block& batch) {
         rows::QuickRow outputs[kBatch];
-        for (std::int32_t i = 0; i < batch.count; ++i) outputs[i] = RowOf(batch.first + i, i);
-        sumDown_(outputs, batch.count, RoundUp(std::int64_t{job_->columns} * job_->path.Values(), kPiece));
-        for (std::int32_t i = 0; i < batch.count; ++i) {
-            exact_.Decide(batch.first + i, outputs[i].undecided, outputs[i].bytes);
-            std::uint8_t* const row = job_->self.Row(batch.first + i);
-            if (row) rows::MoveRow(job_->path.fromPacked, outputs[i].bytes, row, job_->columns);
+        std::int32_t rowOf[kBatch], count = 0;
+        for (std::int32_t y = batch.first; y < batch.End(); ++y) {
+            if (y > batch.first && Repeats(y)) continue;
+            rowOf[count] = y;
+            outputs[count] = RowOf(y, count);
+            ++count;
+        }
+        sumDown_(outputs, count, RoundUp(std::int64_t{job_->columns} * job_->path.Values(), kPiece));
+        for (std::int32_t i = 0; i < count; ++i) {
+            Decide(rowOf[i], outputs[i]);
+            const std::int32_t end = i + 1 < count ? rowOf[i + 1] : batch.End();
+            for (std::int32_t y = rowOf[i]; y < end; ++y)
+                if (std::uint8_t* const row = job_->self.Row(y))
+                    rows::MoveRow(job_->path.fromPacked, outputs[i].bytes, row, job_->columns);
         }
     }
 
@@ -160,6 +210,7 @@ class QuickScaling {
     Scratch<const float*> ringRow_;
     Scratch<std::uint8_t> bytes_;  // of a batch
     Scratch<std::uint64_t> undecided_;
+    Scratch<std::uint64_t> exactColumns_;  // a bit a value, as in undecided_
     QuickAcross acrossBands_;
     ExactSamples exact_;
 };

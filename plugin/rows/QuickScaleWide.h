@@ -157,12 +157,13 @@ void QuickSumPiece(const QuickRow& output, std::int64_t at) {
     QuickSums<kRegisters> made;
     for (int k = 0; k < output.count; ++k) made.Add(output.weights[k], output.rows[k] + at);
     const Floats low = AllFloats(output.low), high = AllFloats(output.high);
+    const bool doubts = output.low != output.high;
     std::uint64_t undecided = 0;
 #pragma GCC unroll 2
     for (int i = 0; i < kRegisters; i += 4) {
         const Register bytes = TruncatedBytes(made.sum + i, low);
         Store(output.bytes + at + i * kFloats, bytes);
-        undecided |= Differences(bytes, TruncatedBytes(made.sum + i, high)) << (i * kFloats);
+        if (doubts) undecided |= Differences(bytes, TruncatedBytes(made.sum + i, high)) << (i * kFloats);
     }
     output.undecided[at / kPiece] = undecided;
 }

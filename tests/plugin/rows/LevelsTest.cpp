@@ -19,6 +19,7 @@
 #include "plugin/rows/OilHistogram.h"
 #include "plugin/rows/ScaleAcross.h"
 #include "plugin/rows/ScaleDown.h"
+#include "plugin/rows/ScaleScattered.h"
 #include "plugin/rows/Skew.h"
 #include "plugin/rows/Streaming.h"
 #include "plugin/rows/Transpose.h"
@@ -72,6 +73,7 @@ TEST(CpuLevels, AreDifferentCodeInEveryTable) {
     ExpectOwnCode("sum across", rows::kSumAcross);
     ExpectOwnCode("lanes to rows", rows::kLanesToRows);
     ExpectOwnCode("sum down", rows::kSumDown);
+    ExpectOwnCode("sum scattered", rows::kSumScattered);
     ExpectOwnCode("skew columns", rows::kSkewColumns);
     ExpectOwnCode("stream tile", rows::kStreamTile);
     ExpectOwnCode("stream copy", rows::kStreamCopy);

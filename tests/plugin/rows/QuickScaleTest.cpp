@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "plugin/rows/QuickScale.h"
+#include "plugin/rows/ScaleScattered.h"
 #include "plugin/rows/Taps.h"
 #include "tests/plugin/rows/Levels.h"
 
@@ -96,6 +97,48 @@ TEST_P(QuickScale, TellsDecidedBytesFromUndecidedOnes) {
             ASSERT_EQ(wideBits, plainBits) << taps;
             if (doubt == 600) {
                 ASSERT_EQ(plainBits[0], ~std::uint64_t{0});
+            }
+        }
+}
+
+// Lists with different numbers of weights, some of which add up to very little.
+struct ScatteredLists {
+    std::vector<std::vector<double>> weights;
+    std::vector<rows::Taps> lists;
+
+    ScatteredLists(Random& random, int count, int most) {
+        for (int i = 0; i < count; ++i) {
+            std::vector<double>& list = weights.emplace_back(1 + random.Next() % static_cast<std::uint64_t>(most));
+            double total = 0;
+            for (double& weight : list) total += weight = (static_cast<double>(random.Next() & 0xFFFF) - 9000) / 48000;
+            lists.push_back({list.data(), i, static_cast<std::int32_t>(list.size()), total, 0});
+        }
+    }
+};
+
+// In noise and, where the byte hangs on the last bits of every step, in one colour.
+TEST_P(QuickScale, SumsScatteredSamplesInTheOrderOfTheDefinition) {
+    Random random(5);
+    for (int values = 1; values <= 4; ++values)
+        for (int most = 1; most <= 20; most += 3) {
+            const ScatteredLists columns(random, 50, most), down(random, 40, most);
+            const std::size_t width = static_cast<std::size_t>((50 + most) * values) + 3;
+            for (std::size_t count = 0; count < 140; ++count) {
+                std::vector<Bytes> rows;
+                std::vector<const std::uint8_t*> row;
+                for (int i = 0; i < most; ++i) {
+                    rows.push_back(count % 2 == 0 ? random.NextBytes(width) : Bytes(width, 201));
+                    row.push_back(rows.back().data());
+                }
+                const rows::ScatteredRow scattered{columns.lists.data(), down.lists[count % 40], row.data(), values};
+                std::vector<std::int32_t> places(count);
+                for (std::int32_t& place : places)
+                    place = static_cast<std::int32_t>(random.Next() % static_cast<std::uint64_t>(50 * values));
+                Bytes plain(static_cast<std::size_t>(50 * values), 77), wide = plain;
+                const auto samples = static_cast<std::int64_t>(count);
+                rows::kSumScattered.plain(scattered, places.data(), samples, plain.data());
+                rows::kSumScattered.At(GetParam())(scattered, places.data(), samples, wide.data());
+                ASSERT_EQ(wide, plain) << values << ", " << most << ", " << count;
             }
         }
 }
