@@ -40,7 +40,11 @@ bool QuickTaps::Build(const Contributions& lists) {
     for (std::int32_t i = 0; i < count_; ++i) {
         const rows::Taps& list = lists[i];
         taps_[i] = {next, list.first, list.count};
-        for (std::int32_t k = 0; k < list.count; ++k) *next++ = Add(list.weights[k], list, bounds_[i]);
+        for (std::int32_t turn = 0; turn < list.count; ++turn) {
+            const std::int32_t k = rows::QuickTurn(turn, list.count);
+            next[k] = Add(list.weights[k], list, bounds_[i]);
+        }
+        next += list.count;
         mostPlaces_ = std::max(mostPlaces_, bounds_[i].places);
     }
     return true;

@@ -1,8 +1,8 @@
 // The weights of quick scaling, and how far its sums can be from the defined ones.
 //
 // The proof, with u = 2^-24, the largest relative error of a rounding to single precision, and for a
-// list of n weights w with the total T: W[k] = w[k] / T, V[k] the single nearest to it, P[k] the sum of
-// |V[0]| .. |V[k]|, and numbers x[k] from -128 to 127.
+// list of n weights w with the total T, in the order in which a quick sum takes them: W[k] = w[k] / T,
+// V[k] the single nearest to it, P[k] the sum of |V[0]| .. |V[k]|, and numbers x[k] from -128 to 127.
 //
 // 1. The quick sum is s[k] = fl(s[k - 1] + V[k] x[k]), one rounding a step, of a number that is at
 //    most 128 P[k] but for earlier roundings. Steps only add their errors up, so it misses the sum

@@ -22,7 +22,10 @@ void QuickBytesToLanesPlain(const std::uint8_t* band, std::int64_t stride, std::
 
 float QuickSumAcrossLane(const QuickTaps& taps, const float* lane, std::int64_t step) {
     float sum = 0;
-    for (std::int32_t k = 0; k < taps.count; ++k) sum = std::fma(taps.weights[k], lane[k * step], sum);
+    for (std::int32_t i = 0; i < taps.count; ++i) {
+        const std::int32_t k = QuickTurn(i, taps.count);
+        sum = std::fma(taps.weights[k], lane[k * step], sum);
+    }
     return std::clamp(sum, 0.0F - kMiddle, 255.0F - kMiddle);
 }
 
@@ -43,12 +46,20 @@ void QuickLanesToRowsPlain(const float* sums, std::int64_t count, float* rows, s
 
 std::uint8_t TruncatedByte(float value) { return static_cast<std::uint8_t>(std::clamp(value, 0.0F, 255.0F)); }
 
+float QuickSumDownOf(const QuickRow& output, std::int64_t value) {
+    float sum = 0;
+    for (int i = 0; i < output.count; ++i) {
+        const int k = QuickTurn(i, output.count);
+        sum = std::fma(output.weights[k], output.rows[k][value], sum);
+    }
+    return sum;
+}
+
 void QuickSumDownPlain(const QuickRow* outputs, int count, std::int64_t values) {
     for (const QuickRow* output = outputs; output != outputs + count; ++output) {
         std::fill_n(output->undecided, values / kPiece, 0);
         for (std::int64_t i = 0; i < values; ++i) {
-            float sum = 0;
-            for (int k = 0; k < output->count; ++k) sum = std::fma(output->weights[k], output->rows[k][i], sum);
+            const float sum = QuickSumDownOf(*output, i);
             output->bytes[i] = TruncatedByte(sum + output->low);
             const bool undecided = TruncatedByte(sum + output->high) != output->bytes[i];
             output->undecided[i / kPiece] |= std::uint64_t{undecided} << (i % kPiece);

@@ -3,8 +3,9 @@
 // geometry/QuickTaps.h says how near: mostly near enough to know the byte.
 //
 // Weights are divided by their total beforehand, and kMiddle is taken off every sample, which halves
-// the numbers that are rounded. Every sum is made from the first weight to the last, so all forms give
-// the same bits.
+// the numbers that are rounded. Every sum is made from both ends of its list to the middle, in the same
+// order by all forms, which so give the same bits. Weights in the middle are the large ones: sums
+// stay small, and so do their errors, until these are added.
 #pragma once
 
 #include <cstdint>
@@ -24,6 +25,9 @@ struct QuickTaps {
     std::int32_t first;
     std::int32_t count;
 };
+
+// Which weight of `count` a sum takes as its i-th: 0, count - 1, 1, count - 2, …
+constexpr std::int32_t QuickTurn(std::int32_t i, std::int32_t count) { return i % 2 == 0 ? i / 2 : count - 1 - i / 2; }
 
 // The first `count` bytes of kQuickLanes rows, `stride` bytes apart, less kMiddle, in lanes. Reads up to
 // 31 bytes past the count and writes up to 3 values.

@@ -104,19 +104,54 @@ struct QuickSums {
     }
 };
 
+// So many columns go along together that their sums, each of which waits for its own last step, keep
+// the processor busy and stay in its registers.
+template <int Values>
+constexpr int kColumnsAtOnce = std::clamp(12 * kFloats / (Values * kQuickLanes), 1, 4);
+
+// The sums of neighbouring columns with as many weights each.
+template <int Values, int Columns>
+ROWS_INLINE void QuickSumColumns(const QuickTaps* columns, const float* lanes, std::int64_t firstColumn, float* sums) {
+    constexpr int kColumn = Values * kQuickLanes, kRegisters = kColumn / kFloats;
+    const float* column[Columns];
+    QuickSums<kRegisters> made[Columns];
+#pragma GCC unroll 4
+    for (int c = 0; c < Columns; ++c) column[c] = lanes + (columns[c].first - firstColumn) * kColumn;
+    std::int64_t first = 0, last = columns->count - 1;
+    for (; first < last; ++first, --last) {
+#pragma GCC unroll 4
+        for (int c = 0; c < Columns; ++c) made[c].Add(columns[c].weights[first], column[c] + first * kColumn);
+#pragma GCC unroll 4
+        for (int c = 0; c < Columns; ++c) made[c].Add(columns[c].weights[last], column[c] + last * kColumn);
+    }
+    const Floats least = AllFloats(0.0F - kMiddle), most = AllFloats(255.0F - kMiddle);
+#pragma GCC unroll 4
+    for (int c = 0; c < Columns; ++c) {
+        if (first == last) made[c].Add(columns[c].weights[first], column[c] + first * kColumn);
+#pragma GCC unroll 8
+        for (int i = 0; i < kRegisters; ++i)
+            StoreFloats(sums + c * kColumn + i * kFloats, ClampFloats(made[c].sum[i], least, most));
+    }
+}
+
+ROWS_INLINE bool HaveSameCounts(const QuickTaps* columns, int count) {
+    bool same = true;
+    for (int c = 1; c < count; ++c) same &= columns[c].count == columns->count;
+    return same;
+}
+
 template <int Values>
 void QuickSumAcrossOf(const QuickTaps* columns, std::int64_t count, const float* lanes, std::int64_t firstColumn,
                       float* sums) {
-    constexpr int kColumn = Values * kQuickLanes, kRegisters = kColumn / kFloats;
-    const Floats least = AllFloats(0.0F - kMiddle), most = AllFloats(255.0F - kMiddle);
-    for (std::int64_t x = 0; x < count; ++x) {
-        const QuickTaps& taps = columns[x];
-        const float* const column = lanes + (taps.first - firstColumn) * kColumn;
-        QuickSums<kRegisters> made;
-        for (std::int32_t k = 0; k < taps.count; ++k) made.Add(taps.weights[k], column + std::int64_t{k} * kColumn);
-#pragma GCC unroll 8
-        for (int i = 0; i < kRegisters; ++i)
-            StoreFloats(sums + x * kColumn + i * kFloats, ClampFloats(made.sum[i], least, most));
+    constexpr int kAtOnce = kColumnsAtOnce<Values>, kColumn = Values * kQuickLanes;
+    std::int64_t x = 0;
+    while (x < count) {
+        const bool together = x + kAtOnce <= count && HaveSameCounts(columns + x, kAtOnce);
+        if (together)
+            QuickSumColumns<Values, kAtOnce>(columns + x, lanes, firstColumn, sums + x * kColumn);
+        else
+            QuickSumColumns<Values, 1>(columns + x, lanes, firstColumn, sums + x * kColumn);
+        x += together ? kAtOnce : 1;
     }
 }
 
@@ -155,7 +190,12 @@ ROWS_INLINE Register TruncatedBytes(const Floats* sums, Floats shift) {
 void QuickSumPiece(const QuickRow& output, std::int64_t at) {
     constexpr int kRegisters = kPiece / kFloats;
     QuickSums<kRegisters> made;
-    for (int k = 0; k < output.count; ++k) made.Add(output.weights[k], output.rows[k] + at);
+    int first = 0, last = output.count - 1;
+    for (; first < last; ++first, --last) {
+        made.Add(output.weights[first], output.rows[first] + at);
+        made.Add(output.weights[last], output.rows[last] + at);
+    }
+    if (first == last) made.Add(output.weights[first], output.rows[first] + at);
     const Floats low = AllFloats(output.low), high = AllFloats(output.high);
     const bool doubts = output.low != output.high;
     std::uint64_t undecided = 0;
