@@ -36,8 +36,8 @@ bool ExactSamples::Prepare(const ScaleJob& job, const Contributions& across, con
     sampled_ = sampled;
     stride_ = stride;
     few_ = std::max(kProductsOfPiece / (across.MostTaps() * down.MostTaps()), kLeastFew);
-    sumScattered_ =
-        across.MostTaps() <= rows::kMostScatteredTaps ? rows::kSumScattered.Chosen() : rows::kSumScattered.plain;
+    const bool isLong = across.MostTaps() > rows::kMostScatteredTaps;
+    sumScattered_ = (isLong ? rows::kSumScatteredLong : rows::kSumScattered).Chosen();
     blocks_ = stride / (std::int64_t{kBlockColumns} * values_);
     std::int32_t most = 0;
     for (const rows::Block block : rows::Blocks(job.columns, kBlockColumns))

@@ -5,6 +5,7 @@
 
 #include "plugin/rows/ScaleAcross.h"
 #include "plugin/rows/ScaleDown.h"
+#include "plugin/rows/ScaleTurns.h"
 
 #define ROWS_WIDE "plugin/rows/ScaleScatteredWide.h"
 #include "plugin/rows/WideForms.h"
@@ -36,5 +37,6 @@ void SumScatteredPlain(const ScatteredRow& row, const std::int32_t* places, std:
 }  // namespace
 
 const Forms<SumScatteredFunction> kSumScattered = ROWS_FORMS(SumScatteredPlain, SumScattered);
+const Forms<SumScatteredFunction> kSumScatteredLong = ROWS_FORMS(SumScatteredPlain, SumScatteredLong);
 
 }  // namespace rows

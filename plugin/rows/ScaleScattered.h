@@ -23,8 +23,11 @@ using SumScatteredFunction = void(const ScatteredRow& row, const std::int32_t* p
                                   std::uint8_t* bytes);
 extern const Forms<SumScatteredFunction> kSumScattered;
 
-// Lists along rows with more weights than this go quicker one sample at a time, as the plain form has it:
-// the bytes of several samples must be fetched one by one.
+// The same for long lists along rows, one sample after the other: the wide forms sum some rows of it side
+// by side. Reads up to 15 bytes past the last of a row.
+extern const Forms<SumScatteredFunction> kSumScatteredLong;
+
+// The most weights of a list up to which fetching the bytes of several samples one by one is quicker.
 inline constexpr std::int32_t kMostScatteredTaps = 12;
 
 }  // namespace rows

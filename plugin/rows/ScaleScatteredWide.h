@@ -13,6 +13,10 @@ using Lanes = __mmask8;
 
 ROWS_INLINE Doubles AllDoubles(double value) { return _mm512_set1_pd(value); }
 ROWS_INLINE Doubles LoadDoubles(const double* from) { return _mm512_loadu_pd(from); }
+ROWS_INLINE void StoreDoubles(double* to, Doubles values) { _mm512_storeu_pd(to, values); }
+ROWS_INLINE Doubles DoublesOfBytes(const std::uint8_t* from) {
+    return _mm512_cvtepi32_pd(_mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(from))));
+}
 ROWS_INLINE Doubles AddDoubles(Doubles a, Doubles b) { return _mm512_add_pd(a, b); }
 ROWS_INLINE Doubles MulDoubles(Doubles a, Doubles b) { return _mm512_mul_pd(a, b); }
 ROWS_INLINE Doubles QuotientOf(Doubles sum, Doubles total) {
@@ -51,6 +55,10 @@ using Lanes = __m128i;
 
 ROWS_INLINE Doubles AllDoubles(double value) { return _mm256_set1_pd(value); }
 ROWS_INLINE Doubles LoadDoubles(const double* from) { return _mm256_loadu_pd(from); }
+ROWS_INLINE void StoreDoubles(double* to, Doubles values) { _mm256_storeu_pd(to, values); }
+ROWS_INLINE Doubles DoublesOfBytes(const std::uint8_t* from) {
+    return _mm256_cvtepi32_pd(_mm_cvtepu8_epi32(_mm_loadu_si32(from)));
+}
 ROWS_INLINE Doubles AddDoubles(Doubles a, Doubles b) { return _mm256_add_pd(a, b); }
 ROWS_INLINE Doubles MulDoubles(Doubles a, Doubles b) { return _mm256_mul_pd(a, b); }
 ROWS_INLINE Doubles QuotientOf(Doubles sum, Doubles total) {
@@ -170,6 +178,71 @@ void SumSamples(const ScatteredRow& row, const std::int32_t* places, int count, 
 void SumScattered(const ScatteredRow& row, const std::int32_t* places, std::int64_t count, std::uint8_t* bytes) {
     for (std::int64_t first = 0; first < count; first += kSamples)
         SumSamples(row, places + first, static_cast<int>(count - first < kSamples ? count - first : kSamples), bytes);
+}
+
+// --- Long lists -------------------------------------------------------------------------------
+
+constexpr int kRowsTurned = 8, kBytesTurned = 16, kParts = kRowsTurned / kDoubles;
+
+// A sample's sums along rows, one row a lane.
+struct RowSums {
+    Doubles sum[kParts];
+
+    ROWS_INLINE RowSums() {
+#pragma GCC unroll 2
+        for (int i = 0; i < kParts; ++i) sum[i] = AllDoubles(0);
+    }
+
+    // `bytes` has one of each row.
+    ROWS_INLINE void Add(double weight, const std::uint8_t* bytes) {
+        const Doubles all = AllDoubles(weight);
+#pragma GCC unroll 2
+        for (int i = 0; i < kParts; ++i)
+            sum[i] = AddDoubles(sum[i], MulDoubles(all, DoublesOfBytes(bytes + i * kDoubles)));
+    }
+
+    ROWS_INLINE void StoreValues(double total, double* values) const {
+#pragma GCC unroll 2
+        for (int i = 0; i < kParts; ++i)
+            StoreDoubles(values + i * kDoubles, RoundedToSingles(QuotientOf(sum[i], AllDoubles(total))));
+    }
+};
+
+// One value of kRowsTurned rows; the last of `count` rows stands for those past it.
+void SumTurnedRows(const Taps& taps, const std::uint8_t* const* rows, int count, std::int64_t start, int stride,
+                   double* values) {
+    const std::uint8_t* from[kRowsTurned];
+    for (int r = 0; r < kRowsTurned; ++r) from[r] = rows[r < count ? r : count - 1] + start;
+    RowSums sums;
+    const int tapsTurned = kBytesTurned / stride;
+    for (std::int32_t first = 0; first < taps.count; first += tapsTurned) {
+        __m128i row[kRowsTurned], turned[kRowsTurned];
+        alignas(kBytesTurned) std::uint8_t bytes[kBytesTurned * kRowsTurned];
+#pragma GCC unroll 8
+        for (int r = 0; r < kRowsTurned; ++r) row[r] = LoadLane(from[r] + std::int64_t{first} * stride);
+        TurnLoaded(row, turned);
+#pragma GCC unroll 8
+        for (int i = 0; i < kRowsTurned; ++i) StoreLane(bytes + i * kBytesTurned, turned[i]);
+        const int left = taps.count - first;
+        for (int k = 0; k < tapsTurned && k < left; ++k)
+            sums.Add(taps.weights[first + k], bytes + k * stride * kRowsTurned);
+    }
+    sums.StoreValues(taps.total, values);
+}
+
+void SumScatteredLong(const ScatteredRow& row, const std::int32_t* places, std::int64_t count, std::uint8_t* bytes) {
+    for (const std::int32_t* place = places; place != places + count; ++place) {
+        const std::int32_t column = *place / row.values;
+        const Taps& taps = row.columns[column];
+        const std::int64_t start = *place + std::int64_t{taps.first - column} * row.values;
+        double sum = 0, values[kRowsTurned];
+        for (int first = 0; first < row.down.count; first += kRowsTurned) {
+            const int left = row.down.count - first, rows = left < kRowsTurned ? left : kRowsTurned;
+            SumTurnedRows(taps, row.rows + first, rows, start, row.values, values);
+            for (int k = 0; k < rows; ++k) sum += row.down.weights[first + k] * values[k];
+        }
+        BytesOfSums(&sum, row.down.total, 1, bytes + *place);
+    }
 }
 
 }  // namespace

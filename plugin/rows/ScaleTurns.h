@@ -12,12 +12,10 @@ namespace rows {
 #define TURN_INLINE __attribute__((target("avx2"), always_inline)) inline
 
 // 16 bytes of 8 rows: turned[i] holds byte 2i of every row, then byte 2i + 1.
-TURN_INLINE void TurnBytes(const std::uint8_t* band, std::int64_t stride, __m128i* turned) {
-    __m128i row[8], pair[8], four[8];
-#pragma GCC unroll 8
-    for (int r = 0; r < 8; ++r) row[r] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(band + r * stride));
-        // Bytes of two rows side by side, then of four, then of eight; the first half of each array is
-        // of the low bytes.
+TURN_INLINE void TurnLoaded(const __m128i* row, __m128i* turned) {
+    __m128i pair[8], four[8];
+    // Bytes of two rows side by side, then of four, then of eight; the first half of each array is
+    // of the low bytes.
 #pragma GCC unroll 4
     for (int i = 0; i < 4; ++i) {
         pair[i] = _mm_unpacklo_epi8(row[2 * i], row[2 * i + 1]);
@@ -37,6 +35,13 @@ TURN_INLINE void TurnBytes(const std::uint8_t* band, std::int64_t stride, __m128
             turned[4 * half + 2 * i] = _mm_unpacklo_epi32(upper, lower);
             turned[4 * half + 2 * i + 1] = _mm_unpackhi_epi32(upper, lower);
         }
+}
+
+TURN_INLINE void TurnBytes(const std::uint8_t* band, std::int64_t stride, __m128i* turned) {
+    __m128i row[8];
+#pragma GCC unroll 8
+    for (int r = 0; r < 8; ++r) row[r] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(band + r * stride));
+    TurnLoaded(row, turned);
 }
 
 // 8 registers of 8 numbers, turned: register i of the result holds number i of each.

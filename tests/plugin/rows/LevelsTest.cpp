@@ -74,6 +74,7 @@ TEST(CpuLevels, AreDifferentCodeInEveryTable) {
     ExpectOwnCode("lanes to rows", rows::kLanesToRows);
     ExpectOwnCode("sum down", rows::kSumDown);
     ExpectOwnCode("sum scattered", rows::kSumScattered);
+    ExpectOwnCode("sum scattered long", rows::kSumScatteredLong);
     ExpectOwnCode("skew columns", rows::kSkewColumns);
     ExpectOwnCode("stream tile", rows::kStreamTile);
     ExpectOwnCode("stream copy", rows::kStreamCopy);

@@ -117,13 +117,13 @@ struct ScatteredLists {
 };
 
 // In noise and, where the byte hangs on the last bits of every step, in one colour.
-TEST_P(QuickScale, SumsScatteredSamplesInTheOrderOfTheDefinition) {
+void ExpectScatteredSums(const rows::Forms<rows::SumScatteredFunction>& forms, rows::CpuLevel level) {
     Random random(5);
     for (int values = 1; values <= 4; ++values)
-        for (int most = 1; most <= 20; most += 3) {
+        for (int most = 1; most <= 34; most += 3) {
             const ScatteredLists columns(random, 50, most), down(random, 40, most);
-            const std::size_t width = static_cast<std::size_t>((50 + most) * values) + 3;
-            for (std::size_t count = 0; count < 140; ++count) {
+            const std::size_t width = static_cast<std::size_t>((50 + most) * values) + 15;
+            for (std::size_t count = 0; count < 140; count += 1 + count / 20) {
                 std::vector<Bytes> rows;
                 std::vector<const std::uint8_t*> row;
                 for (int i = 0; i < most; ++i) {
@@ -136,11 +136,16 @@ TEST_P(QuickScale, SumsScatteredSamplesInTheOrderOfTheDefinition) {
                     place = static_cast<std::int32_t>(random.Next() % static_cast<std::uint64_t>(50 * values));
                 Bytes plain(static_cast<std::size_t>(50 * values), 77), wide = plain;
                 const auto samples = static_cast<std::int64_t>(count);
-                rows::kSumScattered.plain(scattered, places.data(), samples, plain.data());
-                rows::kSumScattered.At(GetParam())(scattered, places.data(), samples, wide.data());
+                forms.plain(scattered, places.data(), samples, plain.data());
+                forms.At(level)(scattered, places.data(), samples, wide.data());
                 ASSERT_EQ(wide, plain) << values << ", " << most << ", " << count;
             }
         }
+}
+
+TEST_P(QuickScale, SumsScatteredSamplesInTheOrderOfTheDefinition) {
+    ExpectScatteredSums(rows::kSumScattered, GetParam());
+    ExpectScatteredSums(rows::kSumScatteredLong, GetParam());
 }
 
 }  // namespace
