@@ -21,6 +21,11 @@ constexpr std::size_t kCacheLine = 64;
 constexpr std::size_t kLargeBlock = 8 << 20;
 constexpr std::size_t kLargePage = 2 << 20;
 
+// From about this size on pages of a smaller block are brought in together where all are wanted: the
+// faults of 0.9 MB, one for each of its pages, cost as much as two filters over it.
+constexpr std::size_t kManyPages = 128 << 10;
+constexpr std::size_t kPage = 4 << 10;
+
 // Larger blocks are not kept: that much memory is not to lie idle.
 constexpr std::size_t kLargestSpare = 512 << 20;
 
@@ -46,6 +51,15 @@ Head HeadOf(const std::uint8_t* pixels) {
 void AskForLargePages([[maybe_unused]] std::uint8_t* pixels, [[maybe_unused]] std::size_t size) {
 #ifdef MADV_HUGEPAGE
     madvise(pixels, size, MADV_HUGEPAGE);
+#endif
+}
+
+// A system that can't, or has no memory for it, brings each page in when it is touched.
+void BringPagesIn([[maybe_unused]] std::uint8_t* pixels, [[maybe_unused]] std::size_t size) {
+#ifdef MADV_POPULATE_WRITE
+    const std::size_t before =
+        RoundUp(reinterpret_cast<std::uintptr_t>(pixels), kPage) - reinterpret_cast<std::uintptr_t>(pixels);
+    if (size >= kManyPages) madvise(pixels + before, (size - before) / kPage * kPage, MADV_POPULATE_WRITE);
 #endif
 }
 
@@ -94,7 +108,10 @@ std::uint8_t* AllocatePixels(std::int64_t size) {
 std::uint8_t* AllocatePixelsToFill(std::int64_t size, bool* isZero) {
     std::uint8_t* const recycled = IsLarge(size) ? TakeSpare(static_cast<std::size_t>(size)) : nullptr;
     if (isZero) *isZero = !recycled;
-    return recycled ? recycled : AllocatePixels(size);
+    if (recycled) return recycled;
+    std::uint8_t* const pixels = AllocatePixels(size);
+    if (pixels && !IsLarge(size)) BringPagesIn(pixels, static_cast<std::size_t>(size));
+    return pixels;
 }
 
 std::uint8_t* AllocatePixelsUntouched(std::int64_t size) {

@@ -14,7 +14,8 @@ namespace platform {
 // size is below 0. Large blocks ask for large pages.
 std::uint8_t* AllocatePixels(std::int64_t size);
 
-// The same with any bytes in it, for a caller who writes them all. `isZero` is told whether they are 0.
+// The same with any bytes in it, for a caller who writes them all: its pages are there at once, where the
+// system can bring them in together. `isZero` is told whether the bytes are 0.
 std::uint8_t* AllocatePixelsToFill(std::int64_t size, bool* isZero = nullptr);
 
 // Zero bytes of which only what is touched takes memory or time, for a caller who may need none of

@@ -1,9 +1,11 @@
 // Off-screen worlds made, locked and disposed.
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 
 #include <algorithm>
 #include <limits>
 #include <memory>
+#include <vector>
 
 #include "platform/PixelMemory.h"
 #include "platform/Worlds.h"
@@ -164,6 +166,22 @@ TEST(PixelMemory, BeginsWithZeroBytesWhenALargeBlockIsUsedAgain) {
     FreePixels(third);
     FreePixels(second);
 }
+
+#ifdef MADV_POPULATE_WRITE
+TEST(PixelMemory, ToFillIsThereAtOnce) {
+    constexpr std::int64_t kSize = 3 << 20, kPage = 4096;
+    std::uint8_t* const pixels = AllocatePixelsToFill(kSize);
+    ASSERT_NE(pixels, nullptr);
+    std::uint8_t* const first = pixels + (kPage - reinterpret_cast<std::intptr_t>(pixels) % kPage) % kPage;
+    constexpr std::int64_t kWhole = kSize / kPage - 1;
+    if (madvise(first, kPage, MADV_POPULATE_WRITE) != 0) GTEST_SKIP() << "this system brings in no pages";
+    std::vector<unsigned char> present(kWhole);
+    ASSERT_EQ(mincore(first, kWhole * kPage, present.data()), 0);
+    EXPECT_EQ(std::count_if(present.begin(), present.end(), [](unsigned char page) { return (page & 1) == 0; }), 0);
+    EXPECT_EQ(std::count(pixels, pixels + kSize, 0), kSize);
+    FreePixels(pixels);
+}
+#endif
 
 TEST(PixelMemory, KeepsNoSpareForAMuchSmallerBlock) {
     std::uint8_t* const large = AllocatePixels(40 << 20);
