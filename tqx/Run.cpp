@@ -3,6 +3,7 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <optional>
 
 #include "host/calls/PluginLoader.h"
 #include "host/framework/Application.h"
@@ -86,14 +87,14 @@ int Run(const Settings& settings, const RunSettings& run) {
     const bool onTerminal = isatty(STDERR_FILENO) != 0;
     StatusLine status(onTerminal);
     const auto complain = [&status](std::string_view text) { status.Around([text] { Complain(text); }); };
-    script::Explainer explainer(source->path, ClassesOfPlugins(), complain);
+    std::optional<script::Explainer> explainer;  // its tables take longer to read than a short script to run
     script::RunOptions options;
     options.print = [&status](std::string_view line) { status.Around([line] { Print(line); }); };
     options.write = [&status](std::string_view text) { status.Around([text] { host::WriteStandardOutput(text); }); };
     options.complain = complain;
     if (onTerminal) options.observers.push_back(&status);
     options.leaks = run.leaks;
-    if (run.explain) options.observers.push_back(&explainer);
+    if (run.explain) options.observers.push_back(&explainer.emplace(source->path, ClassesOfPlugins(), complain));
     return EndAfterSignals(script::RunScript(*source, options));
 }
 
