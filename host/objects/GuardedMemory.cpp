@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <vector>
 
 #include "platform/Sanitizer.h"
 
@@ -52,16 +53,34 @@ void Unpoison(const void* memory, std::size_t size) {
 
 }  // namespace
 
-void* AllocateGuarded(std::size_t size) {
-    if (size > SIZE_MAX / 2) return nullptr;
-    auto* front = static_cast<std::uint8_t*>(std::calloc(1, kFrontSize + size + kGuardSize));
-    if (!front) return nullptr;
-    std::uint8_t* memory = front + kFrontSize;
-    std::memcpy(front, &size, sizeof(size));
+namespace {
+
+// Null, when memory was short, stays null.
+void* Guard(void* allocated, std::size_t size) {
+    if (!allocated) return nullptr;
+    std::uint8_t* memory = static_cast<std::uint8_t*>(allocated) + kFrontSize;
+    std::memcpy(allocated, &size, sizeof(size));
     std::memset(memory - kGuardSize, kGuardByte, kGuardSize);
     std::memset(memory + size, kGuardByte, kGuardSize);
     Poison(memory, size);
     return memory;
+}
+
+constexpr std::size_t kMostSize = SIZE_MAX / 2;
+
+std::vector<const void*>& Watched() {
+    static auto& watched = *new std::vector<const void*>;
+    return watched;
+}
+
+}  // namespace
+
+void* AllocateGuarded(std::size_t size) {
+    return size > kMostSize ? nullptr : Guard(std::calloc(1, kFrontSize + size + kGuardSize), size);
+}
+
+void* AllocateGuardedAsIs(std::size_t size) {
+    return size > kMostSize ? nullptr : Guard(std::malloc(kFrontSize + size + kGuardSize), size);
 }
 
 std::size_t GuardedSize(const void* memory) { return SizeOf(memory); }
@@ -82,6 +101,13 @@ void FreeGuarded(void* memory) {
     std::free(Front(memory));
 }
 
-std::int64_t BrokenGuardCount() { return brokenGuards; }
+void WatchGuarded(const void* memory) { Watched().push_back(memory); }
+
+// One that was found broken is counted once.
+std::int64_t BrokenGuardCount() {
+    brokenGuards +=
+        static_cast<std::int64_t>(std::erase_if(Watched(), [](const void* memory) { return !GuardsAreWhole(memory); }));
+    return brokenGuards;
+}
 
 }  // namespace host

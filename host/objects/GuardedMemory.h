@@ -13,16 +13,22 @@ namespace host {
 // `size` zero bytes, aligned to 16; null when memory is short. Size 0 gives an address of no bytes.
 void* AllocateGuarded(std::size_t size);
 
-// How many bytes AllocateGuarded was asked for.
+// The same for whoever writes all bytes anyway: what they are is left open.
+void* AllocateGuardedAsIs(std::size_t size);
+
+// How many bytes were asked for.
 std::size_t GuardedSize(const void* memory);
 
-// Frees what AllocateGuarded gave, after a look at its guard bytes. Null is ignored.
+// Frees what was allocated here, after a look at its guard bytes. Null is ignored.
 void FreeGuarded(void* memory);
+
+// For what lives as long as the process: its guard bytes are looked at whenever broken ones are counted.
+void WatchGuarded(const void* memory);
 
 // Whether the guard bytes around one allocation are whole.
 bool GuardsAreWhole(const void* memory);
 
-// How many freed allocations had broken guard bytes since the process started.
+// How many allocations, freed or watched, had broken guard bytes since the process started.
 std::int64_t BrokenGuardCount();
 
 }  // namespace host

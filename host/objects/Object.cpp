@@ -19,10 +19,6 @@ std::int64_t liveObjects = 0;
 std::int64_t overReleases = 0;
 Object* firstLive = nullptr;
 
-// What an object's count stands at while its destructors run, so that they may take and give up
-// references as they like.
-constexpr std::int32_t kDestroying = 1 << 30;
-
 void Link(Object* object) {
     object->previous = nullptr;
     object->next = firstLive;
@@ -127,12 +123,7 @@ void Destroy(Object* object) {
 
 }  // namespace
 
-void Retain(Object* object) {
-    if (object) ++object->references;
-}
-
-void Release(Object* object) noexcept {
-    if (!object) return;
+void ReleaseLast(Object* object) noexcept {
     if (object->references <= 0 || object->references == kDestroying) {
         ++overReleases;
         return;

@@ -39,13 +39,26 @@ inline constexpr std::int32_t kObjectHeadSize = static_cast<std::int32_t>((sizeo
 
 inline Object* FromPlugin(sdk::Object* object) { return static_cast<Object*>(object); }
 
+// What an object's count stands at while its destructors run, so that they may take and give up
+// references as they like.
+inline constexpr std::int32_t kDestroying = 1 << 30;
+
 // A new instance with zeroed data and one reference, after the class's constructor functions but
 // before any Constructor method; nil when memory is short.
 Ref<Object> NewObject(const Class& type);
 
 // Nil is allowed and ignored.
-void Retain(Object* object);
-void Release(Object* object) noexcept;
+inline void Retain(Object* object) {
+    if (object) ++object->references;
+}
+void ReleaseLast(Object* object) noexcept;  // where it may be the last reference, or none is left
+inline void Release(Object* object) noexcept {
+    if (!object) return;
+    if (object->references > 1 && object->references != kDestroying)
+        --object->references;
+    else
+        ReleaseLast(object);
+}
 
 // Runs the destructors that scripts wrote for the object's classes, unless they have run. For the
 // end of a program, when objects go whose references are still there.

@@ -2,6 +2,7 @@
 #include "host/objects/String.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <new>
 #include <utility>
@@ -55,28 +56,20 @@ std::string Encode(const std::u32string& text, sdk::Encoding encoding) {
     return bytes;
 }
 
-}  // namespace
-
-Ref<String> MakeString(std::string_view bytes, sdk::Encoding encoding) { return JoinStrings(bytes, {}, encoding); }
-
-namespace {
-
 // Room for `spare` bytes more is a wish.
 void* AllocateString(std::size_t length, std::size_t spare) {
     if (length > kMostStringBytes) throw std::bad_alloc();
-    void* memory = spare > 0 ? AllocateGuarded(sizeof(String) + length + spare) : nullptr;
-    if (!memory) memory = AllocateGuarded(sizeof(String) + length);
+    void* memory = spare > 0 ? AllocateGuardedAsIs(sizeof(String) + length + spare) : nullptr;
+    if (!memory) memory = AllocateGuardedAsIs(sizeof(String) + length);
     if (!memory) throw std::bad_alloc();
     return memory;
 }
 
-Ref<String> Join(std::string_view first, std::string_view second, sdk::Encoding encoding, std::size_t spare) {
-    const std::size_t length = first.size() + second.size();
-    if (length == 0) return nullptr;
+// Its bytes are still to be written, to `bytes`.
+Ref<String> Blank(std::size_t length, std::size_t spare, sdk::Encoding encoding, char*& bytes) {
     auto* string = new (AllocateString(length, spare)) String{};
-    auto* data = reinterpret_cast<std::uint8_t*>(string + 1);
-    std::copy(second.begin(), second.end(), std::copy(first.begin(), first.end(), data));
-    string->data = data;
+    bytes = reinterpret_cast<char*>(string + 1);
+    string->data = reinterpret_cast<std::uint8_t*>(string + 1);
     string->length = static_cast<std::int64_t>(length);
     string->references = 1;
     string->encoding = encoding;
@@ -84,7 +77,48 @@ Ref<String> Join(std::string_view first, std::string_view second, sdk::Encoding 
     return Ref<String>::Adopt(string);
 }
 
+Ref<String> Join(std::string_view first, std::string_view second, sdk::Encoding encoding, std::size_t spare) {
+    const std::size_t length = first.size() + second.size();
+    if (length == 0) return nullptr;
+    char* bytes = nullptr;
+    Ref<String> string = Blank(length, spare, encoding, bytes);
+    std::copy(second.begin(), second.end(), std::copy(first.begin(), first.end(), bytes));
+    return string;
+}
+
+// More references than plug-ins could give up that they don't have: what is watched is never freed.
+constexpr std::int32_t kForGood = 1 << 30;
+
+// What plug-ins have made of it must not become every script's.
+bool IsStill(const String& string, char character) {
+    return string.encoding == sdk::Encoding::Utf8 && Bytes(&string) == std::string_view(&character, 1);
+}
+
 }  // namespace
+
+Ref<String> MakeString(std::string_view bytes, sdk::Encoding encoding) {
+    char* to = nullptr;
+    Ref<String> string = MakeBlankString(bytes.size(), encoding, to);
+    if (string) std::memcpy(to, bytes.data(), bytes.size());
+    return string;
+}
+
+Ref<String> MakeBlankString(std::size_t length, sdk::Encoding encoding, char*& bytes) {
+    return length == 0 ? nullptr : Blank(length, 0, encoding, bytes);
+}
+
+Ref<String> SharedCharacter(char character) {
+    static auto& known = *new std::array<Ref<String>, 128>;  // to the process's end, as plug-ins may hold them
+    Ref<String>& shared = known[static_cast<unsigned char>(character)];
+    if (!shared || !IsStill(*shared, character)) {
+        Ref<String> made = MakeString({&character, 1});
+        WatchGuarded(made.get());
+        made->references += kForGood;
+        --liveStrings;
+        shared = std::move(made);
+    }
+    return shared;
+}
 
 Ref<String> JoinStrings(std::string_view first, std::string_view second, sdk::Encoding encoding) {
     return Join(first, second, encoding, 0);
@@ -133,23 +167,11 @@ void AppendText(std::string& text, std::string_view more) {
     text += more;
 }
 
-void Retain(String* string) {
-    if (string) ++string->references;
-}
-
-void Release(String* string) noexcept {
-    if (!string || --string->references > 0) return;
+void FreeString(String* string) noexcept {
     --liveStrings;
     delete string->marks;
     FreeGuarded(string);
 }
-
-std::string_view Bytes(const sdk::String* string) {
-    if (!string) return {};
-    return {reinterpret_cast<const char*>(string->data), static_cast<std::size_t>(string->length)};
-}
-
-sdk::Encoding EncodingOf(const String* string) { return string ? string->encoding : sdk::Encoding::Utf8; }
 
 Ref<String> ConvertEncoding(const Ref<String>& string, sdk::Encoding encoding) {
     if (!string) return nullptr;

@@ -32,6 +32,14 @@ inline constexpr std::size_t kMostStringBytes = INT32_MAX;
 // the bytes are more than a string can have.
 Ref<String> MakeString(std::string_view bytes, sdk::Encoding encoding = sdk::Encoding::Utf8);
 
+// A string of so many bytes, which the caller writes to `bytes` before anybody reads it; nil for
+// none. Throws as MakeString.
+Ref<String> MakeBlankString(std::size_t length, sdk::Encoding encoding, char*& bytes);
+
+// The text of one ASCII character (not 0), in UTF-8. All who ask share it, and it is not counted among the
+// live ones: for scripts, which look at texts character by character. Throws as MakeString.
+Ref<String> SharedCharacter(char character);
+
 // Two texts one after the other; as MakeString.
 Ref<String> JoinStrings(std::string_view first, std::string_view second, sdk::Encoding encoding);
 
@@ -51,14 +59,23 @@ void SetEncoding(String& string, sdk::Encoding encoding);
 void AppendText(std::string& text, std::string_view more);
 
 // Nil is allowed and ignored.
-void Retain(String* string);
-void Release(String* string) noexcept;
+inline void Retain(String* string) {
+    if (string) ++string->references;
+}
+void FreeString(String* string) noexcept;  // whose last reference went
+inline void Release(String* string) noexcept {
+    if (string && --string->references <= 0) FreeString(string);
+}
 
 // The bytes, good for the string's life. Empty for nil.
-std::string_view Bytes(const sdk::String* string);
+inline std::string_view Bytes(const sdk::String* string) {
+    if (!string) return {};
+    return {reinterpret_cast<const char*>(string->data), static_cast<std::size_t>(string->length)};
+}
 inline std::string_view Bytes(const Ref<String>& string) { return Bytes(string.get()); }
 
-sdk::Encoding EncodingOf(const String* string);  // Utf8 for nil
+// Utf8 for nil.
+inline sdk::Encoding EncodingOf(const String* string) { return string ? string->encoding : sdk::Encoding::Utf8; }
 
 // The text in another encoding. Bytes without an encoding are taken as they stand; what can't be
 // read becomes U+FFFD and what ASCII can't write becomes '?'. UTF-16 and UTF-32 are in the

@@ -49,16 +49,6 @@ std::int64_t CutTo(double value, Kind whole) {
     return std::clamp(TruncateToInt64(value), LowestOf(whole), static_cast<std::int64_t>(most));
 }
 
-Value Value::OfKind(Kind kind, std::int64_t bits) {
-    Value value(bits);
-    value.kind_ = kind;
-    return value;
-}
-
-bool Value::IsWhole() const { return IsWholeKind(kind_); }
-
-bool Value::IsNumber() const { return IsNumberKind(kind_); }
-
 std::int64_t Value::ToInt64() const {
     if (IsRealKind(kind_)) return TruncateToInt64(real_);
     return IsWhole() || kind_ == Kind::Boolean || kind_ == Kind::Color ? integer_ : 0;
@@ -73,24 +63,6 @@ double Value::ToDouble() const {
     if (IsRealKind(kind_)) return real_;
     return kind_ == Kind::UInt64 ? static_cast<double>(static_cast<std::uint64_t>(integer_))
                                  : static_cast<double>(ToInt64());
-}
-
-void Value::RetainReference() const {
-    if (kind_ == Kind::String)
-        Retain(string_);
-    else if (kind_ == Kind::Array)
-        Retain(array_);
-    else if (kind_ == Kind::Object)
-        Retain(object_);
-}
-
-void Value::ReleaseReference() const {
-    if (kind_ == Kind::String)
-        Release(string_);
-    else if (kind_ == Kind::Array)
-        Release(array_);
-    else if (kind_ == Kind::Object)
-        Release(object_);
 }
 
 Value DefaultOf(const Type& type) {

@@ -45,7 +45,11 @@ class Value {
     Value(T*) = delete;  // would be taken for a boolean
 
     // Of a kind that is kept as a whole number, by its bits: a number in the kind's range, a colour.
-    static Value OfKind(Kind kind, std::int64_t bits);
+    static Value OfKind(Kind kind, std::int64_t bits) {
+        Value value(bits);
+        value.kind_ = kind;
+        return value;
+    }
 
     Value(const Value& other) : kind_(other.kind_), integer_(other.integer_) { RetainHeld(); }
     Value(Value&& other) noexcept : kind_(other.kind_), integer_(other.integer_) { other.kind_ = Kind::None; }
@@ -59,8 +63,8 @@ class Value {
     Kind kind() const { return kind_; }
     bool IsNothing() const { return kind_ == Kind::None; }
     bool IsNil() const { return kind_ == Kind::Object && !object_; }
-    bool IsWhole() const;   // Integer, Int64 and the like
-    bool IsNumber() const;  // whole, Double or Single
+    bool IsWhole() const { return IsWholeKind(kind_); }    // Integer, Int64 and the like
+    bool IsNumber() const { return IsNumberKind(kind_); }  // whole, Double or Single
 
     // Numbers, booleans and colours as a number; 0 for anything else. A double is truncated and
     // saturates; not-a-number gives the most negative integer. A UInt64 gives its bits.
@@ -86,15 +90,18 @@ class Value {
 
   private:
     // References are the last of the kinds.
-    bool HoldsReference() const { return kind_ >= Kind::String; }
     void RetainHeld() const {
-        if (HoldsReference()) RetainReference();
+        if (kind_ < Kind::String) return;
+        if (kind_ == Kind::String) return Retain(string_);
+        if (kind_ == Kind::Object) return Retain(object_);
+        Retain(array_);
     }
     void ReleaseHeld() const {
-        if (HoldsReference()) ReleaseReference();
+        if (kind_ < Kind::String) return;
+        if (kind_ == Kind::String) return Release(string_);
+        if (kind_ == Kind::Object) return Release(object_);
+        Release(array_);
     }
-    void RetainReference() const;
-    void ReleaseReference() const;
 
     Kind kind_ = Kind::None;
     union {

@@ -44,7 +44,7 @@ TEST_F(Border, RaisesAnExceptionMadeBeforehandWhenNoMemoryIsLeft) {
     auto& runtime = host::Runtime::Get();
     host::Ref<host::Object> first, second;
     {
-        const FailingCall failing(SystemCall::Calloc, 1, INT32_MAX);
+        const FailingAllocations failing(1);
         AtBorder([] { throw std::runtime_error("why"); });
         first = runtime.TakeRaised();
         host::RaiseException("OutOfBoundsException", "why");

@@ -221,6 +221,16 @@ TEST(GuardedMemory, CountsOverwrittenGuards) {
     }
     EXPECT_EQ(host::BrokenGuardCount(), before + 4);
 }
+
+TEST(GuardedMemory, CountsOverwrittenGuardsOfWhatIsNeverFreed) {
+    auto* bytes = static_cast<std::uint8_t*>(host::AllocateGuardedAsIs(10));
+    host::WatchGuarded(bytes);
+    const std::int64_t before = host::BrokenGuardCount();
+    const auto* volatile hidden = bytes;
+    const_cast<std::uint8_t*>(hidden)[10] = 1;
+    EXPECT_EQ(host::BrokenGuardCount(), before + 1);
+    EXPECT_EQ(host::BrokenGuardCount(), before + 1) << "counted once";
+}
 #endif
 
 TEST(GuardedMemory, IsZeroedAndAligned) {

@@ -1,6 +1,8 @@
 // Strings of every encoding, and what a shortage of memory leaves of them.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "host/objects/String.h"
 #include "tests/support/Interpose.h"
 
@@ -73,6 +75,44 @@ TEST(String, IsCounted) {
         EXPECT_EQ(one->references, 3);
     }
     EXPECT_EQ(host::LiveStringCount(), before);
+}
+
+TEST(String, OfOneCharacterIsShared) {
+    const std::int64_t before = host::LiveStringCount();
+    const auto e = host::SharedCharacter('e');
+    EXPECT_EQ(Bytes(e), "e");
+    EXPECT_EQ(e->encoding, Encoding::Utf8);
+    EXPECT_EQ(host::SharedCharacter('e'), e);
+    EXPECT_EQ(Bytes(host::SharedCharacter('f')), "f");
+    EXPECT_GT(e->references, 1) << "nobody may add to it in place";
+    EXPECT_EQ(host::LiveStringCount(), before);
+}
+
+// Plug-ins may set the encoding of what they are given, and write where they should not.
+TEST(String, OfOneCharacterIsMadeAnewOnceAPluginChangedIt) {
+    const auto q = host::SharedCharacter('q');
+    host::SetEncoding(*q, Encoding::None);
+    EXPECT_EQ(host::SharedCharacter('q')->encoding, Encoding::Utf8);
+    const auto r = host::SharedCharacter('r');
+    const_cast<std::uint8_t*>(r->data)[0] = 's';
+    EXPECT_EQ(Bytes(host::SharedCharacter('r')), "r");
+}
+
+TEST(String, OfOneCharacterOutlivesReferencesThatAreGivenUpTwice) {
+    String* const t = host::SharedCharacter('t').get();
+    for (int i = 0; i < 100; ++i) host::Release(t);
+    EXPECT_EQ(host::SharedCharacter('t').get(), t);
+    EXPECT_EQ(Bytes(t), "t");
+}
+
+TEST(String, MayBeWrittenAfterItIsMade) {
+    char* bytes = nullptr;
+    const auto text = host::MakeBlankString(3, Encoding::Ascii, bytes);
+    std::copy_n("abc", 3, bytes);
+    EXPECT_EQ(Bytes(text), "abc");
+    EXPECT_EQ(text->encoding, Encoding::Ascii);
+    EXPECT_FALSE(host::MakeBlankString(0, Encoding::Utf8, bytes));
+    EXPECT_THROW(host::MakeBlankString(std::size_t{INT32_MAX} + 1, Encoding::Utf8, bytes), std::bad_alloc);
 }
 
 TEST(String, ConvertsBetweenAllEncodings) {
