@@ -16,6 +16,8 @@ namespace host {
 // The shape of a call, and whether registers alone can do it.
 struct CallPlan {
     Declaration declaration;
+    std::vector<Kind> arguments;  // with an assigned value, without the instance
+    Kind result;
     ForeignShape shape;
     bool inRegisters = false;
     bool reals = false;  // there are doubles or singles among the arguments
@@ -46,12 +48,13 @@ void ChooseRegisters(CallPlan& plan, bool passSelf, std::size_t count) {
 
 // A setter takes one more argument, of the result's type, and gives nothing.
 std::shared_ptr<CallPlan> MakePlan(const Declaration& declaration, bool passSelf, std::size_t count) {
-    std::vector<Kind> kinds;
-    if (passSelf) kinds.push_back(Kind::Object);
-    for (std::size_t i = 0; i < count; ++i) kinds.push_back(TypeOfArgument(declaration, i).kind);
+    std::vector<Kind> arguments;
+    for (std::size_t i = 0; i < count; ++i) arguments.push_back(TypeOfArgument(declaration, i).kind);
+    std::vector<Kind> all(arguments);
+    if (passSelf) all.insert(all.begin(), Kind::Object);
     const bool setter = count > declaration.parameters.size();
-    std::shared_ptr<CallPlan> plan(
-        new CallPlan{declaration, {std::move(kinds), setter ? Kind::None : declaration.result.kind}});
+    const Kind result = setter ? Kind::None : declaration.result.kind;
+    std::shared_ptr<CallPlan> plan(new CallPlan{declaration, std::move(arguments), result, {std::move(all), result}});
     ChooseRegisters(*plan, passSelf, count);
     return plan;
 }
@@ -126,7 +129,7 @@ platform::Registers RegistersOf(const CallPlan& plan, bool passSelf, Object* sel
     std::size_t whole = 0, real = 0;
     if (passSelf) in.whole[whole++] = reinterpret_cast<std::intptr_t>(static_cast<sdk::Object*>(self));
     for (std::size_t i = 0; i < arguments.size(); ++i) {
-        const Kind kind = TypeOfArgument(plan.declaration, i).kind;
+        const Kind kind = plan.arguments[i];
         if (kind == Kind::Double)
             in.real[real++] = arguments[i].ToDouble();
         else if (kind == Kind::Single)
@@ -186,26 +189,27 @@ Declaration AccessorDeclaration(const Property& property) { return {property.nam
 
 namespace {
 
-Value CallPlanned(sdk::AnyFunction function, const CallPlan& plan, bool passSelf, Object* self,
+// The general way, with boxes around variants.
+Value CallInCells(sdk::AnyFunction function, const CallPlan& plan, bool passSelf, Object* self,
                   std::span<const Value> arguments) {
-    const Declaration& declaration = plan.declaration;
-    const auto keepAlive = Ref<Object>::Share(self);
-    const bool setter = arguments.size() > declaration.parameters.size();
-    if (plan.inRegisters)
-        return CallDirectly(function, RegistersOf(plan, passSelf, self, arguments), plan.reals,
-                            setter ? Kind::None : declaration.result.kind);
     std::array<Cell, kMostCells> cells;
     std::size_t count = 0;
     std::vector<Value> boxes;  // hold what variants are passed as
     if (passSelf) cells[count++].pointer = static_cast<sdk::Object*>(self);
     for (std::size_t i = 0; i < arguments.size(); ++i) {
-        const Type& type = TypeOfArgument(declaration, i);
-        if (type.IsVariant()) boxes.emplace_back(Box(arguments[i]));
-        cells[count++] = CellOf(type.IsVariant() ? boxes.back() : arguments[i], type.kind);
+        const bool variant = TypeOfArgument(plan.declaration, i).IsVariant();
+        if (variant) boxes.emplace_back(Box(arguments[i]));
+        cells[count++] = CellOf(variant ? boxes.back() : arguments[i], plan.arguments[i]);
     }
     const Cell result = plan.shape.Call(function, {cells.data(), count});
-    if (setter) return Value();
-    return ValueOf(result, declaration.result, true);
+    return plan.result == Kind::None ? Value() : ValueOf(result, plan.declaration.result, true);
+}
+
+Value CallPlanned(sdk::AnyFunction function, const CallPlan& plan, bool passSelf, Object* self,
+                  std::span<const Value> arguments) {
+    const auto keepAlive = Ref<Object>::Share(self);
+    if (!plan.inRegisters) return CallInCells(function, plan, passSelf, self, arguments);
+    return CallDirectly(function, RegistersOf(plan, passSelf, self, arguments), plan.reals, plan.result);
 }
 
 }  // namespace
@@ -244,6 +248,22 @@ Value GetProperty(const Property& property, Object* self) {
     Cell cell{};
     std::memcpy(&cell, FieldOf(property, self, property.getter.fieldOffset), FieldSize(property.type.kind));
     return ValueOf(cell, property.type, false);
+}
+
+bool ReadWholeField(const Property& property, const Object& self, Value& target) {
+    if (property.wholeAt == 0) return false;
+    const auto* field = reinterpret_cast<const std::uint8_t*>(&self) + property.wholeAt;
+    const Kind kind = property.type.kind;
+    if (kind == Kind::Integer) {
+        std::int32_t word = 0;
+        std::memcpy(&word, field, sizeof(word));
+        target = Value(word);
+    } else {
+        Cell cell{};
+        std::memcpy(&cell, field, FieldSize(kind));
+        target = WholeValue(WholeIn(cell, RowOf(kind).size), kind);
+    }
+    return true;
 }
 
 void SetProperty(const Property& property, Object* self, const Value& value) {

@@ -28,6 +28,9 @@ void InvokeSetter(const Method& method, Object* self, std::span<Value> arguments
 Value GetProperty(const Property& property, Object* self);
 void SetProperty(const Property& property, Object* self, const Value& value);
 
+// Reads a property that is a whole number in a field, which runs no code. False, and nothing is read, for any other.
+bool ReadWholeField(const Property& property, const Object& self, Value& target);
+
 // Calls an object's handler of an event. False when its class has none.
 bool RaiseEvent(const Event& event, Object* self, std::span<Value> arguments, Value& result);
 

@@ -32,14 +32,11 @@ sdk::AnyFunction Resolve(const char* name) {
 
 void AddHostFunction(HostFunctionRecord& record) { HostFunctionTable().push_back(&record); }
 
-Runtime& Runtime::Get() {
-    // Never destroyed: plug-ins and statics may hold objects until the process ends.
-    static Runtime* runtime = nullptr;
-    if (!runtime) {
-        runtime = new Runtime;
-        runtime->Start();
-    }
-    return *runtime;
+// Never destroyed: plug-ins and statics may hold objects until the process ends.
+Runtime& Runtime::Make() {
+    only_ = new Runtime;
+    only_->Start();
+    return *only_;
 }
 
 void Runtime::Start() {
@@ -161,10 +158,6 @@ void Runtime::Raise(std::string_view className, std::string_view message, std::i
 }
 
 Ref<Object> Runtime::TakeRaised() { return std::exchange(raised_, nullptr); }
-
-void Runtime::ThrowIfRaised() {
-    if (raised_) throw Raised{TakeRaised()};
-}
 
 Ref<Object> Runtime::MakeException(std::string_view className, std::string_view message, std::int32_t errorNumber) {
     const Class* type = FindClass(className);

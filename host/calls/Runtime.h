@@ -34,7 +34,7 @@ class Runtime {
   public:
     // The one runtime, made with its built-in classes on first use. Whoever assembles a program adds the
     // framework to it (RegisterFramework) before scripts or plug-ins come.
-    static Runtime& Get();
+    static Runtime& Get() { return only_ ? *only_ : Make(); }
 
     // --- Classes ------------------------------------------------------------------------------
 
@@ -88,7 +88,9 @@ class Runtime {
 
     bool HasRaised() const { return static_cast<bool>(raised_); }
     Ref<Object> TakeRaised();  // nil when there is none
-    void ThrowIfRaised();      // throws Raised
+    void ThrowIfRaised() {     // throws Raised
+        if (raised_) throw Raised{TakeRaised()};
+    }
 
     // An exception object with its message; of RuntimeException when the class is unknown. Throws
     // std::bad_alloc when memory is short.
@@ -120,7 +122,10 @@ class Runtime {
 
   private:
     Runtime() = default;
+    static Runtime& Make();
     void Start();
+
+    static inline Runtime* only_ = nullptr;
 
     std::vector<std::unique_ptr<Class>> classes_;
     std::unordered_map<std::string, Class*, NameHash, NameEqual> classIndex_;

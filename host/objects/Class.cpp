@@ -35,6 +35,9 @@ Method& Class::AddMethod(Method method) {
 
 Property& Class::AddProperty(Property property) {
     property.owner = this;
+    const bool field = property.getter.fieldOffset >= 0 && !property.getter.function && property.slot < 0;
+    if (field && !property.read && IsWholeKind(property.type.kind))
+        property.wholeAt = dataOffset_ + property.getter.fieldOffset;
     Property& added = properties_.emplace_back(std::move(property));
     propertyIndex_[added.name].push_back(&added);
     return added;

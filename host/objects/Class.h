@@ -63,6 +63,9 @@ struct Property {
     sdk::Accessor getter = sdk::kNoAccess;
     sdk::Accessor setter = sdk::kNoAccess;
 
+    // Of a whole number in a field that no function reads: bytes from the object's address; else 0.
+    std::int32_t wholeAt = 0;
+
     // By a script: a slot of the instance, or callables.
     std::int32_t slot = -1;
     Callable read;   // no arguments

@@ -4,10 +4,10 @@
 // of them. A register is a host::Value that keeps its kind for as long as the frame lives, so
 // numbers are worked on in their eight bytes without looking at the kind; only registers of type
 // Variant change kind. Registers that hold references (strings, arrays, objects, variants) are
-// listed, so that a frame can be taken down from any point. Number constants are registers too,
-// set when the frame is laid out and never written. Which operation is meant is settled by the
-// compiler: every type has its own instruction, nothing is looked up by name while a script runs.
-// A ByRef parameter's register holds a reference (Place.h) to what the caller gave.
+// listed, so that a frame can be taken down from any point. Constants, numbers and most texts, are
+// registers too, set when the frame is laid out and never written; their texts are the function's. Which operation is
+// meant is settled by the compiler: every type has its own instruction, nothing is looked up by name while a script
+// runs. A ByRef parameter's register holds a reference (Place.h) to what the caller gave.
 #pragma once
 
 #include <cstdint>
@@ -78,7 +78,7 @@ enum class Op : std::uint16_t {
     Call, CallVirtual,     // A = sites[N]
     CallDelegate,          // A = sites[N], whose receiver is the delegate
     Handle,                // events[C] of A is handled by B
-    CallNative,            // A = sites[N]
+    CallNative, CallQuick,  // A = sites[N]; by the quick form of what is called
     CallSetter,            // sites[N]
     GetProperty,           // A = properties[C] of B
     SetProperty,           // properties[C] of A = B
@@ -151,7 +151,7 @@ struct Function {
     bool ready = false;
     std::vector<Instruction> code;
     std::vector<Position> positions;        // of each instruction
-    std::vector<host::Value> prototype;     // the registers of a fresh frame; no references held
+    std::vector<host::Value> prototype;     // the registers of a fresh frame; what they refer to stays here
     std::vector<std::uint16_t> references;  // registers that hold references
     std::vector<std::uint16_t> parameters;  // registers of the arguments, the receiver first
     std::vector<Handler> handlers;          // inner ones first

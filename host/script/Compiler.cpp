@@ -74,6 +74,16 @@ Operand FunctionCompiler::Constant(Type type, host::Value value) {
     return {index, false};
 }
 
+// The first texts of a function are constants too; more would make its frames large. False for one more.
+bool FunctionCompiler::TextConstant(const std::string& text, Operand& constant) {
+    constexpr std::size_t kMostTexts = 32;
+    const auto known = textConstants_.find(text);
+    if (known == textConstants_.end() && textConstants_.size() == kMostTexts) return false;
+    constant = known == textConstants_.end() ? Constant(kStringType, host::Value(text)) : known->second;
+    textConstants_.emplace(text, constant);
+    return true;
+}
+
 std::size_t FunctionCompiler::Emit(Op op, std::uint16_t a, std::uint16_t b, std::uint16_t c) {
     function_.code.push_back({op, a, b, c});
     function_.positions.push_back(at_);

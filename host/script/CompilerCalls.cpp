@@ -85,7 +85,7 @@ void FunctionCompiler::EmitCall(CallSite site, Expression& expression, std::uint
     Op op = Op::CallNative;
     if (site.routine) op = !expression.direct && IsOverridden(*site.routine) ? Op::CallVirtual : Op::Call;
     if (expression.node == Node::CallSetter) op = Op::CallSetter;
-    if (op == Op::CallNative) site.quick = host::QuickFormOf(*site.native);
+    if (op == Op::CallNative && (site.quick = host::QuickFormOf(*site.native))) op = Op::CallQuick;
     if (op == Op::CallSetter) site.quick = host::QuickSetterOf(*site.native);
     function_.sites.push_back(std::move(site));
     EmitNumber(op, target, function_.sites.size() - 1);

@@ -40,6 +40,11 @@ Operand FunctionCompiler::Compile(Expression& expression) {
         case Node::NilLiteral:
             if (!IsString(expression.type)) return CompileLiteral(expression);
             break;
+        case Node::StringLiteral: {
+            Operand text;
+            if (TextConstant(expression.text, text)) return text;
+            break;
+        }
         case Node::Self:
             return {self_, false};
         case Node::Local:

@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <map>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -71,6 +72,7 @@ class FunctionCompiler {
     void Free(Operand operand);
     Operand Temporary(Type type) { return {Allocate(type), true}; }
     Operand Constant(Type type, host::Value value);
+    bool TextConstant(const std::string& text, Operand& constant);
     std::size_t Emit(Op op, std::uint16_t a = 0, std::uint16_t b = 0, std::uint16_t c = 0);
     std::size_t EmitNumber(Op op, std::uint16_t a, std::size_t number);
     std::size_t Here() const { return function_.code.size(); }
@@ -177,6 +179,7 @@ class FunctionCompiler {
     std::vector<int> kinds_;                          // of each register
     std::vector<std::uint16_t> log_;                  // every allocation of a register for references
     std::map<std::pair<int, std::int64_t>, std::uint16_t> constants_;
+    std::map<std::string, Operand> textConstants_;
     std::vector<std::vector<std::uint16_t>> scopes_;
     std::vector<OpenTry> tries_;
     std::vector<OpenLoop> loops_;

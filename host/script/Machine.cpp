@@ -66,7 +66,8 @@ host::Value* Machine::PushFrame(const Function& function, host::Value* result) {
     const std::size_t size = function.prototype.size();
     if (frames_.size() >= kMostFrames || static_cast<std::size_t>(base - stack_) + size > kMostStackValues)
         Throw("StackOverflowException", "Calls are nested too deeply");
-    // A prototype holds numbers and nil only, which may be copied as bytes.
+    // A prototype holds numbers, nil and texts that are constants, which no frame gives up: all may be
+    // copied as bytes.
     if (size > 0) std::memcpy(static_cast<void*>(base), function.prototype.data(), size * sizeof(host::Value));
     frames_.push_back({&function, function.code.data(), base, result});
     return base;

@@ -149,10 +149,12 @@ class Machine {
     void StorePlace(const host::Value& reference, const host::Value& value);
     void MakePropertyReference(Instruction instruction, const Function& function, host::Value* r);
     void NewObject(Instruction instruction, const Function& function, host::Value* r);
+    // Where it is used is filled in for those who observe it.
     template <class Work>
-    host::Value Observe(const MemberUse& use, const Work& work);
-    [[noreturn]] void FailOnNil(const MemberUse& use, std::string_view what) const;
+    host::Value Observe(MemberUse use, const Work& work);
+    [[noreturn]] void FailOnNil(MemberUse use, std::string_view what) const;
     static void RefuseHusk(const MemberUse& use);
+    [[noreturn]] static void FailOnHusk(const MemberUse& use);
     host::Ref<host::Object> Raising(const host::Value& exception);
 
     Code& code_;

@@ -6,6 +6,7 @@
 
 #include "host/objects/Array.h"
 #include "host/objects/Values.h"
+#include "host/script/Bytecode.h"
 
 namespace script {
 
@@ -34,5 +35,13 @@ inline host::Value& FieldOf(const host::Value& holder, std::size_t offset) {
     if (!object) ThrowNoObject();
     return reinterpret_cast<host::Value*>(object)[offset];
 }
+
+// The register of what a text was, for those of its growing that have one.
+inline host::Value* BeforeIn(host::Value* registers, std::uint16_t index) {
+    return index == kNoRegister ? nullptr : &registers[index];
+}
+
+// Adds to a text, which `before` holds too where nothing has changed it since.
+void GrowText(host::Value& text, host::Value* before, const host::Value& more);
 
 }  // namespace script

@@ -110,21 +110,26 @@ void Machine::AddHandler(Instruction instruction, const Function& function, Valu
     host::SetHandler(*object, event, body, this);
 }
 
-void Machine::FailOnNil(const MemberUse& use, std::string_view what) const {
+void Machine::FailOnNil(MemberUse use, std::string_view what) const {
+    use.at = Here();
     for (MemberObserver* observer : observers) observer->OnNil(use);
     ThrowOnNil(use.Name(), what);
 }
 
 // An object that outlived its destructors has nothing left for the host's members to work on.
-void Machine::RefuseHusk(const MemberUse& use) {
-    if (!use.self || !use.self->destroyed) return;
+inline void Machine::RefuseHusk(const MemberUse& use) {
+    if (use.self && use.self->destroyed) FailOnHusk(use);
+}
+
+void Machine::FailOnHusk(const MemberUse& use) {
     Throw("NilObjectException", use.Name() + " is used on a " + use.self->type->name() + " whose destructor has run");
 }
 
 // Whatever becomes of the work, the observers see its end.
 template <class Work>
-Value Machine::Observe(const MemberUse& use, const Work& work) {
+Value Machine::Observe(MemberUse use, const Work& work) {
     if (observers.empty()) return work();
+    use.at = Here();
     Value result;
     const auto end = [&] {
         for (MemberObserver* observer : observers) observer->After(use, result);
@@ -154,9 +159,8 @@ bool Machine::CallQuick(const CallSite& site, Value* r, std::uint16_t target) {
 
 void Machine::CallNative(Instruction instruction, const Function& function, Value* r) {
     const CallSite& site = function.sites[instruction.Number()];
-    if (site.quick && CallQuick(site, r, instruction.a)) return;
     Arguments arguments(site, r);
-    MemberUse use{.method = site.native, .self = ReceiverOf(site, r), .arguments = arguments.All(), .at = Here()};
+    const MemberUse use{.method = site.native, .self = ReceiverOf(site, r), .arguments = arguments.All()};
     if (site.hasReceiver && !use.self) FailOnNil(use, "is called on");
     RefuseHusk(use);
     Value result = Observe(use, [&] { return host::Invoke(*use.method, use.self, arguments.All()); });
@@ -170,11 +174,8 @@ void Machine::CallSetter(Instruction instruction, const Function& function, Valu
     Arguments all(site, r);
     const std::span<Value> arguments = all.All().first(all.All().size() - 1);
     const Value& assigned = all.All().back();
-    const MemberUse use{.method = site.native,
-                        .self = ReceiverOf(site, r),
-                        .arguments = arguments,
-                        .assigned = &assigned,
-                        .at = Here()};
+    const MemberUse use{
+        .method = site.native, .self = ReceiverOf(site, r), .arguments = arguments, .assigned = &assigned};
     if (site.hasReceiver && !use.self) FailOnNil(use, "is called on");
     RefuseHusk(use);
     Observe(use, [&] {
@@ -188,12 +189,14 @@ void Machine::GetProperty(Instruction instruction, const Function& function, Val
     const host::Property& property = *function.properties[instruction.c];
     if (instruction.b == kNoRegister) return ReadProperty(property, nullptr, r[instruction.a]);
     host::Object* const self = r[instruction.b].object();
-    if (!self) FailOnNil({.property = &property, .at = Here()}, "is asked of");
+    if (!self) FailOnNil({.property = &property}, "is asked of");
+    const bool plain = observers.empty() && !self->destroyed;
+    if (plain && host::ReadWholeField(property, *self, r[instruction.a])) return;
     ReadProperty(property, self, r[instruction.a]);
 }
 
 void Machine::ReadProperty(const host::Property& property, host::Object* self, Value& target) {
-    const MemberUse use{.property = &property, .self = self, .at = Here()};
+    const MemberUse use{.property = &property, .self = self};
     const bool husk = self && self->destroyed;
     Value result =
         Observe(use, [&] { return husk ? host::DefaultOf(property.type) : host::GetProperty(property, self); });
@@ -206,12 +209,12 @@ void Machine::SetProperty(Instruction instruction, const Function& function, Val
     const Value value = r[instruction.b];
     if (instruction.a == kNoRegister) return WriteProperty(property, nullptr, value);
     host::Object* const self = r[instruction.a].object();
-    if (!self) FailOnNil({.property = &property, .assigned = &value, .at = Here()}, "is set on");
+    if (!self) FailOnNil({.property = &property, .assigned = &value}, "is set on");
     WriteProperty(property, self, value);
 }
 
 void Machine::WriteProperty(const host::Property& property, host::Object* self, const Value& value) {
-    const MemberUse use{.property = &property, .self = self, .assigned = &value, .at = Here()};
+    const MemberUse use{.property = &property, .self = self, .assigned = &value};
     RefuseHusk(use);
     const auto keepAlive = host::Ref<host::Object>::Share(self);
     Observe(use, [&] {
@@ -249,7 +252,7 @@ void Machine::StorePlace(const Value& reference, const Value& value) {
 void Machine::MakePropertyReference(Instruction instruction, const Function& function, Value* r) {
     const host::Property& property = *function.properties[instruction.c];
     const bool ofObject = instruction.b != kNoRegister;
-    if (ofObject && !r[instruction.b].object()) FailOnNil({.property = &property, .at = Here()}, "is asked of");
+    if (ofObject && !r[instruction.b].object()) FailOnNil({.property = &property}, "is asked of");
     r[instruction.a] = ReferenceToProperty(ofObject ? r[instruction.b] : Value(nullptr), property);
 }
 

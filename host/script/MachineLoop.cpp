@@ -148,8 +148,8 @@ void Machine::Loop(std::size_t floor) {
             case Op::NotEqualD: r[i.a].bits() = r[i.b].real() != r[i.c].real(); break;
             case Op::LessD: r[i.a].bits() = r[i.b].real() < r[i.c].real(); break;
             case Op::LessOrEqualD: r[i.a].bits() = r[i.b].real() <= r[i.c].real(); break;
-            case Op::EqualText: r[i.a].bits() = CompareTexts(r[i.b], r[i.c]) == 0; break;
-            case Op::NotEqualText: r[i.a].bits() = CompareTexts(r[i.b], r[i.c]) != 0; break;
+            case Op::EqualText: r[i.a].bits() = EqualTexts(r[i.b], r[i.c]); break;
+            case Op::NotEqualText: r[i.a].bits() = !EqualTexts(r[i.b], r[i.c]); break;
             case Op::LessText: r[i.a].bits() = CompareTexts(r[i.b], r[i.c]) < 0; break;
             case Op::LessOrEqualText: r[i.a].bits() = CompareTexts(r[i.b], r[i.c]) <= 0; break;
             case Op::Same: r[i.a].bits() = r[i.b].bits() == r[i.c].bits(); break;
@@ -233,6 +233,16 @@ void Machine::Loop(std::size_t floor) {
                 pc = frame->next;
                 r = frame->registers;
                 break;
+            case Op::CallQuick: {
+                const CallSite& site = frame->function->sites[i.Number()];
+                if (!CallQuick(site, r, i.a)) CallNative(i, *frame->function, r);
+                HeedDestructors();
+                break;
+            }
+            case Op::CallNative: CallNative(i, *frame->function, r); HeedDestructors(); break;
+            case Op::GetProperty: GetProperty(i, *frame->function, r); HeedDestructors(); break;
+            case Op::Grow: GrowText(r[i.a], BeforeIn(r, i.b), r[i.c]); break;
+            case Op::GrowGlobal: GrowText(globals_[i.a], BeforeIn(r, i.b), r[i.c]); break;
             case Op::End:
                 return;
             default:

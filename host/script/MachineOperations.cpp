@@ -235,10 +235,6 @@ host::Ref<host::Object> Machine::Raising(const Value& exception) {
     return host::Ref<host::Object>::Share(exception.object());
 }
 
-namespace {
-
-Value* BeforeIn(Value* r, std::uint16_t index) { return index == kNoRegister ? nullptr : &r[index]; }
-
 // Most often the text is still what it was: with that given up nobody else holds it.
 void GrowText(Value& text, Value* before, const Value& more) {
     if (before && before->string() != text.string()) {
@@ -248,8 +244,6 @@ void GrowText(Value& text, Value* before, const Value& more) {
     if (before) *before = Value(host::Ref<host::String>());
     AppendText(text, more);
 }
-
-}  // namespace
 
 void Machine::Perform(Instruction instruction, const Function& function, Value* r, const Instruction* next) {
     Value* a = &r[instruction.a];
@@ -269,12 +263,8 @@ void Machine::Perform(Instruction instruction, const Function& function, Value* 
         case Op::IsA:
             a->bits() = IsInstance(r[instruction.b], function.types[instruction.c]);
             return;
-        case Op::CallNative:
-            return CallNative(instruction, function, r);
         case Op::CallSetter:
             return CallSetter(instruction, function, r);
-        case Op::GetProperty:
-            return GetProperty(instruction, function, r);
         case Op::SetProperty:
             return SetProperty(instruction, function, r);
         case Op::NewObject:
@@ -286,10 +276,6 @@ void Machine::Perform(Instruction instruction, const Function& function, Value* 
         case Op::Concatenate:
             *a = ConcatenateTexts(r[instruction.b], r[instruction.c]);
             return;
-        case Op::Grow:
-            return GrowText(*a, BeforeIn(r, instruction.b), r[instruction.c]);
-        case Op::GrowGlobal:
-            return GrowText(globals_[instruction.a], BeforeIn(r, instruction.b), r[instruction.c]);
         case Op::GrowField:
             return GrowText(FieldOf(*a, instruction.c), BeforeIn(r, next->a), r[instruction.b]);
         case Op::ColorPart:

@@ -20,19 +20,34 @@ using host::Value;
 
 bool IsText(sdk::Encoding encoding) { return encoding == sdk::Encoding::Utf8 || encoding == sdk::Encoding::Ascii; }
 
+unsigned char LowerAscii(unsigned char c) { return c >= 'A' && c <= 'Z' ? c + 32 : c; }
+
 // The first character without its case, taken off the text.
 char32_t TakeFolded(std::string_view& text) {
     const auto lead = static_cast<unsigned char>(text.front());
     if (lead < 0x80) {
         text.remove_prefix(1);
-        return lead >= 'A' && lead <= 'Z' ? lead + 32 : lead;
+        return LowerAscii(lead);
     }
     const char32_t character = host::FirstCharacter(text, sdk::Encoding::Utf8);
     text.remove_prefix(host::CharacterLength(text, sdk::Encoding::Utf8));
     return host::LowerCharacter(character);
 }
 
+// How many bytes two texts begin with that are the same ASCII characters but for their case.
+std::size_t SameAsciiPrefix(std::string_view a, std::string_view b) {
+    const std::size_t shorter = std::min(a.size(), b.size());
+    for (std::size_t at = 0; at < shorter; ++at) {
+        const auto x = static_cast<unsigned char>(a[at]), y = static_cast<unsigned char>(b[at]);
+        if (x >= 0x80 || y >= 0x80 || (x != y && LowerAscii(x) != LowerAscii(y))) return at;
+    }
+    return shorter;
+}
+
 int CompareFolded(std::string_view a, std::string_view b) {
+    const std::size_t same = SameAsciiPrefix(a, b);
+    a.remove_prefix(same);
+    b.remove_prefix(same);
     while (!a.empty() && !b.empty()) {
         const char32_t x = TakeFolded(a);
         const char32_t y = TakeFolded(b);
@@ -59,6 +74,10 @@ int CompareTexts(const Value& a, const Value& b) {
     if (texts) return CompareFolded(a.text(), b.text());
     const int order = a.text().compare(b.text());
     return order < 0 ? -1 : order > 0;
+}
+
+bool EqualTexts(const Value& a, const Value& b) {
+    return a.bits() == b.bits() || a.text() == b.text() || CompareTexts(a, b) == 0;
 }
 
 namespace {

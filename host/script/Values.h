@@ -13,6 +13,7 @@ namespace script {
 // Negative, 0 or positive. Texts are compared without regard to case; strings of bytes, which
 // have no encoding, by their bytes.
 int CompareTexts(const host::Value& a, const host::Value& b);
+bool EqualTexts(const host::Value& a, const host::Value& b);
 
 // The texts one after the other. Of two encodings the first that is a text counts.
 host::Value ConcatenateTexts(const host::Value& a, const host::Value& b);
