@@ -106,6 +106,17 @@ std::size_t BytesOfCharacters(String* string, std::int64_t count) {
     return start + BytesOfCharacters(text.substr(start), string->encoding, count % kMarkEvery);
 }
 
+std::string_view CharactersBehind(String* string, std::int64_t before, std::int64_t count) {
+    std::string_view text = Bytes(string);
+    const std::size_t from = BytesOfCharacters(string, before);
+    if (string && string->marks)
+        return text.substr(from, BytesOfCharacters(string, before + std::max<std::int64_t>(count, 0)) - from);
+    text.remove_prefix(from);
+    return text.substr(0, BytesOfCharacters(text, EncodingOf(string), count));
+}
+
+bool IsAscii(std::string_view text) { return AsciiPrefix(text) == text.size(); }
+
 std::string CharacterText(char32_t character, sdk::Encoding encoding) {
     if (HasOneByteCharacters(encoding)) return std::string(1, static_cast<char>(character));
     std::string text;

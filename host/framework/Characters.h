@@ -27,6 +27,12 @@ std::size_t BytesOfCharacters(std::string_view text, sdk::Encoding encoding, std
 std::int64_t CharacterCount(String* string);
 std::size_t BytesOfCharacters(String* string, std::int64_t count);
 
+// The bytes of `count` characters behind the first `before`; fewer where there are fewer, none for less than none.
+std::string_view CharactersBehind(String* string, std::int64_t before, std::int64_t count);
+
+// Whether all bytes are ASCII.
+bool IsAscii(std::string_view text);
+
 // The code point that `rest` begins with; a byte that is no sound text stands for itself.
 char32_t FirstCharacter(std::string_view rest, sdk::Encoding encoding);
 

@@ -41,10 +41,22 @@ QuickForm QuickSetterOf(const Method& method) {
     return FormOf(method.setter, method.declaration.parameters.size() + 1);
 }
 
+namespace {
+
+bool IsSharedCharacter(std::string_view bytes, sdk::Encoding encoding) {
+    return bytes.size() == 1 && static_cast<signed char>(bytes[0]) > 0 && encoding == sdk::Encoding::Utf8;
+}
+
+}  // namespace
+
+Ref<String> TextOfBytes(std::string_view bytes, sdk::Encoding encoding) {
+    return IsSharedCharacter(bytes, encoding) ? SharedCharacter(bytes[0]) : MakeString(bytes, encoding);
+}
+
 void PutText(Value& value, std::string_view text, sdk::Encoding encoding) {
     String* const own = value.string();
-    if (!CanTake(own, text)) {
-        value = Value(MakeString(text, encoding));
+    if (IsSharedCharacter(text, encoding) || !CanTake(own, text)) {
+        value = Value(TextOfBytes(text, encoding));
         return;
     }
     std::memmove(const_cast<std::uint8_t*>(own->data), text.data(), text.size());

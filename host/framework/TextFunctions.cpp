@@ -231,9 +231,7 @@ std::int32_t WholeIn(const Value& value) { return static_cast<std::int32_t>(valu
 void QuickMid(Object*, const Value* const* arguments, Value& result) {
     String* const text = arguments[0]->string();
     const std::int64_t before = std::max<std::int64_t>(WholeIn(*arguments[1]), 1) - 1;
-    const std::size_t from = BytesOfCharacters(text, before);
-    const std::size_t to = BytesOfCharacters(text, before + std::max<std::int64_t>(WholeIn(*arguments[2]), 0));
-    PutText(result, Bytes(text).substr(from, to - from), EncodingOf(text));
+    PutText(result, CharactersBehind(text, before, WholeIn(*arguments[2])), EncodingOf(text));
 }
 
 void QuickMidB(Object*, const Value* const* arguments, Value& result) {

@@ -1,9 +1,10 @@
 // Looking for texts in texts: without regard to case, but for the functions ending in B, which
 // compare and count bytes.
 #include <algorithm>
-#include <functional>
+#include <cstring>
 
 #include "host/framework/Characters.h"
+#include "host/framework/QuickForms.h"
 #include "host/framework/Support.h"
 #include "host/framework/TextFunctions.h"
 
@@ -12,10 +13,6 @@ namespace host {
 namespace {
 
 sdk::Encoding EncodingOfText(sdk::String* text) { return EncodingOf(FromPlugin(text)); }
-
-bool IsAscii(std::string_view text) {
-    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
 
 std::string LowerAscii(std::string_view text) {
     std::string lower(text);
@@ -26,6 +23,17 @@ std::string LowerAscii(std::string_view text) {
 
 bool HasLetters(std::string_view text) {
     return std::any_of(text.begin(), text.end(), [](char c) { return (c | 0x20) >= 'a' && (c | 0x20) <= 'z'; });
+}
+
+// As std::string_view::find, in time for the lengths alone, however often what is wanted nearly matches.
+std::size_t FindBytes(std::string_view text, std::string_view wanted, std::size_t from) {
+    if (from > text.size()) return std::string_view::npos;
+    if (wanted.empty()) return from;
+    const char* const start = text.data() + from;
+    const std::size_t length = text.size() - from;
+    const void* const found = wanted.size() == 1 ? std::memchr(start, static_cast<unsigned char>(wanted[0]), length)
+                                                 : memmem(start, length, wanted.data(), wanted.size());
+    return found ? static_cast<std::size_t>(static_cast<const char*>(found) - text.data()) : std::string_view::npos;
 }
 
 bool IsNarrow(sdk::Encoding encoding) { return encoding == sdk::Encoding::Utf8 || encoding == sdk::Encoding::Ascii; }
@@ -49,7 +57,7 @@ class Search {
 
     // The index of the first character of the next match from one on; kNone when there is none.
     std::size_t Find(std::size_t from) const {
-        return byBytes_ ? searched_.find(wantedBytes_, from) : text_.characters.find(wanted_, from);
+        return byBytes_ ? FindBytes(searched_, wantedBytes_, from) : text_.characters.find(wanted_, from);
     }
 
     std::size_t WantedLength() const { return byBytes_ ? wantedBytes_.size() : wanted_.size(); }
@@ -70,9 +78,8 @@ class Search {
 
     void SearchBytes(std::string_view wanted, bool asTheyAre) {
         byBytes_ = true;
-        if (!asTheyAre) lower_ = LowerAscii(bytes_);
-        searched_ = asTheyAre ? bytes_ : std::string_view(lower_);
-        wantedBytes_ = asTheyAre ? std::string(wanted) : LowerAscii(wanted);
+        searched_ = asTheyAre ? bytes_ : std::string_view(lower_ = LowerAscii(bytes_));
+        wantedBytes_ = asTheyAre ? wanted : std::string_view(lowerWanted_ = LowerAscii(wanted));
     }
 
     void SearchCharacters(sdk::String* wanted) {
@@ -88,8 +95,8 @@ class Search {
     std::string_view bytes_;
     sdk::Encoding encoding_;
     bool byBytes_ = false;
-    std::string lower_, wantedBytes_;
-    std::string_view searched_;  // bytes_ or lower_
+    std::string lower_, lowerWanted_;
+    std::string_view searched_, wantedBytes_;  // as they are or those
     FoldedText text_;
     std::u32string wanted_;
 };
@@ -118,6 +125,7 @@ std::int32_t InStrB(sdk::String* text, sdk::String* wanted) { return PositionFro
 sdk::String* ReplaceUpTo(std::size_t most, sdk::String* text, sdk::String* wanted, sdk::String* by, bool byBytes) {
     const Search search(text, wanted, byBytes);
     std::string result;
+    result.reserve(Bytes(text).size() + Bytes(text).size() / 4);
     std::size_t at = 0;
     for (std::size_t count = 0; search.WantedLength() > 0 && count < most; ++count) {
         const std::size_t found = search.Find(at);
@@ -162,9 +170,11 @@ void ForEachField(const Search& search, const Visit& visit) {
 sdk::Array* Split(sdk::String* text, sdk::String* delimiter) {
     const Search search(text, delimiter, false);
     static const Type element = TypeNamed("String");
+    constexpr std::size_t kUsual = 8;  // room for the fields of a line as most are
     Ref<Array> parts = MakeArray(element);
+    parts->values.reserve(kUsual);
     ForEachField(search, [&](std::size_t from, std::size_t to) {
-        parts->values.push_back(Value(MakeString(search.Between(from, to), EncodingOfText(text))));
+        parts->values.push_back(Value(TextOfBytes(search.Between(from, to), EncodingOfText(text))));
         return true;
     });
     return parts.Detach();
@@ -205,19 +215,36 @@ sdk::String* NthFieldB(sdk::String* text, sdk::String* delimiter, std::int32_t n
     return Field(text, delimiter, number, true);
 }
 
-// Text when all parts are text, else bytes.
+// A text, when all parts are, or bytes, and how many.
+std::size_t JoinedLength(const Values& parts, std::size_t delimiter, sdk::Encoding& encoding) {
+    std::size_t length = parts.empty() ? 0 : delimiter * (parts.size() - 1);
+    for (const Value& part : parts) {
+        const std::size_t own = part.text().size();
+        if (own > 0 && EncodingOf(part.string()) == sdk::Encoding::None) encoding = sdk::Encoding::None;
+        length += own;
+        if (length > kMostStringBytes) throw std::bad_alloc();
+    }
+    return length;
+}
+
 sdk::String* Join(sdk::Array* parts, sdk::String* delimiter) {
     const Array* array = FromPlugin(parts);
     if (!array) Fail("NilObjectException", "There is no array to join.");
-    std::string result;
     sdk::Encoding encoding = sdk::Encoding::Utf8;
-    for (std::size_t i = 0; i < array->values.size(); ++i) {
-        if (i > 0) AppendText(result, Bytes(delimiter));
-        const Value& part = array->values[i];
-        if (!part.text().empty() && EncodingOf(part.string()) == sdk::Encoding::None) encoding = sdk::Encoding::None;
-        AppendText(result, part.text());
+    const std::size_t length = JoinedLength(array->values, Bytes(delimiter).size(), encoding);
+    char* to = nullptr;
+    Ref<String> joined = MakeBlankString(length, encoding, to);
+    const auto put = [&to](std::string_view bytes) {
+        if (bytes.size() == 1)
+            *to++ = bytes[0];  // as most delimiters are
+        else
+            to = std::ranges::copy(bytes, to).out;
+    };
+    for (const Value* part = array->values.begin(); part != array->values.end(); ++part) {
+        if (part != array->values.begin()) put(Bytes(delimiter));
+        put(part->text());
     }
-    return GiveString(result, encoding);
+    return joined.Detach();
 }
 
 sdk::String* JoinWithBlanks(sdk::Array* parts) {
@@ -225,9 +252,25 @@ sdk::String* JoinWithBlanks(sdk::Array* parts) {
     return Join(parts, blank.get());
 }
 
+void AddQuickForms() {
+    AddQuickFormBy<&InStr>();
+    AddQuickFormBy<&InStrB>();
+    AddQuickFormBy<&InStrFrom>();
+    AddQuickFormBy<&InStrFromB>();
+    AddQuickFormBy<&Replace>();
+    AddQuickFormBy<&ReplaceB>();
+    AddQuickFormBy<&ReplaceAll>();
+    AddQuickFormBy<&ReplaceAllB>();
+    AddQuickFormBy<&Split>();
+    AddQuickFormBy<&CountFields>();
+    AddQuickFormBy<&NthField>();
+    AddQuickFormBy<&Join>();
+}
+
 }  // namespace
 
 void RegisterTextSearchFunctions(Runtime& runtime) {
+    AddQuickForms();
     static const sdk::MethodRecord functions[] = {
         sdk::SharedMethod<"InStr(text as string, wanted as string) as integer", Guarded<&InStr>>(sdk::kMemberPortable),
         sdk::SharedMethod<"InStr(start as integer, text as string, wanted as string) as integer", Guarded<&InStrFrom>>(

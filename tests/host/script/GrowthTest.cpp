@@ -53,6 +53,10 @@ const Idiom kIdiomsOfLongTexts[] = {
     {"CharactersBeyondAscii", "s = s + \"ü\"\nFor i As Integer = 1 To Steps * 3\n  n = n + Asc(Mid(s, i, 1))\nNext\n"},
     {"Parts", "For Each part As String In Split(s, \",\")\n  n = n + Len(part)\nNext\n"},
     {"Replacements", "n = Len(ReplaceAll(s, \",\", \"; \"))\n"},
+    {"NearMatches",
+     "Dim wanted As String = Left(s, Len(s) \\ 2) + \"x\"\nFor i As Integer = 1 To 9\n  n = n + InStr(s, "
+     "wanted)\nNext\n"},
+    {"Joins", "n = Len(Join(Split(s, \",\"), \";\"))\n"},
 };
 
 void ExpectSteady(const Idiom& idiom, const std::string& before) {
