@@ -1,7 +1,6 @@
 // Entries in the order in which their keys came. One that is removed from between others leaves a gap
 // until there are more gaps than entries, or until an entry is asked for by its number.
 #include <algorithm>
-#include <unordered_map>
 
 #include "host/calls/Call.h"
 #include "host/framework/Containers.h"
@@ -14,8 +13,8 @@ namespace host {
 namespace {
 
 struct DictionaryData {
-    std::unordered_map<std::string, std::size_t>* places;  // of the entry of each key
-    std::size_t first;                                     // all before it are gaps
+    KeyPlaces* places;  // of the entry of each key
+    std::size_t first;  // all before it are gaps
 };
 
 constexpr std::size_t kFewGaps = 16;
@@ -31,22 +30,18 @@ void Destroy(sdk::Object* object) { delete Data(object).places; }
 Values& KeysOf(sdk::Object* object) { return ListOrNew(*dictionary, object, 0); }
 Values& ValuesOf(sdk::Object* object) { return ListOrNew(*dictionary, object, 1); }
 
-std::unordered_map<std::string, std::size_t>& PlacesOf(sdk::Object* object) {
+KeyPlaces& PlacesOf(sdk::Object* object) {
     auto*& places = Data(object).places;
-    if (!places) places = new std::unordered_map<std::string, std::size_t>;
+    if (!places) places = new KeyPlaces;
     if (ListIn(*dictionary, object, 0)) return *places;
     places->clear();  // a program's end took the lists
     Data(object).first = 0;
     return *places;
 }
 
-constexpr std::size_t kNone = SIZE_MAX;
+constexpr std::size_t kNone = KeyPlaces::kNone;
 
-std::size_t Find(sdk::Object* object, const Value& key) {
-    const auto& places = PlacesOf(object);
-    const auto found = places.find(KeyOf(key));
-    return found == places.end() ? kNone : found->second;
-}
+std::size_t Find(sdk::Object* object, const Value& key) { return PlacesOf(object).Find(key); }
 
 [[noreturn]] void FailKey(const Value& key) {
     Fail("KeyNotFoundException", "There is no key " + Describe(key) + " in this dictionary.");
@@ -58,7 +53,7 @@ void Close(sdk::Object* object) {
     std::size_t count = 0;
     for (std::size_t i = Data(object).first; i < keys.size(); ++i) {
         if (keys[i].IsNothing()) continue;
-        PlacesOf(object)[KeyOf(keys[i])] = count;
+        PlacesOf(object).Set(keys[i], count);
         keys[count] = std::move(keys[i]);
         values[count++] = std::move(values[i]);
     }
@@ -89,7 +84,7 @@ void Store(sdk::Object* object, const Value& newKey, Value held) {
     Values &keys = KeysOf(object), &values = ValuesOf(object);
     MakeRoom(keys);
     MakeRoom(values);
-    PlacesOf(object)[KeyOf(newKey)] = keys.size();
+    PlacesOf(object).Set(newKey, keys.size());
     keys.push_back(newKey);
     values.push_back(std::move(held));
 }
@@ -103,7 +98,7 @@ void Remove(sdk::Object* object, sdk::Object* boxedKey) {
     const std::size_t place = Find(object, key);
     if (place == kNone) FailKey(key);
     Values &keys = KeysOf(object), &values = ValuesOf(object);
-    PlacesOf(object).erase(KeyOf(key));
+    PlacesOf(object).Erase(key);
     const Value oldKey = std::exchange(keys[place], Value()), oldValue = std::exchange(values[place], Value());
     for (; !keys.empty() && keys.back().IsNothing(); keys.pop_back()) values.pop_back();
     std::size_t& first = Data(object).first;

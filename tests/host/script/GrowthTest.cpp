@@ -43,6 +43,10 @@ const Idiom kIdioms[] = {
      "  a.Remove 0\nNext\n"},
     {"AnArrayFilledFromTheFront", "Dim a() As Integer\nFor i As Integer = 1 To Steps\n  a.Insert 0, i\nNext\n"},
     {"ADictionaryThatGrows", "Dim d As New Dictionary\nFor i As Integer = 1 To Steps\n  d.Value(i) = i\nNext\n"},
+    {"ADictionaryOfNumbersThatLieApart",
+     "Dim d As New Dictionary\nFor i As Integer = 1 To Steps\n  d.Value(i * 8209) = i\nNext\n"},
+    {"ADictionaryOfTexts",
+     "Dim d As New Dictionary\nFor i As Integer = 1 To Steps\n  d.Value(\"Key \" + Str(i)) = i\nNext\n"},
     {"ADictionaryThatEmpties",
      "Dim d As New Dictionary\nFor i As Integer = 1 To Steps\n  d.Value(i) = i\nNext\nFor i As Integer = 1 To Steps\n"
      "  d.Remove d.Key(0)\nNext\n"},
