@@ -1,5 +1,6 @@
 // Classes, members, routines and variables that a program declares.
 #include <algorithm>
+#include <unordered_map>
 
 #include "host/calls/Runtime.h"
 #include "host/objects/NearestName.h"
@@ -113,10 +114,14 @@ void Checker::CheckInterfaces(const ClassSymbol& symbol) {
 }
 
 void Checker::OrderClasses() {
-    const auto depth = [this](const ClassSymbol* symbol) { return Distance(symbol, symbols_.object); };
-    for (auto* classes : {&symbols_.scriptClasses, &classes_})
-        std::stable_sort(classes->begin(), classes->end(),
-                         [&](const ClassSymbol* a, const ClassSymbol* b) { return depth(a) < depth(b); });
+    // Each depth is counted once: in a long chain it takes as many steps as there are classes.
+    std::unordered_map<const ClassSymbol*, int> depths;
+    for (auto* classes : {&symbols_.scriptClasses, &classes_}) {
+        for (const ClassSymbol* symbol : *classes) depths.try_emplace(symbol, Distance(symbol, symbols_.object));
+        std::stable_sort(classes->begin(), classes->end(), [&](const ClassSymbol* a, const ClassSymbol* b) {
+            return depths.find(a)->second < depths.find(b)->second;
+        });
+    }
 }
 
 void Checker::DeclareField(ClassSymbol& symbol, FieldDeclaration& declaration) {
