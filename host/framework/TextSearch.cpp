@@ -235,10 +235,9 @@ sdk::String* Join(sdk::Array* parts, sdk::String* delimiter) {
     char* to = nullptr;
     Ref<String> joined = MakeBlankString(length, encoding, to);
     const auto put = [&to](std::string_view bytes) {
-        if (bytes.size() == 1)
-            *to++ = bytes[0];  // as most delimiters are
-        else
-            to = std::ranges::copy(bytes, to).out;
+        if (bytes.size() == 1) *to = bytes[0];  // as most delimiters are
+        if (bytes.size() > 1) std::memcpy(to, bytes.data(), bytes.size());
+        to += bytes.size();
     };
     for (const Value* part = array->values.begin(); part != array->values.end(); ++part) {
         if (part != array->values.begin()) put(Bytes(delimiter));
