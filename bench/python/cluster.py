@@ -3,7 +3,8 @@
     PYTHONPATH=build/release/python python3 bench/python/cluster.py each PHOTO [COUNT]
     PYTHONPATH=build/release/python python3 bench/python/cluster.py apply [SIDE]
 
-``each``: copies of a photograph, blurred and brightened in a loop of one process and by each on all cores.
+``each``: copies of a photograph in a loop of one process and by each on all cores, both as commands of their own:
+blurred and brightened as it is; then enlarged to 12 megapixels, with what a camera's photographs are put through.
 ``apply``: SIDE x SIDE pixels of colour in a raw file, blurred in 64 pieces on two workers to a Zarr folder, with the
 most memory that a worker had; then again with one of them killed in the middle.
 """
@@ -15,6 +16,7 @@ import pathlib
 import resource
 import shutil
 import signal
+import subprocess
 import sys
 import tempfile
 import threading
@@ -25,14 +27,23 @@ import numpy as np
 
 import tqx
 import tqx.cluster
-from tqx.cluster import _each
 
 PROGRAM = """
-import tqx
+import os, sys, tqx
 
-def work(source, result):
+def brighten(source, result):
     picture = tqx.PictureTQX.from_array(tqx.imread(source))
     tqx.imwrite(result, picture.BoxBlurFilter(None, 3, 3).GammaFilter(None, 1.5))
+
+def develop(source, result):
+    picture = tqx.PictureTQX.from_array(tqx.imread(source))
+    picture.AutoLevel()
+    sharp = picture.UnsharpFilter(None, picture.BoxBlurFilter(None, 2, 3), 0.6, 2)
+    tqx.imwrite(result, sharp.GammaFilter(None, 1.1))
+
+if __name__ == "__main__":
+    for source in sys.argv[3:]:
+        globals()[sys.argv[1]](source, os.path.join(sys.argv[2], os.path.basename(source)))
 """
 
 
@@ -51,31 +62,43 @@ def timed(name: str, work: Any) -> tuple[float, float]:
     return seconds, used
 
 
+def enlarged(photo: str, path: pathlib.Path) -> str:
+    """The photograph with 12 megapixels."""
+    picture = tqx.PictureTQX.from_array(tqx.imread(photo))
+    large = tqx.PictureTQX(4000, 3000, tqx.PictureTQX.ImageFormatRGB)
+    large.Scale(picture, None, tqx.PictureTQX.ScaleLanczos3, 4000, 3000)
+    tqx.imwrite(path, large)
+    return str(path)
+
+
+def run(*words: str) -> None:
+    """A command of this interpreter."""
+    subprocess.run([sys.executable, *words], check=True, stdout=subprocess.DEVNULL)
+
+
 def measure_each(folder: pathlib.Path, photo: str, count: int) -> None:
-    """Both ways in turn, twice."""
-    program = folder / "program.py"
+    """Both cases; both ways in turn, three times."""
+    compare_each(folder / "small", photo, count, "brighten")
+    compare_each(folder / "large", enlarged(photo, folder / "large.jpg"), count, "develop")
+
+
+def compare_each(folder: pathlib.Path, photo: str, count: int, function: str) -> None:
+    """A function for copies of a photograph."""
+    one, many, program = folder / "one", folder / "many", folder / "program.py"
+    one.mkdir(parents=True)
     program.write_text(PROGRAM)
     sources = [str(folder / f"{i:03}.jpg") for i in range(count)]
     for source in sources:
         shutil.copy(photo, source)
-    space: dict[str, Any] = {}
-    exec(PROGRAM, space)  # noqa: S102
-
-    def one_process() -> None:
-        out = folder / "one"
-        out.mkdir(exist_ok=True)
-        for source in sources:
-            space["work"](source, str(out / pathlib.Path(source).name))
-
-    for _ in range(2):
-        one = timed(f"{count} photographs in one process", one_process)
-        many = timed(f"{count} by each", lambda: _each.each(f"{program}:work", sources, str(folder / "many")))
-        cores = len(os.sched_getaffinity(0))
-        print(
-            f"{one[0] / many[0]:8.2f} times as fast; by processor time {cores * one[1] / many[1]:.2f} on {cores} idle cores"
-        )
-    same = all((folder / "one" / path.name).read_bytes() == path.read_bytes() for path in (folder / "many").iterdir())
-    print("same bytes:", same)
+    loop = [str(program), function, str(one), *sources]
+    each = ["-m", "tqx.cluster", "each", f"{program}:{function}", "--out", str(many), *sources]
+    cores = len(os.sched_getaffinity(0))
+    for _ in range(3):
+        alone = timed(f"{count} photographs in one process, {function}", lambda: run(*loop))
+        shared = timed(f"{count} by each", lambda: run(*each))
+        idle = cores * alone[1] / shared[1]
+        print(f"{alone[0] / shared[0]:8.2f} times as fast; by processor time {idle:.2f} on {cores} idle cores")
+    print("same bytes:", all((one / path.name).read_bytes() == path.read_bytes() for path in many.iterdir()))
 
 
 def blur(folder: pathlib.Path, side: int, kill: bool) -> None:

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import collections
+import contextlib
 import os
 import pathlib
 import shutil
@@ -12,6 +13,7 @@ import sys
 import textwrap
 import threading
 import time
+from collections.abc import Callable
 from typing import Any
 
 import numpy as np
@@ -27,6 +29,7 @@ GetFolderItem(arguments(1)).SaveAsPicture(pixels.GammaFilter(Nil, 2.2).CopyPictu
 FUNCTION = """
 import os
 import pathlib
+import time
 import tqx
 
 def brighten(source, result):
@@ -55,6 +58,14 @@ def half(source, result):
     pathlib.Path(result).write_bytes(b"half")
     raise ValueError("no more")
 
+def tell(source, result):
+    print(os.path.basename(source))
+    brighten(source, result)
+
+def wait(source, result):
+    pathlib.Path(source + ".begun").touch()
+    time.sleep(900)
+
 def nothing(source, result):
     pass
 """
@@ -73,11 +84,29 @@ def folder(tmp_path: pathlib.Path) -> pathlib.Path:
 def each(folder: pathlib.Path, *words: str, files: str = "[0-9].png") -> Any:
     sources = sorted(map(str, folder.glob(files)))
     command = [sys.executable, "-m", "tqx.cluster", "each", *words, *sources]
-    return subprocess.run(command, cwd=folder, capture_output=True, text=True, timeout=200)
+    return subprocess.run(command, cwd=folder, capture_output=True, text=True, timeout=900)
 
 
 def brightened(source: pathlib.Path) -> Any:
     return np.asarray(tqx.PictureTQX.from_array(tqx.imread(source)).GammaFilter(None, 2.2))
+
+
+def eventually(condition: Callable[[], bool]) -> bool:
+    """Whether it comes true, sooner or later."""
+    end = time.monotonic() + 300
+    while not condition() and time.monotonic() < end:
+        time.sleep(0.05)
+    return condition()
+
+
+def children() -> set[str]:
+    """Processes that run the cluster's code."""
+    found = set()
+    for path in pathlib.Path("/proc").glob("[0-9]*/cmdline"):
+        with contextlib.suppress(OSError):
+            if b"tqx.cluster import _local" in path.read_bytes():
+                found.add(path.parent.name)
+    return found
 
 
 def assert_all_bright(folder: pathlib.Path, out: pathlib.Path) -> None:
@@ -151,6 +180,34 @@ def test_a_file_that_workers_die_of_fails_alone(folder: pathlib.Path) -> None:
     assert_all_bright(folder, folder / "out")
 
 
+def test_workers_end_with_a_command_that_is_killed(folder: pathlib.Path) -> None:
+    before = children()
+    command = [sys.executable, "-m", "tqx.cluster", "each", "work.py:wait", "--out", "out", "0.png", "1.png"]
+    with subprocess.Popen(command, cwd=folder) as running:
+        assert eventually(lambda: len(list(folder.glob("*.begun"))) == min(2, len(os.sched_getaffinity(0))))
+        assert children() > before
+        running.kill()
+    assert eventually(lambda: children() <= before)
+
+
+def test_modules_are_found_where_the_caller_finds_them(folder: pathlib.Path) -> None:
+    """From Python, without a guard around the call: workers don't run the calling program anew."""
+    code = """
+        import pathlib, sys
+        sys.path.insert(0, str(pathlib.Path("modules").absolute()))
+        import tqx.cluster
+        print(tqx.cluster.each("work:tell", ["0.png", "1.png"], "out"))
+    """
+    (folder / "modules").mkdir()
+    (folder / "work.py").rename(folder / "modules" / "work.py")
+    (folder / "call.py").write_text(textwrap.dedent(code))
+    ended = subprocess.run([sys.executable, "call.py"], cwd=folder, capture_output=True, text=True, timeout=900)
+    assert ended.stderr == ""
+    lines = ended.stdout.splitlines()
+    assert sorted(lines[:2]) == ["0.png", "1.png"]  # what the function prints
+    assert lines[2:] == ["2 done, 0 skipped, 0 failed", "0"]
+
+
 def test_no_half_result_is_left(folder: pathlib.Path) -> None:
     for function, why in (("half", "no more"), ("nothing", "no result was written")):
         ended = each(folder, f"work.py:{function}", "--out", str(folder / "out"), files="[01].png")
@@ -201,7 +258,7 @@ def test_pieces_on_a_cluster_survive_a_worker(folder: pathlib.Path) -> None:
             print(np.array_equal(blurred, whole))
     """
     (folder / "kill.py").write_text(textwrap.dedent(code))
-    ended = subprocess.run([sys.executable, "kill.py"], cwd=folder, capture_output=True, text=True, timeout=200)
+    ended = subprocess.run([sys.executable, "kill.py"], cwd=folder, capture_output=True, text=True, timeout=900)
     assert ended.stdout == "True\n", ended.stderr
 
 

@@ -18,7 +18,7 @@ PHOTO = EXAMPLES.parent / "photos" / "seeds.jpg"
 
 def run(name: str, *words: object) -> str:
     command = [sys.executable, str(EXAMPLES / name), *map(str, words)]
-    ended = subprocess.run(command, capture_output=True, text=True, timeout=200)
+    ended = subprocess.run(command, capture_output=True, text=True, timeout=900)
     assert ended.returncode == 0, ended.stderr
     return ended.stdout
 

@@ -7,11 +7,12 @@ import contextlib
 import os
 import pathlib
 import sys
+import time
 import uuid
 from collections.abc import Iterator, Sequence
 from typing import TYPE_CHECKING, Any, TextIO
 
-from . import _work
+from . import _local, _work
 
 if TYPE_CHECKING:
     from distributed import Client
@@ -20,6 +21,8 @@ if TYPE_CHECKING:
 _ALONE = 3
 # Files at a time for each thread: the next one waits at the worker when one is done.
 _AT_A_TIME = 2
+# Seconds for which the number of the cluster's threads is taken as known.
+_ASK_AGAIN = 0.5
 
 
 class UsageError(Exception):
@@ -53,30 +56,16 @@ def is_done(task: _work.Task) -> bool:
         return False
 
 
-# Of a cluster that lives for one command nobody looks at the engine's statistics, which every one of its processes
-# gathers all the time.
-_QUIET = {
-    "distributed.worker.profile.enabled": False,
-    "distributed.admin.tick.interval": "200ms",
-    "distributed.admin.system-monitor.interval": "5s",
-    "distributed.admin.system-monitor.disk": False,
-}
-
-
 @contextlib.contextmanager
 def connect(scheduler: str | None) -> Iterator[Client]:
     """A client of the scheduler at an address, or of a cluster of this machine with a process a core."""
-    import dask
-    from distributed import Client, LocalCluster
-
-    if scheduler:
-        with Client(scheduler) as client:
+    if not scheduler:
+        with _local.connect() as client:
             yield client
         return
-    cores = len(os.sched_getaffinity(0))
-    with dask.config.set(_QUIET), LocalCluster(
-        n_workers=cores, threads_per_worker=1, dashboard_address=None, silence_logs=50
-    ) as cluster, Client(cluster) as client:
+    from distributed import Client
+
+    with Client(scheduler) as client:
         yield client
 
 
@@ -109,11 +98,6 @@ def _failure(error: BaseException) -> str:
     return f"{type(error).__name__}: {error}" if not isinstance(error, _work.ScriptFailed) else str(error)
 
 
-def _threads(client: Client) -> int:
-    threads: int = sum(client.nthreads().values())
-    return max(threads, 1)
-
-
 def _was_lost(future: Any) -> bool:
     """Whether a task has no end of its own: workers died with it, or the scheduler forgot it when one did."""
     if future.status == "error":
@@ -128,6 +112,14 @@ class _Run:
         self.client, self.progress = client, progress
         self.failures: dict[str, str] = {}
         self.suspects: list[_work.Task] = []  # workers died while they had these
+        self.threads, self.asked = 1, -_ASK_AGAIN
+
+    def at_a_time(self) -> int:
+        """How many files may be under way: the cluster may grow and shrink."""
+        if time.monotonic() >= self.asked + _ASK_AGAIN:
+            self.threads = max(sum(self.client.nthreads().values()), 1)
+            self.asked = time.monotonic()
+        return _AT_A_TIME * self.threads
 
     def begin(self, task: _work.Task) -> Any:
         return self.client.submit(_work.work, task, pure=False)
@@ -148,7 +140,7 @@ class _Run:
         running: dict[Any, _work.Task] = {}
         ended = as_completed()
         while waiting or running:
-            while waiting and len(running) < _AT_A_TIME * _threads(self.client):
+            while waiting and len(running) < self.at_a_time():
                 task = waiting.popleft()
                 future = self.begin(task)
                 running[future] = task
