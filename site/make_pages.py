@@ -72,11 +72,12 @@ class Pages:
         """Links that lead out of docs/ lead nowhere from the pages: their words stay."""
         for source in (ROOT / "docs").iterdir():
             if source.suffix == ".md":
-                self.write(source.name, re.sub(r"\[([^]]*)\]\(\.\./[^)]*\)", r"\1", source.read_text(encoding="utf-8")))
+                text = re.sub(r"\[([^]]*)\]\(\.\./[^)]*\)", r"\1", source.read_text(encoding="utf-8"))
+                self.write(source.name, with_charts(text))
             elif source.is_file():
                 shutil.copy(source, self.folder)
         for source in (SITE / "pages").iterdir():
-            shutil.copy(source, self.folder)
+            self.write(source.name, with_charts(source.read_text(encoding="utf-8")))
         shutil.copy(ROOT / "CHANGELOG.md", self.folder / "changes.md")
 
     # --- Gallery -----------------------------------------------------------------------------
@@ -127,9 +128,9 @@ class Pages:
         ]
         self.write(
             "kernels.md",
-            "# Kernels\n\nThe same 60 × 34 pixels at eight times their size. `Scale` filters with one of seven "
+            "# Kernels\n\nThe same 56 × 32 pixels at eight times their size. `Scale` filters with one of seven "
             "kernels, `ScaleFast` takes the nearest pixel.\n\n"
-            + picture_row("pair", figures)
+            + picture_row("exact", figures)
             + "\n\n"
             + self.shown_script("kernels.rbs"),
         )
@@ -142,8 +143,8 @@ class Pages:
         ]
         self.write(
             "dither.md",
-            "# Dither matrices\n\nThe photograph in black and white dots, by each of the ten matrices.\n\n"
-            + picture_row("pair", figures)
+            "# Dither matrices\n\nThe photograph in black and white dots, by each of the ten matrices, pixel by pixel.\n\n"
+            + picture_row("exact", figures)
             + "\n\n"
             + self.shown_script("dither.rbs"),
         )
@@ -248,13 +249,17 @@ def entry(heading, title, described, declarations):
 
 
 def playground_scripts():
-    """What the playground's menu offers: scripts, and the words that each is run with."""
+    """What the playground's menu offers: all examples, each with the words that it is run with, and the gallery's."""
     words = json.loads((SITE / "playground/arguments.json").read_text(encoding="utf-8"))
-    forgotten = {path.name for path in (ROOT / "examples").glob("*.rbs")} ^ words.keys()
+    examples = {path.relative_to(ROOT / "examples").as_posix() for path in (ROOT / "examples").rglob("*.rbs")}
+    # Plug-ins' own examples need their plug-in, which the page has not.
+    forgotten = {name for name in examples if not name.startswith("plugin/")} ^ words.keys()
     if forgotten:
         raise SystemExit(f"site/playground/arguments.json and examples/ differ: {sorted(forgotten)}")
-    examples = [(ROOT / "examples" / name, "Examples", words[name]) for name in sorted(words)]
-    gallery = [(path, "Members", "photo.jpg result.png") for path in sorted((SITE / "gallery").glob("*.rbs"))]
+    offered = [
+        ("Longer programs" if "/" in name else "Examples", ROOT / "examples" / name, words[name]) for name in words
+    ]
+    offered += [("Members", path, "photo.jpg result.png") for path in (SITE / "gallery").glob("*.rbs")]
     return [
         {
             "name": path.name,
@@ -263,8 +268,15 @@ def playground_scripts():
             "title": path.read_text(encoding="utf-8").splitlines()[0].removeprefix("' "),
             "text": path.read_text(encoding="utf-8"),
         }
-        for path, group, given in examples + gallery
+        for group, path, given in sorted(offered)
     ]
+
+
+def with_charts(text):
+    """Drawings with words in them, on lines of their own, keep a size that can be read."""
+    return re.sub(
+        r"^!\[([^]]*)\]\(([^)]*\.svg)\)$", r'<div class="chart"><img src="\2" alt="\1"></div>', text, flags=re.M
+    )
 
 
 def picture_row(style, pictures):

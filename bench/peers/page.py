@@ -36,7 +36,8 @@ def summary(measured):
     ahead = sum(row["ours"]["share"] >= best_peer(row)["share"] for row in rows)
     return (f"{about['processor']}, {about['compiler']}; {', '.join(about['libraries'])}. "
             f"At least as fast as the fastest peer in {ahead} of {len(rows)} rows.\n\n"
-            f"![RGB](speed-{about['level']}-RGB.svg)\n\n[RGBA](speed-{about['level']}-RGBA.svg) and "
+            f"![Bars: each operation on RGB pictures at {TITLES[about['level']]} as a part of a memcpy's speed, "
+            f"beside the fastest other library](speed-{about['level']}-RGB.svg)\n\n[RGBA](speed-{about['level']}-RGBA.svg) and "
             f"[gray](speed-{about['level']}-gray.svg) as charts.")
 
 
