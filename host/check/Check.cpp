@@ -7,7 +7,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstring>
@@ -109,28 +108,28 @@ class Child {
     Child& operator=(const Child&) = delete;
 
     Outcomes Wait() {
-        Listen();
-        int status = 0;
-        while (waitpid(process_, &status, 0) < 0 && errno == EINTR) {
-        }
+        const int status = Listen();
         if (overdue_) return ForAll(entries_, {CheckStatus::Timeout, 0, "not done after " + Seconds() + " s", "", {}});
         if (WIFEXITED(status) && WEXITSTATUS(status) == 0 && !text_.empty()) return ReadBack(text_);
         return ForAll(entries_, {CheckStatus::Crash, 0, EndText(status), "", {}});
     }
 
   private:
-    // Until the child has closed its end; ends it when it takes too long.
-    void Listen() {
+    // Until the child has closed its end and is gone; ends it when it takes too long.
+    int Listen() {
         const auto deadline = Clock::now() + std::chrono::duration<double>(options_.secondsPerCheck);
-        for (;;) {
-            pollfd end{reading_, POLLIN, 0};
-            if (poll(&end, 1, kPollMilliseconds) > 0 && !Read()) return;
+        int status = 0;
+        for (bool open = true; open || waitpid(process_, &status, WNOHANG) == 0;) {
+            pollfd end{open ? reading_ : -1, POLLIN, 0};
+            if (poll(&end, 1, open ? kPollMilliseconds : 1) > 0) open = Read();
             const bool stopped = options_.stop && options_.stop();
             if (!stopped && Clock::now() < deadline) continue;
             overdue_ = true;
             kill(-process_, SIGKILL);  // those that it forked as well
-            return;
+            waitpid(process_, &status, 0);
+            break;
         }
+        return status;
     }
 
     bool Read() {

@@ -11,7 +11,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
@@ -23,8 +22,7 @@ namespace host::check {
 
 namespace {
 
-constexpr int kDone = 0;
-constexpr int kComplained = 71;
+constexpr int kMostMilliseconds = 50;  // between two looks at a child
 constexpr rlim_t kMostFileBytes = 64 << 20;
 
 // How much longer than its processor time a case may last.
@@ -33,8 +31,12 @@ constexpr double kWallFactor = 20;
 using Nanoseconds = std::int64_t;
 constexpr double kNanosecondsPerSecond = 1e9;
 
+// How a child came to its end; its exit code says nothing, since what it runs may exit by itself.
+enum class ChildEnd { None, Done, Complained };
+
 // What parent and child share.
 struct Shared {
+    ChildEnd end;
     std::atomic<std::size_t> index;      // the case at work
     std::atomic<Nanoseconds> cpuStart;   // of the child, when the case began
     std::atomic<Nanoseconds> wallStart;  // 0: between two cases
@@ -71,6 +73,11 @@ Nanoseconds Now(clockid_t clock) {
 }
 
 // --- In the child ----------------------------------------------------------------------------------
+
+[[noreturn]] void End(Shared& shared, ChildEnd end) {
+    shared.end = end;
+    _exit(0);
+}
 
 void PrepareChild() {
     const int nowhere = open("/dev/null", O_WRONLY);
@@ -110,15 +117,15 @@ Complaint RunOne(const ChildrenJob& job, std::size_t i, Shared& shared) {
         if (!complaint.text.empty()) {
             shared.kind = complaint.kind;
             std::snprintf(shared.text, sizeof(shared.text), "%s", complaint.text.c_str());
-            _exit(kComplained);
+            End(shared, ChildEnd::Complained);
         }
         if (job.endsChild && job.endsChild(i)) {
             shared.index = i + 1;
-            _exit(kDone);
+            End(shared, ChildEnd::Done);
         }
     }
     shared.index = job.count;
-    _exit(kDone);
+    End(shared, ChildEnd::Done);
 }
 
 // --- In the parent ---------------------------------------------------------------------------------
@@ -136,18 +143,24 @@ double SecondsLeft(pid_t child, const Shared& shared) {
     return std::min(limit - cpu, kWallFactor * limit - wall);
 }
 
-// Waits until the child has closed its end of a pipe, or a case has used up its time: then the child
-// is ended and the result is false.
-bool WaitForEnd(int reading, pid_t child, const Shared& shared) {
-    for (;;) {
+// Waits for the child's end and gives true; or until a case has used up its time: then the child is
+// ended and the result is false. The pipe only wakes it up early: what the child runs may close the
+// other end, or leave it to a process of its own.
+bool WaitForEnd(int reading, pid_t child, const Shared& shared, int& status) {
+    int milliseconds = kMostMilliseconds;
+    while (waitpid(child, &status, WNOHANG) == 0) {
         const double left = SecondsLeft(child, shared);
         if (left <= 0) {
             kill(child, SIGKILL);
+            waitpid(child, &status, 0);
             return false;
         }
         pollfd end{reading, POLLIN, 0};
-        if (poll(&end, 1, static_cast<int>(left * 1000) + 1) > 0) return true;
+        if (poll(&end, 1, std::min(static_cast<int>(left * 1000) + 1, milliseconds)) <= 0) continue;
+        reading = -1;  // is ignored from now on
+        milliseconds = 1;
     }
+    return true;
 }
 
 // Gives the child's status, or nothing when it was ended for being slow.
@@ -158,16 +171,13 @@ bool RunOneChild(const ChildrenJob& job, std::size_t first, Shared& shared, int&
     if (child < 0) throw std::bad_alloc();
     if (child == 0) RunChild(job, first, shared);
     close(ends[1]);
-    const bool inTime = WaitForEnd(ends[0], child, shared);
+    const bool inTime = WaitForEnd(ends[0], child, shared, status);
     close(ends[0]);
-    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-    }
     return inTime;
 }
 
 Failure FailureOf(int status, const Shared& shared) {
-    if (WIFEXITED(status) && WEXITSTATUS(status) == kComplained)
-        return {shared.index, false, {shared.kind, shared.text}};
+    if (shared.end == ChildEnd::Complained) return {shared.index, false, {shared.kind, shared.text}};
     return {shared.index, true, {0, EndText(status)}};
 }
 
@@ -194,6 +204,7 @@ ChildrenReport RunInChildren(const ChildrenJob& job) {
     SharedMemory shared;
     std::size_t next = 0;
     while (next < job.count && report.failures.size() < job.mostFailures) {
+        shared->end = ChildEnd::None;
         shared->run = 0;
         shared->counted = 0;
         shared->wallStart = 0;
@@ -204,7 +215,7 @@ ChildrenReport RunInChildren(const ChildrenJob& job) {
         report.counted += shared->counted;
         if (shared->run > 0) report.values[shared->last] = shared->value;
         next = shared->index;
-        if (inTime && WIFEXITED(status) && WEXITSTATUS(status) == kDone) continue;
+        if (inTime && shared->end == ChildEnd::Done) continue;
         ++next;
         if (inTime) {
             report.failures.push_back(FailureOf(status, *shared));
@@ -224,7 +235,7 @@ pid_t ForkChild() {
     if (child != 0) return child;
     for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGALRM}) std::signal(signal, SIG_DFL);
     prctl(PR_SET_PDEATHSIG, SIGKILL);
-    if (getppid() != parent) _exit(kDone);  // it ended in between
+    if (getppid() != parent) _exit(0);  // it ended in between
     return 0;
 }
 

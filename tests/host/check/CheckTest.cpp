@@ -4,9 +4,13 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <set>
 
+#include "host/calls/PluginLoader.h"
 #include "host/check/Check.h"
+#include "host/check/LoadedLibrary.h"
 #include "host/check/Report.h"
+#include "host/messages/LoadMessages.h"
 #include "tests/host/calls/SampleTest.h"
 
 namespace host {
@@ -75,50 +79,69 @@ TEST_P(Convicted, OfItsFaultAndNothingElse) {
 constexpr CheckStatus kWarn = CheckStatus::Warn, kTimeout = CheckStatus::Timeout, kFail = CheckStatus::Fail,
                       kCrash = CheckStatus::Crash;
 
-INSTANTIATE_TEST_SUITE_P(
-    Plugins, Convicted,
-    testing::Values(
-        Conviction{"Faulty1", "calls", kCrash, "Dim result As Faulty = p.Link(nil)\n"},
-        Conviction{"Faulty2", "references", kFail, "1 object (the newest a Faulty) left alive"},
-        Conviction{"Faulty5", "repetition", kFail, "Dim result As Integer = p.Count(5)\n"},
-        Conviction{"Faulty6", "unasked-yields", kFail, "p.Work\n"},
-        Conviction{"Faulty7", "host-functions", kCrash, "' newMemoryBlock always fails in the last line\n"},
-        Conviction{"Faulty8", "records", kFail, "Faulty.YieldTicks lacks the flag of properties"},
-        Conviction{"Faulty9", "asked-yields", kFail, "no call yields at an interval of 1 tick"},
-        Conviction{"Faulty10", "re-entry", kCrash, "p.Work\n"},
-        Conviction{"Faulty11", "calls", kTimeout, "p.Count(1000000)\n"},
-        Conviction{"Faulty12", "references", kFail, "the result is a RuntimeException, not a Faulty"},
-        Conviction{"Faulty13", "calls", kCrash, "p.Count(-1)\n"},
-        Conviction{"Faulty15", "loading", kCrash, "Segmentation fault"},
-        Conviction{"Faulty16", "exported-symbols", kFail, "FaultyExtra is exported"},
-        Conviction{"Faulty17", "linked-libraries", kWarn, "libz.so.1 is needed"},
-        Conviction{"Faulty18", "start-up", kFail, "does not state version 9 before"},
-        Conviction{"Faulty19", "host-names", kWarn, "it asks for FlyToTheMoon"},
-        Conviction{"Faulty20", "fields", kFail, "Faulty.Spare is a field at byte 21, not aligned to its size"},
-        Conviction{"Faulty21", "fields", kFail, "Faulty.Wide overlaps Faulty.YieldTicks"},
-        Conviction{"Faulty22", "overloads", kFail, "Faulty.Other with 1 argument may mean Other(a As Integer, b As"},
-        Conviction{"Faulty23", "code-pointers", kFail, "Faulty.Odd has a function that lies outside the plug-in"},
-        Conviction{"Faulty24", "events", kFail, "Faulty.Told can't be raised: number is ByRef"},
-        Conviction{"Faulty25", "properties", kFail, "p.Level = "},
-        Conviction{"Faulty26", "sources", kFail, "source is not as it was"},
-        Conviction{"Faulty27", "exceptions", kFail, "it raises a OutOfBoundsException without a text"},
-        Conviction{"Faulty28", "allocation", kCrash, "' allocation number 1 fails in the last line\n"},
-        Conviction{"Faulty29", "system-calls", kFail, "a file stays open"},
-        Conviction{"Faulty30", "declarations", kFail, "\"Even as\" can't be read"},
-        Conviction{"Faulty31", "classes", kFail, "it is of interface version 1; this host has 9"},
-        Conviction{"Faulty32", "constants", kFail, "NumberLow = 1 has another value in its record: 2"},
-        Conviction{"Pixels1", "stray-writes", kWarn, "that are no channel of the picture are written by Fill"},
-        Conviction{"Pixels2", "stray-writes", kWarn, "bytes beside the picture's columns are written by Fill"},
-        Conviction{"Pixels3", "stray-writes", kCrash, "Dim p As New Pixels(block, 6, 4, 128)\np.Fill("}),
-    [](const auto& instance) { return instance.param.plugin; });
+const Conviction kConvictions[] = {
+    {"Faulty1", "calls", kCrash, "Dim result As Faulty = p.Link(nil)\n"},
+    {"Faulty2", "references", kFail, "1 object (the newest a Faulty) left alive"},
+    {"Faulty5", "repetition", kFail, "Dim result As Integer = p.Count(5)\n"},
+    {"Faulty6", "unasked-yields", kFail, "p.Work\n"},
+    {"Faulty7", "host-functions", kCrash, "' newMemoryBlock always fails in the last line\n"},
+    {"Faulty8", "records", kFail, "Faulty.YieldTicks lacks the flag of properties"},
+    {"Faulty9", "asked-yields", kFail, "no call yields at an interval of 1 tick"},
+    {"Faulty10", "re-entry", kCrash, "p.Work\n"},
+    {"Faulty11", "calls", kTimeout, "p.Count(1000000)\n"},
+    {"Faulty12", "references", kFail, "the result is a RuntimeException, not a Faulty"},
+    {"Faulty13", "calls", kCrash, "p.Count(-1)\n"},
+    {"Faulty15", "loading", kCrash, "Segmentation fault"},
+    {"Faulty16", "exported-symbols", kFail, "FaultyExtra is exported"},
+    {"Faulty17", "linked-libraries", kWarn, "libz.so.1 is needed"},
+    {"Faulty18", "start-up", kFail, "does not state version 9 before"},
+    {"Faulty19", "host-names", kWarn, "it asks for FlyToTheMoon"},
+    {"Faulty20", "fields", kFail, "Faulty.Spare is a field at byte 21, not aligned to its size"},
+    {"Faulty21", "fields", kFail, "Faulty.Wide overlaps Faulty.YieldTicks"},
+    {"Faulty22", "overloads", kFail, "Faulty.Other with 1 argument may mean Other(a As Integer, b As"},
+    {"Faulty23", "code-pointers", kFail, "Faulty.Odd has a function that lies outside the plug-in"},
+    {"Faulty24", "events", kFail, "Faulty.Told can't be raised: number is ByRef"},
+    {"Faulty25", "properties", kFail, "p.Level = "},
+    {"Faulty26", "sources", kFail, "source is not as it was"},
+    {"Faulty27", "exceptions", kFail, "it raises a OutOfBoundsException without a text"},
+    {"Faulty28", "allocation", kCrash, "' allocation number 1 fails in the last line\n"},
+    {"Faulty29", "system-calls", kFail, "a file stays open"},
+    {"Faulty30", "declarations", kFail, "\"Even as\" can't be read"},
+    {"Faulty31", "classes", kFail, "it is of interface version 1; this host has 9"},
+    {"Faulty32", "constants", kFail, "NumberLow = 1 has another value in its record: 2"},
+    {"Faulty33", "calls", kCrash, "the process ended with status 0"},
+    {"Pixels1", "stray-writes", kWarn, "that are no channel of the picture are written by Fill"},
+    {"Pixels2", "stray-writes", kWarn, "bytes beside the picture's columns are written by Fill"},
+    {"Pixels3", "stray-writes", kCrash, "Dim p As New Pixels(block, 6, 4, 128)\np.Fill("}};
+
+INSTANTIATE_TEST_SUITE_P(Plugins, Convicted, testing::ValuesIn(kConvictions),
+                         [](const auto& instance) { return instance.param.plugin; });
 
 // Under the address sanitizer the first of these calls ends the process, whichever check makes it.
+const Conviction kPlainConvictions[] = {{"Faulty3", "references", kFail, "p.Link(other1)\n"},
+                                        {"Faulty4", "guard-bytes", kFail, "p.Clear(New MemoryBlock("}};
+
 #if !defined(__SANITIZE_ADDRESS__)
-INSTANTIATE_TEST_SUITE_P(PlainPlugins, Convicted,
-                         testing::Values(Conviction{"Faulty3", "references", kFail, "p.Link(other1)\n"},
-                                         Conviction{"Faulty4", "guard-bytes", kFail, "p.Clear(New MemoryBlock("}),
+INSTANTIATE_TEST_SUITE_P(PlainPlugins, Convicted, testing::ValuesIn(kPlainConvictions),
                          [](const auto& instance) { return instance.param.plugin; });
 #endif
+
+TEST(Check, HasAFaultyPluginForEveryEntryOfItsTable) {
+    std::set<std::string> unconvicted;
+    for (const CheckEntry& check : ListChecks()) unconvicted.insert(check.id);
+    for (const Conviction& one : kConvictions) unconvicted.erase(one.id);
+    for (const Conviction& one : kPlainConvictions) unconvicted.erase(one.id);
+    EXPECT_THAT(unconvicted, testing::IsEmpty());
+}
+
+TEST(Check, EndsAPluginThatHangsWithoutADescriptor) {
+    CheckOptions options;
+    options.only = {"loading"};
+    options.secondsPerCheck = 0.5;
+    const auto results = ResultsOf("Faulty34", options);
+    ASSERT_EQ(results.size(), 1U);
+    EXPECT_EQ(results[0].status, CheckStatus::Timeout);
+}
 
 TEST(Check, NamesWhatDependsOnEarlierCalls) {
     const auto results = ResultsOf("Faulty14");
@@ -150,6 +173,15 @@ TEST(Check, EndsAtItsOwnDeadline) {
     ASSERT_EQ(results.size(), 1U);
     EXPECT_EQ(results[0].status, CheckStatus::Skip) << "loading is a check, too";
     EXPECT_EQ(results[0].detail, "it can't be loaded");
+}
+
+TEST(Check, LooksIntoLoadedLibrariesOnly) {
+    try {
+        check::LoadedLibrary("/none/at/all.so");
+        FAIL() << "nothing was thrown";
+    } catch (const LoadError& error) {
+        EXPECT_TRUE(Matches(kLoadSays.notLoaded.text, error.what())) << error.what();
+    }
 }
 
 TEST(Check, StopsWhenItIsAskedTo) {

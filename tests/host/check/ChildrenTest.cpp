@@ -35,6 +35,43 @@ TEST(Children, GoOnAfterEveryKindOfEnd) {
     EXPECT_EQ(report.counted, 4) << "cases 0, 2, 5 and 7";
 }
 
+// What a case runs may end the process as if all were well.
+TEST(Children, AreNoneTheWiserForAnExitCode) {
+    host::check::ChildrenJob job;
+    job.count = 3;
+    job.run = [](std::size_t i) -> host::check::Complaint {
+        if (i == 1) _exit(0);
+        return {0, "", true};
+    };
+    const auto report = host::check::RunInChildren(job);
+    ASSERT_EQ(report.failures.size(), 1U);
+    EXPECT_EQ(report.failures[0].index, 1U);
+    EXPECT_TRUE(report.failures[0].crashed);
+    EXPECT_EQ(report.failures[0].complaint.text, "the process ended with status 0");
+    EXPECT_EQ(report.counted, 2) << "cases 0 and 2";
+}
+
+TEST(Children, AreEndedWhateverTheyDidToTheirDescriptors) {
+    host::check::ChildrenJob job;
+    job.count = 3;
+    job.secondsPerCase = 0.05;
+    job.run = [](std::size_t i) -> host::check::Complaint {
+        if (i == 0) {
+            for (int file = 0; file < 64; ++file) close(file);
+            for (volatile bool forever = true; forever;) continue;
+        }
+        // Whoever is left behind has the pipe still open.
+        if (i == 1 && fork() == 0) {
+            sleep(5);
+            _exit(0);
+        }
+        return {};
+    };
+    const auto report = host::check::RunInChildren(job);
+    EXPECT_EQ(report.slow, (std::vector<std::size_t>{0}));
+    EXPECT_EQ(report.run, 2) << "cases 1 and 2";
+}
+
 TEST(Children, StopAfterTooManyFailures) {
     host::check::ChildrenJob job;
     job.count = 100;

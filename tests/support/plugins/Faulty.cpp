@@ -48,7 +48,9 @@ enum Fault {
     kKeepFileOpen,
     kUnreadableDeclaration,
     kNoVersionInClass,
-    kContradictingConstant
+    kContradictingConstant,
+    kExit,
+    kHangAtStart
 };
 
 constexpr int kFault = FAULT;
@@ -71,6 +73,12 @@ Data* DataOf(Object* self) {
 void Crash() {
     std::signal(SIGSEGV, SIG_DFL);
     std::raise(SIGSEGV);
+}
+
+// Without a descriptor by which anybody could know of its end.
+void Hang() {
+    for (int file = 0; file < 64; ++file) close(file);
+    for (;;) pause();
 }
 
 void Construct(Object* self, std::int32_t number) {
@@ -180,7 +188,10 @@ std::int32_t PickOne(Object*, std::int32_t) { return 1; }
 std::int32_t PickTwo(Object*, std::int32_t, std::int32_t) { return 2; }
 std::int32_t PickOther(Object*, std::int32_t, double) { return 3; }
 
-std::int32_t Odd(Object*) { return 4; }
+std::int32_t Odd(Object*) {
+    if (kFault == kExit) _exit(0);
+    return 4;
+}
 
 sdk::EventRecord events[] = {
     {kFault == kUncallableEvent ? "Told(ByRef number as integer)" : "Told(number as integer)", 0}};
@@ -221,6 +232,7 @@ extern "C" const char* zlibVersion();
 TEST_PLUGIN_ENTRY(sdk::EntryFunction entry) {
     KeepResolver(entry);
     if (kFault == kCrashAtStart) Crash();
+    if (kFault == kHangAtStart) Hang();
     if (kFault == kAskForUnknown) resolver("FlyToTheMoon");
     if (kFault != kStateVersionLate) CallHost(sdk::kRegisterPluginVersion, sdk::kInterfaceVersion);
 #if FAULT == 17
