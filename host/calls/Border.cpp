@@ -4,6 +4,8 @@
 #include <new>
 #include <stdexcept>
 
+#include "host/messages/RunningMessages.h"
+
 namespace host {
 
 namespace {
@@ -33,7 +35,7 @@ Ref<Object> Translated() {
     } catch (const std::exception& error) {
         return runtime.MakeException(ClassOf(error), error.what());
     } catch (...) {
-        return runtime.MakeException("RuntimeException", "Something failed without saying why.");
+        return runtime.MakeException(kScriptRaises.withoutReason());
     }
 }
 

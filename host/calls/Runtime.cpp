@@ -13,6 +13,7 @@
 #include "host/calls/HostFunctions.h"
 #include "host/calls/Variant.h"
 #include "host/messages/LoadMessages.h"
+#include "host/messages/RunningMessages.h"
 
 namespace host {
 
@@ -145,13 +146,13 @@ void Runtime::Raise(Ref<Object> exception) {
     if (exception) {
         raised_ = std::move(exception);
     } else {
-        Raise("RuntimeException", "An exception without an object was raised.");
+        Raise(kScriptRaises.nothingRaised());
     }
 }
 
-void Runtime::Raise(std::string_view className, std::string_view message, std::int32_t errorNumber) {
+void Runtime::Raise(const Raising& what) {
     try {
-        Raise(MakeException(className, message, errorNumber));
+        Raise(MakeException(what));
     } catch (const std::bad_alloc&) {
         Raise(OutOfMemory());
     }
@@ -171,7 +172,7 @@ Ref<Object> Runtime::MakeException(std::string_view className, std::string_view 
 
 Ref<Object> Runtime::OutOfMemory() noexcept {
     try {
-        return MakeException("OutOfMemoryException", "There is not enough memory.");
+        return MakeException(kScriptRaises.memory());
     } catch (const std::bad_alloc&) {
         return spareOutOfMemory_;
     }
@@ -190,10 +191,6 @@ Value Runtime::RunGuarded(const std::function<Value()>& code) {
     if (thrown) result = Value();
     raised_ = before ? std::move(before) : std::move(thrown);
     return result;
-}
-
-void RaiseException(std::string_view className, std::string_view message, std::int32_t errorNumber) {
-    Runtime::Get().Raise(className, message, errorNumber);
 }
 
 // --- Yield ----------------------------------------------------------------------------------

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "host/calls/HostFunctionSlot.h"
+#include "host/messages/RaisedMessage.h"
 #include "host/objects/Class.h"
 #include "host/objects/Value.h"
 
@@ -84,7 +85,7 @@ class Runtime {
     // returned. One already marked stays. Nil makes a RuntimeException. Where memory is too short
     // for the exception, it is an OutOfMemoryException instead.
     void Raise(Ref<Object> exception);
-    void Raise(std::string_view className, std::string_view message, std::int32_t errorNumber = 0);
+    void Raise(const Raising& what);
 
     bool HasRaised() const { return static_cast<bool>(raised_); }
     Ref<Object> TakeRaised();  // nil when there is none
@@ -95,6 +96,9 @@ class Runtime {
     // An exception object with its message; of RuntimeException when the class is unknown. Throws
     // std::bad_alloc when memory is short.
     Ref<Object> MakeException(std::string_view className, std::string_view message, std::int32_t errorNumber = 0);
+    Ref<Object> MakeException(const Raising& what, std::int32_t errorNumber = 0) {
+        return MakeException(what.exception, what.message.text(), errorNumber);
+    }
 
     // An OutOfMemoryException, which can always be had: when memory is too short even for that, it
     // is one made at the start.
@@ -138,9 +142,6 @@ class Runtime {
     int yieldNumber_ = 0;
     std::vector<Conversion> conversions_;
 };
-
-// Marks an exception as raised; for functions of the framework, which return right after it.
-void RaiseException(std::string_view className, std::string_view message, std::int32_t errorNumber = 0);
 
 // An exception's text and number.
 std::string MessageOf(const Object* exception);

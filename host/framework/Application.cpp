@@ -26,8 +26,7 @@ sdk::Array* Arguments() {
 // Counted from 0.
 sdk::String* Argument(std::int32_t index) {
     if (index < 0 || static_cast<std::size_t>(index) >= applicationArguments.size())
-        FailBounds("Argument " + std::to_string(index) + " is not among " +
-                   std::to_string(applicationArguments.size()) + ".");
+        Fail(kDataRaises.argument(index, applicationArguments.size()));
     return GiveString(applicationArguments[static_cast<std::size_t>(index)]);
 }
 

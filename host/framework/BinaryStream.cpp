@@ -23,7 +23,7 @@ sdk::ClassDefinition definition{.name = "BinaryStream", .instanceDataSize = size
 StreamData& Data(sdk::Object* object) { return DataOf<StreamData>(object, definition); }
 
 FileStream& Stream(sdk::Object* object) {
-    if (!Data(object).stream) Fail("NilObjectException", "This stream belongs to no file.");
+    if (!Data(object).stream) Fail(kFilesRaise.noFile());
     return *Data(object).stream;
 }
 
@@ -65,7 +65,7 @@ Declared ReadNumber(sdk::Object* object) {
     std::string bytes = Stream(object).Read(sizeof(Number));
     if (bytes.size() < sizeof(Number)) {
         Stream(object).SetPosition(position);
-        Fail("IOException", "The file ends before the number.");
+        Fail(kFilesRaise.endOfFile());
     }
     SwapIfWanted(object, bytes.data(), bytes.size());
     Number number;

@@ -15,7 +15,7 @@ namespace {
 class Converter {
   public:
     Converter(const char* to, const char* from) : converter_(iconv_open(to, from)) {
-        if (converter_ == kNone) Fail("UnsupportedFormatException", std::string("The system can't convert to ") + to);
+        if (converter_ == kNone) Fail(kPatternsRaise.noConverter(to));
     }
     ~Converter() { iconv_close(converter_); }
     Converter(const Converter&) = delete;

@@ -29,16 +29,13 @@ std::size_t PlaceOf(sdk::Object* object, sdk::Object* which) {
     const Value value = ValueIn(which);
     if (value.kind() == Kind::String) {
         const std::size_t place = FindKey(object, value);
-        if (place == kNone) Fail("KeyNotFoundException", "There is no key " + Describe(value) + " in this collection.");
+        if (place == kNone) Fail(kContainersRaise.noKeyOfItem(Describe(value)));
         return place;
     }
-    if (!value.IsNumber())
-        Fail("TypeMismatchException", "An item is known by its number or its key, not by " + Describe(value) + ".");
+    if (!value.IsNumber()) Fail(kContainersRaise.noItem(Describe(value)));
     const std::int64_t number = value.ToInt64();
     const std::size_t count = ItemsOf(object).size();
-    if (number < 1 || static_cast<std::uint64_t>(number) > count)
-        FailBounds("Item " + std::to_string(number) + " is not in a collection of " + std::to_string(count) +
-                   " items.");
+    if (number < 1 || static_cast<std::uint64_t>(number) > count) Fail(kContainersRaise.itemNumber(number, count));
     return static_cast<std::size_t>(number) - 1;
 }
 
@@ -47,8 +44,7 @@ std::size_t PlaceOf(sdk::Object* object, sdk::Object* which) {
 void AddWithKey(sdk::Object* object, sdk::Object* item, sdk::String* key) {
     const bool keyed = !Bytes(key).empty();
     Value text = keyed ? Value(Ref<String>::Share(FromPlugin(key))) : Value();
-    if (keyed && FindKey(object, text) != kNone)
-        Fail("RuntimeException", "This collection has an item of the key " + Describe(text) + " already.");
+    if (keyed && FindKey(object, text) != kNone) Fail(kContainersRaise.keyTaken(Describe(text)));
     MakeRoom(KeysOf(object));
     MakeRoom(ItemsOf(object));
     ItemsOf(object).push_back(ValueIn(item));

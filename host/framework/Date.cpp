@@ -28,7 +28,7 @@ CivilTime FieldsOf(sdk::Object* date) { return CivilTimeOf(static_cast<std::int6
 void SetSeconds(sdk::Object* date, double seconds) {
     static const auto first = static_cast<double>(SecondsOf({kFirstYear}));
     static const auto end = static_cast<double>(SecondsOf({kLastYear + 1}));
-    if (!(seconds >= first && seconds < end)) FailBounds("A date's years are 1 to 9999.");
+    if (!(seconds >= first && seconds < end)) Fail(kContainersRaise.years());
     Data(date).seconds = seconds;
 }
 
@@ -52,7 +52,7 @@ void Make(sdk::Object* date) {
 void Construct(sdk::Object*) {}
 
 void ConstructCopy(sdk::Object* date, sdk::Object* other) {
-    if (!other) Fail("NilObjectException", "There is no date to copy.");
+    if (!other) Fail(kContainersRaise.noDateToCopy());
     Data(date) = Data(other);
 }
 
@@ -65,7 +65,7 @@ double GmtOffset(sdk::Object* date) { return Data(date).offset; }
 
 // The moment stays, its local time moves.
 void SetGmtOffset(sdk::Object* date, double hours) {
-    if (!(std::fabs(hours) <= kMostHours)) FailBounds("A date is at most 24 hours away from Greenwich.");
+    if (!(std::fabs(hours) <= kMostHours)) Fail(kContainersRaise.hours());
     SetSeconds(date, Data(date).seconds + (hours - Data(date).offset) * 3600);
     Data(date).offset = hours;
 }
@@ -115,14 +115,13 @@ Value TextValue(sdk::String* text) { return Value(Ref<String>::Share(FromPlugin(
 template <bool WithTime>
 void SetSql(sdk::Object* date, sdk::String* text) {
     const std::optional<CivilTime> time = ReadSqlDate(Bytes(text), WithTime);
-    const char* const form = WithTime ? "2026-11-22 13:05:09." : "2026-11-22.";
-    if (!time) Fail("UnsupportedFormatException", Describe(TextValue(text)) + " is no date as " + form);
+    if (!time) Fail(kContainersRaise.noDate(Describe(TextValue(text)), WithTime ? " 13:05:09." : "."));
     SetSeconds(date, static_cast<double>(SecondsOf(*time)));
 }
 
 // Fills a date that is there.
 bool ParseDate(sdk::String* text, sdk::Object* date) {
-    if (!date) Fail("NilObjectException", "ParseDate fills a date that is there: Dim d As New Date.");
+    if (!date) Fail(kContainersRaise.noDateToFill());
     const std::optional<CivilTime> time = ReadDate(Bytes(text));
     if (time) SetLocal(date, *time);
     return time.has_value();

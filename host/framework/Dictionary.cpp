@@ -43,9 +43,7 @@ constexpr std::size_t kNone = KeyPlaces::kNone;
 
 std::size_t Find(sdk::Object* object, const Value& key) { return PlacesOf(object).Find(key); }
 
-[[noreturn]] void FailKey(const Value& key) {
-    Fail("KeyNotFoundException", "There is no key " + Describe(key) + " in this dictionary.");
-}
+[[noreturn]] void FailKey(const Value& key) { Fail(kContainersRaise.noKey(Describe(key))); }
 
 // Closes the gaps.
 void Close(sdk::Object* object) {
@@ -118,9 +116,7 @@ std::int32_t Count(sdk::Object* object) { return static_cast<std::int32_t>(Place
 
 // Counted from 0.
 sdk::Object* KeyAt(sdk::Object* object, std::int32_t index) {
-    if (index < 0 || index >= Count(object))
-        FailBounds("Key " + std::to_string(index) + " is not in a dictionary of " + std::to_string(Count(object)) +
-                   " entries.");
+    if (index < 0 || index >= Count(object)) Fail(kContainersRaise.keyNumber(index, Count(object)));
     const std::size_t entries = KeysOf(object).size() - Data(object).first;
     if (entries > PlacesOf(object).size()) Close(object);
     return Box(KeysOf(object)[Data(object).first + static_cast<std::size_t>(index)]).Detach();

@@ -45,14 +45,13 @@ FileStream::FileStream(const std::string& path, Mode mode)
     : path_(path), file_(nullptr), writable_(mode != Mode::Read) {
     const ModeRow row = RowOf(mode);
     const int descriptor = open(path.c_str(), row.flags | O_CLOEXEC | O_NONBLOCK, 0666);
-    if (descriptor < 0) FailSystem("can't be opened");
+    if (descriptor < 0) FailSystem(kFilesRaise.cannotOpen);
     struct stat status {};
     const bool ordinary = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
     if (ordinary) file_ = fdopen(descriptor, row.mode);
     if (file_) return;
     close(descriptor);
-    if (!ordinary)
-        Fail("IOException", path_ + (S_ISDIR(status.st_mode) ? ": is a folder" : ": is not an ordinary file"));
+    if (!ordinary) Fail(S_ISDIR(status.st_mode) ? kFilesRaise.folder(path_) : kFilesRaise.notOrdinary(path_));
     throw std::bad_alloc();
 }
 
@@ -61,13 +60,13 @@ FileStream::~FileStream() {
 }
 
 std::FILE* FileStream::Open() const {
-    if (!file_) Fail("IOException", path_ + ": is closed");
+    if (!file_) Fail(kFilesRaise.closed(path_));
     return file_;
 }
 
 std::FILE* FileStream::OpenForWriting() const {
     std::FILE* const file = Open();
-    if (!writable_) Fail("IOException", path_ + ": is open for reading only");
+    if (!writable_) Fail(kFilesRaise.readOnly(path_));
     return file;
 }
 
@@ -77,9 +76,9 @@ void FileStream::Turn(Last next) {
     last_ = next;
 }
 
-void FileStream::FailSystem(const char* what) const {
+void FileStream::FailSystem(const RaisedMessage& what) const {
     const int number = errno;
-    Fail("IOException", path_ + ": " + what + ": " + std::strerror(number), number);
+    Fail(what(path_, std::strerror(number)), number);
 }
 
 std::string FileStream::Read(std::int64_t count) {
@@ -94,7 +93,7 @@ std::string FileStream::Read(std::int64_t count) {
         bytes.resize(before + part);
         const std::size_t got = std::fread(bytes.data() + before, 1, part, file);
         bytes.resize(before + got);
-        if (std::ferror(file)) FailSystem("can't be read");
+        if (std::ferror(file)) FailSystem(kFilesRaise.cannotRead);
         if (got < part) break;
         count -= static_cast<std::int64_t>(part);
     }
@@ -108,7 +107,7 @@ bool FileStream::ReadLine(std::string& line) {
     Turn(Last::Read);
     line.clear();
     int c = std::getc(file);
-    if (c == EOF && std::ferror(file)) FailSystem("can't be read");
+    if (c == EOF && std::ferror(file)) FailSystem(kFilesRaise.cannotRead);
     if (c == EOF) return false;
     for (; c != EOF && c != '\n' && c != '\r'; c = std::getc(file)) {
         if (line.size() >= kMostStringBytes) throw std::bad_alloc();
@@ -124,7 +123,7 @@ void FileStream::Write(std::string_view bytes) {
     std::FILE* file = OpenForWriting();
     Turn(Last::Write);
     if (bytes.empty()) return;
-    if (std::fwrite(bytes.data(), 1, bytes.size(), file) != bytes.size()) FailSystem("can't be written");
+    if (std::fwrite(bytes.data(), 1, bytes.size(), file) != bytes.size()) FailSystem(kFilesRaise.cannotWrite);
 }
 
 bool FileStream::AtEnd() {
@@ -139,23 +138,23 @@ bool FileStream::AtEnd() {
 std::int64_t FileStream::Position() { return ftello(Open()); }
 
 void FileStream::SetPosition(std::int64_t position) {
-    if (fseeko(Open(), std::max<std::int64_t>(position, 0), SEEK_SET) != 0) FailSystem("can't be positioned");
+    if (fseeko(Open(), std::max<std::int64_t>(position, 0), SEEK_SET) != 0) FailSystem(kFilesRaise.cannotPosition);
     last_ = Last::None;
 }
 
 std::int64_t FileStream::Length() {
     struct stat status {};
-    if (std::fflush(Open()) != 0 || fstat(fileno(file_), &status) != 0) FailSystem("can't be measured");
+    if (std::fflush(Open()) != 0 || fstat(fileno(file_), &status) != 0) FailSystem(kFilesRaise.cannotMeasure);
     return status.st_size;
 }
 
 void FileStream::SetLength(std::int64_t length) {
     if (std::fflush(OpenForWriting()) != 0 || ftruncate(fileno(file_), std::max<std::int64_t>(length, 0)) != 0)
-        FailSystem("can't be given another length");
+        FailSystem(kFilesRaise.cannotResize);
 }
 
 void FileStream::Close() {
-    if (file_ && std::fclose(std::exchange(file_, nullptr)) != 0) FailSystem("can't be written");
+    if (file_ && std::fclose(std::exchange(file_, nullptr)) != 0) FailSystem(kFilesRaise.cannotWrite);
 }
 
 }  // namespace host

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <utility>
 
+#include "host/messages/RaisedMessage.h"
+
 namespace host {
 
 class FileStream {
@@ -49,7 +51,7 @@ class FileStream {
     std::FILE* Open() const;
     std::FILE* OpenForWriting() const;
     void Turn(Last next);
-    [[noreturn]] void FailSystem(const char* what) const;
+    [[noreturn]] void FailSystem(const RaisedMessage& what) const;
 
     std::string path_;
     std::FILE* file_;

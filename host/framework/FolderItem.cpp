@@ -37,9 +37,9 @@ void SetPath(sdk::Object* item, std::string path) {
 
 void Construct(sdk::Object* item, sdk::String* path) { SetPath(item, AbsolutePath(Bytes(path))); }
 
-[[noreturn]] void FailSystem(const std::string& path, const std::string& what) {
+[[noreturn]] void FailSystem(const std::string& path, const RaisedMessage& what) {
     const int number = errno;
-    Fail("IOException", path + ": " + what + ": " + std::strerror(number), number);
+    Fail(what(path, std::strerror(number)), number);
 }
 
 bool Status(sdk::Object* item, struct stat& status) { return stat(PathOf(item).c_str(), &status) == 0; }
@@ -109,15 +109,13 @@ std::int32_t Count(sdk::Object* item) { return static_cast<std::int32_t>(NamesIn
 // Counted from 1.
 sdk::Object* Item(sdk::Object* item, std::int32_t index) {
     const std::vector<std::string> names = NamesIn(PathOf(item));
-    if (index < 1 || static_cast<std::size_t>(index) > names.size())
-        FailBounds("Item " + std::to_string(index) + " is not in a folder of " + std::to_string(names.size()) +
-                   " items.");
+    if (index < 1 || static_cast<std::size_t>(index) > names.size()) Fail(kFilesRaise.itemNumber(index, names.size()));
     return NewFolderItem(PathOf(item) + "/" + names[static_cast<std::size_t>(index) - 1]).Detach();
 }
 
 void CreateAsFolder(sdk::Object* item) {
     const std::string& path = PathOf(item);
-    if (mkdir(path.c_str(), 0777) != 0) FailSystem(path, "can't be made a folder");
+    if (mkdir(path.c_str(), 0777) != 0) FailSystem(path, kFilesRaise.cannotMakeFolder);
 }
 
 // A file, a link, or an empty folder.
@@ -125,7 +123,7 @@ void Delete(sdk::Object* item) {
     const std::string& path = PathOf(item);
     struct stat status {};
     const bool folder = lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
-    if ((folder ? rmdir(path.c_str()) : unlink(path.c_str())) != 0) FailSystem(path, "can't be deleted");
+    if ((folder ? rmdir(path.c_str()) : unlink(path.c_str())) != 0) FailSystem(path, kFilesRaise.cannotDelete);
 }
 
 // --- Pictures -------------------------------------------------------------------------------
@@ -172,9 +170,9 @@ Ref<Object> NewFolderItem(std::string_view path) {
 }
 
 const std::string& PathOf(sdk::Object* item) {
-    if (!IsInstance(item, definition)) Fail("NilObjectException", "There is no folder item.");
+    if (!IsInstance(item, definition)) Fail(kFilesRaise.noItem());
     const std::string* path = DataOf<FolderItemData>(item, definition).path;
-    if (!path) Fail("NilObjectException", "This folder item has no path.");
+    if (!path) Fail(kFilesRaise.noPath());
     return *path;
 }
 

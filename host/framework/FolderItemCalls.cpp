@@ -37,9 +37,9 @@ sdk::Object* NilOnRefusal(const Open& open) {
 
 // --- Copying and moving -----------------------------------------------------------------------
 
-[[noreturn]] void FailWith(const std::string& path, const char* what, const std::error_code& error) {
+[[noreturn]] void FailWith(const std::string& path, const RaisedMessage& what, const std::error_code& error) {
     lastError = error.value();
-    Fail("IOException", path + ": " + what + ": " + error.message(), error.value());
+    Fail(what(path, error.message()), error.value());
 }
 
 // Where a file goes; it must not be there.
@@ -48,17 +48,17 @@ std::string TargetFor(const std::string& from, sdk::Object* destination) {
     std::string to = PathOf(destination);
     if (fs::is_directory(to, error)) to += (to == "/" ? "" : "/") + NameOfPath(from);
     if (fs::exists(fs::symlink_status(to, error)))
-        FailWith(to, "can't be written", std::make_error_code(std::errc::file_exists));
+        FailWith(to, kFilesRaise.cannotWrite, std::make_error_code(std::errc::file_exists));
     return to;
 }
 
 void Copy(const std::string& from, const std::string& to) {
     std::error_code error;
-    if (fs::is_directory(from, error)) FailWith(from, "can't be copied", {EISDIR, std::generic_category()});
+    if (fs::is_directory(from, error)) FailWith(from, kFilesRaise.cannotCopy, {EISDIR, std::generic_category()});
     if (fs::exists(from, error) && !fs::is_regular_file(from, error))
-        FailWith(from, "can't be copied", std::make_error_code(std::errc::not_supported));
+        FailWith(from, kFilesRaise.cannotCopy, std::make_error_code(std::errc::not_supported));
     fs::copy_file(from, to, error);
-    if (error) FailWith(from, "can't be copied", error);
+    if (error) FailWith(from, kFilesRaise.cannotCopy, error);
 }
 
 // --- Special folders ----------------------------------------------------------------------------
@@ -128,10 +128,10 @@ void MoveFileTo(sdk::Object* item, sdk::Object* destination) {
     std::error_code error;
     fs::rename(from, to, error);
     if (!error) return;
-    if (error != std::errc::cross_device_link) FailWith(from, "can't be moved", error);
+    if (error != std::errc::cross_device_link) FailWith(from, kFilesRaise.cannotMove, error);
     Copy(from, to);
     fs::remove(from, error);
-    if (error) FailWith(from, "can't be deleted", error);
+    if (error) FailWith(from, kFilesRaise.cannotDelete, error);
 }
 
 std::int32_t LastErrorCode(sdk::Object*) { return lastError; }

@@ -54,8 +54,7 @@ std::string PathOfFont(const std::string& name) {
     if (own) folders.insert(folders.begin(), own);
     for (const std::string& folder : folders)
         if (std::string path = folder + '/' + name; access(path.c_str(), R_OK) == 0) return path;
-    Fail("UnsupportedFormatException",
-         "There is no font file " + name + "; the DejaVu fonts are needed, or a folder with them in TQX_FONTS.");
+    Fail(kPicturesRaise.noFontFile(name));
 }
 
 template <auto Free>
@@ -86,8 +85,7 @@ FT_Face LoadFace(const std::string& name) {
     if (face) return face.get();
     FT_Face loaded = nullptr;
     const std::string path = PathOfFont(name);
-    if (FT_New_Face(files.library, path.c_str(), 0, &loaded) != 0)
-        Fail("UnsupportedFormatException", path + ": is no font");
+    if (FT_New_Face(files.library, path.c_str(), 0, &loaded) != 0) Fail(kPicturesRaise.noFont(path));
     face.reset(loaded);
     return loaded;
 }

@@ -24,7 +24,7 @@ Object* PictureOf(sdk::Object* graphics) { return DataOf<GraphicsData>(graphics,
 // The pixels to draw into; raises when there is no picture.
 PictureStorage& Target(sdk::Object* graphics) {
     PictureStorage* storage = StorageOf(PictureOf(graphics));
-    if (!storage) Fail("NilObjectException", "This graphics belongs to no picture.");
+    if (!storage) Fail(kPicturesRaise.noPictureOfGraphics());
     return *storage;
 }
 
@@ -75,8 +75,7 @@ void SetTextFont(sdk::Object* graphics, sdk::String* name) { State(graphics).tex
 std::int32_t TextSize(sdk::Object* graphics) { return State(graphics).text.size; }
 
 void SetTextSize(sdk::Object* graphics, std::int32_t size) {
-    if (size < 0 || size > kMostTextSize)
-        FailBounds("A text's size is 0 (the system's) to 1000 pixels, not " + std::to_string(size) + ".");
+    if (size < 0 || size > kMostTextSize) Fail(kPicturesRaise.textSize(size));
     State(graphics).text.size = size;
 }
 
@@ -118,7 +117,7 @@ void Line(sdk::Object* graphics, std::int32_t x1, std::int32_t y1, std::int32_t 
 // Columns and rows by turns, from element 1 on; a last one without its other is left out.
 std::vector<Point> PointsOf(sdk::Array* numbers) {
     const Array* const array = FromPlugin(numbers);
-    if (!array) Fail("NilObjectException", "There are no points of a polygon.");
+    if (!array) Fail(kPicturesRaise.noPoints());
     std::vector<Point> points;
     for (std::size_t i = 1; i + 1 < array->values.size(); i += 2)
         points.push_back({array->values[i].ToInt64(), array->values[i + 1].ToInt64()});
@@ -177,7 +176,7 @@ void SetPixel(sdk::Object* graphics, std::int32_t x, std::int32_t y, sdk::Color 
 
 PictureStorage& SourceOf(sdk::Object* picture) {
     PictureStorage* storage = StorageOf(picture);
-    if (!storage) Fail("NilObjectException", "There is no picture to draw.");
+    if (!storage) Fail(kPicturesRaise.nothingToDraw());
     return *storage;
 }
 

@@ -56,14 +56,14 @@ void Resize(MemoryBlockData& data, std::int64_t size) {
 }
 
 void Construct(sdk::Object* block, std::int32_t size) {
-    if (size < 0) FailBounds("A memory block can't have " + std::to_string(size) + " bytes.");
+    if (size < 0) Fail(kDataRaises.blockSize(size));
     Resize(Data(block), size);
 }
 
 std::int32_t Size(sdk::Object* block) { return static_cast<std::int32_t>(Data(block).size); }
 
 void SetSize(sdk::Object* block, std::int32_t size) {
-    if (IsForeign(Data(block))) FailBounds("This memory block's size is not known and can't be changed.");
+    if (IsForeign(Data(block))) Fail(kDataRaises.unknownSize());
     Construct(block, size);
 }
 
@@ -76,8 +76,7 @@ void SetLittleEndian(sdk::Object* block, bool value) { Data(block).bigEndian = !
     const std::string bytes = length == 1
                                   ? "Byte " + std::to_string(offset) + " is"
                                   : std::to_string(length) + " bytes at offset " + std::to_string(offset) + " are";
-    FailBounds(bytes + (IsForeign(data) ? " not to be reached in this memory block."
-                                        : " not in a memory block of " + std::to_string(data.size) + " bytes."));
+    Fail(IsForeign(data) ? kDataRaises.notReached(bytes) : kDataRaises.notInBlock(bytes, data.size));
 }
 
 // Where a byte of a foreign block would be; such a block may begin anywhere.
@@ -220,7 +219,7 @@ sdk::Object* MidB(sdk::Object* block, std::int32_t offset, std::int32_t length) 
 
 sdk::Object* RightB(sdk::Object* block, std::int32_t length) {
     const MemoryBlockData& data = Data(block);
-    if (IsForeign(data)) FailBounds("This memory block's size is not known, so it has no end.");
+    if (IsForeign(data)) Fail(kDataRaises.noEnd());
     return Part(block, std::max<std::int64_t>(data.size - std::max(length, 0), 0), data.size);
 }
 
@@ -229,8 +228,7 @@ sdk::Object* RightB(sdk::Object* block, std::int32_t length) {
 Value BlockToString(const Value& block) {
     if (!block.object()) return Value(Ref<String>());
     const std::span<const std::uint8_t> bytes = BytesOfMemoryBlock(block.object());
-    if (IsForeign(Data(block.object())))
-        RaiseException("OutOfBoundsException", "This memory block's size is not known, so it can't become a string.");
+    if (IsForeign(Data(block.object()))) Runtime::Get().Raise(kDataRaises.noString());
     return Value(MakeString({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, sdk::Encoding::None));
 }
 

@@ -20,7 +20,7 @@ const TextSink* current = nullptr;  // null: standard output
 void WriteStandardOutput(std::string_view text) {
     if (text.empty() || std::fwrite(text.data(), 1, text.size(), stdout) == text.size()) return;
     const int number = errno;
-    Fail("IOException", std::string("standard output") + ": can't be written: " + std::strerror(number), number);
+    Fail(kFilesRaise.cannotWrite("standard output", std::strerror(number)), number);
 }
 
 void WriteOutput(std::string_view text) { current ? (*current)(text) : WriteStandardOutput(text); }

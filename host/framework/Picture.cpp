@@ -35,12 +35,9 @@ void Destroy(sdk::Object* picture) {
 
 void Construct(sdk::Object* picture, std::int32_t width, std::int32_t height, std::int32_t depth) {
     PictureStorage storage;
-    if (Data(picture).storage.bytes) Fail("RuntimeException", "This picture has its pixels already.");
-    if (width < 1 || height < 1)
-        FailBounds("A picture can't be " + std::to_string(width) + " x " + std::to_string(height) + " pixels.");
-    if (depth != 32 && depth != 24 && depth != 16 && depth != 8 && depth != 1)
-        Fail("UnsupportedFormatException",
-             "A picture can't have depth " + std::to_string(depth) + "; there are 32, 24, 16, 8 and 1.");
+    if (Data(picture).storage.bytes) Fail(kPicturesRaise.madeTwice());
+    if (width < 1 || height < 1) Fail(kPicturesRaise.size(width, height));
+    if (depth != 32 && depth != 24 && depth != 16 && depth != 8 && depth != 1) Fail(kPicturesRaise.depth(depth));
     if (!CreateStorage(storage, width, height, depth)) throw std::bad_alloc();
     Data(picture).storage = storage;
 }
@@ -80,7 +77,7 @@ void AssignMask(sdk::Object* picture, sdk::Object* mask) {
     if (!mask) return SetMask(picture, nullptr);
     PictureStorage copy;
     const PictureStorage* storage = StorageOf(mask);
-    if (!storage) Fail("NilObjectException", "The mask has no pixels.");
+    if (!storage) Fail(kPicturesRaise.emptyMask());
     if (!CopyStorage(copy, *storage)) throw std::bad_alloc();
     Ref<Object> own = PictureAround(copy);
     if (!own) throw std::bad_alloc();
@@ -107,8 +104,7 @@ constexpr std::array kSaveFormats{
 
 void SaveWith(sdk::Object* picture, sdk::Object* file, std::int32_t format, std::optional<std::int32_t> quality) {
     ImageWriteOptions options{std::nullopt, quality};
-    if (format < 0 || format > static_cast<std::int32_t>(kSaveFormats.size()))
-        Fail("UnsupportedFormatException", "There is no picture format " + std::to_string(format) + ".");
+    if (format < 0 || format > static_cast<std::int32_t>(kSaveFormats.size())) Fail(kPicturesRaise.format(format));
     if (format != kDefaultFormat) options.format = kSaveFormats[static_cast<std::size_t>(format) - 1].format;
     WritePicture(picture, PathOf(file), options);
 }

@@ -70,7 +70,7 @@ Ref<Object> ReadPicture(const std::string& path) {
 
 void WritePicture(sdk::Object* picture, const std::string& path, const ImageWriteOptions& options) {
     const PictureStorage* storage = StorageOf(picture);
-    if (!storage) Fail("NilObjectException", "There is no picture to write to " + path + ".");
+    if (!storage) Fail(kPicturesRaise.nothingToWrite(path));
     const PictureStorage* mask = StorageOf(MaskOf(picture));
     ImageWriter writer(path, storage->width, storage->height, mask ? PixelLayout::Rgba : PixelLayout::Rgb, options);
     const auto width = static_cast<std::size_t>(storage->width);

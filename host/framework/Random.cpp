@@ -60,13 +60,13 @@ std::uint64_t Below(sdk::Object* object, std::uint64_t count) {
 }
 
 std::int32_t InRange(sdk::Object* object, std::int32_t least, std::int32_t most) {
-    if (least > most) FailBounds("No number is from " + std::to_string(least) + " to " + std::to_string(most) + ".");
+    if (least > most) Fail(kContainersRaise.noRange(least, most));
     const auto count = static_cast<std::uint64_t>(std::int64_t{most} - least + 1);
     return static_cast<std::int32_t>(least + static_cast<std::int64_t>(Below(object, count)));
 }
 
 std::int32_t LessThan(sdk::Object* object, std::int32_t end) {
-    if (end < 1) FailBounds("No number from 0 on is below " + std::to_string(end) + ".");
+    if (end < 1) Fail(kContainersRaise.noneBelow(end));
     return InRange(object, 0, end - 1);
 }
 

@@ -22,16 +22,14 @@ void Destroy(sdk::Object* object) { delete DataOf<MatchData>(object, definition)
 
 const Match& MatchOf(sdk::Object* object) {
     const Match* match = DataOf<MatchData>(object, definition).match;
-    if (!match) Fail("NilObjectException", "This match belongs to no search.");
+    if (!match) Fail(kPatternsRaise.noSearch());
     return *match;
 }
 
 std::int32_t Count(sdk::Object* object) { return static_cast<std::int32_t>(MatchOf(object).spans.size()); }
 
 const RegExSpan& SpanOf(sdk::Object* object, std::int32_t index) {
-    if (index < 0 || index >= Count(object))
-        FailBounds("Expression " + std::to_string(index) + " is not among the " + std::to_string(Count(object)) +
-                   " of this match.");
+    if (index < 0 || index >= Count(object)) Fail(kPatternsRaise.expression(index, Count(object)));
     return MatchOf(object).spans[static_cast<std::size_t>(index)];
 }
 

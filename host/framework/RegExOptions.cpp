@@ -30,8 +30,7 @@ sdk::PropertyRecord Switch() {
 std::int32_t LineEndType(sdk::Object* options) { return Data(options).lineEndType; }
 
 void SetLineEndType(sdk::Object* options, std::int32_t type) {
-    if (type < 0 || type > kLastLineEndType)
-        FailBounds("LineEndType is 0 to 4 (any, this system's, CR, CRLF, LF), not " + std::to_string(type) + ".");
+    if (type < 0 || type > kLastLineEndType) Fail(kPatternsRaise.lineEnds(type));
     Data(options).lineEndType = type;
 }
 

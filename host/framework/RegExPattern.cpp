@@ -86,9 +86,7 @@ RegExPattern::RegExPattern(std::string_view pattern, const RegExSettings& settin
     PCRE2_SIZE place = 0;
     pcre2_code* const compiled =
         pcre2_compile(Units(pattern), pattern.size(), CompileOptions(settings, asText), &error, &place, context.get());
-    if (!compiled)
-        Fail("RegExSearchPatternException",
-             "The search pattern is wrong at byte " + std::to_string(place) + ": " + ErrorText(error), error);
+    if (!compiled) Fail(kPatternsRaise.pattern(place, ErrorText(error)), error);
     code_ = std::make_shared<Code>(compiled);
     code_->match = OrThrow(pcre2_match_data_create_from_pattern(compiled, nullptr));
 }
@@ -103,7 +101,7 @@ RegExSpans RegExPattern::Find(std::string_view text, std::size_t from, bool isSo
     if (count == PCRE2_ERROR_NOMATCH) return {};
     foundUnsound = IsUnsound(count);
     if (foundUnsound) return {};
-    if (count < 0) Fail("RegExException", "The search was given up: " + ErrorText(count), count);
+    if (count < 0) Fail(kPatternsRaise.givenUp(ErrorText(count)), count);
     const PCRE2_SIZE* const offsets = pcre2_get_ovector_pointer(code_->match);
     RegExSpans spans(static_cast<std::size_t>(count));
     for (std::size_t i = 0; i < spans.size(); ++i)

@@ -21,15 +21,13 @@ void Destroy(sdk::Object* surface) { Release(DataOf<SurfaceData>(surface, defini
 
 PictureStorage& PixelsOf(sdk::Object* surface) {
     PictureStorage* storage = StorageOf(DataOf<SurfaceData>(surface, definition).picture);
-    if (!storage) Fail("NilObjectException", "This surface belongs to no picture.");
+    if (!storage) Fail(kPicturesRaise.noPictureOfSurface());
     return *storage;
 }
 
 PictureStorage& PixelsWith(sdk::Object* surface, std::int32_t x, std::int32_t y) {
     PictureStorage& storage = PixelsOf(surface);
-    if (!Contains(storage, x, y))
-        FailBounds("Pixel (" + std::to_string(x) + ", " + std::to_string(y) + ") is not in a picture of " +
-                   std::to_string(storage.width) + " x " + std::to_string(storage.height) + " pixels.");
+    if (!Contains(storage, x, y)) Fail(kPicturesRaise.pixel(x, y, storage.width, storage.height));
     return storage;
 }
 
@@ -53,8 +51,7 @@ ChannelMap MapOf(sdk::Array* numbers) {
     const Array* const array = FromPlugin(numbers);
     const std::size_t count = array ? array->values.size() : 0;
     ChannelMap map;
-    if (count != map.size())
-        FailBounds("A map of colours has 256 numbers, 0 to 255, not " + std::to_string(count) + ".");
+    if (count != map.size()) Fail(kPicturesRaise.mapSize(count));
     for (std::size_t i = 0; i < map.size(); ++i) map[i] = static_cast<std::uint8_t>(array->values[i].ToInt64());
     return map;
 }

@@ -18,11 +18,11 @@ namespace {
 class RowObject {
   public:
     explicit RowObject(Object* object) : object_(object) {
-        if (!object) Fail("NilObjectException", "There is no picture for the rows of a file.");
+        if (!object) Fail(kPicturesRaise.noPictureForRows());
         width = PropertyOr("Width", -1);
         height = PropertyOr("Height", -1);
         if (width < 0 || height < 0 || object->type->FindMethods("RowInFormat").empty())
-            Fail("TypeMismatchException", object->type->name() + " has no Width, Height and RowInFormat.");
+            Fail(kPicturesRaise.noRows(object->type->name()));
     }
 
     std::int32_t PropertyOr(const char* name, std::int32_t otherwise) const {
@@ -37,7 +37,7 @@ class RowObject {
         constexpr const char* names[] = {"ImageFormatG", "ImageFormatGA", "ImageFormatRGB", "ImageFormatRGBA"};
         const char* name = names[BytesPerPixel(layout) - 1];
         const Constant* constant = object_->type->FindConstant(name);
-        if (!constant) Fail("TypeMismatchException", object_->type->name() + " has no constant " + name + ".");
+        if (!constant) Fail(kPicturesRaise.noConstant(object_->type->name(), name));
         return constant->value.ToInt32();
     }
 
@@ -46,8 +46,7 @@ class RowObject {
         Choice choice = Choose(row, format, nullptr);
         const Value value = Invoke(*choice.method, object_, choice.arguments);
         Runtime::Get().ThrowIfRaised();
-        if (BytesOfMemoryBlock(value.object()).size() < bytes)
-            Fail("RuntimeException", "Row " + std::to_string(row) + " can't be had.");
+        if (BytesOfMemoryBlock(value.object()).size() < bytes) Fail(kPicturesRaise.rowMissing(row));
         return Ref<Object>::Share(value.object());
     }
 
@@ -67,16 +66,12 @@ class RowObject {
         const Value arguments[] = {Value(row), Value(format)};
         const auto candidates = object_->type->FindMethods("RowInFormat");
         Choice choice = ChooseOverload(candidates, arguments, assigned);
-        if (!choice.method) Fail("TypeMismatchException", choice.problem);
+        if (!choice.method) Fail(kPicturesRaise.rowsUnfit(object_->type->name()));
         return choice;
     }
 
     Object* object_;
 };
-
-std::string Sides(std::int32_t width, std::int32_t height) {
-    return std::to_string(width) + " x " + std::to_string(height) + " pixels";
-}
 
 // The memory block that carries each row in turn.
 Ref<Object> NewRowBlock(std::size_t bytes) {
@@ -94,8 +89,7 @@ void ReadFileInto(const std::string& path, Object* picture) {
     ImageReader reader(path, settings);
     const ImageInfo& info = reader.Info();
     if (info.width != rows.width || info.height != rows.height)
-        Fail("OutOfBoundsException",
-             path + " has " + Sides(info.width, info.height) + ", the picture " + Sides(rows.width, rows.height) + ".");
+        Fail(kPicturesRaise.otherSize(path, info.width, info.height, rows.width, rows.height));
     const PixelLayout layout = LayoutOf(false, HasAlpha(info.layout) || rows.PropertyOr("HasAlpha", 0) != 0);
     const std::int32_t format = rows.FormatOf(layout);
     const std::size_t rowBytes = std::size_t(info.width) * BytesPerPixel(layout);
@@ -103,7 +97,7 @@ void ReadFileInto(const std::string& path, Object* picture) {
     for (std::int32_t y = 0; y < info.height; ++y) {
         // Whoever took the block and changed its size gets no more of it.
         const auto bytes = BytesOfMemoryBlock(block.object());
-        if (bytes.size() < rowBytes) Fail("RuntimeException", "The block of a row was made smaller.");
+        if (bytes.size() < rowBytes) Fail(kPicturesRaise.rowShrunk());
         reader.ReadRow(bytes.data(), layout);
         rows.SetRow(y, format, block);
     }

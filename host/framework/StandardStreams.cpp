@@ -50,7 +50,7 @@ void WriteError(std::string_view text) {
     std::fflush(stdout);
     if (text.empty() || std::fwrite(text.data(), 1, text.size(), stderr) == text.size()) return;
     const int number = errno;
-    Fail("IOException", std::string("standard error") + ": can't be written: " + std::strerror(number), number);
+    Fail(kFilesRaise.cannotWrite("standard error", std::strerror(number)), number);
 }
 
 void WriteText(sdk::Object* stream, std::string_view text) { IsError(stream) ? WriteError(text) : WriteOutput(text); }

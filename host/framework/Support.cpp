@@ -9,8 +9,8 @@
 
 namespace host {
 
-void Fail(std::string_view className, std::string_view message, std::int32_t errorNumber) {
-    throw Raised{Runtime::Get().MakeException(className, message, errorNumber)};
+void Fail(const Raising& what, std::int32_t errorNumber) {
+    throw Raised{Runtime::Get().MakeException(what, errorNumber)};
 }
 
 const char* ExceptionClassOf(const std::exception& error) {

@@ -11,14 +11,13 @@
 
 #include "host/calls/Border.h"
 #include "host/calls/Runtime.h"
+#include "host/messages/RunningMessages.h"
 #include "sdk/Declare.h"
 
 namespace host {
 
 // Raises an exception of the framework from within a guarded function.
-[[noreturn]] void Fail(std::string_view className, std::string_view message, std::int32_t errorNumber = 0);
-
-[[noreturn]] inline void FailBounds(std::string_view message) { Fail("OutOfBoundsException", message); }
+[[noreturn]] void Fail(const Raising& what, std::int32_t errorNumber = 0);
 
 // The exception class for an error of the framework's own kinds (ImageError); null for others.
 const char* ExceptionClassOf(const std::exception& error);

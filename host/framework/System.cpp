@@ -33,8 +33,7 @@ void SetEnvironmentVariable(sdk::String* name, sdk::String* value) {
     const bool unfit = key.find('\0') != std::string::npos || text.find('\0') != std::string::npos;
     if (!unfit && setenv(key.c_str(), text.c_str(), 1) == 0) return;
     const auto shown = [](sdk::String* part) { return Describe(Value(Ref<String>::Share(FromPlugin(part)))); };
-    Fail("RuntimeException",
-         shown(name) + " and " + shown(value) + " can't be the name and value of an environment variable.");
+    Fail(kContainersRaise.variable(shown(name), shown(value)));
 }
 
 // Prints; there is nobody to press a button but the first.

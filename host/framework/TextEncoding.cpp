@@ -81,9 +81,9 @@ sdk::Object* GiveFirst(const Fits& fits) {
 }
 
 const Row& RowOf(sdk::Object* encoding) {
-    if (!encoding) Fail("NilObjectException", "There is no encoding.");
+    if (!encoding) Fail(kPatternsRaise.noEncoding());
     const Row* row = DataOf<EncodingData>(encoding, encodingClass).row;
-    if (!row) Fail("NilObjectException", "This encoding is none of Encodings.");
+    if (!row) Fail(kPatternsRaise.foreignEncoding());
     return *row;
 }
 
@@ -123,7 +123,7 @@ std::int32_t Code(sdk::Object* encoding) { return RowOf(encoding).code; }
 // A character of the encoding by its number in it.
 sdk::String* Chr(sdk::Object* encoding, std::int32_t code) {
     const Row& row = RowOf(encoding);
-    if (code < 0 || code > 0x10ffff) FailBounds("There is no character " + std::to_string(code) + ".");
+    if (code < 0 || code > 0x10ffff) Fail(kDataRaises.character(code));
     if (row.own != sdk::Encoding::None) return GiveString(CharacterText(static_cast<char32_t>(code), row.own), row.own);
     std::string bytes;
     for (int shift = 16; shift >= 0; shift -= 8)
@@ -139,8 +139,7 @@ std::int32_t Count() { return static_cast<std::int32_t>(kRows.size()); }
 
 // Counted from 0.
 sdk::Object* Item(std::int32_t index) {
-    if (index < 0 || index >= Count())
-        FailBounds("Encoding " + std::to_string(index) + " is not among " + std::to_string(Count()) + ".");
+    if (index < 0 || index >= Count()) Fail(kPatternsRaise.encodingNumber(index, Count()));
     return Give(static_cast<std::size_t>(index));
 }
 

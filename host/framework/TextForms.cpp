@@ -57,7 +57,7 @@ std::int32_t OrderOf(const Text& a, const Text& b) {
 // -1, 0 or 1.
 std::int32_t StrComp(sdk::String* a, sdk::String* b, std::int32_t mode) {
     if (mode == kByBytes) return OrderOf(Bytes(a), Bytes(b));
-    if (mode != kByText) FailBounds("StrComp has modes 0 (bytes) and 1 (text), not " + std::to_string(mode) + ".");
+    if (mode != kByText) Fail(kDataRaises.textOrder(mode));
     return OrderOf(Fold(Bytes(a), EncodingOfText(a)).characters, Fold(Bytes(b), EncodingOfText(b)).characters);
 }
 

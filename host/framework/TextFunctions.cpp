@@ -134,7 +134,7 @@ sdk::String* Lowercase(sdk::String* text) { return Mapped(text, &LowerCharacter)
 // --- Characters and their codes -------------------------------------------------------------
 
 sdk::String* Chr(std::int32_t code) {
-    if (code < 0 || code > 0x10ffff) FailBounds("There is no character " + std::to_string(code) + ".");
+    if (code < 0 || code > 0x10ffff) Fail(kDataRaises.character(code));
     return GiveString(CharacterText(static_cast<char32_t>(code), sdk::Encoding::Utf8));
 }
 

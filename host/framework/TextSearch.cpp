@@ -229,7 +229,7 @@ std::size_t JoinedLength(const Values& parts, std::size_t delimiter, sdk::Encodi
 
 sdk::String* Join(sdk::Array* parts, sdk::String* delimiter) {
     const Array* array = FromPlugin(parts);
-    if (!array) Fail("NilObjectException", "There is no array to join.");
+    if (!array) Fail(kDataRaises.nothingToJoin());
     sdk::Encoding encoding = sdk::Encoding::Utf8;
     const std::size_t length = JoinedLength(array->values, Bytes(delimiter).size(), encoding);
     char* to = nullptr;

@@ -27,7 +27,7 @@ void Destroy(sdk::Object* object) {
 template <sdk::ClassDefinition& Definition>
 FileStream& StreamOf(sdk::Object* object) {
     FileStream* stream = DataOf<StreamData>(object, Definition).stream;
-    if (!stream) Fail("NilObjectException", "This stream belongs to no file.");
+    if (!stream) Fail(kFilesRaise.noFile());
     return *stream;
 }
 

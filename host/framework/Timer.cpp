@@ -58,7 +58,7 @@ void SetPeriod(sdk::Object* timer, std::int32_t milliseconds) {
 std::int32_t GetMode(sdk::Object* timer) { return Data(timer).mode; }
 
 void SetMode(sdk::Object* timer, std::int32_t mode) {
-    if (mode < kOff || mode > kMultiple) FailBounds("A timer's mode is 0, 1 or 2, not " + std::to_string(mode) + ".");
+    if (mode < kOff || mode > kMultiple) Fail(kDataRaises.timerMode(mode));
     Data(timer).mode = mode;
     std::erase(RunningTimers(), FromPlugin(timer));
     if (mode != kOff) RunningTimers().push_back(FromPlugin(timer));

@@ -28,8 +28,7 @@ std::int32_t RowBytes(sdk::Object* object) { return WorldOf(object) ? WorldOf(ob
 // Counted from the first byte of the top row.
 std::int32_t Byte(sdk::Object* object, std::int64_t offset) {
     const std::int64_t count = std::int64_t{RowBytes(object)} * Height(object);
-    if (offset < 0 || offset >= count)
-        FailBounds("Byte " + std::to_string(offset) + " is not in a world of " + std::to_string(count) + " bytes.");
+    if (offset < 0 || offset >= count) Fail(kPicturesRaise.worldByte(offset, count));
     return WorldOf(object)->pixMap.baseAddress[offset];
 }
 

@@ -11,7 +11,6 @@ using host::Message;
 struct CallMessages {
     Message wrongCount = {"… takes …, not …:\n    …", "the call has too few or too many arguments", "compare it with the declaration below the message"};
     Message wrongArgument = {"argument … of … is …, but … is wanted:\n    …", "an argument is of a type that can't become the parameter's", "convert it: Str, Val, a cast; or look at the order of the arguments"};
-    Message wrongArguments = {"… does not take these arguments:\n    …", "no single argument is to blame", "compare the call with the declaration below the message"};
     Message givesNoValue = {"… gives no value", "a Sub stands where a value is wanted", "call it on a line of its own"};
     Message noOverload = {"no … takes (…)…; there are:…", "several methods have this name, and none takes these arguments", "compare the call with the declarations below the message"};
     Message ambiguous = {"this call could mean any of these; a cast of an argument decides:…", "several methods of this name fit equally well", "write a cast: Double(x)"};
@@ -42,7 +41,6 @@ struct TypeMessages {
     Message lossyLiteral = {"this number does not fit in …, which holds …", "a warning: the number written is changed to one that fits", "use a larger type or a smaller number"};
     Message wanted = {"… is …, but … is wanted…", "a value is of a type that can't become the other one", "convert it: Str, Val, a cast"};
     Message noRoutineLike = {"AddressOf names no routine that is called like …", "the routine's parameters or value differ from the delegate's", "give it those of the declaration below the message"};
-    Message givesNothing = {"… gives nothing; … is wanted", "a Sub stands where a value is wanted", "make it a Function, or call it on a line of its own"};
     Message valueWanted = {"a value is wanted here, but this gives none", "a Sub stands where a value is wanted", "make it a Function, or call it on a line of its own"};
     Message cannotApply = {"… can't be applied to …; it takes …", "- or Not before a value of another kind", "convert the value, or look at the brackets"};
     Message operatorOfAddress = {"AddressOf is given to a delegate; … does not take it", "an operator stands beside AddressOf", "assign it to a variable of a delegate first"};

@@ -57,9 +57,9 @@ struct Message {
 };
 
 // The rows of a table, which is a struct of nothing but rows, in their order.
-template <class Table>
-std::array<Message, sizeof(Table) / sizeof(Message)> RowsOf(const Table& table) {
-    return std::bit_cast<std::array<Message, sizeof(Table) / sizeof(Message)>>(table);
+template <class Row = Message, class Table>
+std::array<Row, sizeof(Table) / sizeof(Row)> RowsOf(const Table& table) {
+    return std::bit_cast<std::array<Row, sizeof(Table) / sizeof(Row)>>(table);
 }
 
 // Whether a message is one of a row: the row's text with anything for each ….

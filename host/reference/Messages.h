@@ -1,34 +1,26 @@
-// All messages in chapters, from which docs/messages.md is made: those of the tables in host/messages,
-// and what goes wrong while a script runs.
+// All messages in chapters, from which docs/messages.md is made.
 #pragma once
 
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "host/messages/Message.h"
+#include "host/messages/RunningMessages.h"
 
 namespace host {
 
-struct MessageRow {
-    std::string_view chapter;
-    std::string_view exception;  // the class
-    std::string_view text;       // … stands for names, numbers and reasons
-    std::string_view meaning;
-    std::string_view remedy;
-    std::string_view example;  // a script that ends with it
-};
-
-std::span<const MessageRow> MessageRows();
-
-// What is told otherwise, a table or a few to a chapter.
-struct MessageChapter {
+// A table or a few to a chapter.
+template <class Row>
+struct Chapter {
     std::string_view title;
-    std::vector<Message> rows;
+    std::vector<Row> rows;
 };
 
-std::vector<MessageChapter> MessageChapters();
+// What is told but for running scripts.
+std::vector<Chapter<Message>> MessageChapters();
+
+// The exceptions that end scripts.
+std::vector<Chapter<RaisedMessage>> RunningChapters();
 
 // The page, as it stands in docs/messages.md.
 std::string MessagesPage();

@@ -55,15 +55,19 @@ host::Said Checker::MismatchText(const Signature& signature, const std::vector<E
         return kCallSays.wrongCount(signature.name, wanted + (one ? " argument" : " arguments"), arguments.size(),
                                     declaration);
     }
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
-        const ParameterSymbol& parameter = signature.parameters[std::min(i, most - 1)];
-        const host::Passing passing = parameter.paramArray ? host::Passing::Element : host::Passing::Plain;
-        if (ArgumentCost(parameter, *arguments[i], passing) != host::kNoConversion) continue;
-        const Type type = parameter.paramArray ? ElementOf(parameter.type) : parameter.type;
-        const std::string wanted = (parameter.byRef ? "a variable of type " : "") + NameOf(type);
-        return kCallSays.wrongArgument(i + 1, signature.name, NameOf(arguments[i]->type), wanted, declaration);
-    }
-    return kCallSays.wrongArguments(signature.name, declaration);
+    const auto parameterOf = [&](std::size_t i) -> const ParameterSymbol& {
+        return signature.parameters[std::min(i, most - 1)];
+    };
+    const auto fits = [&](std::size_t i) {
+        const host::Passing passing = parameterOf(i).paramArray ? host::Passing::Element : host::Passing::Plain;
+        return ArgumentCost(parameterOf(i), *arguments[i], passing) != host::kNoConversion;
+    };
+    std::size_t i = 0;
+    while (i + 1 < arguments.size() && fits(i)) ++i;  // one of them does not, or the call would
+    const ParameterSymbol& parameter = parameterOf(i);
+    const Type type = parameter.paramArray ? ElementOf(parameter.type) : parameter.type;
+    const std::string wanted = (parameter.byRef ? "a variable of type " : "") + NameOf(type);
+    return kCallSays.wrongArgument(i + 1, signature.name, NameOf(arguments[i]->type), wanted, declaration);
 }
 
 void Checker::ReportNoCandidate(const std::vector<Candidate>& candidates, const std::vector<ExpressionPtr>& arguments,

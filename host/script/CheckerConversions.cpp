@@ -189,7 +189,6 @@ std::string Advice(Type from, Type to) {
 }
 
 host::Said WhyNotConverted(const Expression& expression, Type to, std::string_view use) {
-    if (expression.type == kNoType) return kTypeSays.givesNothing(use, NameOf(to));
     if (expression.type.base != Base::Address)
         return kTypeSays.wanted(use, NameOf(expression.type), NameOf(to), Advice(expression.type, to));
     const bool isDelegate = to.of && to.of->invoke;

@@ -8,6 +8,7 @@
 
 #include "host/calls/Border.h"
 #include "host/calls/Call.h"
+#include "host/messages/RunningMessages.h"
 #include "host/script/MachineAccess.h"
 #include "host/script/Place.h"
 
@@ -23,9 +24,7 @@ constexpr int kInterruptedExitCode = 130;
 
 }  // namespace
 
-void Throw(std::string_view className, std::string_view message) {
-    throw host::Raised{host::Runtime::Get().MakeException(className, message)};
-}
+void Throw(const host::Raising& what) { throw host::Raised{host::Runtime::Get().MakeException(what)}; }
 
 void Machine::Interrupt() {
     interrupted.store(true, std::memory_order_relaxed);
@@ -45,7 +44,7 @@ Machine::~Machine() = default;
 
 void Machine::CheckNativeStack() const {
     if (reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0)) < nativeLimit_)
-        Throw("StackOverflowException", "Calls are nested too deeply");
+        Throw(host::kScriptRaises.tooDeep());
 }
 
 Position Machine::Here() const {
@@ -65,7 +64,7 @@ host::Value* Machine::PushFrame(const Function& function, host::Value* result) {
     if (!frames_.empty()) base = frames_.back().registers + frames_.back().function->prototype.size();
     const std::size_t size = function.prototype.size();
     if (frames_.size() >= kMostFrames || static_cast<std::size_t>(base - stack_) + size > kMostStackValues)
-        Throw("StackOverflowException", "Calls are nested too deeply");
+        Throw(host::kScriptRaises.tooDeep());
     // A prototype holds numbers, nil and texts that are constants, which no frame gives up: all may be
     // copied as bytes.
     if (size > 0) std::memcpy(static_cast<void*>(base), function.prototype.data(), size * sizeof(host::Value));

@@ -152,7 +152,7 @@ class Machine {
     // Where it is used is filled in for those who observe it.
     template <class Work>
     host::Value Observe(MemberUse use, const Work& work);
-    [[noreturn]] void FailOnNil(MemberUse use, std::string_view what) const;
+    [[noreturn]] void FailOnNil(MemberUse use, const host::RaisedMessage& what) const;
     static void RefuseHusk(const MemberUse& use);
     [[noreturn]] static void FailOnHusk(const MemberUse& use);
     host::Ref<host::Object> Raising(const host::Value& exception);
@@ -174,6 +174,6 @@ class Machine {
 };
 
 // Throws an exception of a class, made by the runtime.
-[[noreturn]] void Throw(std::string_view className, std::string_view message);
+[[noreturn]] void Throw(const host::Raising& what);
 
 }  // namespace script

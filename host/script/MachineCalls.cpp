@@ -3,6 +3,7 @@
 #include <new>
 
 #include "host/calls/Call.h"
+#include "host/messages/RunningMessages.h"
 #include "host/objects/Handlers.h"
 #include "host/script/Machine.h"
 #include "host/script/MachineAccess.h"
@@ -44,10 +45,6 @@ host::Object* ReceiverOf(const CallSite& site, const Value* r) {
     return site.hasReceiver ? r[site.arguments[0]].object() : nullptr;
 }
 
-[[noreturn]] void ThrowOnNil(std::string_view name, std::string_view what) {
-    Throw("NilObjectException", std::string(name) + ' ' + std::string(what) + " Nil");
-}
-
 }  // namespace
 
 // Lays the frame of a script's routine with the caller's arguments.
@@ -57,7 +54,7 @@ void Machine::EnterCall(Instruction instruction, const Function& caller, Value* 
     const Function* callee = site.routine ? site.routine->code : site.seenCode;
     if (site.hasReceiver) {
         const host::Object* self = ReceiverOf(site, r);
-        if (!self) ThrowOnNil(site.routine->signature.name, "is called on");
+        if (!self) Throw(host::kScriptRaises.calledOnNil(site.routine->signature.name));
         if (instruction.op == Op::CallVirtual) {
             if (site.seen != self->type) {
                 site.seenCode = FindOverride(*self->type, *site.routine);
@@ -74,12 +71,11 @@ void Machine::EnterCall(Instruction instruction, const Function& caller, Value* 
 // What a delegate calls, and the object it calls it on.
 const Function& Machine::CodeOf(const Value& delegate, Value& target) const {
     host::Object* const object = delegate.object();
-    if (!object) ThrowOnNil("Invoke", "is called on");
+    if (!object) Throw(host::kScriptRaises.calledOnNil("Invoke"));
     const Value* const slots = object->type->SlotsOf(object);
     const auto* routine = reinterpret_cast<const RoutineSymbol*>(slots[1].bits());
     target = slots[0];
-    if (!routine || (routine->HasReceiver() && !target.object()))
-        Throw("NilObjectException", "This delegate has nothing to call");
+    if (!routine || (routine->HasReceiver() && !target.object())) Throw(host::kScriptRaises.emptyDelegate());
     return *(routine->HasReceiver() ? FindOverride(*target.object()->type, *routine) : routine->code);
 }
 
@@ -97,7 +93,7 @@ void Machine::EnterDelegate(Instruction instruction, const Function& caller, Val
 void Machine::AddHandler(Instruction instruction, const Function& function, Value* r) {
     host::Object* const object = r[instruction.a].object();
     const host::Event& event = *function.events[instruction.c];
-    if (!object) ThrowOnNil(event.declaration.name, "is asked of");
+    if (!object) Throw(host::kScriptRaises.askedOfNil(event.declaration.name));
     const Value delegate = r[instruction.b];
     if (!delegate.object()) return host::RemoveHandler(*object, event);
     const auto body = [this, delegate](host::Object* self, std::span<Value> arguments) {
@@ -110,10 +106,10 @@ void Machine::AddHandler(Instruction instruction, const Function& function, Valu
     host::SetHandler(*object, event, body, this);
 }
 
-void Machine::FailOnNil(MemberUse use, std::string_view what) const {
+void Machine::FailOnNil(MemberUse use, const host::RaisedMessage& what) const {
     use.at = Here();
     for (MemberObserver* observer : observers) observer->OnNil(use);
-    ThrowOnNil(use.Name(), what);
+    Throw(what(use.Name()));
 }
 
 // An object that outlived its destructors has nothing left for the host's members to work on.
@@ -122,7 +118,7 @@ inline void Machine::RefuseHusk(const MemberUse& use) {
 }
 
 void Machine::FailOnHusk(const MemberUse& use) {
-    Throw("NilObjectException", use.Name() + " is used on a " + use.self->type->name() + " whose destructor has run");
+    Throw(host::kScriptRaises.destroyed(use.Name(), use.self->type->name()));
 }
 
 // Whatever becomes of the work, the observers see its end.
@@ -161,7 +157,7 @@ void Machine::CallNative(Instruction instruction, const Function& function, Valu
     const CallSite& site = function.sites[instruction.Number()];
     Arguments arguments(site, r);
     const MemberUse use{.method = site.native, .self = ReceiverOf(site, r), .arguments = arguments.All()};
-    if (site.hasReceiver && !use.self) FailOnNil(use, "is called on");
+    if (site.hasReceiver && !use.self) FailOnNil(use, host::kScriptRaises.calledOnNil);
     RefuseHusk(use);
     Value result = Observe(use, [&] { return host::Invoke(*use.method, use.self, arguments.All()); });
     CheckRaised();
@@ -176,7 +172,7 @@ void Machine::CallSetter(Instruction instruction, const Function& function, Valu
     const Value& assigned = all.All().back();
     const MemberUse use{
         .method = site.native, .self = ReceiverOf(site, r), .arguments = arguments, .assigned = &assigned};
-    if (site.hasReceiver && !use.self) FailOnNil(use, "is called on");
+    if (site.hasReceiver && !use.self) FailOnNil(use, host::kScriptRaises.calledOnNil);
     RefuseHusk(use);
     Observe(use, [&] {
         host::InvokeSetter(*use.method, use.self, all.All());
@@ -189,7 +185,7 @@ void Machine::GetProperty(Instruction instruction, const Function& function, Val
     const host::Property& property = *function.properties[instruction.c];
     if (instruction.b == kNoRegister) return ReadProperty(property, nullptr, r[instruction.a]);
     host::Object* const self = r[instruction.b].object();
-    if (!self) FailOnNil({.property = &property}, "is asked of");
+    if (!self) FailOnNil({.property = &property}, host::kScriptRaises.askedOfNil);
     const bool plain = observers.empty() && !self->destroyed;
     if (plain && host::ReadWholeField(property, *self, r[instruction.a])) return;
     ReadProperty(property, self, r[instruction.a]);
@@ -209,7 +205,7 @@ void Machine::SetProperty(Instruction instruction, const Function& function, Val
     const Value value = r[instruction.b];
     if (instruction.a == kNoRegister) return WriteProperty(property, nullptr, value);
     host::Object* const self = r[instruction.a].object();
-    if (!self) FailOnNil({.property = &property, .assigned = &value}, "is set on");
+    if (!self) FailOnNil({.property = &property, .assigned = &value}, host::kScriptRaises.setOnNil);
     WriteProperty(property, self, value);
 }
 
@@ -252,7 +248,7 @@ void Machine::StorePlace(const Value& reference, const Value& value) {
 void Machine::MakePropertyReference(Instruction instruction, const Function& function, Value* r) {
     const host::Property& property = *function.properties[instruction.c];
     const bool ofObject = instruction.b != kNoRegister;
-    if (ofObject && !r[instruction.b].object()) FailOnNil({.property = &property}, "is asked of");
+    if (ofObject && !r[instruction.b].object()) FailOnNil({.property = &property}, host::kScriptRaises.askedOfNil);
     r[instruction.a] = ReferenceToProperty(ofObject ? r[instruction.b] : Value(nullptr), property);
 }
 
@@ -260,7 +256,7 @@ void Machine::NewObject(Instruction instruction, const Function& function, Value
     const TypeEntry& entry = function.types[instruction.Number()];
     const ClassSymbol& symbol = *entry.type.of;
     const host::Class* type = symbol.declaration ? symbol.made : symbol.native;
-    if (!type) Throw("RuntimeException", "There are no objects of class " + symbol.name);
+    if (!type) Throw(host::kScriptRaises.noObjects(symbol.name));
     host::Ref<host::Object> object = host::NewObject(*type);
     CheckRaised();
     if (!object) throw std::bad_alloc();

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "host/messages/RunningMessages.h"
 #include "host/script/Arithmetic.h"
 #include "host/script/Machine.h"
 #include "host/script/MachineAccess.h"
@@ -20,7 +21,7 @@ std::uint32_t Unsigned(const Value& value) { return static_cast<std::uint32_t>(v
 
 std::uint64_t Wide(const Value& value) { return static_cast<std::uint64_t>(value.bits()); }
 
-[[noreturn]] void ThrowDivision() { Throw("RuntimeException", "Division by zero"); }
+[[noreturn]] void ThrowDivision() { Throw(host::kScriptRaises.division()); }
 
 std::int64_t NonZero(std::int64_t divisor) {
     if (divisor == 0) ThrowDivision();

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "host/calls/Call.h"
+#include "host/messages/RunningMessages.h"
 #include "host/script/Machine.h"
 #include "host/script/MachineAccess.h"
 #include "host/script/Values.h"
@@ -16,8 +17,7 @@ namespace {
 constexpr std::int64_t kMostElements = 100'000'000;
 
 void RefuseTooMany(std::int64_t count) {
-    if (count > kMostElements)
-        Throw("OutOfMemoryException", "An array can't have more than " + std::to_string(kMostElements) + " elements");
+    if (count > kMostElements) Throw(host::kScriptRaises.tooManyElements(kMostElements));
 }
 
 host::Array& ArrayIn(const Value& value) {
@@ -26,9 +26,7 @@ host::Array& ArrayIn(const Value& value) {
 }
 
 std::size_t CountFor(std::int64_t highest) {
-    if (highest < -1)
-        Throw("OutOfBoundsException", "An array's highest index is -1 to " + std::to_string(kMostElements - 1) +
-                                          ", not " + std::to_string(highest));
+    if (highest < -1) Throw(host::kScriptRaises.highestIndex(kMostElements - 1, highest));
     RefuseTooMany(highest + 1);
     return static_cast<std::size_t>(highest + 1);
 }
@@ -76,9 +74,9 @@ void Resize(host::Array& array, std::size_t count) {
 
 }  // namespace
 
-void ThrowNoArray() { Throw("NilObjectException", "The array is Nil"); }
+void ThrowNoArray() { Throw(host::kScriptRaises.noArray()); }
 
-void ThrowNoObject() { Throw("NilObjectException", "A property of Nil is asked for"); }
+void ThrowNoObject() { Throw(host::kScriptRaises.propertyOfNil()); }
 
 void ThrowOutOfBounds(std::int64_t index, const host::Array& array) {
     ThrowOutOfBounds(index, array, array.values.size());
@@ -87,7 +85,7 @@ void ThrowOutOfBounds(std::int64_t index, const host::Array& array) {
 void ThrowOutOfBounds(std::int64_t index, const host::Array& array, std::size_t end) {
     std::string which = end == 0 ? "the array is empty" : "the highest is " + std::to_string(end - 1);
     if (end > array.values.size()) which += ", behind the last element";
-    Throw("OutOfBoundsException", "Index " + std::to_string(index) + " is out of bounds; " + which);
+    Throw(host::kScriptRaises.index(index, which));
 }
 
 namespace {
@@ -141,9 +139,7 @@ std::int64_t GridIndex(const host::Array& array, const CallSite& site, const Val
     for (std::size_t i = 0; i < site.arguments.size(); ++i) {
         const std::int64_t index = r[site.arguments[i]].bits();
         const std::int64_t highest = i < array.highest.size() ? array.highest[i] : -1;
-        if (index < 0 || index > highest)
-            Throw("OutOfBoundsException", "Index " + std::to_string(index) + " of dimension " + std::to_string(i + 1) +
-                                              " is out of bounds; the highest is " + std::to_string(highest));
+        if (index < 0 || index > highest) Throw(host::kScriptRaises.gridIndex(index, i + 1, highest));
         at = at * (highest + 1) + index;
     }
     return at;
@@ -152,7 +148,7 @@ std::int64_t GridIndex(const host::Array& array, const CallSite& site, const Val
 std::int64_t HighestIn(const host::Array& array, std::int64_t dimension) {
     if (array.highest.empty() && dimension == 1) return host::UpperBound(&array);
     if (dimension < 1 || dimension > static_cast<std::int64_t>(array.highest.size()))
-        Throw("OutOfBoundsException", "This array has no dimension " + std::to_string(dimension));
+        Throw(host::kScriptRaises.noDimension(dimension));
     return array.highest[static_cast<std::size_t>(dimension) - 1];
 }
 
@@ -217,7 +213,7 @@ void Machine::PerformArray(Instruction instruction, const Function& function, Va
             return;
         case Op::Pop: {
             host::Array& array = ArrayIn(r[instruction.b]);
-            if (array.values.empty()) Throw("OutOfBoundsException", "Pop takes the last element; the array is empty");
+            if (array.values.empty()) Throw(host::kScriptRaises.emptyPop());
             Value last = std::move(array.values.back());
             array.values.pop_back();
             *a = std::move(last);
@@ -230,7 +226,7 @@ void Machine::PerformArray(Instruction instruction, const Function& function, Va
 }
 
 host::Ref<host::Object> Machine::Raising(const Value& exception) {
-    if (!exception.object()) Throw("NilObjectException", "Nil is raised");
+    if (!exception.object()) Throw(host::kScriptRaises.nilRaised());
     raising_ = true;
     return host::Ref<host::Object>::Share(exception.object());
 }

@@ -8,6 +8,7 @@
 #include "host/calls/Call.h"
 #include "host/framework/Characters.h"
 #include "host/framework/NumberText.h"
+#include "host/messages/RunningMessages.h"
 #include "host/script/Arithmetic.h"
 #include "host/script/Machine.h"
 
@@ -57,7 +58,7 @@ int CompareFolded(std::string_view a, std::string_view b) {
 }
 
 [[noreturn]] void Mismatch(const Value& value, const std::string& wanted) {
-    Throw("TypeMismatchException", "A value of type " + host::TypeTextOf(value) + " can't become " + wanted);
+    Throw(host::kScriptRaises.mismatch(host::TypeTextOf(value), wanted));
 }
 
 std::string ObjectText(const Value& value) {
@@ -194,7 +195,7 @@ bool IsInstance(const Value& value, const TypeEntry& type) {
 
 Value CastObject(const Value& value, const TypeEntry& type) {
     if (value.object() && !IsInstance(value, type)) {
-        Throw("IllegalCastException", "A " + value.object()->type->name() + " is no " + type.type.of->name);
+        Throw(host::kScriptRaises.cast(value.object()->type->name(), type.type.of->name));
     }
     return value;
 }
@@ -229,7 +230,7 @@ namespace {
 
 std::int64_t WholeArithmetic(Operator op, std::int64_t a, std::int64_t b) {
     const bool divides = op == Operator::IntegerDivide || op == Operator::Modulo;
-    if (divides && b == 0) Throw("RuntimeException", "Division by zero");
+    if (divides && b == 0) Throw(host::kScriptRaises.division());
     return WholeResult(op, a, b);
 }
 
@@ -276,7 +277,7 @@ bool VariantComparison(Operator op, const Value& a, const Value& b) {
         const bool same = a.kind() == b.kind() && a.bits() == b.bits();
         if (op == Operator::Equal) return same;
         if (op == Operator::NotEqual) return !same;
-        Throw("TypeMismatchException", "Objects have no order");
+        Throw(host::kScriptRaises.noOrder());
     }
     if (a.kind() == Kind::String && b.kind() == Kind::String) return Holds(op, CompareTexts(a, b));
     if (a.kind() == Kind::String || b.kind() == Kind::String) {

@@ -9,6 +9,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdarg>
+#include <cstdio>
 #include <cstring>
 #include <ctime>
 #include <map>
@@ -53,7 +54,7 @@ struct Failure {
     int errorNumber = 0;
 };
 
-constexpr std::size_t kCallKinds = 9;
+constexpr std::size_t kCallKinds = 12;
 
 Clock fakeClock;
 std::array<Failure, kCallKinds> failures;
@@ -170,6 +171,13 @@ void* Map(const char* name, void* address, std::size_t length, int protection, i
     return mapped;
 }
 
+// Puts what can't be read in a file's place.
+void TakeAway(int file) {
+    const int nothing = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+    dup2(nothing, file);
+    close(nothing);
+}
+
 }  // namespace
 
 }  // namespace support
@@ -206,6 +214,22 @@ int open(const char* path, int flags, ...) {
 int ftruncate(int file, off_t length) noexcept {
     static auto* real = support::Real<int(int, off_t)>("ftruncate");
     return support::Fails(support::SystemCall::Ftruncate) ? -1 : real(file, length);
+}
+
+int access(const char* path, int mode) noexcept {
+    static auto* real = support::Real<int(const char*, int)>("access");
+    return support::Fails(support::SystemCall::Access) ? -1 : real(path, mode);
+}
+
+std::size_t fread(void* bytes, std::size_t size, std::size_t count, std::FILE* stream) {
+    static auto* real = support::Real<std::size_t(void*, std::size_t, std::size_t, std::FILE*)>("fread");
+    if (support::Fails(support::SystemCall::Read)) support::TakeAway(fileno(stream));
+    return real(bytes, size, count, stream);
+}
+
+int fseeko(std::FILE* stream, off_t offset, int whence) {
+    static auto* real = support::Real<int(std::FILE*, off_t, int)>("fseeko");
+    return support::Fails(support::SystemCall::Position) ? -1 : real(stream, offset, whence);
 }
 
 // Gives its error number instead of setting errno.

@@ -39,10 +39,24 @@ FileMappings CountedFileMappings();
 // Live mappings stay counted as live; the rest starts at 0, mostBytes at the live bytes.
 void ResetFileMappings();
 
-enum class SystemCall { Open, Ftruncate, PosixFallocate, Lseek, Write, Pwrite, FileMapping, Calloc, Malloc };
+enum class SystemCall {
+    Open,
+    Ftruncate,
+    PosixFallocate,
+    Lseek,
+    Write,
+    Pwrite,
+    FileMapping,
+    Calloc,
+    Malloc,
+    Access,
+    Read,
+    Position
+};
 
 // While it lives, calls number `nth` up to `nth + count - 1` from now on (counted from 1) of one
-// kind fail with an error number. FileMapping is mmap of a file. For the memory functions only
+// kind fail with an error number. FileMapping is mmap of a file; Read is fread, from whose stream nothing can be
+// read from then on; Position is fseeko. For the memory functions only
 // calls for at least `leastBytes` bytes count; `new` is not affected.
 class FailingCall {
   public:

@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "host/calls/Border.h"
+#include "host/messages/RunningMessages.h"
 #include "tests/host/calls/SampleTest.h"
 #include "tests/support/Interpose.h"
 
@@ -47,7 +48,7 @@ TEST_F(Border, RaisesAnExceptionMadeBeforehandWhenNoMemoryIsLeft) {
         const FailingAllocations failing(1);
         AtBorder([] { throw std::runtime_error("why"); });
         first = runtime.TakeRaised();
-        host::RaiseException("OutOfBoundsException", "why");
+        runtime.Raise(host::kDataRaises.nothingToJoin());
         second = runtime.TakeRaised();
     }
     EXPECT_EQ(first->type->name(), "OutOfMemoryException");

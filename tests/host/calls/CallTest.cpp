@@ -218,7 +218,7 @@ TEST_F(Calls, PutsARaisedExceptionAsideWhileAHandlerRuns) {
     const auto sample = New("Sample");
     bool seen = true;
     OnYield callback([&] { seen = host::Runtime::Get().HasRaised(); });
-    host::RaiseException("IOException", "before");
+    host::Runtime::Get().Raise(host::Runtime::Get().MakeException("IOException", "before"));
     Call(sample, "YieldOnce");
     EXPECT_FALSE(seen);
     EXPECT_EQ(TakeThrown().message, "before");

@@ -86,7 +86,7 @@ TEST_F(Runtimes, LetScriptsConstructExceptions) {
 
 TEST_F(Runtimes, ThrowWhatWasRaised) {
     EXPECT_NO_THROW(runtime.ThrowIfRaised());
-    host::RaiseException("IOException", "broken");
+    runtime.Raise(runtime.MakeException("IOException", "broken"));
     EXPECT_TRUE(runtime.HasRaised());
     try {
         runtime.ThrowIfRaised();
@@ -100,7 +100,7 @@ TEST_F(Runtimes, ThrowWhatWasRaised) {
 TEST_F(Runtimes, GuardCodeThatAPluginCalls) {
     EXPECT_EQ(runtime.RunGuarded([] { return Value(5); }).ToInt64(), 5);
     const Value failed = runtime.RunGuarded([&]() -> Value {
-        host::RaiseException("IOException", "left behind");
+        runtime.Raise(runtime.MakeException("IOException", "left behind"));
         return Value(5);
     });
     EXPECT_TRUE(failed.IsNothing()) << "a result beside an exception does not count";
@@ -147,7 +147,7 @@ TEST_F(Runtimes, LetAPluginBeCalledAgainInAYield) {
 
 TEST_F(Runtimes, KeepAnExceptionOfACallbackUntilThePluginReturns) {
     const auto sample = New("Sample");
-    OnYield callback([&] { Runtime::Get().Raise("IOException", "in a timer"); });
+    OnYield callback([&] { runtime.Raise(runtime.MakeException("IOException", "in a timer")); });
     Call(sample, "YieldOnce");
     EXPECT_EQ(TakeThrown(), (Thrown{"IOException", "in a timer"}));
 }

@@ -12,33 +12,12 @@
 #include "platform/ScratchFiles.h"
 #include "tests/host/images/ImageTestFiles.h"
 #include "tests/support/Interpose.h"
+#include "tests/support/SmallDisk.h"
 
 namespace host {
 namespace {
 
 const char* const kNames[] = {"a.png", "a.jpg", "a.tif", "a.webp", "a.bmp", "a.pgm", "a.ppm", "a.pam"};
-
-// A disk with room for files of so many bytes.
-class SmallDisk {
-  public:
-    explicit SmallDisk(std::uint64_t bytes) {
-        handler_ = std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &before_);
-        rlimit small = before_;
-        small.rlim_cur = bytes;
-        setrlimit(RLIMIT_FSIZE, &small);
-    }
-    ~SmallDisk() {
-        setrlimit(RLIMIT_FSIZE, &before_);
-        std::signal(SIGXFSZ, handler_);
-    }
-    SmallDisk(const SmallDisk&) = delete;
-    SmallDisk& operator=(const SmallDisk&) = delete;
-
-  private:
-    rlimit before_{};
-    void (*handler_)(int);
-};
 
 // What saving throws; empty when it throws nothing.
 std::string SaveFailure(const std::string& path, const TestImage& image) {
@@ -90,12 +69,12 @@ TEST_F(Saving, OnADiskThatFillsAtAnyPageLeavesTheOldFileAndSaysWhy) {
         std::vector<std::uint64_t> rooms{needed - 1};
         for (std::uint64_t room = 0; room < needed; room += 4096) rooms.push_back(room);
         for (const std::uint64_t room : rooms) {
-            const SmallDisk disk(room);
+            const support::SmallDisk disk(room);
             ASSERT_EQ(SaveFailure(Path(name), large), Path(name) + ": can't be written: " + std::strerror(EFBIG))
                 << room << " of " << needed;
             ASSERT_EQ(ReadBytes(Path(name)), "old") << room << " of " << needed;
         }
-        const SmallDisk enough(needed);
+        const support::SmallDisk enough(needed);
         EXPECT_EQ(SaveFailure(Path(name), large), "");
         EXPECT_EQ(ReadBytes(Path(name)), whole);
         std::filesystem::remove(Path(name));
