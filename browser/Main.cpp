@@ -20,6 +20,7 @@
 #include "host/reference/ReferenceJson.h"
 #include "host/script/Explain.h"
 #include "host/script/Machine.h"
+#include "host/script/ReadSource.h"
 #include "host/script/Script.h"
 
 namespace {
