@@ -192,7 +192,7 @@ def test_colors() -> None:
 
 def test_another_plug_in_can_be_named() -> None:
     code = "import tqx"
-    environment = {"TQX_PLUGIN": "/nowhere/Other.so", "PYTHONPATH": ":".join(sys.path)}
+    environment = {**os.environ, "TQX_PLUGIN": "/nowhere/Other.so"}
     ended = subprocess.run([sys.executable, "-c", code], env=environment, capture_output=True, text=True)
     assert ended.returncode == 1 and "ImportError" in ended.stderr and "/nowhere/Other.so" in ended.stderr
 
