@@ -38,9 +38,33 @@ function write(FS, path, bytes) {
     FS.writeFile(path, new Uint8Array(bytes));
 }
 
+const fonts = new Map();
+
+// A font's bytes, fetched when a script first draws with it.
+function fontBytes(name) {
+    if (!fonts.has(name)) {
+        const request = new XMLHttpRequest();
+        request.open('GET', `fonts/${name}`, false);
+        request.responseType = 'arraybuffer';
+        request.send();
+        if (request.status !== 200) throw new Error(`${name}: ${request.status}`);
+        fonts.set(name, new Uint8Array(request.response));
+    }
+    return fonts.get(name);
+}
+
+// The system's own lazy files can be read but not mapped, which is how fonts are opened.
+function writeFont(FS, name) {
+    write(FS, `${FONTS}/${name}`, []);
+    Object.defineProperties(FS.lookupPath(`${FONTS}/${name}`).node, {
+        contents: {get: () => fontBytes(name)},
+        usedBytes: {get: () => fontBytes(name).length},
+    });
+}
+
 // A program ready to be called, with its plug-in beside it and the page's files in its folder.
 async function started(files, tell) {
-    const [program, plugin, explain, fonts] = await parts;
+    const [program, plugin, explain, fontNames] = await parts;
     const machine = await startTqx({
         instantiateWasm: (imports, receive) => {
             WebAssembly.instantiate(program, imports).then(instance => receive(instance, program));
@@ -53,9 +77,7 @@ async function started(files, tell) {
     const {FS} = machine;
     write(FS, '/lib/tqx/PictureTQX.so', plugin);
     write(FS, '/lib/tqx/PictureTQX.explain', explain);
-    FS.mkdirTree(FONTS);
-    for (const font of JSON.parse(new TextDecoder().decode(fonts)))
-        FS.createLazyFile(FONTS, font, new URL(`fonts/${font}`, self.location).href, true, false);
+    for (const name of JSON.parse(new TextDecoder().decode(fontNames))) writeFont(FS, name);
     FS.mkdirTree(FOLDER);
     for (const {name, bytes} of files) write(FS, `${FOLDER}/${name}`, bytes);
     FS.chdir(FOLDER);
