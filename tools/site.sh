@@ -23,3 +23,4 @@ if asked check; then
         /usr/bin/python3 site/check_playground.py build/site build/release/bin/tqx build/site-shots
 fi
 echo "Pages: $PWD/build/site/index.html"
+echo "Browsers search and run scripts only in what a server hands out: python3 -m http.server --directory build/site"
