@@ -34,9 +34,10 @@ class Value {
     Value(float value) : kind_(Kind::Single), real_(value) {}
     Value(bool value) : kind_(Kind::Boolean), integer_(value) {}
     Value(sdk::Color value) : kind_(Kind::Color), integer_(static_cast<std::uint32_t>(value)) {}
-    Value(Ref<String> value) : kind_(Kind::String), string_(value.Detach()) {}
-    Value(Ref<Array> value) : kind_(Kind::Array), array_(value.Detach()) {}
-    Value(Ref<Object> value) : kind_(Kind::Object), object_(value.Detach()) {}
+    // Where addresses are narrower than the rest, all eight bytes are set even so: equal references have equal bits.
+    Value(Ref<String> value) : kind_(Kind::String), integer_(0) { string_ = value.Detach(); }
+    Value(Ref<Array> value) : kind_(Kind::Array), integer_(0) { array_ = value.Detach(); }
+    Value(Ref<Object> value) : kind_(Kind::Object), integer_(0) { object_ = value.Detach(); }
     Value(std::string_view text) : Value(MakeString(text)) {}
     Value(const std::string& text) : Value(MakeString(text)) {}
     Value(const char* text) : Value(MakeString(text)) {}
