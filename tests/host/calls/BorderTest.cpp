@@ -44,11 +44,12 @@ TEST_F(Border, HasOneExceptionForEachKindOfFailure) {
 TEST_F(Border, RaisesAnExceptionMadeBeforehandWhenNoMemoryIsLeft) {
     auto& runtime = host::Runtime::Get();
     host::Ref<host::Object> first, second;
+    const host::Raising nothingToJoin = host::kDataRaises.nothingToJoin();
     {
         const FailingAllocations failing(1);
         AtBorder([] { throw std::runtime_error("why"); });
         first = runtime.TakeRaised();
-        runtime.Raise(host::kDataRaises.nothingToJoin());
+        runtime.Raise(nothingToJoin);
         second = runtime.TakeRaised();
     }
     EXPECT_EQ(first->type->name(), "OutOfMemoryException");
