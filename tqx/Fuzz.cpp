@@ -2,10 +2,13 @@
 #include <sys/mman.h>
 #include <sys/resource.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <filesystem>
+#include <map>
 #include <new>
+#include <numeric>
 
 #include "host/calls/PluginLoader.h"
 #include "host/check/Children.h"
@@ -37,26 +40,57 @@ constexpr double kSecondsWhileShrinking = 2;
 constexpr rlim_t kMostMemory = rlim_t{1} << 28;
 constexpr std::int64_t kBatch = 500;  // programs between two looks at the clock
 
-// Calls of the plug-in's members, counted for the parent.
-class CallCount : public script::MemberObserver {
+// Calls of the plug-in's members, counted for the parent. A member that is read and assigned is two.
+class CallCounts : public script::MemberObserver {
   public:
-    CallCount() {
-        void* memory = mmap(nullptr, sizeof(*count_), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    explicit CallCounts(const std::vector<const host::Class*>& classes) {
+        for (const host::Class* type : classes) AddMembers(*type);
+        void* memory = mmap(nullptr, Bytes(), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
         if (memory == MAP_FAILED) throw std::bad_alloc();
-        count_ = new (memory) std::atomic<std::int64_t>(0);
+        counts_ = new (memory) Count[numbers_.size()]();
     }
-    ~CallCount() override { munmap(count_, sizeof(*count_)); }
-    CallCount(const CallCount&) = delete;
-    CallCount& operator=(const CallCount&) = delete;
+    ~CallCounts() override { munmap(counts_, Bytes()); }
+    CallCounts(const CallCounts&) = delete;
+    CallCounts& operator=(const CallCounts&) = delete;
 
     void Before(const script::MemberUse& use) override {
-        if (use.Owner() && use.Owner()->definition()) ++*count_;
+        const void* const member = use.method ? static_cast<const void*>(use.method) : use.property;
+        const auto found = numbers_.find({member, use.assigned != nullptr});
+        if (found != numbers_.end()) ++counts_[found->second];
     }
 
-    std::int64_t value() const { return *count_; }
+    std::int64_t Calls() const { return std::accumulate(counts_, counts_ + numbers_.size(), std::int64_t{0}); }
+
+    // "30 calls of 7 of 9 members".
+    std::string Text() const {
+        const auto missed = std::count(counts_, counts_ + numbers_.size(), 0);
+        const auto all = static_cast<std::ptrdiff_t>(numbers_.size());
+        return host::check::Counted(Calls(), "call") + " of " +
+               (missed == 0 ? "all " : std::to_string(all - missed) + " of ") + host::check::Counted(all, "member");
+    }
 
   private:
-    std::atomic<std::int64_t>* count_;
+    using Count = std::atomic<std::int64_t>;
+    using Use = std::pair<const void*, bool>;  // of a method or property; whether it is assigned
+
+    void Add(const void* member, bool assigned) { numbers_.try_emplace({member, assigned}, numbers_.size()); }
+
+    void AddMembers(const host::Class& type) {
+        for (const auto* methods : {&type.methods(), &type.sharedMethods()})
+            for (const host::Method& method : *methods) {
+                Add(&method, false);
+                if (method.assignable()) Add(&method, true);
+            }
+        for (const host::Property& property : type.properties()) {
+            if (property.readable()) Add(&property, false);
+            if (property.writable()) Add(&property, true);
+        }
+    }
+
+    std::size_t Bytes() const { return std::max<std::size_t>(numbers_.size(), 1) * sizeof(Count); }
+
+    std::map<Use, std::size_t> numbers_;
+    Count* counts_;
 };
 
 // The sanitizers reserve more addresses than any limit, and have limits of their own.
@@ -69,7 +103,8 @@ void LimitMemory() {
 
 class Fuzzer {
   public:
-    Fuzzer(const FuzzSettings& settings, const host::check::Supply& supply) : settings_(settings), supply_(supply) {}
+    Fuzzer(const FuzzSettings& settings, const host::check::Supply& supply)
+        : settings_(settings), supply_(supply), calls_(supply.classes) {}
 
     // The exit code.
     int Run() {
@@ -154,15 +189,14 @@ class Fuzzer {
     }
 
     void Conclude(double seconds) const {
-        const std::int64_t calls = calls_.value();
-        const auto rate = static_cast<std::int64_t>(static_cast<double>(calls) / std::max(seconds, 1e-3));
-        WriteLine(host::check::Counted(run_, "program") + ", " + host::check::Counted(calls, "call") + ", " +
-                  std::to_string(rate) + " calls/s, " + host::check::Counted(found_, "finding"));
+        const auto rate = static_cast<std::int64_t>(static_cast<double>(calls_.Calls()) / std::max(seconds, 1e-3));
+        WriteLine(host::check::Counted(run_, "program") + ", " + calls_.Text() + ", " + std::to_string(rate) +
+                  " calls/s, " + host::check::Counted(found_, "finding"));
     }
 
     const FuzzSettings& settings_;
     const host::check::Supply& supply_;
-    CallCount calls_;
+    CallCounts calls_;
     std::int64_t run_ = 0;
     std::int64_t found_ = 0;
 };

@@ -32,8 +32,8 @@ Outcomes CheckRepetition(Context& context);
 
 Outcomes CheckSources(Context& context);
 
-// Pictures in memory of the check's own, against protected pages: a step outside ends the process, a
-// filler byte or another channel's is a failure, the bytes beside a row are told.
+// Pictures in memory of the check's own, against protected pages: a step outside ends the process. Filler
+// bytes, other channels' and those beside a row are told, as there are members that mean to write them.
 Outcomes CheckStrayWrites(Context& context);
 
 // Each host function in turn gives zero: always, or at its first, second or third call only.

@@ -116,6 +116,11 @@ TEST(Command, FuzzFindsNothingInASoundPlugin) {
     EXPECT_THAT(outcome.out, testing::EndsWith(", 0 findings\n"));
 }
 
+TEST(Command, FuzzReachesEveryMember) {
+    const Outcome outcome = RunCommand({"fuzz", "--programs", "400", "--seed", "1"});
+    EXPECT_THAT(outcome.out, testing::ContainsRegex("400 programs, [0-9]+ calls of all [0-9]+ members, "));
+}
+
 // Of forty statements and more, what is left is what the crash takes.
 TEST(Command, FuzzShowsTheShortestProgramThatCrashes) {
     const Outcome outcome = RunCommand(FuzzOf("Faulty1", {"--programs", "100"}));

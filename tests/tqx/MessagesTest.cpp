@@ -41,11 +41,15 @@ TEST(CommandMessages, AreReachedByWords) {
         {host::kLoadSays.folder, {"--plugin", "/", "run", "-e", "Print 1"}},
         {host::kLoadSays.cannotLoad, {"--plugin", "/proc/version", "run", "-e", "Print 1"}},
         {host::kLoadSays.noEntry, {"--plugin", TestPlugin("NoEntry"), "run", "-e", "Print 1"}},
+        {host::kLoadSays.refused, {"--plugin", TestPlugin("Malformed"), "run", "-e", "Print 1"}},
+        {host::kLoadSays.noClass, {"--plugin", TestPlugin("NoClass"), "run", "-e", "Print 1"}},
         {script::kSourceSays.unreadable, {"run", "/none/at/all.rbs"}},
         {script::kSourceSays.tooLarge, {"run", "/dev/zero"}},
     };
     std::set<std::string_view> missing;
     for (const host::Message& row : host::RowsOf(kCommandSays)) missing.insert(row.text);
+    for (const host::Message& row : host::RowsOf(host::kLoadSays)) missing.insert(row.text);
+    missing.erase(host::kLoadSays.notLoaded.text);  // CheckTest asks for it
     for (const Reached& one : all) {
         const std::string told = RunCommand(one.words).err;
         EXPECT_TRUE(Has(told, one.row.text)) << one.row.text << "\n" << told;
