@@ -31,6 +31,7 @@ std::size_t FindBytes(std::string_view text, std::string_view wanted, std::size_
     if (wanted.empty()) return from;
     const char* const start = text.data() + from;
     const std::size_t length = text.size() - from;
+    if (wanted.size() > length) return std::string_view::npos;  // an empty text may have no address
     const void* const found = wanted.size() == 1 ? std::memchr(start, static_cast<unsigned char>(wanted[0]), length)
                                                  : memmem(start, length, wanted.data(), wanted.size());
     return found ? static_cast<std::size_t>(static_cast<const char*>(found) - text.data()) : std::string_view::npos;
