@@ -119,10 +119,24 @@ def main():
     pictures = photos(arguments.benchmarks)
     chosen = [row for row in rows.rows if re.search(arguments.filter, f"{row.name} {row.format}")]
     ours = measure_ours(arguments.benchmarks, [row.bench for row in chosen], arguments.runs)
-    result = {"about": about(arguments.level),
-              "rows": [measure(row, ours[row.bench], arguments, pictures) for row in chosen]}
+    measured = [measure(row, ours[row.bench], arguments, pictures) for row in chosen]
+    result = with_earlier({"about": about(arguments.level), "rows": measured}, arguments.file)
     with open(arguments.file, "w") as file:
         json.dump(result, file, indent=1)
+
+
+def with_earlier(result, path):
+    """Between its rows those that weren't chosen now, if the same machine and libraries gave them."""
+    try:
+        with open(path) as file:
+            earlier = json.load(file)
+    except (OSError, ValueError):
+        return result
+    if earlier["about"] != result["about"]:
+        return result
+    known = {(row["name"], row["format"]): row for row in earlier["rows"] + result["rows"]}
+    order = [(row.name, row.format) for row in rows.rows]
+    return {"about": result["about"], "rows": [known[key] for key in order if key in known]}
 
 
 def load(level):
