@@ -38,8 +38,8 @@ def brighten(source, result):
 def develop(source, result):
     picture = tqx.PictureTQX.from_array(tqx.imread(source))
     picture.AutoLevel()
-    sharp = picture.UnsharpFilter(None, picture.BoxBlurFilter(None, 2, 3), 0.6, 2)
-    tqx.imwrite(result, sharp.GammaFilter(None, 1.1))
+    picture.UnsharpFilter(picture.BoxBlurFilter(None, 2, 3), 0.6, 2)
+    tqx.imwrite(result, picture.GammaFilter(None, 1.1))
 
 if __name__ == "__main__":
     for source in sys.argv[3:]:
