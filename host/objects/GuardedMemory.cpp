@@ -5,6 +5,7 @@
 #include <cstring>
 #include <vector>
 
+#include "host/objects/SmallBlocks.h"
 #include "platform/Sanitizer.h"
 
 #if defined(TQX_ADDRESS_SANITIZER)
@@ -51,10 +52,6 @@ void Unpoison(const void* memory, std::size_t size) {
     ASAN_UNPOISON_MEMORY_REGION(static_cast<const std::uint8_t*>(memory) + size, kGuardSize);
 }
 
-}  // namespace
-
-namespace {
-
 // Null, when memory was short, stays null.
 void* Guard(void* allocated, std::size_t size) {
     if (!allocated) return nullptr;
@@ -68,6 +65,8 @@ void* Guard(void* allocated, std::size_t size) {
 
 constexpr std::size_t kMostSize = SIZE_MAX / 2;
 
+std::size_t WholeSize(std::size_t size) { return kFrontSize + size + kGuardSize; }
+
 std::vector<const void*>& Watched() {
     static auto& watched = *new std::vector<const void*>;
     return watched;
@@ -76,11 +75,11 @@ std::vector<const void*>& Watched() {
 }  // namespace
 
 void* AllocateGuarded(std::size_t size) {
-    return size > kMostSize ? nullptr : Guard(std::calloc(1, kFrontSize + size + kGuardSize), size);
+    return size > kMostSize ? nullptr : Guard(TakeZeroBlock(WholeSize(size)), size);
 }
 
 void* AllocateGuardedAsIs(std::size_t size) {
-    return size > kMostSize ? nullptr : Guard(std::malloc(kFrontSize + size + kGuardSize), size);
+    return size > kMostSize ? nullptr : Guard(TakeBlock(WholeSize(size)), size);
 }
 
 std::size_t GuardedSize(const void* memory) { return SizeOf(memory); }
@@ -96,9 +95,11 @@ bool GuardsAreWhole(const void* memory) {
 
 void FreeGuarded(void* memory) {
     if (!memory) return;
-    if (!GuardsAreWhole(memory)) ++brokenGuards;
+    const bool whole = GuardsAreWhole(memory);
     Unpoison(memory, SizeOf(memory));
-    std::free(Front(memory));
+    if (whole) return GiveBlock(Front(memory), WholeSize(SizeOf(memory)));
+    ++brokenGuards;
+    std::free(Front(memory));  // the size may be broken as well
 }
 
 void WatchGuarded(const void* memory) { Watched().push_back(memory); }
