@@ -4,6 +4,8 @@ from __future__ import annotations
 
 import pickle
 import random
+import subprocess
+import sys
 from typing import Any
 
 import dask
@@ -224,3 +226,38 @@ def test_workers_are_sent_no_pixels_of_a_file(tmp_path: Any) -> None:
     (tmp_path / "a.raw").write_bytes(bytes(1_000_000))
     raw = open_array(tmp_path / "a.raw", shape=(1000, 1000), chunk=500)
     assert len(pickle.dumps(dict(apply(raw, "BoxBlurFilter", 3).dask))) < 100_000
+
+
+def test_a_part_of_a_raw_file_is_what_numpy_gives(tmp_path: Any) -> None:
+    pixels = np.random.default_rng(4).integers(0, 256, (300, 40, 3)).astype(np.uint8)
+    (tmp_path / "a.raw").write_bytes(pixels.tobytes())
+    raw = open_array(tmp_path / "a.raw", shape=pixels.shape, chunk=300)
+    for index in [
+        np.s_[10:290, 3:5],
+        np.s_[::-1, ::2],
+        np.s_[250:1:-7],
+        np.s_[5:5],
+        np.s_[7, 3:9],
+        np.s_[3:200, 4, 1],
+        np.s_[[1, 200, 64], 2:5],
+        np.s_[2:5, [1, 9]],
+    ]:
+        assert np.array_equal(raw[index].compute(scheduler="sync"), pixels[index])
+
+
+def test_a_column_of_a_wide_raw_file_takes_no_memory_for_its_rows(tmp_path: Any) -> None:
+    program = """
+import resource, sys
+from tqx.cluster import open
+raw = open(sys.argv[1], shape=(4000, 60000), chunk=4000)[:, :100]
+raw[:10].compute(scheduler="sync")
+before = resource.getrusage(resource.RUSAGE_SELF).ru_maxrss
+assert raw.compute(scheduler="sync").shape == (4000, 100)
+print(resource.getrusage(resource.RUSAGE_SELF).ru_maxrss - before)
+"""
+    with open(tmp_path / "a.raw", "wb") as file:
+        for _ in range(60):
+            file.write(bytes(4_000_000))
+    ran = subprocess.run([sys.executable, "-c", program, tmp_path / "a.raw"], capture_output=True, text=True)
+    assert ran.returncode == 0, ran.stderr
+    assert int(ran.stdout) < 50_000, "of the file's 240,000 KiB"

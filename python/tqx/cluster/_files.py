@@ -13,6 +13,10 @@ from tqx import _native
 Path = Union[str, "os.PathLike[str]"]
 
 
+# Rows that are mapped at a time: what is mapped around a piece counts as memory of the worker, all of its rows' bytes.
+_BAND = 64
+
+
 class _RawPixels:
     """Raw pixels of a file, of which each piece reads its part: a map of the file would go to workers whole."""
 
@@ -24,6 +28,16 @@ class _RawPixels:
         self.path, self.shape, self.ndim = path, shape, len(shape)
 
     def __getitem__(self, index: Any) -> Any:
+        rows, *others = index if isinstance(index, tuple) else (index,)
+        if not all(isinstance(part, slice) for part in (rows, *others)):
+            return self._read(index)
+        chosen = np.arange(self.shape[0])[rows]
+        pixels = np.empty((len(chosen), *self._read((slice(0, 1), *others)).shape[1:]), np.uint8)
+        for at in range(0, len(chosen), _BAND):
+            pixels[at : at + _BAND] = self._read((chosen[at : at + _BAND], *others))
+        return pixels
+
+    def _read(self, index: Any) -> Any:
         return np.array(np.memmap(self.path, dtype=np.uint8, mode="r", shape=self.shape)[index])
 
 
