@@ -54,6 +54,10 @@ def die(source, result):
         os._exit(9)
     brighten(source, result)
 
+def die_writing(source, result):
+    pathlib.Path(result).with_name("of another name").write_bytes(b"half")
+    os._exit(9)
+
 def half(source, result):
     pathlib.Path(result).write_bytes(b"half")
     raise ValueError("no more")
@@ -213,6 +217,13 @@ def test_no_half_result_is_left(folder: pathlib.Path) -> None:
         ended = each(folder, f"work.py:{function}", "--out", str(folder / "out"), files="[01].png")
         assert ended.returncode == 1 and ended.stderr.count(why) == 2
         assert list((folder / "out").iterdir()) == []
+
+
+def test_what_a_dead_worker_was_writing_is_removed(folder: pathlib.Path) -> None:
+    """Whatever its name: a writer of image files has names of its own for what is not whole yet."""
+    ended = each(folder, "work.py:die_writing", "--out", str(folder / "out"), files="[01].png")
+    assert ended.returncode == 1 and ended.stderr.count("died") == 2
+    assert list((folder / "out").iterdir()) == []
 
 
 def test_what_is_done_is_left_out(folder: pathlib.Path) -> None:

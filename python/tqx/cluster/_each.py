@@ -6,6 +6,7 @@ import collections
 import contextlib
 import os
 import pathlib
+import shutil
 import sys
 import time
 import uuid
@@ -31,7 +32,7 @@ class UsageError(Exception):
 
 def plan(program: str, sources: Sequence[str], out: pathlib.Path, suffix: str | None) -> list[_work.Task]:
     """A task for each source. Two sources with one result, or a source that is its own result, are refused."""
-    run = uuid.uuid4().hex[:8]
+    attempts = str(out / f".tqx-{uuid.uuid4().hex[:8]}")
     tasks: dict[pathlib.Path, _work.Task] = {}
     for source in sources:
         path = pathlib.Path(source).absolute()
@@ -40,8 +41,7 @@ def plan(program: str, sources: Sequence[str], out: pathlib.Path, suffix: str | 
             raise UsageError(f"{source} and {tasks[result].source} would both become {result}")
         if result == path:
             raise UsageError(f"{source} would be overwritten by its own result")
-        partial = out / f".{result.stem}.{run}{result.suffix}"
-        tasks[result] = _work.Task(program, str(path), str(result), str(partial))
+        tasks[result] = _work.Task(program, str(path), str(result), attempts)
     return list(tasks.values())
 
 
@@ -207,11 +207,14 @@ def each(
     if left:
         progress = Progress(len(left), sys.stderr)
         try:
+            os.mkdir(left[0].attempts)
+        except OSError as error:
+            raise UsageError(f"{out}: nothing can be written there: {error.strerror}") from None
+        try:
             with connect(scheduler) as client:
                 failures = run_all(client, left, progress)
         finally:
-            for partial in _work.partials(left, folder):  # of workers that died
-                partial.unlink(missing_ok=True)
+            shutil.rmtree(left[0].attempts, ignore_errors=True)  # with what workers that died left there
             progress.end()
     for source, why in failures.items():
         print(f"{source}: {why}", file=sys.stderr)

@@ -8,8 +8,8 @@ import importlib
 import importlib.util
 import os
 import pathlib
-import uuid
-from collections.abc import Callable, Sequence
+import tempfile
+from collections.abc import Callable
 from typing import Any
 
 from tqx import _native
@@ -21,12 +21,12 @@ class ScriptFailed(Exception):
 
 @dataclasses.dataclass(frozen=True)
 class Task:
-    """One file: what makes ``result`` of ``source``, by way of a file named after ``partial`` in the same folder."""
+    """One file: what makes ``result`` of ``source``."""
 
     program: str  # a script's path, or MODULE:FUNCTION
     source: str
     result: str
-    partial: str
+    attempts: str  # a folder beside the result, for what is not whole yet; the whole run's
 
 
 def is_function(program: str) -> bool:
@@ -48,29 +48,21 @@ def load_function(program: str) -> Callable[[str, str], Any]:
     return getattr(module, function)  # type: ignore[no-any-return]
 
 
-def partials(tasks: Sequence[Task], folder: pathlib.Path) -> list[pathlib.Path]:
-    """What attempts that did not end left in the folder."""
-    names = {pathlib.Path(task.partial).stem for task in tasks}
-    return [entry for entry in folder.iterdir() if entry.stem.rpartition("-")[0] in names]
-
-
-def _run(task: Task, partial: str) -> None:
+def _run(task: Task, result: str) -> None:
     if is_function(task.program):
-        load_function(task.program)(task.source, partial)
+        load_function(task.program)(task.source, result)
         return
-    code, _, messages = _native.run_script(task.program, [task.source, partial])
+    code, _, messages = _native.run_script(task.program, [task.source, result])
     if code != 0:
         raise ScriptFailed(messages.strip() or f"the script ended with code {code}")
 
 
 def work(task: Task) -> None:
-    """Makes the result whole, or not at all. Two attempts at a time don't meet."""
-    path = pathlib.Path(task.partial)
-    partial = path.with_stem(f"{path.stem}-{uuid.uuid4().hex[:8]}")
-    try:
-        _run(task, str(partial))
-        if not partial.exists():
+    """Makes the result whole, or not at all. Two attempts at a time don't meet: each has a folder of its own."""
+    result = pathlib.Path(task.result)
+    with tempfile.TemporaryDirectory(dir=task.attempts) as folder:
+        attempt = pathlib.Path(folder) / result.name
+        _run(task, str(attempt))
+        if not attempt.exists():
             raise FileNotFoundError("no result was written")
-        os.replace(partial, task.result)
-    finally:
-        partial.unlink(missing_ok=True)
+        os.replace(attempt, result)
