@@ -17,6 +17,7 @@ import signal
 import subprocess
 import sys
 import tempfile
+import time
 from collections.abc import Iterator
 from typing import TYPE_CHECKING, Any
 
@@ -33,6 +34,9 @@ _QUIET = {
 
 # Seconds after which the engine's senders gather what there is to send.
 _SEND_INTERVAL = 0.005
+
+# Seconds between the beginnings of a worker and of its successor: one that can't live must not keep a core busy.
+_SHORTEST_LIFE = 0.5
 
 # Modules are found where the command finds them.
 _BOOT = "import json, sys; sys.path[:] = json.loads(sys.argv[1]); from tqx.cluster import _local; _local.keep_workers()"
@@ -101,17 +105,19 @@ def keep_workers() -> None:
     workers = dict(_forked(order) for _ in range(order["count"]))
     while sys.stdin not in (ended := select.select([sys.stdin, *workers], [], [])[0]):
         for descriptor in ended:
-            os.waitpid(workers.pop(descriptor), 0)
+            process, begun = workers.pop(descriptor)
+            os.waitpid(process, 0)
             os.close(descriptor)
+            time.sleep(max(0.0, begun + _SHORTEST_LIFE - time.monotonic()))
             workers.update([_forked(order)])
-    for process in workers.values():
+    for process, _ in workers.values():
         os.kill(process, signal.SIGKILL)
-    for process in workers.values():
+    for process, _ in workers.values():
         os.waitpid(process, 0)
 
 
-def _forked(order: dict[str, Any]) -> tuple[int, int]:
-    """A new worker: a descriptor that tells of its end, and the process."""
+def _forked(order: dict[str, Any]) -> tuple[int, tuple[int, float]]:
+    """A new worker: a descriptor that tells of its end, the process, and when it began."""
     process = os.fork()
     if process == 0:
         with open(os.devnull) as nothing:
@@ -120,7 +126,7 @@ def _forked(order: dict[str, Any]) -> tuple[int, int]:
             asyncio.run(_work_for(order))
         finally:
             os._exit(0)
-    return os.pidfd_open(process), process
+    return os.pidfd_open(process), (process, time.monotonic())
 
 
 async def _work_for(order: dict[str, Any]) -> None:
