@@ -64,12 +64,6 @@ Number BestOfFour(Number a, Number b, Number c, Number d) {
 
 // --- Chance, time, colour ---------------------------------------------------------------------
 
-// At least 0, below 1; another sequence in every process.
-double Rnd() {
-    static std::mt19937_64 generator{std::random_device{}()};
-    return static_cast<double>(generator() >> 11) * 0x1p-53;
-}
-
 double Microseconds() {
     const auto now = std::chrono::steady_clock::now().time_since_epoch();
     return std::chrono::duration<double, std::micro>(now).count();
@@ -89,6 +83,11 @@ sdk::MethodRecord OfOne() {
 }
 
 }  // namespace
+
+double Rnd() {
+    static std::mt19937_64 generator{std::random_device{}()};
+    return static_cast<double>(generator() >> 11) * 0x1p-53;
+}
 
 void RegisterNumberFunctions(Runtime& runtime) {
     using Whole = std::int32_t;

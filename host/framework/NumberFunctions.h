@@ -5,6 +5,9 @@ namespace host {
 
 class Runtime;
 
+// At least 0, below 1; another sequence in every process.
+double Rnd();
+
 void RegisterNumberFunctions(Runtime& runtime);
 void RegisterBitFunctions(Runtime& runtime);
 void RegisterColorFunctions(Runtime& runtime);

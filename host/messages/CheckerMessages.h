@@ -18,7 +18,8 @@ struct CallMessages {
     Message valueByRef = {"… is a ByRef parameter: it takes a variable, not a value", "the routine called may change what it is given", "keep the value in a variable first"};
     Message castTakesOne = {"a cast takes one value: …(x)", "a type's name is called with none or several values", "write one value in the brackets"};
     Message arrayMethodOfGrid = {"… works on arrays of one dimension; this is …", "arrays of several dimensions only have Ubound and ReDim", "use an array of one dimension"};
-    Message arrayMethodCount = {"… of an array takes …", "the call has too few or too many arguments", "Append, Remove, ReDim and IndexOf take one, Insert two, Sort and Pop none"};
+    Message arrayMethodCount = {"… of an array takes …", "the call has too few or too many arguments", "Append, Remove and ReDim take one, Insert two, IndexOf one or two, SortWith one or more, Sort, Shuffle and Pop none"};
+    Message cannotSortWith = {"SortWith brings arrays of one dimension into its array's order, not …", "something else stands among its arguments", "name the arrays"};
     Message cannotSort = {"only arrays of numbers and texts can be sorted, not …", "what the array holds has no order", "sort an array of numbers or texts in its place"};
     Message emptyArray = {"Array needs at least one element to know its type", "Array() alone could be of any type", "Dim values() As Integer is an empty array"};
     Message arrayOfAddresses = {"Array can't tell what delegate this address is for; append it to an array of one", "AddressOf is of no type by itself", "Dim calls() As MyDelegate, then calls.Append(AddressOf Routine)"};

@@ -105,7 +105,18 @@ enum class Operator : std::uint8_t {
     Negate,
 };
 
-enum class ArrayMethodKind : std::uint8_t { Append, Insert, Remove, Ubound, ReDim, Sort, Pop, IndexOf };
+enum class ArrayMethodKind : std::uint8_t {
+    Append,
+    Insert,
+    Remove,
+    Ubound,
+    ReDim,
+    Sort,
+    SortWith,
+    Shuffle,
+    Pop,
+    IndexOf
+};
 
 enum class IntrinsicKind : std::uint8_t {
     Print,

@@ -88,7 +88,9 @@ enum class Op : std::uint16_t {
     GridIndex,             // A = where the element of array B with the indices in sites[C] lies
     UboundOf,              // A = highest index of array B in dimension C, a register
     MakeArray,             // A = array of types[C], sites[B] are its elements
-    Append, Insert, Remove, Ubound, ReDim, Sort, Pop, IndexOf,  // A array; results in A, array in B
+    Append, Insert, Remove, Ubound, ReDim, Sort, Shuffle, Pop,  // A array; results in A, array in B
+    SortWith,              // array A, and the arrays in sites[B] in the same order
+    IndexOf,               // A = where array B has what is first in sites[C], from the second on if there is one
     Concatenate,           // A = B + C
     // A text grows: the first += C. B is what it was before C was worked out, and given up; kNoRegister
     // where that can't change it.

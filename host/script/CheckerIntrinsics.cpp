@@ -10,18 +10,41 @@ namespace script {
 
 namespace {
 
+enum class ArrayArgument : std::uint8_t { None, Element, Index, Arrays };
+
 struct ArrayMember {
     std::string_view name;
     ArrayMethodKind kind;
-    std::size_t arguments;
+    std::size_t least;           // arguments that it needs
+    ArrayArgument arguments[2];  // that it takes; Arrays stands for any number
+
+    std::size_t Most() const {
+        if (arguments[0] == ArrayArgument::Arrays) return SIZE_MAX;
+        return static_cast<std::size_t>(2 -
+                                        std::count(std::begin(arguments), std::end(arguments), ArrayArgument::None));
+    }
 };
 
 constexpr ArrayMember kArrayMembers[] = {
-    {"Append", ArrayMethodKind::Append, 1}, {"Insert", ArrayMethodKind::Insert, 2},
-    {"Remove", ArrayMethodKind::Remove, 1}, {"Ubound", ArrayMethodKind::Ubound, 0},
-    {"ReDim", ArrayMethodKind::ReDim, 1},   {"Sort", ArrayMethodKind::Sort, 0},
-    {"Pop", ArrayMethodKind::Pop, 0},       {"IndexOf", ArrayMethodKind::IndexOf, 1},
+    {"Append", ArrayMethodKind::Append, 1, {ArrayArgument::Element}},
+    {"Insert", ArrayMethodKind::Insert, 2, {ArrayArgument::Index, ArrayArgument::Element}},
+    {"Remove", ArrayMethodKind::Remove, 1, {ArrayArgument::Index}},
+    {"Ubound", ArrayMethodKind::Ubound, 0, {ArrayArgument::Index}},
+    {"ReDim", ArrayMethodKind::ReDim, 1, {ArrayArgument::Index}},
+    {"Sort", ArrayMethodKind::Sort, 0, {}},
+    {"SortWith", ArrayMethodKind::SortWith, 1, {ArrayArgument::Arrays}},
+    {"Shuffle", ArrayMethodKind::Shuffle, 0, {}},
+    {"Pop", ArrayMethodKind::Pop, 0, {}},
+    {"IndexOf", ArrayMethodKind::IndexOf, 1, {ArrayArgument::Element, ArrayArgument::Index}},
 };
+
+// "1 argument", "1 or 2 arguments", "1 argument or more".
+std::string CountText(const ArrayMember& member) {
+    std::string text = std::to_string(member.least);
+    if (member.Most() == member.least + 1) text += " or " + std::to_string(member.Most());
+    text += member.Most() == 1 || text == "1" ? " argument" : " arguments";
+    return member.Most() == SIZE_MAX ? text + " or more" : text;
+}
 
 Type ResultOf(ArrayMethodKind kind, Type element) {
     switch (kind) {
@@ -44,26 +67,28 @@ bool Checker::ResolveArrayMember(ExpressionPtr& expression, ExpressionPtr& recei
                                       [&](const ArrayMember& row) { return host::SameName(row.name, name); });
     if (member == std::end(kArrayMembers)) return false;
     const Type element = ElementOf(receiver->type);
-    const bool asksDimension = member->kind == ArrayMethodKind::Ubound && arguments.size() == 1;
     if (IsGrid(receiver->type) && member->kind != ArrayMethodKind::Ubound) {
         Wrong(*expression, kCallSays.arrayMethodOfGrid(member->name, NameOf(receiver->type)));
         return true;
     }
-    if (arguments.size() != member->arguments && !asksDimension) {
-        Wrong(*expression,
-              kCallSays.arrayMethodCount(member->name, std::to_string(member->arguments) +
-                                                           (member->arguments == 1 ? " argument" : " arguments")));
+    if (arguments.size() < member->least || arguments.size() > member->Most()) {
+        Wrong(*expression, kCallSays.arrayMethodCount(member->name, CountText(*member)));
         return true;
     }
-    if (member->kind == ArrayMethodKind::Sort && !IsNumeric(element) && !IsString(element)) {
+    const bool sorts = member->kind == ArrayMethodKind::Sort || member->kind == ArrayMethodKind::SortWith;
+    if (sorts && !IsNumeric(element) && !IsString(element)) {
         Wrong(*expression, kCallSays.cannotSort(NameOf(receiver->type)));
         return true;
     }
-    const bool takesElement = member->kind == ArrayMethodKind::Append || member->kind == ArrayMethodKind::IndexOf ||
-                              member->kind == ArrayMethodKind::Insert;
-    if (!arguments.empty() && member->kind != ArrayMethodKind::Append && member->kind != ArrayMethodKind::IndexOf)
-        Convert(arguments[0], kIntegerType, "the index");
-    if (takesElement) Convert(arguments.back(), element, "the element");
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const ArrayArgument argument = member->arguments[std::min(i, std::size_t{1})];
+        if (argument == ArrayArgument::Element) Convert(arguments[i], element, "the element");
+        if (argument == ArrayArgument::Index) Convert(arguments[i], kIntegerType, "the index");
+    }
+    if (member->kind == ArrayMethodKind::SortWith)
+        for (ExpressionPtr& argument : arguments)
+            if (!IsWrong(argument->type) && (!argument->type.array || IsGrid(argument->type)))
+                Wrong(*argument, kCallSays.cannotSortWith(NameOf(argument->type)));
     ExpressionPtr call = MakeExpression(Node::ArrayMethod, ResultOf(member->kind, element), expression->at);
     call->arrayMethod = member->kind;
     call->depth = expression->depth;

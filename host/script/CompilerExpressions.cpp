@@ -329,6 +329,13 @@ void FunctionCompiler::CompileMakeArray(Expression& expression, std::uint16_t ta
     for (const Operand& operand : operands) Free(operand);
 }
 
+// Of all operands but the first.
+std::uint16_t FunctionCompiler::SiteOfRest(const std::vector<Operand>& operands) {
+    CallSite site;
+    for (std::size_t i = 1; i < operands.size(); ++i) site.arguments.push_back(operands[i].index);
+    return SiteOf(std::move(site));
+}
+
 void FunctionCompiler::CompileArrayMethod(Expression& expression, std::uint16_t target) {
     const Position at = at_;
     std::vector<Operand> operands;
@@ -352,6 +359,12 @@ void FunctionCompiler::CompileArrayMethod(Expression& expression, std::uint16_t 
         case ArrayMethodKind::Sort:
             Emit(Op::Sort, array);
             break;
+        case ArrayMethodKind::SortWith:
+            Emit(Op::SortWith, array, SiteOfRest(operands));
+            break;
+        case ArrayMethodKind::Shuffle:
+            Emit(Op::Shuffle, array);
+            break;
         case ArrayMethodKind::Ubound:
             if (operands.size() > 1)
                 Emit(Op::UboundOf, target, array, first);
@@ -362,7 +375,7 @@ void FunctionCompiler::CompileArrayMethod(Expression& expression, std::uint16_t 
             Emit(Op::Pop, target, array);
             break;
         case ArrayMethodKind::IndexOf:
-            Emit(Op::IndexOf, target, array, first);
+            Emit(Op::IndexOf, target, array, SiteOfRest(operands));
             break;
     }
     for (const Operand& operand : operands) Free(operand);

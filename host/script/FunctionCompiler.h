@@ -110,6 +110,7 @@ class FunctionCompiler {
     void CompileIntrinsic(Expression& expression, std::uint16_t target);
     Operand CompileIndex(Expression& element, Operand array, const Expression* later);
     std::uint16_t SiteOf(CallSite site);
+    std::uint16_t SiteOfRest(const std::vector<Operand>& operands);
     void CompileMakeArray(Expression& expression, std::uint16_t target);
     void CompileArrayMethod(Expression& expression, std::uint16_t target);
     void CompileSelf(std::uint16_t target) { Emit(Op::Move, target, self_); }

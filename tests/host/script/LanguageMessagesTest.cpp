@@ -181,6 +181,7 @@ constexpr const char* kMore[] = {
     "Dim g(2, 2) As Integer\ng.Append(1)",
     "Dim a() As Integer\na.Append",
     "Dim a() As Picture\na.Sort",
+    "Dim a() As Integer\na.SortWith 3",
     "#If Nowhere Then\n#EndIf",
     "#If (True Then\n#EndIf",
     "#If\n#EndIf",
