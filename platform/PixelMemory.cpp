@@ -23,8 +23,8 @@ constexpr std::size_t kLargePage = 2 << 20;
 
 // From about this size on pages of a smaller block are brought in together where all are wanted: the
 // faults of 0.9 MB, one for each of its pages, cost as much as two filters over it.
-constexpr std::size_t kManyPages = 128 << 10;
-constexpr std::size_t kPage = 4 << 10;
+[[maybe_unused]] constexpr std::size_t kManyPages = 128 << 10;
+[[maybe_unused]] constexpr std::size_t kPage = 4 << 10;
 
 // Larger blocks are not kept: that much memory is not to lie idle.
 constexpr std::size_t kLargestSpare = 512 << 20;

@@ -58,8 +58,8 @@ bool Install() {
 // The sanitizer watches memory of this program, and these bytes are not. The barriers keep the
 // compiler from making a call of a watched function of it.
 template <class Unit>
-[[gnu::no_sanitize("address", "undefined")]] std::size_t CopyUnits(std::uint8_t* to, const std::uint8_t* from,
-                                                                   std::size_t length) {
+__attribute__((no_sanitize("address", "undefined"))) std::size_t CopyUnits(std::uint8_t* to, const std::uint8_t* from,
+                                                                           std::size_t length) {
     std::size_t at = 0;
     for (; at + sizeof(Unit) <= length; at += sizeof(Unit)) {
         __builtin_memcpy(to + at, from + at, sizeof(Unit));

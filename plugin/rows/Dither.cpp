@@ -42,7 +42,9 @@ struct CellBytes {
 };
 
 // Rows that are worth expanding their cells; others are done before that is.
-bool IsWorthExpanding(const DitherJob& job) { return job.count >= 64 && job.cells.size <= CellBytes::kMostCells; }
+[[maybe_unused]] bool IsWorthExpanding(const DitherJob& job) {
+    return job.count >= 64 && job.cells.size <= CellBytes::kMostCells;
+}
 
 }  // namespace
 
