@@ -24,10 +24,7 @@ void TakeAhead(RowCursor& picture, std::int64_t x, std::int64_t y, std::int32_t 
 
 }  // namespace
 
-rows::PixelLayout PackedForTurn(rows::ChannelSet set) {
-    const int count = rows::ChannelCount(set);
-    return {count == 3 ? 4 : count, {0, 1, 2, 3}};
-}
+rows::PixelLayout PackedForTurn(rows::ChannelSet set) { return {rows::ChannelCount(set), {0, 1, 2, 3}}; }
 
 TurnedTile::TurnedTile(rows::ChannelSet set, const rows::PixelLayout& from, const rows::PixelLayout& to,
                        Quarter quarter)

@@ -14,7 +14,7 @@ namespace tqx {
 
 enum class Quarter { Left, Right };  // which way the picture turns
 
-// The channels of a set side by side, in pixels of a size that can be turned.
+// The channels of a set side by side.
 rows::PixelLayout PackedForTurn(rows::ChannelSet set);
 
 class TurnedTile {

@@ -11,6 +11,11 @@ namespace {
 // A square of pixels; small enough for its rows on both sides to stay in the first cache.
 constexpr std::int32_t kSquare = 8;
 
+// A pixel of three bytes.
+struct Triple {
+    std::uint8_t bytes[3];
+};
+
 template <class Pixel>
 Pixel Load(const std::uint8_t* from) {
     Pixel pixel;
@@ -72,13 +77,22 @@ namespace {
 
 constexpr Forms<TransposeFunction> kBytes = ROWS_FORMS(TransposeBySquares<std::uint8_t>, TransposeBytes);
 constexpr Forms<TransposeFunction> kWords = ROWS_FORMS(TransposeBySquares<std::uint16_t>, TransposeWords);
+constexpr Forms<TransposeFunction> kTriples = ROWS_FORMS(TransposeBySquares<Triple>, TransposeTriples);
 constexpr Forms<TransposeFunction> kInts = ROWS_FORMS(TransposeBySquares<std::uint32_t>, TransposeInts);
 
 }  // namespace
 
 const Forms<TransposeFunction>& TransposeFormsFor(std::int32_t pixelSize) {
-    if (pixelSize == 1) return kBytes;
-    return pixelSize == 2 ? kWords : kInts;
+    switch (pixelSize) {
+        case 1:
+            return kBytes;
+        case 2:
+            return kWords;
+        case 3:
+            return kTriples;
+        default:
+            return kInts;
+    }
 }
 
 }  // namespace rows

@@ -13,7 +13,7 @@ namespace rows {
 using TransposeFunction = void(const std::uint8_t* source, std::int64_t sourceStride, std::uint8_t* destination,
                                std::int64_t destinationStride, std::int32_t width, std::int32_t height);
 
-// For pixels of 1, 2 or 4 bytes.
+// For pixels of 1 to 4 bytes.
 const Forms<TransposeFunction>& TransposeFormsFor(std::int32_t pixelSize);
 
 }  // namespace rows

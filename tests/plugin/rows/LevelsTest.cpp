@@ -78,7 +78,7 @@ TEST(CpuLevels, AreDifferentCodeInEveryTable) {
     ExpectOwnCode("skew columns", rows::kSkewColumns);
     ExpectOwnCode("stream tile", rows::kStreamTile);
     ExpectOwnCode("stream copy", rows::kStreamCopy);
-    for (const int size : {1, 2, 4}) ExpectOwnCode("transpose", rows::TransposeFormsFor(size));
+    for (const int size : {1, 2, 3, 4}) ExpectOwnCode("transpose", rows::TransposeFormsFor(size));
 }
 
 TEST(CpuLevels, AreDifferentCodeInEveryPlan) {

@@ -13,7 +13,7 @@ AT_EACH_LEVEL(TransposePixels);
 
 TEST_P(TransposePixels, TurnsBlocksOfEverySizeAndLeavesTheRest) {
     Random random(1);
-    for (const int size : {1, 2, 4})
+    for (const int size : {1, 2, 3, 4})
         for (int width = 0; width < 36; ++width)
             for (int height = 0; height < 36; ++height) {
                 const int stride = width * size + random.Below(5), turnedStride = height * size + random.Below(5);
