@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "plugin/rows/AskFor.h"
 #include "plugin/rows/Blocks.h"
 
 namespace tqx {
@@ -13,6 +14,10 @@ namespace {
 // 2048 columns of them stay in the second cache.
 constexpr std::int32_t kRowsATime = 64;
 
+// Columns that are turned at a time, while the rows that the next ones become are brought in: they lie
+// too far apart for the processor to foresee them.
+constexpr std::int32_t kColumnsATime = 16;
+
 // Rows further apart than whole pages don't crowd into the same places of the cache.
 constexpr std::int64_t kLine = 64;
 
@@ -21,11 +26,11 @@ constexpr std::int64_t StrideOf(std::int64_t bytes) { return (bytes + kLine - 1)
 }  // namespace
 
 TurnedBlock::TurnedBlock(rows::ChannelSet set, const rows::PixelLayout& from, const rows::PixelLayout& to,
-                         Quarter quarter, std::int32_t columns, std::int32_t rows)
+                         Quarter quarter, std::int32_t columns, std::int32_t rows, std::int64_t bytes)
     : quarter_(quarter),
       pixelSize_(PackedForTurn(set).pixelSize),
       pack_(rows::PlanMoves(rows::MovesBetween(set, from, PackedForTurn(set)))),
-      unpack_(rows::PlanMoves(rows::MovesBetween(set, PackedForTurn(set), to))),
+      unpack_(rows::PlanMoves(rows::MovesBetween(set, PackedForTurn(set), to), bytes)),
       transpose_(rows::TransposeFormsFor(pixelSize_).Chosen()),
       readStride_(StrideOf(std::int64_t{columns} * pixelSize_)),
       turnedStride_(StrideOf(std::int64_t{rows} * pixelSize_)),
@@ -54,12 +59,24 @@ bool TurnedBlock::TakeRows(RowCursor& source, std::int32_t left, std::int32_t y,
         const std::int64_t line = upright ? i : count - 1 - i;
         rows::MoveRow(pack_, row + std::int64_t{left} * source->PixelSize, read_.data() + line * readStride_, columns_);
     }
-    const std::int64_t column = upright ? done : rows_ - done - count;
-    transpose_(read_.data(), readStride_, turned_.data() + column * pixelSize_, turnedStride_, columns_, count);
+    Turn(upright ? done : rows_ - done - count, count);
     return true;
 }
 
+// Turns the rows that were read into `count` columns from `column` on.
+void TurnedBlock::Turn(std::int64_t column, std::int32_t count) {
+    std::uint8_t* const turned = turned_.data() + column * pixelSize_;
+    for (const rows::Block part : rows::Blocks(columns_, kColumnsATime)) {
+        const std::int32_t next = std::min(part.count, columns_ - part.End());
+        for (std::int32_t i = 0; i < next; ++i)
+            rows::AskFor(turned + (part.End() + i) * turnedStride_, std::int64_t{count} * pixelSize_);
+        transpose_(read_.data() + std::int64_t{part.first} * pixelSize_, readStride_,
+                   turned + part.first * turnedStride_, turnedStride_, part.count, count);
+    }
+}
+
 void TurnedBlock::Write(RowCursor& destination, std::int32_t column, std::int32_t row) const {
+    const rows::StreamsEnd end;
     const std::int32_t step = destination.RowsAtOnce();
     for (const rows::Block band : rows::Blocks(columns_, step)) {
         destination.Hold({row + band.first, row + band.End()});

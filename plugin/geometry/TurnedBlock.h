@@ -18,9 +18,9 @@ namespace tqx {
 
 class TurnedBlock {
   public:
-    // For blocks of at most columns × rows pixels.
+    // For blocks of at most columns × rows pixels; `bytes`: that all of them write.
     TurnedBlock(rows::ChannelSet set, const rows::PixelLayout& from, const rows::PixelLayout& to, Quarter quarter,
-                std::int32_t columns, std::int32_t rows);
+                std::int32_t columns, std::int32_t rows, std::int64_t bytes);
 
     // False when memory was short.
     explicit operator bool() const { return read_ && turned_; }
@@ -33,6 +33,7 @@ class TurnedBlock {
 
   private:
     bool TakeRows(RowCursor& source, std::int32_t left, std::int32_t y, std::int32_t count, std::int32_t done);
+    void Turn(std::int64_t column, std::int32_t count);
 
     Quarter quarter_;
     std::int32_t pixelSize_;  // bytes of a packed pixel

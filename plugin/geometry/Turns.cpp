@@ -133,7 +133,8 @@ void TurnInAnyOrder(const QuarterTurn& turn, Operation& operation) {
     TurnedTile tile(set, operation.From(), operation.To(), turn.quarter);
     if (HasManyWindows(turn.source) && HasManyWindows(turn.destination)) {
         TurnedBlock block(set, operation.From(), operation.To(), turn.quarter, std::min(kBlockColumns, turn.width),
-                          std::min(kBlockRows, turn.height));
+                          std::min(kBlockRows, turn.height),
+                          rows::BytesToWrite(turn.width, turn.height, turn.destination->PixelSize));
         if (block) return TurnThroughMemory(turn, reach, tile, block);
     }
     TurnByTiles(turn, tile, reach);

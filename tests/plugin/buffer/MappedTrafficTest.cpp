@@ -248,6 +248,20 @@ TEST_P(MappedQuarterTurns, GiveTheSameBytesAsInMemoryWhateverTheSize) {
     EXPECT_TRUE(SameBytes(PixelBytes(destination), PixelBytes(expected), kRows));
 }
 
+// So many bytes that they are written past the cache, in pieces that begin and end within its lines.
+TEST_P(MappedQuarterTurns, GiveTheSameBytesAsInMemoryPastTheCache) {
+    constexpr int kRGB = 1, kColumns = 3301, kRows = 3607;
+    const ScratchFolder folder;
+    const auto memory = New("PictureTQX", kColumns, kRows, kRGB);
+    FillRandom(memory, 9);
+    const auto source = NewMapped(folder.path() + "/source", kColumns, kRows, kRGB);
+    const auto destination = NewMapped(folder.path() + "/destination", kRows, kColumns, kRGB);
+    Call(source, "CopyPixels", memory);
+    ASSERT_TRUE(CallObject(source, GetParam(), destination));
+    const auto expected = CallObject(memory, GetParam(), nullptr);
+    EXPECT_TRUE(SameBytes(PixelBytes(destination), PixelBytes(expected), kRows * 3));
+}
+
 INSTANTIATE_TEST_SUITE_P(Every, MappedQuarterTurns,
                          ::testing::Values("Rotate90", "Rotate270", "Rotate90slow", "Rotate270slow"));
 
