@@ -2,6 +2,7 @@
 #include "plugin/rows/Convolve.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 #include "plugin/rows/LoopForms.h"
 
@@ -37,6 +38,13 @@ struct Convolving {
     }
 };
 
+// Whether each weight has 8 bits, and no order of adding products of bytes leaves 16.
+bool HasSumsOf16Bits(const Kernel& kernel) {
+    std::int64_t reach = 0;
+    for (const std::int32_t weight : kernel.weight) reach += std::abs(std::int64_t{weight});
+    return reach <= INT8_MAX && reach * 255 + std::abs(std::int64_t{kernel.delta}) <= INT16_MAX;
+}
+
 bool HasWeightsOf16Bits(const Kernel& kernel) {
     return std::all_of(kernel.weight, kernel.weight + 25,
                        [](std::int32_t weight) { return weight == static_cast<std::int16_t>(weight); });
@@ -56,15 +64,17 @@ namespace {
 using InsideFunction = void(const Kernel& kernel, const KernelRows& rows, std::int64_t at, std::int64_t count,
                             std::uint8_t* result);
 
-// For weights of 16 bits.
+constexpr Forms<InsideFunction> kConvolveBytes = ROWS_FORMS(LoopForms<Convolving>::Plain, ConvolveBytes);
 constexpr Forms<InsideFunction> kConvolvePairs = ROWS_FORMS(LoopForms<Convolving>::Plain, ConvolvePairs);
+
+const Forms<InsideFunction>& FormsFor(const Kernel& kernel) {
+    if (HasSumsOf16Bits(kernel)) return kConvolveBytes;
+    return HasWeightsOf16Bits(kernel) ? kConvolvePairs : LoopForms<Convolving>::kTable;
+}
 
 }  // namespace
 
-ConvolvePlan PlanConvolution(const Kernel& kernel) {
-    const Forms<InsideFunction>& forms = HasWeightsOf16Bits(kernel) ? kConvolvePairs : LoopForms<Convolving>::kTable;
-    return {kernel, forms.Chosen()};
-}
+ConvolvePlan PlanConvolution(const Kernel& kernel) { return {kernel, FormsFor(kernel).Chosen()}; }
 
 void ConvolveInOrder(const Kernel& kernel, const KernelRows& rows, std::int32_t first, std::int32_t end,
                      std::uint8_t* result) {

@@ -42,6 +42,42 @@ TEST_P(Convolve, GivesTheSameAtEveryLevelAndWidth) {
                 }
 }
 
+// Magnitudes of 127 together, and deltas that fill 16 bits with them or are one too much.
+TEST_P(Convolve, GivesTheSameWhereSumsFill16Bits) {
+    const int width = 200;
+    const Bytes zeros(width, 0), ones(width, 255);
+    for (const auto& [first, second] : {std::pair{127, 0}, {-127, 0}, {100, -27}, {-1, 126}, {64, 64}, {-128, 0}})
+        for (const int delta : {0, 382, 383, -382, -383, 32767, -32768, 40000, INT_MIN, INT_MAX})
+            for (const double scale : {1.0, 0.01, -0.01})
+                for (int bits = 0; bits < 32; ++bits) {
+                    rows::Kernel kernel{{}, delta, scale};
+                    kernel.weight[7] = first;
+                    kernel.weight[24] = second;
+                    rows::KernelRows rows{{}, 1, width};
+                    for (int row = 0; row < 5; ++row) rows.row[row] = (bits >> row & 1 ? ones : zeros).data();
+                    Bytes expected(width, 9), result(width, 9);
+                    rows::ConvolveInOrder(kernel, rows, 0, width, expected.data());
+                    rows::ConvolveRow(rows::PlanConvolution(kernel), rows, result.data());
+                    ASSERT_TRUE(SameBytes(result, expected)) << first << ", " << second << ", " << delta;
+                }
+}
+
+TEST_P(Convolve, GivesTheSameForEveryNumberOfNeighbours) {
+    Random random(2);
+    for (int count = 0; count <= 25; ++count) {
+        const int width = random.Between(50, 90);
+        rows::Kernel kernel{{}, 20, 1.0};
+        for (int k = 0; k < count; ++k) kernel.weight[24 - k] = k % 2 == 0 ? 4 : -3;
+        const Bytes bytes = random.NextBytes(static_cast<std::size_t>(15 * width));
+        rows::KernelRows rows{{}, 3, width};
+        for (int row = 0; row < 5; ++row) rows.row[row] = bytes.data() + 3 * width * row;
+        Bytes expected(300, 9), result(300, 9);
+        rows::ConvolveInOrder(kernel, rows, 0, width, expected.data());
+        rows::ConvolveRow(rows::PlanConvolution(kernel), rows, result.data());
+        ASSERT_TRUE(SameBytes(result, expected)) << count;
+    }
+}
+
 TEST_P(Convolve, SeesWhatItStoredInTheMiddleRow) {
     const std::uint8_t none[4] = {};
     std::uint8_t row[4] = {1, 2, 3, 4};

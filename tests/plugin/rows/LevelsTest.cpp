@@ -89,7 +89,7 @@ TEST(CpuLevels, AreDifferentCodeInEveryPlan) {
     }
     ExpectOwnCode("slide words", [] { return rows::PlanColumnBlur<std::uint16_t>(7).slide; });
     ExpectOwnCode("add words", [] { return rows::PlanColumnBlur<std::uint16_t>(7).add; });
-    for (const int weight : {1, 70000})
+    for (const int weight : {1, 200, 70000})
         ExpectOwnCode("convolve", [&] { return rows::PlanConvolution({{weight}}).inside; });
     ExpectOwnCode("dither", [] { return rows::PlanDither({}).form; });
     ExpectOwnCode("fill", [] { return rows::InvertPattern(kRgb, 3).form; });
