@@ -50,11 +50,13 @@ void ConvolveByRows(Operation& operation, const rows::Kernel& kernel, bool inPla
         std::uint8_t* const centre = ring.Row(y);
         if (!centre) continue;
         const rows::KernelRows around = RowsAround(ring, rows, y, centre);
+        std::uint8_t* const direct = inPlace ? nullptr : rows.PackedInPlace(y, 0, rows.Width());
+        std::uint8_t* const to = inPlace ? centre : direct ? direct : result.data();
         if (inPlace)
-            rows::ConvolveInOrder(kernel, around, 0, around.width, centre);
+            rows::ConvolveInOrder(kernel, around, 0, around.width, to);
         else
-            rows::ConvolveRow(plan, around, result.data());
-        rows.Write(y, 0, rows.Width(), inPlace ? centre : result.data());
+            rows::ConvolveRow(plan, around, to);
+        if (!direct) rows.Write(y, 0, rows.Width(), to);
     }
 }
 
