@@ -222,13 +222,11 @@ void BoxBlur(const BlurWork& work, std::int32_t radius) {
 }
 
 // Mixes rows y - 1, y and y + 1.
-void MixColumns(const rows::ThreeTapsPlan& plan, RowRing& ring, std::int32_t y, std::int32_t height, std::int32_t bytes,
-                std::uint8_t* result) {
-    const std::uint8_t* const row = ring.Row(y);
+template <class RowAt>
+void MixColumns(const rows::ThreeTapsPlan& plan, const RowAt& rowAt, std::int32_t y, std::int32_t height,
+                std::int32_t bytes, std::uint8_t* result) {
     const bool first = y == 0, last = y == height - 1;
-    const std::uint8_t* const above = first ? row : ring.Row(y - 1);
-    const std::uint8_t* const below = first || last ? row : ring.Row(y + 1);
-    rows::MixRows(plan, above, row, below, bytes, result);
+    rows::MixRows(plan, rowAt(first ? y : y - 1), rowAt(y), rowAt(first || last ? y : y + 1), bytes, result);
 }
 
 void FractionalBlur(const BlurWork& work, const rows::ThreeTaps& taps) {
@@ -240,14 +238,16 @@ void FractionalBlur(const BlurWork& work, const rows::ThreeTaps& taps) {
     PackedPair pair(bytes);
     if (!ring || !pair) return;
     for (std::int32_t y = work.rows.first; overlapping && y < work.rows.end; ++y) ring.Row(y);
+    const bool apart = work.sharing == Sharing::Apart;
+    const auto rowAt = [&](std::int32_t y) { return apart ? ring.Unchanged(y) : ring.Row(y); };
     const auto alongRow = [&](const std::uint8_t* row, std::uint8_t* result) {
         rows::MixAlongRow(plan, row, rows.Channels(), work.width, result);
     };
     const bool fused = work.CanFuse();
     for (std::int32_t y = work.rows.first; y < work.rows.end; ++y) {
-        if (y + 1 < work.height) ring.Row(y + 1);  // while it is what it was
-        if (!ring.Row(y)) continue;
-        MixColumns(plan, ring, y, work.height, bytes, pair.row.data());
+        if (y + 1 < work.height) rowAt(y + 1);  // while it is what it was
+        if (!rowAt(y)) continue;
+        MixColumns(plan, rowAt, y, work.height, bytes, pair.row.data());
         if (fused)
             WriteBlurredRow(rows, y, work.width, pair, alongRow);
         else

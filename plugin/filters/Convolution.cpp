@@ -27,19 +27,35 @@ rows::Kernel ReadKernel(sdk::Array* matrix, std::int32_t delta, double scale) {
     return kernel;
 }
 
-// The five rows around row y, those outside the picture replaced by row y itself.
-rows::KernelRows RowsAround(RowRing& ring, const PackedRows& rows, std::int32_t y, const std::uint8_t* centre) {
+// The five rows around row y, those outside the picture replaced by row y itself. `rowAt` gives a row
+// that there may be.
+template <class RowAt>
+rows::KernelRows RowsAround(const PackedRows& rows, std::int32_t y, const RowAt& rowAt) {
     rows::KernelRows around{{}, rows.Channels(), rows.Width()};
     for (std::int32_t dy = -kReach; dy <= kReach; ++dy) {
         const std::int64_t sampled = std::int64_t{y} + dy;
         const bool inside = sampled >= 0 && sampled < rows.Height();
-        around.row[dy + kReach] = inside ? ring.Row(sampled) : centre;
+        around.row[dy + kReach] = rowAt(inside ? sampled : y);
     }
     return around;
 }
 
-// In place the copy of the row becomes the result, so that later rows see it.
-void ConvolveByRows(Operation& operation, const rows::Kernel& kernel, bool inPlace) {
+// The copy of the row becomes the result, so that later rows see it.
+void ConvolveInPlace(Operation& operation, const rows::Kernel& kernel) {
+    const PackedRows rows(operation);
+    RowRing ring(rows, kRows, rows.Width());
+    if (!ring) return;
+    const RowRange range = operation.Rows();
+    for (std::int32_t y = range.first; y < range.end; ++y) {
+        std::uint8_t* const centre = ring.Row(y);
+        if (!centre) continue;
+        const auto around = RowsAround(rows, y, [&](std::int64_t row) { return ring.Row(row); });
+        rows::ConvolveInOrder(kernel, around, 0, rows.Width(), centre);
+        rows.Write(y, 0, rows.Width(), centre);
+    }
+}
+
+void ConvolveApart(Operation& operation, const rows::Kernel& kernel) {
     const PackedRows rows(operation);
     RowRing ring(rows, kRows, rows.Width());
     const ScratchBytes result(rows.BytesOf(rows.Width()));
@@ -47,16 +63,11 @@ void ConvolveByRows(Operation& operation, const rows::Kernel& kernel, bool inPla
     if (!ring || !result) return;
     const RowRange range = operation.Rows();
     for (std::int32_t y = range.first; y < range.end; ++y) {
-        std::uint8_t* const centre = ring.Row(y);
-        if (!centre) continue;
-        const rows::KernelRows around = RowsAround(ring, rows, y, centre);
-        std::uint8_t* const direct = inPlace ? nullptr : rows.PackedInPlace(y, 0, rows.Width());
-        std::uint8_t* const to = inPlace ? centre : direct ? direct : result.data();
-        if (inPlace)
-            rows::ConvolveInOrder(kernel, around, 0, around.width, to);
-        else
-            rows::ConvolveRow(plan, around, to);
-        if (!direct) rows.Write(y, 0, rows.Width(), to);
+        if (!ring.Unchanged(y)) continue;
+        const auto around = RowsAround(rows, y, [&](std::int64_t row) { return ring.Unchanged(row); });
+        std::uint8_t* const direct = rows.PackedInPlace(y, 0, rows.Width());
+        rows::ConvolveRow(plan, around, direct ? direct : result.data());
+        if (!direct) rows.Write(y, 0, rows.Width(), result.data());
     }
 }
 
@@ -105,11 +116,16 @@ sdk::Object* ApplyMatrix(sdk::Object* self, sdk::Object* dest, sdk::Array* matri
     // Width and height are exchanged: intended.
     Operation operation(self, dest, source.Height, source.Width);
     if (!operation) return operation.Give();
-    const Sharing sharing = operation.Sharing();
-    if (sharing == Sharing::Overlapping)
-        ConvolveByPixels(operation, kernel);
-    else
-        ConvolveByRows(operation, kernel, sharing == Sharing::SamePixels);
+    switch (operation.Sharing()) {
+        case Sharing::Apart:
+            ConvolveApart(operation, kernel);
+            break;
+        case Sharing::SamePixels:
+            ConvolveInPlace(operation, kernel);
+            break;
+        case Sharing::Overlapping:
+            ConvolveByPixels(operation, kernel);
+    }
     return operation.Give();
 }
 

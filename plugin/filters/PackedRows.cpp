@@ -49,7 +49,12 @@ bool PackedRows::Read(std::int32_t y, std::int32_t first, std::int32_t count, st
 
 const std::uint8_t* PackedRows::Packed(std::int32_t y, std::int32_t first, std::int32_t count,
                                        std::uint8_t* scratch) const {
-    if (!read_.copies || source_->IsMapping) return Read(y, first, count, scratch) ? scratch : nullptr;
+    if (const std::uint8_t* const own = Own(y, first)) return own;
+    return Read(y, first, count, scratch) ? scratch : nullptr;
+}
+
+const std::uint8_t* PackedRows::Own(std::int32_t y, std::int32_t first) const {
+    if (!read_.copies || source_->IsMapping) return nullptr;
     const std::uint8_t* const row = source_.Row(y);
     return row ? row + std::int64_t{first} * source_->PixelSize + read_.from.offset : nullptr;
 }
@@ -97,11 +102,16 @@ void RowRing::Restart(std::int32_t first, std::int32_t count) {
 }
 
 std::uint8_t* RowRing::Row(std::int64_t y) {
-    if (y < range_.first || y >= range_.end) return nullptr;
+    if (!Has(y)) return nullptr;
     Slot& slot = slots_[y % capacity_];
     std::uint8_t* const row = bytes_.data() + kMargin + y % capacity_ * stride_;
     if (slot.rowPlusOne != y + 1) slot = {y + 1, rows_.Read(static_cast<std::int32_t>(y), first_, count_, row)};
     return slot.present ? row : nullptr;
+}
+
+const std::uint8_t* RowRing::Unchanged(std::int64_t y) {
+    const std::uint8_t* const own = Has(y) ? rows_.Own(static_cast<std::int32_t>(y), first_) : nullptr;
+    return own ? own : Row(y);
 }
 
 }  // namespace tqx

@@ -50,6 +50,9 @@ class PackedRows {
     // `scratch`. Null when the source has no such row.
     const std::uint8_t* Packed(std::int32_t y, std::int32_t first, std::int32_t count, std::uint8_t* scratch) const;
 
+    // The same only where they are the row's own bytes, else null.
+    const std::uint8_t* Own(std::int32_t y, std::int32_t first) const;
+
     // Where pixels of row y may be changed in place of a packed copy: the destination's own bytes;
     // null where those aren't packed or there is no such row or column.
     std::uint8_t* PackedInPlace(std::int32_t y, std::int32_t first, std::int32_t count) const;
@@ -126,7 +129,13 @@ class RowRing {
     // written to: the ring, not the source, then has the change.
     std::uint8_t* Row(std::int64_t y);
 
+    // Row y to be read alone, of a source that nobody writes to meanwhile: its own bytes where they are packed
+    // and stay where they are, without a margin; else the copy.
+    const std::uint8_t* Unchanged(std::int64_t y);
+
   private:
+    bool Has(std::int64_t y) const { return y >= range_.first && y < range_.end; }
+
     struct Slot {
         std::int64_t rowPlusOne;  // 0: empty
         bool present;             // the source has it
