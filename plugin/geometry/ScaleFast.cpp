@@ -7,6 +7,7 @@
 #include "plugin/buffer/FormatConversion.h"
 #include "plugin/buffer/Operation.h"
 #include "plugin/buffer/Saturate.h"
+#include "plugin/geometry/WholePicks.h"
 #include "plugin/rows/Blocks.h"
 #include "plugin/rows/Convert.h"
 #include "plugin/rows/Nearest.h"
@@ -27,23 +28,31 @@ std::optional<rows::Conversion> ChooseScaling(const PixelBuffer& source, const P
 // first of them are kept, which for most pictures are all.
 class RowScaler {
   public:
-    // `height` is how many rows will be made.
-    RowScaler(const rows::Conversion& conversion, std::int32_t sourceWidth, std::int32_t width, std::int32_t height)
+    // `height` is how many rows will be made; `enlarges`: some of them of one row of the source.
+    RowScaler(const rows::Conversion& conversion, std::int32_t sourceWidth, std::int32_t width, std::int32_t height,
+              bool enlarges)
         : whole_(rows::PlanConversion(conversion)),
           step_(static_cast<double>(sourceWidth) / width),
           sourceWidth_(sourceWidth),
           width_(width) {
         picks_ = whole_.from.IsCompact() && whole_.from.size <= 4;
         const std::int64_t bytes = rows::BytesToWrite(width, height, conversion.to.pixelSize);
-        if (picks_) packed_ = rows::PlanConversion(Packed(conversion), bytes);
+        picksWhole_ = picks_ && wholePicks_.Prepare(whole_, sourceWidth, width);
+        if (picksWhole_ && (enlarges || bytes >= rows::kBytesToStream)) picksWhole_ = wholePicks_.MakeApart(bytes);
+        if (picks_ && !picksWhole_) packed_ = rows::PlanConversion(Packed(conversion), bytes);
     }
 
-    void Scale(const std::uint8_t* source, std::uint8_t* destination) {
+    // `again`: the source row is that of the call before, and as it was.
+    void Scale(const std::uint8_t* source, bool again, std::uint8_t* destination) {
         const std::int32_t extent = std::max(sourceWidth_, width_);
-        if (picks_ && rows::AreDisjoint(whole_.from, source, whole_.to, destination, extent))
+        const bool apart = picks_ && rows::AreDisjoint(whole_.from, source, whole_.to, destination, extent);
+        if (apart && picksWhole_)
+            wholePicks_.Pick(source, again && keptApart_, destination);
+        else if (apart)
             ScalePicked(source, destination);
         else
             ScaleInOrder(source, destination);
+        keptApart_ = apart;
     }
 
   private:
@@ -65,7 +74,7 @@ class RowScaler {
         }
     }
 
-    std::int32_t ColumnOf(std::int32_t x) const { return static_cast<std::int32_t>(step_ * x); }
+    std::int32_t ColumnOf(std::int32_t x) const { return SourceOf(step_, x); }
 
     // The source columns of some pixels. The last place serves those that are not kept.
     const std::int32_t* Columns(const rows::Block& part) {
@@ -88,6 +97,9 @@ class RowScaler {
     rows::ConversionPlan whole_;
     rows::PickPixelsFunction* pick_ = rows::kPickPixels.Chosen();
     rows::ConversionPlan packed_{};  // from picked pixels
+    WholePicks wholePicks_;
+    bool picksWhole_ = false;
+    bool keptApart_ = false;  // the row before was disjoint from its source
     double step_;
     std::int32_t sourceWidth_;
     std::int32_t width_;
@@ -99,12 +111,16 @@ class RowScaler {
 void ScaleRows(RowCursor& source, RowCursor& destination, const rows::Conversion& conversion, std::int32_t width,
                std::int32_t height) {
     const rows::StreamsEnd end;
-    RowScaler scaler(conversion, source->Width, width, height);
+    RowScaler scaler(conversion, source->Width, width, height, source->Height < height);
     RowPairs pairs(source, destination);
     const double step = static_cast<double>(source->Height) / height;
     const RowRange range = CommonRows(destination.Rows(), {0, height});
+    std::int32_t latest = -1;  // row of the source that was scaled, unless script code may change it
     for (std::int32_t y = range.first; y < range.end; ++y) {
-        if (const RowPair pair = pairs.At(Truncate(step * y), y)) scaler.Scale(pair.source, pair.destination);
+        const std::int32_t row = Truncate(step * y);
+        const RowPair pair = pairs.At(row, y);
+        if (pair) scaler.Scale(pair.source, row == latest, pair.destination);
+        latest = pair && destination->YieldTicks <= 0 ? row : -1;
         if (!destination.Yield() || !source.Stands()) return;
     }
 }

@@ -1,6 +1,7 @@
 // Picked pixels beside a model, and what is refused.
 #include <limits>
 
+#include "tests/support/Interpose.h"
 #include "tests/support/Scene.h"
 #include "tests/support/Yields.h"
 
@@ -196,6 +197,31 @@ TEST_F(ScaleFast, ScalesVeryWidePictures) {
     EXPECT_TRUE(CallBool(dest.live, "ScaleFast", source.live, 19001, 3));
     ReferenceScale(dest.model, source.model, 19001, 3);
     EXPECT_TRUE(scene.Same());
+}
+
+// So large that rows are written past the cache, each of the source's several times.
+TEST_F(ScaleFast, RepeatsRowsOfLargePictures) {
+    for (const int format : {kRGB, kRGBA}) {
+        Scene scene(6);
+        const Twin source = scene.Memory(111, 70, format), dest = scene.Memory(3001, 3800, format);
+        EXPECT_TRUE(CallBool(dest.live, "ScaleFast", source.live, 3001, 3800));
+        ReferenceScale(dest.model, source.model, 3001, 3800);
+        EXPECT_TRUE(scene.Same());
+    }
+}
+
+// Rows of one source row, between which a yield changes it.
+TEST_F(ScaleFast, SeesWhatAYieldDidToTheRow) {
+    FakeClock clock{100};
+    clock.AdvancePerReading(10);  // late enough for a yield each time
+    auto source = New("PictureTQX", 40, 1, kG), dest = New("PictureTQX", 40, 3, kG);
+    Set(dest, "YieldTicks", Value(1));
+    int yields = 0;
+    const OnYield onYield([&] { WritePixels(source, Bytes(40, static_cast<std::uint8_t>(++yields))); });
+    EXPECT_TRUE(CallBool(dest, "ScaleFast", source, 40, 3));
+    const Bytes pixels = ReadPixels(dest);
+    EXPECT_EQ(yields, 4);
+    EXPECT_EQ((Bytes{pixels[0], pixels[40], pixels[80]}), (Bytes{1, 2, 3}));
 }
 
 TEST_F(ScaleFast, WorksOnMappedPictures) {

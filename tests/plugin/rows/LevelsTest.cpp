@@ -17,6 +17,7 @@
 #include "plugin/rows/Nearest.h"
 #include "plugin/rows/Neon.h"
 #include "plugin/rows/OilHistogram.h"
+#include "plugin/rows/PickSteps.h"
 #include "plugin/rows/ScaleAcross.h"
 #include "plugin/rows/ScaleDown.h"
 #include "plugin/rows/ScaleScattered.h"
@@ -66,6 +67,7 @@ TEST(CpuLevels, AreDifferentCodeInEveryTable) {
     ExpectOwnCode("neon", rows::kNeonRow);
     ExpectOwnCode("luminance", rows::kCountLuminance);
     ExpectOwnCode("pick pixels", rows::kPickPixels);
+    ExpectOwnCode("pick steps", rows::kPickSteps);
     ExpectOwnCode("slide counts", rows::kSlideCounts);
     ExpectOwnCode("slide sums", rows::kSlideSums);
     ExpectOwnCode("fullest bin", rows::kFullestBin);
