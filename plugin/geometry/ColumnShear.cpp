@@ -61,16 +61,17 @@ class Strip {
           std::uint8_t* block)
         : source_(source),
           destination_(destination),
-          pixelSize_(PackedSize(channels.set)),
+          pixelSize_(rows::ChannelCount(channels.set)),
           pack_(rows::PlanMoves(rows::MovesBetween(channels.set, LayoutOf(source.Picture(), channels.set), Packed()))),
           unpack_(rows::PlanMoves(
               rows::MovesBetween(channels.set, Packed(), LayoutOf(destination.Picture(), channels.set)))),
           most_(columns),
           ring_(block) {
         std::memcpy(background_, channels.background, sizeof(background_));
+        for (std::int32_t i = 0; i < columns * pixelSize_; ++i) backgrounds_[i] = background_[i % pixelSize_];
     }
 
-    static std::int64_t BytesFor(std::int32_t columns) { return RingRows(columns) * columns * kMostBytes; }
+    static std::int64_t BytesFor(std::int32_t columns) { return RingRows(columns) * columns * kMostBytes + kPiece; }
 
     // Shears some columns; gives the position of the column after them.
     double Shear(const rows::Block& columns, double position, double slope) {
@@ -93,13 +94,12 @@ class Strip {
 
   private:
     static constexpr std::int32_t kMostBytes = 4;  // of a packed pixel
+    static constexpr std::int32_t kPiece = 16;     // bytes that are put into the assembled row at once
 
     // Neighbouring columns are at most sin 45° apart; one more row for the fractions.
     static std::int64_t RingRows(std::int32_t columns) {
         return static_cast<std::int64_t>(std::bit_ceil(static_cast<std::uint32_t>(columns * 3 / 4 + 2)));
     }
-
-    static std::int32_t PackedSize(rows::ChannelSet set) { return rows::ChannelCount(set) == 1 ? 1 : 4; }
 
     rows::PixelLayout Packed() const { return {pixelSize_, {0, 1, 2, 3}}; }
 
@@ -130,35 +130,28 @@ class Strip {
         const std::uint8_t* const row = source_.Row(y);
         there_[y & (RingRows(most_) - 1)] = row != nullptr;
         if (!row) return;
-        rows::MoveRow(pack_, row + std::int64_t{x_} * source_->PixelSize, line_, count_);
-        skew_(weight_, share_, line_, left_, moved, count_ * pixelSize_);
+        const std::uint8_t* values = row + std::int64_t{x_} * source_->PixelSize;
+        if (pack_.copies) {
+            values += pack_.from.offset;
+        } else {
+            rows::MoveRow(pack_, values, line_, count_);
+            values = line_;
+        }
+        skew_(weight_, share_, values, left_, moved, count_ * pixelSize_);
         if (y + 1 < source_->Height) return;
         // The blend of the background stands on the last pixel: intended.
         for (std::int32_t i = 0; i < count_ * pixelSize_; ++i)
             moved[i] = rows::EndOfSkew(weight_[i], background_[i % pixelSize_], left_[i]);
     }
 
-    // Row y of the destination, packed.
+    // Row y of the destination, packed. What the last piece of a run brings too much, the next run covers.
     void Assemble(std::int32_t y) {
-        if (pixelSize_ == 1)
-            AssembleOf<std::uint8_t>(y);
-        else
-            AssembleOf<std::uint32_t>(y);
-    }
-
-    template <class Pixel>
-    void AssembleOf(std::int32_t y) {
-        Pixel background;
-        std::memcpy(&background, background_, sizeof(background));
         for (std::int32_t i = 0; i < runs_; ++i) {
             const std::int64_t row = y - run_[i].offset;
             const bool moved = row >= 0 && row < source_->Height && there_[row & (RingRows(most_) - 1)];
-            const std::uint8_t* const from = moved ? RingRow(row) : nullptr;
-            for (std::int64_t j = run_[i].first; j < run_[i].end; ++j) {
-                Pixel pixel = background;
-                if (moved) std::memcpy(&pixel, from + j * std::int64_t{sizeof(Pixel)}, sizeof(Pixel));
-                std::memcpy(line_ + j * std::int64_t{sizeof(Pixel)}, &pixel, sizeof(Pixel));
-            }
+            const std::uint8_t* const from = moved ? RingRow(row) : backgrounds_;
+            for (std::int32_t at = run_[i].first * pixelSize_; at < run_[i].end * pixelSize_; at += kPiece)
+                std::memcpy(line_ + at, from + at, kPiece);
         }
     }
 
@@ -179,7 +172,8 @@ class Strip {
     double weight_[kMappedStripColumns * kMostBytes];
     std::uint16_t share_[kMappedStripColumns * kMostBytes];
     std::uint8_t left_[kMappedStripColumns * kMostBytes];
-    std::uint8_t line_[kMappedStripColumns * kMostBytes] = {};
+    std::uint8_t backgrounds_[kMappedStripColumns * kMostBytes + kPiece] = {};
+    std::uint8_t line_[kMappedStripColumns * kMostBytes + kPiece] = {};
 };
 
 // --- Column by column -----------------------------------------------------------------------------
