@@ -9,6 +9,7 @@
 #include "plugin/buffer/Operation.h"
 #include "plugin/buffer/Sharing.h"
 #include "plugin/geometry/ScaleJob.h"
+#include "plugin/rows/Streaming.h"
 #include "plugin/services/HostServices.h"
 
 namespace tqx {
@@ -64,12 +65,13 @@ bool Run(ScaleJob& job) {
     if (!job.intermediate->Valid || !job.self->Valid || !job.source->Valid ||
         !IsIntermediate(job.intermediate.Picture()))
         return false;
-    if (!ChooseScalePath(job.source.Picture(), job.self.Picture(), &job.path) ||
+    CutToPictures(job);
+    if (!ChooseScalePath(job.source.Picture(), job.self.Picture(), std::int64_t{job.columns} * job.rows, &job.path) ||
         !Begin({&job.source, &job.self, &job.intermediate}))
         return false;
     if (job.source->Width <= 0 || job.source->Height <= 0) return true;
     if (MissingRows(job.source) > kMostMissingRows) return false;
-    CutToPictures(job);
+    const rows::StreamsEnd end;
     return RunPasses(job);
 }
 

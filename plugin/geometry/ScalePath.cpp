@@ -44,12 +44,13 @@ rows::MovePlan PackOf(const rows::Samples& samples) {
 
 // `place` gives each value's place in a pixel of `pixelSize` bytes.
 template <class Place>
-rows::MovePlan WritesFrom(const Writes& writes, const PixelBuffer& self, std::int32_t pixelSize, Place place) {
+rows::MovePlan WritesFrom(const Writes& writes, const PixelBuffer& self, std::int32_t pixelSize, std::int64_t pixels,
+                          Place place) {
     rows::PixelMoves moves;
     moves.fromPixelSize = pixelSize;
     moves.toPixelSize = self.PixelSize;
     for (int i = 0; i < writes.count; ++i) moves.Add(place(writes.write[i].value), writes.write[i].offset);
-    return rows::PlanMoves(moves);
+    return rows::PlanMoves(moves, rows::BytesToWrite(pixels, 1, self.PixelSize));
 }
 
 // Where the values of a source's channels go in self, in the order in which they are written.
@@ -71,7 +72,7 @@ Writes WritesTo(const PixelBuffer& self, const rows::Samples& samples, bool alph
 
 }  // namespace
 
-bool ChooseScalePath(const PixelBuffer& source, const PixelBuffer& self, ScalePath* path) {
+bool ChooseScalePath(const PixelBuffer& source, const PixelBuffer& self, std::int64_t pixels, ScalePath* path) {
     rows::ChannelSet set, selfSet;
     if (!ChooseChannels(source, &set) || !ChooseChannels(self, &selfSet)) return false;
     const bool fromGray = source.IsGray, toGray = self.IsGray;
@@ -83,8 +84,9 @@ bool ChooseScalePath(const PixelBuffer& source, const PixelBuffer& self, ScalePa
     path->slots.clearsRest = alpha && fromGray;
     path->pack = PackOf(path->samples);
     const Writes writes = WritesTo(self, path->samples, alpha);
-    path->fromPacked = WritesFrom(writes, self, path->Values(), [](int value) { return value; });
-    path->fromSlots = WritesFrom(writes, self, rows::kSlots, [&](int value) { return path->slots.slot[value]; });
+    path->fromPacked = WritesFrom(writes, self, path->Values(), pixels, [](int value) { return value; });
+    path->fromSlots =
+        WritesFrom(writes, self, rows::kSlots, pixels, [&](int value) { return path->slots.slot[value]; });
     return true;
 }
 

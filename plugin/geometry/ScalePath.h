@@ -20,7 +20,7 @@ struct ScalePath {
 
 // False when either picture is neither gray nor RGB. Alpha is scaled only between two pictures of
 // a kind that both have it, and from RGB to gray; gray with alpha into RGB leaves self's alpha alone:
-// intended.
-bool ChooseScalePath(const PixelBuffer& source, const PixelBuffer& self, ScalePath* path);
+// intended. `pixels` of self will be written.
+bool ChooseScalePath(const PixelBuffer& source, const PixelBuffer& self, std::int64_t pixels, ScalePath* path);
 
 }  // namespace tqx

@@ -79,6 +79,22 @@ TEST_P(ScaleQuickly, GivesTheBytesOfTheDoubles) {
             for (const Sizes& sizes : kSizes) ExpectSame(painted, kFormats[format], sizes);
 }
 
+Bytes Enlarged(const Ref<Object>& source, const Format& format, int mode, int width, int height) {
+    const auto self = New("PictureTQX", width, height, format.code);
+    EXPECT_TRUE(CallBool(self, "Scale", source, nullptr, mode, width, height));
+    return ReadPixels(self);
+}
+
+// What is large enough to be stored past the cache, beside the same in another order of channels, which isn't.
+TEST_P(ScaleQuickly, WritesLargeResultsLikeOthers) {
+    constexpr int kWidth = 4000, kHeight = 3000, kRgb = 1, kBgr = 6;
+    const auto source = PictureOf(kPaintings[0], kFormats[kRgb], 250, 190);
+    const Bytes large = Enlarged(source, kFormats[kRgb], GetParam(), kWidth, kHeight);
+    Bytes turned = Enlarged(source, kFormats[kBgr], GetParam(), kWidth, kHeight);
+    for (std::size_t i = 0; i < turned.size(); i += 3) std::swap(turned[i], turned[i + 2]);
+    EXPECT_TRUE(SameBytes(large, turned, kWidth * 3, 3));
+}
+
 INSTANTIATE_TEST_SUITE_P(EveryKernel, ScaleQuickly, ::testing::Range(kTriangle, kCubic + 1));
 
 }  // namespace
