@@ -54,7 +54,8 @@ bool RunPasses(const ScaleJob& job) {
     const PixelBuffer& intermediate = job.intermediate.Picture();
     if (Yields(job) || MayShareStorage(intermediate, source) || MayShareStorage(intermediate, self))
         return RunInOrder(job);
-    if (job.intermediateIsOurs && !MayShareStorage(source, self) && (ScaleQuickly(job) || ScaleThroughBands(job)))
+    if (job.intermediateIsOurs && !MayShareStorage(source, self) &&
+        (ScaleInWholeNumbers(job) || ScaleQuickly(job) || ScaleThroughBands(job)))
         return true;
     const Across across = ScaleAcrossInBands(job);
     if (across == Across::NotDone) return RunInOrder(job);

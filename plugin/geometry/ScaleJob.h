@@ -69,4 +69,8 @@ bool ScaleThroughBands(const ScaleJob& job);
 // that leave much undecided.
 bool ScaleQuickly(const ScaleJob& job);
 
+// The same in whole numbers, where these leave nothing to round: enlarging by a triangle or a box at
+// powers of two.
+bool ScaleInWholeNumbers(const ScaleJob& job);
+
 }  // namespace tqx

@@ -9,7 +9,7 @@ namespace {
 
 using namespace support;
 
-constexpr int kTriangle = 1, kCubic = 7, kScaling = 14;
+constexpr int kTriangle = 1, kBox = 2, kCubic = 7, kScaling = 14;
 
 // The byte of a channel at a place.
 using Painting = std::function<int(Random& random, int x, int y, int channel)>;
@@ -58,7 +58,7 @@ constexpr Sizes kSizes[] = {{400, 300, 100, 75},  {400, 300, 300, 225}, {100, 75
 
 class ScaleQuickly : public PluginTest, public ::testing::WithParamInterface<int> {
   protected:
-    // Both ways, with one kernel; gives the samples compared.
+    // Both ways, with one kernel.
     void ExpectSame(const Painted& painted, const Format& format, const Sizes& sizes) {
         const auto source = PictureOf(painted, format, sizes.fromWidth, sizes.fromHeight);
         const auto quick = New("PictureTQX", sizes.toWidth, sizes.toHeight, format.code);
@@ -79,6 +79,20 @@ TEST_P(ScaleQuickly, GivesTheBytesOfTheDoubles) {
             for (const Sizes& sizes : kSizes) ExpectSame(painted, kFormats[format], sizes);
 }
 
+// Whole numbers serve where both factors are powers of two, up to 32.
+constexpr Sizes kPowersOfTwo[] = {{301, 203, 602, 406}, {77, 31, 308, 248}, {61, 37, 488, 37}, {9, 70, 288, 70},
+                                  {40, 5, 80, 160},     {1, 1, 32, 32},     {2, 3, 32, 48},    {50, 7, 50, 7},
+                                  {13, 11, 832, 22},    {13, 11, 26, 704},  {13, 11, 78, 44},  {500, 2, 1000, 5},
+                                  {211, 3, 1266, 24},   {1000, 3, 4000, 12}};
+
+class ScaleInWholeNumbers : public ScaleQuickly {};
+
+TEST_P(ScaleInWholeNumbers, GivesTheBytesOfTheDoubles) {
+    for (const Painted& painted : kPaintings)
+        for (const int format : {1, 2, 6, 8, 11, 12, 10})
+            for (const Sizes& sizes : kPowersOfTwo) ExpectSame(painted, kFormats[format], sizes);
+}
+
 Bytes Enlarged(const Ref<Object>& source, const Format& format, int mode, int width, int height) {
     const auto self = New("PictureTQX", width, height, format.code);
     EXPECT_TRUE(CallBool(self, "Scale", source, nullptr, mode, width, height));
@@ -96,5 +110,7 @@ TEST_P(ScaleQuickly, WritesLargeResultsLikeOthers) {
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryKernel, ScaleQuickly, ::testing::Range(kTriangle, kCubic + 1));
+
+INSTANTIATE_TEST_SUITE_P(TriangleAndBox, ScaleInWholeNumbers, ::testing::Range(kTriangle, kBox + 1));
 
 }  // namespace
