@@ -26,6 +26,10 @@ int PlacesOf(float weight, double total, double defined, int places) {
 
 bool Serves(const rows::Taps& list) { return list.count > 0 && list.count <= kMostTaps && list.reciprocal != 0; }
 
+bool HaveSameWeights(const rows::QuickTaps& one, const rows::QuickTaps& other) {
+    return one.count == other.count && std::equal(one.weights, one.weights + one.count, other.weights);
+}
+
 }  // namespace
 
 bool QuickTaps::Build(const Contributions& lists) {
@@ -44,7 +48,10 @@ bool QuickTaps::Build(const Contributions& lists) {
             const std::int32_t k = rows::QuickTurn(turn, list.count);
             next[k] = Add(list.weights[k], list, bounds_[i]);
         }
-        next += list.count;
+        if (i > 0 && HaveSameWeights(taps_[i], taps_[i - 1]))
+            taps_[i].weights = taps_[i - 1].weights;
+        else
+            next += list.count;
         mostPlaces_ = std::max(mostPlaces_, bounds_[i].places);
     }
     return true;
@@ -63,9 +70,10 @@ double QuickTaps::ErrorOf(const Bound& bound) {
     return rows::kMiddle * kUnit * (bound.sum + bound.whole) * kSecondOrder + kRest;
 }
 
-double QuickTaps::ErrorAcross() const {
+double QuickTaps::ErrorAcross(std::int64_t first, std::int64_t end) const {
     double most = 0;
-    for (std::int32_t i = 0; i < count_; ++i) most = std::max(most, ErrorOf(bounds_[i]));
+    for (std::int64_t i = first; i < std::min<std::int64_t>(end, count_); ++i)
+        most = std::max(most, ErrorOf(bounds_[i]));
     return most + kRounding;
 }
 

@@ -56,8 +56,9 @@ class QuickTaps {
     int MostPlaces() const { return mostPlaces_; }
     static constexpr int kMostPlaces = 13;
 
-    // How far the value of a pixel along rows is from the defined single, at most.
-    double ErrorAcross() const;
+    // How far the value of a pixel along rows is from the defined single, at most: of the columns from
+    // `first` to `end`.
+    double ErrorAcross(std::int64_t first, std::int64_t end) const;
 
     // How far a sample of row i is from the defined quotient, with values that are `across` away from
     // the defined ones.

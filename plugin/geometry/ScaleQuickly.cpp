@@ -67,6 +67,9 @@ class QuickScaling {
     static constexpr int kFewPlaces = 5;
     static constexpr double kLeastStep = 0x1p-10;
 
+    // Errors along rows that are held for the same.
+    static constexpr double kAlike = 1.125;
+
     bool BuildLists() {
         if (!across_.Start(*job_->kernel, job_->AcrossScale(job_->columns))) return false;
         for (std::int32_t i = 0; i < across_.Count(); ++i) across_.BuildList(i);
@@ -92,6 +95,7 @@ class QuickScaling {
         std::int64_t span = 0;
         if (!FindReaches(&span)) return false;
         const std::int64_t rows = RoundUp(span + kQuickLanes - 1, kQuickLanes);
+        values_ = RoundUp(std::int64_t{job_->columns} * values, kPiece);
         stride_ = RoundUp(std::int64_t{job_->columns} * values, std::int64_t{ExactSamples::kBlockColumns} * values);
         ringStride_ = OddLines(stride_, kCacheLine / 4);
         const std::int64_t packedStride = OddLines(std::int64_t{job_->source->Width} * values + kSlack, kCacheLine);
@@ -106,8 +110,28 @@ class QuickScaling {
             packedRow_[i] = packed_.data() + i % rows * packedStride;
         }
         sampled_ = {packedRow_.data(), packedStride, rows};
-        errorAcross_ = quickAcross_.ErrorAcross();
+        FindEdges();
         return FindExactColumns();
+    }
+
+    // How far the values of a piece along rows are from the defined ones, at most.
+    double ErrorOfPiece(std::int64_t piece) const {
+        const int values = job_->path.Values();
+        return quickAcross_.ErrorAcross(piece * kPiece / values, ((piece + 1) * kPiece - 1) / values + 1);
+    }
+
+    // From the middle of a row to where the error becomes larger. Lists that the source's edges cut have a small
+    // total, and so large weights.
+    void FindEdges() {
+        const std::int64_t pieces = values_ / kPiece;
+        std::int64_t first = pieces / 2, end = first + 1;
+        const double most = ErrorOfPiece(first) * kAlike;
+        while (first > 0 && ErrorOfPiece(first - 1) <= most) --first;
+        while (end < pieces && ErrorOfPiece(end) <= most) ++end;
+        innerFirst_ = first * kPiece;
+        innerEnd_ = end * kPiece;
+        errorInside_ = most;
+        errorAcross_ = std::max(most, quickAcross_.ErrorAcross(0, job_->columns));
     }
 
     // Marks the values of columns whose lists leave nothing to round.
@@ -137,10 +161,11 @@ class QuickScaling {
         exact_.Forget(y);
     }
 
-    rows::QuickRow RowOf(std::int32_t y, std::int32_t place) const {
+    // Row y from values that are `across` away from the defined ones.
+    rows::QuickRow RowOf(std::int32_t y, double across, std::int32_t place) const {
         const rows::QuickTaps& taps = quickDown_[y];
         const bool exact = quickAcross_.MostPlaces() + quickDown_.Places(y) <= QuickTaps::kMostPlaces;
-        const double error = exact ? 0 : quickDown_.ErrorDown(y, errorAcross_);
+        const double error = exact ? 0 : quickDown_.ErrorDown(y, across);
         return {.rows = &ringRow_[taps.first % sampled_.rows],
                 .weights = taps.weights,
                 .count = taps.count,
@@ -175,15 +200,18 @@ class QuickScaling {
     }
 
     void MakeRows(const rows::Block& batch) {
-        rows::QuickRow outputs[kBatch];
+        rows::QuickRow outputs[kBatch], inside[kBatch];
         std::int32_t rowOf[kBatch], count = 0;
         for (std::int32_t y = batch.first; y < batch.End(); ++y) {
             if (y > batch.first && Repeats(y)) continue;
             rowOf[count] = y;
-            outputs[count] = RowOf(y, count);
+            outputs[count] = RowOf(y, errorAcross_, count);
+            inside[count] = RowOf(y, errorInside_, count);
             ++count;
         }
-        sumDown_(outputs, count, RoundUp(std::int64_t{job_->columns} * job_->path.Values(), kPiece));
+        sumDown_(outputs, count, 0, innerFirst_);
+        sumDown_(inside, count, innerFirst_, innerEnd_);
+        sumDown_(outputs, count, innerEnd_, values_);
         for (std::int32_t i = 0; i < count; ++i) {
             Decide(rowOf[i], outputs[i]);
             const std::int32_t end = i + 1 < count ? rowOf[i + 1] : batch.End();
@@ -199,13 +227,17 @@ class QuickScaling {
     Contributions down_;
     QuickTaps quickAcross_;
     QuickTaps quickDown_;
-    double errorAcross_ = 0;
+    double errorAcross_ = 0;  // of any value along rows, and of those from innerFirst_ to innerEnd_
+    double errorInside_ = 0;
+    std::int64_t innerFirst_ = 0;
+    std::int64_t innerEnd_ = 0;
     Scratch<std::int32_t> reaches_;  // no row of self up to this one uses rows of the source below
     Scratch<std::uint8_t> packed_;   // the rings: sampled bytes, and quick values
     SampledRows sampled_{};
     Scratch<float> ring_;
     std::int64_t ringStride_ = 0;
-    std::int64_t stride_ = 0;                 // values, whole blocks
+    std::int64_t values_ = 0;                 // of a row, whole pieces
+    std::int64_t stride_ = 0;                 // the same, whole blocks
     Scratch<const std::uint8_t*> packedRow_;  // the rings' rows twice in a row, so that runs may wrap
     Scratch<const float*> ringRow_;
     Scratch<std::uint8_t> bytes_;  // of a batch

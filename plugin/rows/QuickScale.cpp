@@ -55,10 +55,10 @@ float QuickSumDownOf(const QuickRow& output, std::int64_t value) {
     return sum;
 }
 
-void QuickSumDownPlain(const QuickRow* outputs, int count, std::int64_t values) {
+void QuickSumDownPlain(const QuickRow* outputs, int count, std::int64_t at, std::int64_t end) {
     for (const QuickRow* output = outputs; output != outputs + count; ++output) {
-        std::fill_n(output->undecided, values / kPiece, 0);
-        for (std::int64_t i = 0; i < values; ++i) {
+        std::fill(output->undecided + at / kPiece, output->undecided + end / kPiece, 0);
+        for (std::int64_t i = at; i < end; ++i) {
             const float sum = QuickSumDownOf(*output, i);
             output->bytes[i] = TruncatedByte(sum + output->low);
             const bool undecided = TruncatedByte(sum + output->high) != output->bytes[i];

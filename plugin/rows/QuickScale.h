@@ -19,7 +19,8 @@ inline constexpr int kQuickLanes = 16;
 
 inline constexpr int kMiddle = 128;
 
-// A run of neighbours and their weights, each divided by the total.
+// A run of neighbours and their weights, each divided by the total. Lists side by side whose weights lie at the same
+// place are summed quicker.
 struct QuickTaps {
     const float* weights;
     std::int32_t first;
@@ -56,8 +57,8 @@ struct QuickRow {
     std::uint64_t* undecided;  // a bit for each sample of a piece whose sum + high gives another byte
 };
 
-// Adds for the outputs piece by piece: `values` values each, a multiple of kPiece.
-using QuickSumDownFunction = void(const QuickRow* outputs, int count, std::int64_t values);
+// Adds for the outputs piece by piece: the values from `at` to `end` of each, multiples of kPiece.
+using QuickSumDownFunction = void(const QuickRow* outputs, int count, std::int64_t at, std::int64_t end);
 extern const Forms<QuickSumDownFunction> kQuickSumDown;
 
 }  // namespace rows

@@ -109,25 +109,29 @@ struct QuickSums {
 template <int Values>
 constexpr int kColumnsAtOnce = std::clamp(12 * kFloats / (Values * kQuickLanes), 1, 4);
 
-// The sums of neighbouring columns with as many weights each.
-template <int Values, int Columns>
+// The sums of neighbouring columns with as many weights each; `Shared`: with the same ones, which are so fetched
+// once.
+template <int Values, int Columns, bool Shared>
 ROWS_INLINE void QuickSumColumns(const QuickTaps* columns, const float* lanes, std::int64_t firstColumn, float* sums) {
     constexpr int kColumn = Values * kQuickLanes, kRegisters = kColumn / kFloats;
-    const float* column[Columns];
+    const float *column[Columns], *weights[Columns];
     QuickSums<kRegisters> made[Columns];
 #pragma GCC unroll 4
-    for (int c = 0; c < Columns; ++c) column[c] = lanes + (columns[c].first - firstColumn) * kColumn;
+    for (int c = 0; c < Columns; ++c) {
+        column[c] = lanes + (columns[c].first - firstColumn) * kColumn;
+        weights[c] = columns[Shared ? 0 : c].weights;
+    }
     std::int64_t first = 0, last = columns->count - 1;
     for (; first < last; ++first, --last) {
 #pragma GCC unroll 4
-        for (int c = 0; c < Columns; ++c) made[c].Add(columns[c].weights[first], column[c] + first * kColumn);
+        for (int c = 0; c < Columns; ++c) made[c].Add(weights[c][first], column[c] + first * kColumn);
 #pragma GCC unroll 4
-        for (int c = 0; c < Columns; ++c) made[c].Add(columns[c].weights[last], column[c] + last * kColumn);
+        for (int c = 0; c < Columns; ++c) made[c].Add(weights[c][last], column[c] + last * kColumn);
     }
     const Floats least = AllFloats(0.0F - kMiddle), most = AllFloats(255.0F - kMiddle);
 #pragma GCC unroll 4
     for (int c = 0; c < Columns; ++c) {
-        if (first == last) made[c].Add(columns[c].weights[first], column[c] + first * kColumn);
+        if (first == last) made[c].Add(weights[c][first], column[c] + first * kColumn);
 #pragma GCC unroll 8
         for (int i = 0; i < kRegisters; ++i)
             StoreFloats(sums + c * kColumn + i * kFloats, ClampFloats(made[c].sum[i], least, most));
@@ -140,6 +144,12 @@ ROWS_INLINE bool HaveSameCounts(const QuickTaps* columns, int count) {
     return same;
 }
 
+ROWS_INLINE bool HaveSameWeights(const QuickTaps* columns, int count) {
+    bool same = true;
+    for (int c = 1; c < count; ++c) same &= columns[c].weights == columns->weights;
+    return same;
+}
+
 template <int Values>
 void QuickSumAcrossOf(const QuickTaps* columns, std::int64_t count, const float* lanes, std::int64_t firstColumn,
                       float* sums) {
@@ -147,10 +157,12 @@ void QuickSumAcrossOf(const QuickTaps* columns, std::int64_t count, const float*
     std::int64_t x = 0;
     while (x < count) {
         const bool together = x + kAtOnce <= count && HaveSameCounts(columns + x, kAtOnce);
-        if (together)
-            QuickSumColumns<Values, kAtOnce>(columns + x, lanes, firstColumn, sums + x * kColumn);
+        if (!together)
+            QuickSumColumns<Values, 1, false>(columns + x, lanes, firstColumn, sums + x * kColumn);
+        else if (HaveSameWeights(columns + x, kAtOnce))
+            QuickSumColumns<Values, kAtOnce, true>(columns + x, lanes, firstColumn, sums + x * kColumn);
         else
-            QuickSumColumns<Values, 1>(columns + x, lanes, firstColumn, sums + x * kColumn);
+            QuickSumColumns<Values, kAtOnce, false>(columns + x, lanes, firstColumn, sums + x * kColumn);
         x += together ? kAtOnce : 1;
     }
 }
@@ -209,8 +221,8 @@ void QuickSumPiece(const QuickRow& output, std::int64_t at) {
 }
 
 // Piece by piece, so that the rows that several outputs share come from the nearest cache.
-void QuickSumDown(const QuickRow* outputs, int count, std::int64_t values) {
-    for (std::int64_t at = 0; at < values; at += kPiece)
+void QuickSumDown(const QuickRow* outputs, int count, std::int64_t at, std::int64_t end) {
+    for (; at < end; at += kPiece)
         for (int i = 0; i < count; ++i) QuickSumPiece(outputs[i], at);
 }
 

@@ -182,31 +182,48 @@ void SumScattered(const ScatteredRow& row, const std::int32_t* places, std::int6
 
 // --- Long lists -------------------------------------------------------------------------------
 
-constexpr int kRowsTurned = 8, kBytesTurned = 16, kParts = kRowsTurned / kDoubles;
+// So many rows that their sums, each of which waits for its own last step, keep the processor busy.
+constexpr int kRowsTurned = 16, kBytesTurned = 16, kParts = kRowsTurned / kDoubles;
 
 // A sample's sums along rows, one row a lane.
 struct RowSums {
     Doubles sum[kParts];
 
     ROWS_INLINE RowSums() {
-#pragma GCC unroll 2
+#pragma GCC unroll 4
         for (int i = 0; i < kParts; ++i) sum[i] = AllDoubles(0);
     }
 
     // `bytes` has one of each row.
     ROWS_INLINE void Add(double weight, const std::uint8_t* bytes) {
         const Doubles all = AllDoubles(weight);
-#pragma GCC unroll 2
+#pragma GCC unroll 4
         for (int i = 0; i < kParts; ++i)
             sum[i] = AddDoubles(sum[i], MulDoubles(all, DoublesOfBytes(bytes + i * kDoubles)));
     }
 
     ROWS_INLINE void StoreValues(double total, double* values) const {
-#pragma GCC unroll 2
+#pragma GCC unroll 4
         for (int i = 0; i < kParts; ++i)
             StoreDoubles(values + i * kDoubles, RoundedToSingles(QuotientOf(sum[i], AllDoubles(total))));
     }
 };
+
+// kBytesTurned bytes of each row, the first ones of all rows side by side, then the second ones.
+ROWS_INLINE void TurnRowsOf(const std::uint8_t* const* rows, std::int64_t at, std::uint8_t* bytes) {
+    __m128i row[8], upper[8], lower[8];
+#pragma GCC unroll 8
+    for (int r = 0; r < 8; ++r) row[r] = LoadLane(rows[r] + at);
+    TurnLoaded(row, upper);
+#pragma GCC unroll 8
+    for (int r = 0; r < 8; ++r) row[r] = LoadLane(rows[8 + r] + at);
+    TurnLoaded(row, lower);
+#pragma GCC unroll 8
+    for (int i = 0; i < 8; ++i) {
+        StoreLane(bytes + 2 * i * kRowsTurned, _mm_unpacklo_epi64(upper[i], lower[i]));
+        StoreLane(bytes + (2 * i + 1) * kRowsTurned, _mm_unpackhi_epi64(upper[i], lower[i]));
+    }
+}
 
 // One value of kRowsTurned rows; the last of `count` rows stands for those past it.
 void SumTurnedRows(const Taps& taps, const std::uint8_t* const* rows, int count, std::int64_t start, int stride,
@@ -216,13 +233,8 @@ void SumTurnedRows(const Taps& taps, const std::uint8_t* const* rows, int count,
     RowSums sums;
     const int tapsTurned = kBytesTurned / stride;
     for (std::int32_t first = 0; first < taps.count; first += tapsTurned) {
-        __m128i row[kRowsTurned], turned[kRowsTurned];
         alignas(kBytesTurned) std::uint8_t bytes[kBytesTurned * kRowsTurned];
-#pragma GCC unroll 8
-        for (int r = 0; r < kRowsTurned; ++r) row[r] = LoadLane(from[r] + std::int64_t{first} * stride);
-        TurnLoaded(row, turned);
-#pragma GCC unroll 8
-        for (int i = 0; i < kRowsTurned; ++i) StoreLane(bytes + i * kBytesTurned, turned[i]);
+        TurnRowsOf(from, std::int64_t{first} * stride, bytes);
         const int left = taps.count - first;
         for (int k = 0; k < tapsTurned && k < left; ++k)
             sums.Add(taps.weights[first + k], bytes + k * stride * kRowsTurned);

@@ -48,19 +48,30 @@ TEST_P(QuickScale, PutsBytesIntoLanesFromEveryLength) {
     }
 }
 
+void ExpectSumsAcross(rows::CpuLevel level, int values, const std::vector<QuickTaps>& columns,
+                      const std::vector<float>& lanes) {
+    std::vector<float> plain(columns.size() * static_cast<std::size_t>(values) * kQuickLanes), wide = plain;
+    const auto count = static_cast<std::int64_t>(columns.size());
+    rows::kQuickSumAcross.plain(values, columns.data(), count, lanes.data(), 3, plain.data());
+    rows::kQuickSumAcross.At(level)(values, columns.data(), count, lanes.data(), 3, wide.data());
+    ASSERT_EQ(BitsOf(wide, wide.size()), BitsOf(plain, plain.size())) << values << ", " << columns[0].count;
+}
+
+// Columns with the same weights, with weights of their own, and with other numbers of them in between.
 TEST_P(QuickScale, SumsColumnsOfEveryNumberOfValuesAndTaps) {
     Random random(2);
     for (int values = 1; values <= 4; ++values)
         for (int taps = 0; taps <= 26; ++taps) {
             const std::vector<float> lanes =
-                Numbers(random, static_cast<std::size_t>(40 * values) * kQuickLanes, -128, 127);
-            const std::vector<float> weights = Numbers(random, 26, -0.4F, 0.7F);
-            const QuickTaps columns[] = {
-                {weights.data(), 3, taps}, {weights.data(), 5, taps}, {weights.data(), 9, taps}};
-            std::vector<float> plain(static_cast<std::size_t>(3 * values) * kQuickLanes), wide = plain;
-            rows::kQuickSumAcross.plain(values, columns, 3, lanes.data(), 3, plain.data());
-            rows::kQuickSumAcross.At(GetParam())(values, columns, 3, lanes.data(), 3, wide.data());
-            ASSERT_EQ(BitsOf(wide, wide.size()), BitsOf(plain, plain.size())) << values << ", " << taps;
+                Numbers(random, static_cast<std::size_t>(50 * values) * kQuickLanes, -128, 127);
+            const std::vector<float> weights = Numbers(random, 46, -0.4F, 0.7F);
+            std::vector<QuickTaps> shared, own, mixed;
+            for (int i = 0; i < 14; ++i) {
+                shared.push_back({weights.data(), 3 + i, taps});
+                own.push_back({weights.data() + i, 3 + i * 3 / 2, taps});
+                mixed.push_back({weights.data() + i / 5, 3 + i, taps + (i % 6 == 5)});
+            }
+            for (const auto& columns : {shared, own, mixed}) ExpectSumsAcross(GetParam(), values, columns, lanes);
         }
 }
 
@@ -89,10 +100,11 @@ TEST_P(QuickScale, TellsDecidedBytesFromUndecidedOnes) {
             std::vector<std::uint64_t> plainBits(3), wideBits(3);
             QuickRow output{row.data(),        weights.data(),  taps, 128 - doubt, 128 + doubt,
                             plainBytes.data(), plainBits.data()};
-            rows::kQuickSumDown.plain(&output, 1, kValues);
+            rows::kQuickSumDown.plain(&output, 1, 0, kValues);
             output.bytes = wideBytes.data();
             output.undecided = wideBits.data();
-            rows::kQuickSumDown.At(GetParam())(&output, 1, kValues);
+            rows::kQuickSumDown.At(GetParam())(&output, 1, kPiece, kValues);
+            rows::kQuickSumDown.At(GetParam())(&output, 1, 0, kPiece);
             ASSERT_EQ(wideBytes, plainBytes) << taps;
             ASSERT_EQ(wideBits, plainBits) << taps;
             if (doubt == 600) {
