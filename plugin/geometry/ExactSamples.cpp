@@ -63,10 +63,10 @@ void ExactSamples::Decide(std::int32_t y, std::uint64_t* undecided, std::uint8_t
         std::uint64_t word = undecided[at / kPiece];
         if (count_ - at < kPiece) word &= (std::uint64_t{1} << (count_ - at)) - 1;
         if (word == 0) continue;
-        if (std::popcount(word) <= few_) {
-            Scatter(at, word);
-            continue;
-        }
+        const std::int64_t before = scatteredCount_;
+        Scatter(at, word);
+        if (scatteredCount_ - before <= few_) continue;
+        scatteredCount_ = before;
         const rows::Block columns = ColumnsOf(at);
         if (IsFlat(y, columns))
             DecideFlat(y, at, columns, bytes);

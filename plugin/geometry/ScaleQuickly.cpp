@@ -1,7 +1,6 @@
 // A scaling in bands by quick arithmetic, where no intermediate is wanted: near values, the bytes that
 // they tell beyond doubt, and the definition for the others.
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <cstring>
 
@@ -66,6 +65,7 @@ class QuickScaling {
     // Samples of lists with so few places are multiples of the step.
     static constexpr int kFewPlaces = 5;
     static constexpr double kLeastStep = 0x1p-10;
+    static constexpr double kRoundings = 0x1p-14;  // of low, of high, and of what is added to them
 
     // Errors along rows that are held for the same.
     static constexpr double kAlike = 1.125;
@@ -161,6 +161,13 @@ class QuickScaling {
         exact_.Forget(y);
     }
 
+    // Samples whose lists both leave nothing to round are multiples of a step. Where the error leaves one open, there
+    // is a whole number between what its sum + low and its sum + high give, and if that is less than a step, the sample
+    // is this number.
+    bool LeavesWholeNumbers(std::int32_t y, double error) const {
+        return quickDown_.Places(y) <= kFewPlaces && 2 * error + kRoundings < kLeastStep;
+    }
+
     // Row y from values that are `across` away from the defined ones.
     rows::QuickRow RowOf(std::int32_t y, double across, std::int32_t place) const {
         const rows::QuickTaps& taps = quickDown_[y];
@@ -171,19 +178,9 @@ class QuickScaling {
                 .count = taps.count,
                 .low = SingleToward(rows::kMiddle - error, 0),
                 .high = SingleToward(rows::kMiddle + error, 1024),
+                .whole = LeavesWholeNumbers(y, error) ? exactColumns_.data() : nullptr,
                 .bytes = bytes_.data() + place * stride_,
                 .undecided = undecided_.data() + place * (stride_ / kPiece)};
-    }
-
-    // Samples whose lists both leave nothing to round are known as they are. Where one of them is a whole
-    // number, it lies between what its sum + low and its sum + high give, a byte and the next one.
-    void TakeExact(std::int32_t y, const rows::QuickRow& output) const {
-        if (quickDown_.Places(y) > kFewPlaces || output.high - output.low >= kLeastStep) return;
-        for (std::int64_t piece = 0; piece < stride_ / kPiece; ++piece) {
-            std::uint64_t exact = output.undecided[piece] & exactColumns_[piece];
-            output.undecided[piece] ^= exact;
-            for (; exact != 0; exact &= exact - 1) ++output.bytes[piece * kPiece + std::countr_zero(exact)];
-        }
     }
 
     // Rows with the list of the row before have its bytes, as most have where boxes enlarge.
@@ -191,12 +188,6 @@ class QuickScaling {
         const rows::Taps &list = down_[y], &before = down_[y - 1];
         return list.first == before.first &&
                std::equal(list.weights, list.weights + list.count, before.weights, before.weights + before.count);
-    }
-
-    void Decide(std::int32_t y, const rows::QuickRow& output) {
-        if (output.low == output.high) return;
-        TakeExact(y, output);
-        exact_.Decide(y, output.undecided, output.bytes);
     }
 
     void MakeRows(const rows::Block& batch) {
@@ -213,7 +204,7 @@ class QuickScaling {
         sumDown_(inside, count, innerFirst_, innerEnd_);
         sumDown_(outputs, count, innerEnd_, values_);
         for (std::int32_t i = 0; i < count; ++i) {
-            Decide(rowOf[i], outputs[i]);
+            if (outputs[i].low != outputs[i].high) exact_.Decide(rowOf[i], outputs[i].undecided, outputs[i].bytes);
             const std::int32_t end = i + 1 < count ? rowOf[i + 1] : batch.End();
             for (std::int32_t y = rowOf[i]; y < end; ++y)
                 if (std::uint8_t* const row = job_->self.Row(y))

@@ -55,14 +55,19 @@ float QuickSumDownOf(const QuickRow& output, std::int64_t value) {
     return sum;
 }
 
+bool IsWhole(const QuickRow& output, std::int64_t value) {
+    return output.whole && (output.whole[value / kPiece] >> (value % kPiece) & 1) != 0;
+}
+
 void QuickSumDownPlain(const QuickRow* outputs, int count, std::int64_t at, std::int64_t end) {
     for (const QuickRow* output = outputs; output != outputs + count; ++output) {
         std::fill(output->undecided + at / kPiece, output->undecided + end / kPiece, 0);
         for (std::int64_t i = at; i < end; ++i) {
             const float sum = QuickSumDownOf(*output, i);
-            output->bytes[i] = TruncatedByte(sum + output->low);
-            const bool undecided = TruncatedByte(sum + output->high) != output->bytes[i];
-            output->undecided[i / kPiece] |= std::uint64_t{undecided} << (i % kPiece);
+            const std::uint8_t low = TruncatedByte(sum + output->low), high = TruncatedByte(sum + output->high);
+            const bool whole = IsWhole(*output, i);
+            output->bytes[i] = whole ? high : low;
+            output->undecided[i / kPiece] |= std::uint64_t{high != low && !whole} << (i % kPiece);
         }
     }
 }

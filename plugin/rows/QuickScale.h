@@ -53,8 +53,10 @@ struct QuickRow {
     int count;
     float low;
     float high;
-    std::uint8_t* bytes;       // what sum + low gives, clamped and truncated
-    std::uint64_t* undecided;  // a bit for each sample of a piece whose sum + high gives another byte
+    const std::uint64_t* whole;  // null, or a bit for each sample of a piece that is a whole number where it is open
+    std::uint8_t* bytes;         // what sum + low gives, clamped and truncated; where it is a whole number, what
+                                 // sum + high gives
+    std::uint64_t* undecided;    // a bit for each other sample of a piece whose sum + high gives another byte
 };
 
 // Adds for the outputs piece by piece: the values from `at` to `end` of each, multiples of kPiece.

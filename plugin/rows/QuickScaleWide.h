@@ -18,6 +18,9 @@ ROWS_INLINE Floats ClampFloats(Floats value, Floats least, Floats most) {
     return _mm512_min_ps(_mm512_max_ps(value, least), most);
 }
 ROWS_INLINE Register TruncatedInts(Floats value) { return _mm512_cvttps_epi32(value); }
+ROWS_INLINE Register ChooseBytes(std::uint64_t bits, Register where, Register elsewhere) {
+    return _mm512_mask_blend_epi8(bits, elsewhere, where);
+}
 ROWS_INLINE std::uint64_t Differences(Register a, Register b) { return _mm512_cmpneq_epi8_mask(a, b); }
 
 ROWS_INLINE Floats FloatsOfInts(Register ints) { return _mm512_cvtepi32_ps(ints); }
@@ -45,6 +48,13 @@ ROWS_INLINE Floats ClampFloats(Floats value, Floats least, Floats most) {
     return _mm256_min_ps(_mm256_max_ps(value, least), most);
 }
 ROWS_INLINE Register TruncatedInts(Floats value) { return _mm256_cvttps_epi32(value); }
+ROWS_INLINE Register ChooseBytes(std::uint64_t bits, Register where, Register elsewhere) {
+    const Register spread =
+        ShuffleBytes(_mm256_set1_epi32(static_cast<int>(bits)),
+                     _mm256_setr_epi64x(0, 0x0101010101010101, 0x0202020202020202, 0x0303030303030303));
+    const Register bit = _mm256_set1_epi64x(static_cast<long long>(0x8040201008040201));
+    return _mm256_blendv_epi8(elsewhere, where, _mm256_cmpeq_epi8(And(spread, bit), bit));
+}
 ROWS_INLINE std::uint64_t Differences(Register a, Register b) {
     return static_cast<std::uint32_t>(~_mm256_movemask_epi8(_mm256_cmpeq_epi8(a, b)));
 }
@@ -210,14 +220,19 @@ void QuickSumPiece(const QuickRow& output, std::int64_t at) {
     if (first == last) made.Add(output.weights[first], output.rows[first] + at);
     const Floats low = AllFloats(output.low), high = AllFloats(output.high);
     const bool doubts = output.low != output.high;
+    const std::uint64_t whole = doubts && output.whole ? output.whole[at / kPiece] : 0;
     std::uint64_t undecided = 0;
 #pragma GCC unroll 2
     for (int i = 0; i < kRegisters; i += 4) {
-        const Register bytes = TruncatedBytes(made.sum + i, low);
+        Register bytes = TruncatedBytes(made.sum + i, low);
+        if (doubts) {
+            const Register above = TruncatedBytes(made.sum + i, high);
+            undecided |= Differences(bytes, above) << (i * kFloats);
+            if (output.whole) bytes = ChooseBytes(whole >> (i * kFloats), above, bytes);
+        }
         Store(output.bytes + at + i * kFloats, bytes);
-        if (doubts) undecided |= Differences(bytes, TruncatedBytes(made.sum + i, high)) << (i * kFloats);
     }
-    output.undecided[at / kPiece] = undecided;
+    output.undecided[at / kPiece] = undecided & ~whole;
 }
 
 // Piece by piece, so that the rows that several outputs share come from the nearest cache.

@@ -88,7 +88,7 @@ TEST_P(QuickScale, TurnsLanesIntoRows) {
 }
 
 TEST_P(QuickScale, TellsDecidedBytesFromUndecidedOnes) {
-    Random random(4);
+    Random random(4), places(5);
     constexpr std::int64_t kValues = 3 * kPiece;
     for (int taps = 0; taps <= 9; ++taps)
         for (const float doubt : {0.0F, 0.001F, 0.3F, 600.0F}) {
@@ -98,7 +98,10 @@ TEST_P(QuickScale, TellsDecidedBytesFromUndecidedOnes) {
             const std::vector<float> weights = Numbers(random, 9, -1, 2);
             Bytes plainBytes(kValues), wideBytes(kValues);
             std::vector<std::uint64_t> plainBits(3), wideBits(3);
-            QuickRow output{row.data(),        weights.data(),  taps, 128 - doubt, 128 + doubt,
+            std::uint64_t whole[3];
+            for (std::uint64_t& bits : whole) bits = places.Next() ^ places.Next() << 32;
+            QuickRow output{row.data(),        weights.data(),  taps,
+                            128 - doubt,       128 + doubt,     taps % 2 == 0 ? nullptr : whole,
                             plainBytes.data(), plainBits.data()};
             rows::kQuickSumDown.plain(&output, 1, 0, kValues);
             output.bytes = wideBytes.data();
@@ -108,7 +111,7 @@ TEST_P(QuickScale, TellsDecidedBytesFromUndecidedOnes) {
             ASSERT_EQ(wideBytes, plainBytes) << taps;
             ASSERT_EQ(wideBits, plainBits) << taps;
             if (doubt == 600) {
-                ASSERT_EQ(plainBits[0], ~std::uint64_t{0});
+                ASSERT_EQ(plainBits[0], output.whole ? ~whole[0] : ~std::uint64_t{0});
             }
         }
 }
