@@ -22,6 +22,9 @@ constexpr int kFractionBits = 22;
 // product from a whole number, about 1 / 1021. Taken away, the same product stays below the number.
 constexpr std::int32_t kTie = 512;
 
+// Below a sample's eight bits; a quarter of it is the last fraction bit of a sum in words.
+constexpr int kWordTie = 4;
+
 // The gain times a difference of ten bits, plus kTie or a little less, as one multiply-add of two
 // 16-bit pairs: 64 d × high + (d + shift) × low.
 struct SplitGain {
@@ -65,6 +68,19 @@ void MixWholePlain(const WholeTaps& taps, const std::uint8_t* first, const std::
     }
 }
 
+// The definition of averages in words: a sample has six fraction bits there, with a last one more, so that a
+// product just below a whole number reaches it. That serves shares of few decimals, whose products lie on
+// whole numbers or well apart from them.
+void MixWordsPlain(const WholeTaps& taps, const std::uint8_t* first, const std::uint8_t* row,
+                   const std::uint8_t* second, std::int64_t count, std::uint8_t* result) {
+    for (std::int64_t i = 0; i < count; ++i) {
+        const int sample = row[i] * 256 + kWordTie;
+        const int difference = 64 * (first[i] + second[i]) - sample / 2;
+        const int sum = ((difference * taps.wordGain) >> 16) + sample / 4;
+        result[i] = static_cast<std::uint8_t>(std::clamp(sum, 0, 255 * 64) / 64);
+    }
+}
+
 }  // namespace
 
 }  // namespace rows
@@ -77,6 +93,7 @@ namespace rows {
 namespace {
 
 constexpr Forms<MixWholeFunction> kMixWhole = ROWS_FORMS(MixWholePlain, MixWhole);
+constexpr Forms<MixWholeFunction> kMixWords = ROWS_FORMS(MixWordsPlain, MixWords);
 
 constexpr int kSums = 511;  // of two neighbours
 
@@ -132,10 +149,9 @@ bool GiveTheSame(MixWholeFunction* mix, const ThreeTaps& taps, const WholeTaps& 
     return true;
 }
 
-// Finds the whole form; false when it doesn't give the same for all samples and neighbours.
-bool FindWholeTaps(MixWholeFunction* mix, const ThreeTaps& taps, WholeTaps* whole) {
-    if (!(taps.share >= 0 && taps.share < 1)) return false;
-    *whole = {static_cast<std::int32_t>(std::lround(taps.share * taps.norm * (1 << kFractionBits))), false, 0, {}};
+// Finds what averages in whole numbers stay below. False when they don't give the same for all samples and
+// neighbours.
+bool FindLimits(MixWholeFunction* mix, const ThreeTaps& taps, WholeTaps* whole) {
     Turns turns, flipped;
     EverySum every;
     for (int sample = 0; sample < 256; ++sample) {
@@ -157,6 +173,22 @@ bool FindWholeTaps(MixWholeFunction* mix, const ThreeTaps& taps, WholeTaps* whol
     return GiveTheSame(mix, taps, *whole);
 }
 
+// Finds a whole form; false when none gives the same.
+bool FindWholeTaps(ThreeTapsPlan* plan) {
+    const ThreeTaps& taps = plan->taps;
+    if (!(taps.share >= 0 && taps.share < 1)) return false;
+    const double gain = taps.share * taps.norm;
+    plan->wholeTaps = {static_cast<std::int32_t>(std::lround(gain * (1 << kFractionBits))),
+                       static_cast<std::int16_t>(std::lround(gain * (1 << 16))),
+                       false,
+                       0,
+                       {}};
+    plan->byWholes = kMixWords.Chosen();
+    if (GiveTheSame(plan->byWholes, taps, plan->wholeTaps)) return true;
+    plan->byWholes = kMixWhole.Chosen();
+    return FindLimits(plan->byWholes, taps, &plan->wholeTaps);
+}
+
 void Mix(const ThreeTapsPlan& plan, const std::uint8_t* first, const std::uint8_t* row, const std::uint8_t* second,
          std::int64_t count, std::uint8_t* result) {
     if (plan.whole)
@@ -169,7 +201,7 @@ void Mix(const ThreeTapsPlan& plan, const std::uint8_t* first, const std::uint8_
 
 ThreeTapsPlan PlanThreeTaps(const ThreeTaps& taps, std::int64_t samples) {
     ThreeTapsPlan plan{LoopForms<Mixing>::kTable.Chosen(), kMixWhole.Chosen(), taps, false, {}};
-    if (samples >= kSamplesWorthWholeTaps) plan.whole = FindWholeTaps(plan.byWholes, taps, &plan.wholeTaps);
+    if (samples >= kSamplesWorthWholeTaps) plan.whole = FindWholeTaps(&plan);
     return plan;
 }
 

@@ -19,13 +19,14 @@ struct ThreeTaps {
 // how large the sample is: an average of v stays below, and becomes v - 1, for samples (turned
 // upside down by `flip`, and 0 taken as 1) above limit[v].
 struct WholeTaps {
-    std::int32_t gain;  // 22 fraction bits
-    bool limited;       // whether any average stays below
-    std::uint8_t flip;  // exclusive-or for samples: 0 or 255
+    std::int32_t gain;      // 22 fraction bits
+    std::int16_t wordGain;  // 16 fraction bits
+    bool limited;           // whether any average stays below
+    std::uint8_t flip;      // exclusive-or for samples: 0 or 255
     std::uint8_t limit[256];
 };
 
-// Averages, and their whole form where it gives the same for each of the 130,816 sums of neighbours
+// Averages, and a whole form where one gives the same for each of the 130,816 sums of neighbours
 // and samples and enough samples will follow to pay for finding out.
 struct ThreeTapsPlan {
     void (*byDoubles)(const ThreeTaps& taps, const std::uint8_t* first, const std::uint8_t* row,

@@ -57,6 +57,25 @@ void MixWhole(const WholeTaps& taps, const std::uint8_t* first, const std::uint8
                         : MixWhole<false>(taps, first, row, second, count, result);
 }
 
+// Samples come with their fraction bits out of the unpacking.
+ROWS_INLINE Register AverageInWords(Register sample, Register neighbours, Register gain) {
+    const Register difference = SubWords(neighbours, ShiftWordsDown<1>(sample));
+    return ShiftWordsDown<6>(AddWords(MulHighSignedWords(difference, gain), ShiftWordsDown<2>(sample)));
+}
+
+void MixWords(const WholeTaps& taps, const std::uint8_t* first, const std::uint8_t* row, const std::uint8_t* second,
+              std::int64_t count, std::uint8_t* result) {
+    const Register gain = Words(taps.wordGain), tie = Bytes(kWordTie), unit = Bytes(64);
+    for (std::int64_t at = 0; at < count; at += kBytes) {
+        const Register sample = LoadPart(row + at, count - at);
+        const Register a = LoadPart(first + at, count - at), b = LoadPart(second + at, count - at);
+        const Register low = AverageInWords(UnpackLowBytes(tie, sample), MulAddBytes(UnpackLowBytes(a, b), unit), gain);
+        const Register high =
+            AverageInWords(UnpackHighBytes(tie, sample), MulAddBytes(UnpackHighBytes(a, b), unit), gain);
+        StorePart(result + at, PackWords(low, high), count - at);
+    }
+}
+
 }  // namespace
 
 }  // namespace rows::ROWS_LEVEL

@@ -75,6 +75,7 @@ ROWS_INLINE Register AddWordsCapped(Register a, Register b) { return _mm256_adds
 ROWS_INLINE Register EqualWords(Register a, Register b) { return _mm256_cmpeq_epi16(a, b); }
 ROWS_INLINE Register MulWords(Register a, Register b) { return _mm256_mullo_epi16(a, b); }
 ROWS_INLINE Register MulHighWords(Register a, Register b) { return _mm256_mulhi_epu16(a, b); }
+ROWS_INLINE Register MulHighSignedWords(Register a, Register b) { return _mm256_mulhi_epi16(a, b); }
 ROWS_INLINE Register MaxSignedWords(Register a, Register b) { return _mm256_max_epi16(a, b); }
 template <int Bits>
 ROWS_INLINE Register ShiftWordsUp(Register a) {
@@ -225,6 +226,7 @@ ROWS_INLINE Register AddWords(Register a, Register b) { return _mm512_add_epi16(
 ROWS_INLINE Register SubWords(Register a, Register b) { return _mm512_sub_epi16(a, b); }
 ROWS_INLINE Register MulWords(Register a, Register b) { return _mm512_mullo_epi16(a, b); }
 ROWS_INLINE Register MulHighWords(Register a, Register b) { return _mm512_mulhi_epu16(a, b); }
+ROWS_INLINE Register MulHighSignedWords(Register a, Register b) { return _mm512_mulhi_epi16(a, b); }
 ROWS_INLINE Register MaxSignedWords(Register a, Register b) { return _mm512_max_epi16(a, b); }
 template <int Bits>
 ROWS_INLINE Register ShiftWordsUp(Register a) {

@@ -55,14 +55,18 @@ TEST_P(FractionalBlur, IsExactForEverySumAtEveryLevel) {
 }
 
 TEST_P(FractionalBlur, AveragesInWholeNumbers) {
-    int whole = 0, limited = 0, flipped = 0;
+    const auto byWords = rows::PlanThreeTaps(TapsOf(0.5), kMany).byWholes;
+    int whole = 0, words = 0, limited = 0, flipped = 0;
     for (int i = 0; i < 100; ++i) {
         const rows::ThreeTapsPlan plan = rows::PlanThreeTaps(TapsOf(i / 100.0), kMany);
         whole += plan.whole;
+        words += plan.whole && plan.byWholes == byWords;
         limited += plan.whole && plan.wholeTaps.limited;
         flipped += plan.whole && plan.wholeTaps.flip != 0;
     }
     EXPECT_GE(whole, 98);  // the others go by doubles
+    EXPECT_GE(words, 20);
+    EXPECT_LT(words + limited, whole);
     EXPECT_GT(limited, flipped);
     EXPECT_LT(limited, whole);
     EXPECT_GT(flipped, 0);
@@ -70,9 +74,8 @@ TEST_P(FractionalBlur, AveragesInWholeNumbers) {
     EXPECT_FALSE(rows::PlanThreeTaps({std::nan(""), std::nan("")}, kMany).whole);
 }
 
-TEST_P(FractionalBlur, TakesEveryLength) {
+void ExpectEveryLength(const rows::ThreeTaps& taps) {
     Random random(3);
-    const rows::ThreeTaps taps = TapsOf(0.3);
     const rows::ThreeTapsPlan plan = rows::PlanThreeTaps(taps, kMany);
     for (int count = 0; count < 200; ++count) {
         const Bytes above = random.NextBytes(200), row = random.NextBytes(200), below = random.NextBytes(200);
@@ -82,6 +85,11 @@ TEST_P(FractionalBlur, TakesEveryLength) {
             ASSERT_EQ(result[i],
                       static_cast<int>(i) < count ? Mixed(taps, above[i] + below[i], row[i]) : std::uint8_t{77});
     }
+}
+
+// Of averages that have limits, of others, and of those in words.
+TEST_P(FractionalBlur, TakesEveryLength) {
+    for (const double share : {0.3, 0.37, 0.4}) ExpectEveryLength(TapsOf(share));
 }
 
 TEST_P(FractionalBlur, MixesAlongRowsOfEveryWidth) {

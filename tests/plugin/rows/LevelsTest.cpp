@@ -97,6 +97,7 @@ TEST(CpuLevels, AreDifferentCodeInEveryPlan) {
     ExpectOwnCode("fill", [] { return rows::InvertPattern(kRgb, 3).form; });
     ExpectOwnCode("fractional blur", [] { return rows::PlanThreeTaps({0.3, 1 / 1.6}, 0).byDoubles; });
     ExpectOwnCode("fractional blur in whole numbers", [] { return rows::PlanThreeTaps({0.3, 1 / 1.6}, 0).byWholes; });
+    ExpectOwnCode("fractional blur in words", [] { return rows::PlanThreeTaps({0.5, 0.5}, 1 << 30).byWholes; });
     ExpectOwnCode("gray", [] { return rows::PlanGray(kRgb).form; });
     ExpectOwnCode("masked draw", [] { return rows::PlanMaskedDraw(kRgba, false).form; });
     ExpectOwnCode("masked blend", [] { return rows::PlanMaskedBlend(kRgb, false).form; });
