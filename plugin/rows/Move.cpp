@@ -89,6 +89,30 @@ void FillLanes(const MovePlan& plan, MoveLanes& lanes) {
     lanes.writesAll = bytes == lanes.pixels * moves.toPixelSize;
 }
 
+// Trades `count` pixels at the left with as many at the right, through copies of both.
+void TradeEnds(const MovePlan& plan, std::uint8_t* left, std::uint8_t* right, std::int32_t count) {
+    constexpr std::int32_t kMostBytes = 1024;
+    std::uint8_t leftCopy[kMostBytes];
+    std::uint8_t rightCopy[kMostBytes];
+    const auto size = static_cast<std::size_t>(plan.to.Extent(count));
+    AskFor(left + 2 * kMostBytes, kMostBytes);  // what the next ends but one are
+    AskFor(right - 2 * kMostBytes, kMostBytes);
+    std::memcpy(leftCopy, left, size);
+    std::memcpy(rightCopy, right, size);
+    plan.form(plan, rightCopy, left, count, true);
+    plan.form(plan, leftCopy, right, count, true);
+}
+
+// Mirrors by pieces of both halves.
+void MirrorByEnds(const MovePlan& plan, std::uint8_t* row, std::int32_t width) {
+    constexpr std::int32_t kPixelsATime = 252;  // whole steps of every form; four bytes each fit
+    const std::int32_t half = width / 2;
+    for (const auto [done, count] : Blocks(half, kPixelsATime)) {
+        const std::int64_t size = plan.moves.toPixelSize;
+        TradeEnds(plan, row + done * size, row + (std::int64_t{width} - done - count) * size, count);
+    }
+}
+
 bool Copies(const PixelMoves& moves) {
     if (moves.fromPixelSize != moves.toPixelSize) return false;
     unsigned bytes = 0;
@@ -111,6 +135,9 @@ namespace rows {
 namespace {
 
 constexpr Forms<MoveFunction> kMoveRow = ROWS_FORMS(MoveEach, MoveAhead);
+
+// Of whole pixels that fill lanes.
+constexpr Forms<MirrorFunction> kMirrorRow = ROWS_FORMS(MirrorByEnds, MirrorRegisters);
 
 }  // namespace
 
@@ -142,6 +169,7 @@ MovePlan PlanMoves(const PixelMoves& moves, std::int64_t bytes) {
                    moves.fromPixelSize <= kLargestPixel && moves.toPixelSize <= kLargestPixel;
     if (!plan.compact) return plan;
     plan.copies = Copies(plan.moves);
+    plan.mirror = plan.copies && 16 % moves.toPixelSize == 0 ? kMirrorRow.Chosen() : &MirrorByEnds;
     if (plan.copies && bytes >= kBytesToStream) plan.stream = kStreamCopy.Chosen();
     FillShuffle(plan.moves, plan.shuffle);
     FillLanes(plan, plan.lanes);
@@ -178,20 +206,6 @@ void MoveRowReversed(const MovePlan& plan, const std::uint8_t* source, std::uint
 
 namespace {
 
-// Trades `count` pixels at the left with as many at the right, through copies of both.
-void TradeEnds(const MovePlan& plan, std::uint8_t* left, std::uint8_t* right, std::int32_t count) {
-    constexpr std::int32_t kMostBytes = 1024;
-    std::uint8_t leftCopy[kMostBytes];
-    std::uint8_t rightCopy[kMostBytes];
-    const auto size = static_cast<std::size_t>(plan.to.Extent(count));
-    AskFor(left + 2 * kMostBytes, kMostBytes);  // what the next ends but one are
-    AskFor(right - 2 * kMostBytes, kMostBytes);
-    std::memcpy(leftCopy, left, size);
-    std::memcpy(rightCopy, right, size);
-    plan.form(plan, rightCopy, left, count, true);
-    plan.form(plan, leftCopy, right, count, true);
-}
-
 // The definition of MirrorRow.
 void MirrorPlain(const PixelMoves& moves, std::uint8_t* row, std::int32_t width) {
     for (std::int32_t i = 0; i < width / 2; ++i) {
@@ -213,12 +227,7 @@ void MirrorRow(const MovePlan& plan, std::uint8_t* row, std::int32_t width) {
     if (width <= 1) return;
     row += plan.to.offset;
     if (!plan.compact) return MirrorPlain(plan.moves, row, width);
-    constexpr std::int32_t kPixelsATime = 252;  // whole steps of every form; four bytes each fit
-    const std::int32_t half = width / 2;
-    for (const auto [done, count] : Blocks(half, kPixelsATime)) {
-        const std::int64_t size = plan.moves.toPixelSize;
-        TradeEnds(plan, row + done * size, row + (std::int64_t{width} - done - count) * size, count);
-    }
+    plan.mirror(plan, row, width);
 }
 
 }  // namespace rows

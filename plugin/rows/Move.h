@@ -54,9 +54,12 @@ struct MovePlan;
 using MoveFunction = void(const MovePlan& plan, const std::uint8_t* source, std::uint8_t* destination,
                           std::int32_t width, bool reversed);
 
+using MirrorFunction = void(const MovePlan& plan, std::uint8_t* row, std::int32_t width);
+
 // Moves and what the wider forms need of them.
 struct MovePlan {
     MoveFunction* form;          // for compact plans and rows that may be read ahead; from the first moved bytes
+    MirrorFunction* mirror;      // of compact plans that move a layout to itself; from the first moved byte
     PixelMoves moves;            // with the spans' offsets taken off
     PixelSpan from;              // the bytes that are read
     PixelSpan to;                // the bytes that are written

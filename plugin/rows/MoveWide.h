@@ -165,6 +165,38 @@ void MoveAhead(const MovePlan& plan, const std::uint8_t* source, std::uint8_t* d
 
 #endif
 
+// The pixels of a register in reverse.
+struct ReverseShuffle {
+    Register index;
+
+#if ROWS_LEVEL_IS_AVX512
+    ROWS_INLINE explicit ReverseShuffle(const MovePlan& plan) : index(Load(plan.shuffle.reversed)) {}
+    ROWS_INLINE Register Of(Register pixels) const { return _mm512_permutexvar_epi8(index, pixels); }
+#else
+    ROWS_INLINE explicit ReverseShuffle(const MovePlan& plan) : index(RepeatLane(plan.lanes.reversed[0])) {}
+    ROWS_INLINE Register Of(Register pixels) const {
+        return _mm256_permute4x64_epi64(ShuffleBytes(pixels, index), 0x4E);
+    }
+#endif
+};
+
+// Registers from both ends trade places; the pieces take what is left in the middle.
+void MirrorRegisters(const MovePlan& plan, std::uint8_t* row, std::int32_t width) {
+    constexpr std::int64_t kAhead = 2048;
+    const ReverseShuffle reverse(plan);
+    const std::int64_t size = plan.moves.toPixelSize;
+    std::uint8_t *left = row, *right = row + width * size;
+    for (; right - left >= 2 * kBytes; left += kBytes) {
+        right -= kBytes;
+        AskFor(left + kAhead, kBytes);
+        AskFor(right - kAhead, kBytes);
+        const Register atLeft = Load(left), atRight = Load(right);
+        Store(left, reverse.Of(atRight));
+        Store(right, reverse.Of(atLeft));
+    }
+    MirrorByEnds(plan, left, static_cast<std::int32_t>((right - left) / size));
+}
+
 }  // namespace
 
 }  // namespace rows::ROWS_LEVEL

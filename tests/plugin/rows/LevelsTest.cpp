@@ -104,6 +104,8 @@ TEST(CpuLevels, AreDifferentCodeInEveryPlan) {
     ExpectOwnCode("look up", [] {
         return rows::PlanLookUp(rows::ChannelSet::Gray, {{&kTable}}, {1, {0}}, {1, {0}}).form;
     });
+    ExpectOwnCode("mirror",
+                  [] { return rows::PlanMoves(rows::MovesBetween(rows::ChannelSet::RgbAlpha, kRgba, kRgba)).mirror; });
     ExpectOwnCode("move", [] { return rows::PlanMoves(rows::MovesBetween(rows::ChannelSet::Rgb, kRgb, kRgba)).form; });
     const std::uint8_t background[4] = {};
     ExpectOwnCode("skew", [&] { return rows::PlanSkew(3, kRgb, kRgb, background).shear; });

@@ -162,6 +162,21 @@ TEST_P(MirrorRow, TradesThePixelsOfBothEndsAtEveryLevel) {
     }
 }
 
+TEST_P(MirrorRow, TradesWholePixelsOfEveryWidth) {
+    Random random(5);
+    for (int size = 1; size <= 4; ++size) {
+        PixelMoves moves{size, size};
+        for (int i = 0; i < size; ++i) moves.Add(i, i);
+        for (int width = 0; width < 300; ++width) {
+            Bytes expected = random.NextBytes(static_cast<std::size_t>(width * size) + 70);
+            Bytes actual = expected;
+            ReferenceMirror(moves, expected.data() + 35, width);
+            rows::MirrorRow(rows::PlanMoves(moves), actual.data() + 35, width);
+            ASSERT_TRUE(support::SameBytes(actual, expected)) << width << " of " << size;
+        }
+    }
+}
+
 TEST_P(MirrorRow, LeavesTheMiddlePixel) {
     PixelMoves moves{1, 1};
     moves.Add(0, 0);
