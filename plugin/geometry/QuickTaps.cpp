@@ -26,32 +26,39 @@ int PlacesOf(float weight, double total, double defined, int places) {
 
 bool Serves(const rows::Taps& list) { return list.count > 0 && list.count <= kMostTaps && list.reciprocal != 0; }
 
+std::int32_t PaddedCount(const Contributions& lists, std::int32_t i, std::int32_t samples) {
+    constexpr std::int32_t kMostPadding = 1;
+    const rows::Taps& list = lists[i];
+    const bool pads = list.count + kMostPadding >= lists.MostTaps() && list.first + lists.MostTaps() <= samples;
+    return pads ? lists.MostTaps() : list.count;
+}
+
 bool HaveSameWeights(const rows::QuickTaps& one, const rows::QuickTaps& other) {
     return one.count == other.count && std::equal(one.weights, one.weights + one.count, other.weights);
 }
 
 }  // namespace
 
-bool QuickTaps::Build(const Contributions& lists) {
+bool QuickTaps::Build(const Contributions& lists, std::int32_t samples) {
     count_ = lists.Count();
     std::int64_t weights = 0;
     for (std::int32_t i = 0; i < count_; ++i) {
         if (!Serves(lists[i])) return false;
-        weights += lists[i].count;
+        weights += PaddedCount(lists, i, samples);
     }
     if (!taps_.Allocate(count_) || !bounds_.Allocate(count_) || !weights_.Allocate(weights)) return false;
     float* next = weights_.data();
     for (std::int32_t i = 0; i < count_; ++i) {
         const rows::Taps& list = lists[i];
-        taps_[i] = {next, list.first, list.count};
-        for (std::int32_t turn = 0; turn < list.count; ++turn) {
-            const std::int32_t k = rows::QuickTurn(turn, list.count);
-            next[k] = Add(list.weights[k], list, bounds_[i]);
+        taps_[i] = {next, list.first, PaddedCount(lists, i, samples)};
+        for (std::int32_t turn = 0; turn < taps_[i].count; ++turn) {
+            const std::int32_t k = rows::QuickTurn(turn, taps_[i].count);
+            next[k] = k < list.count ? Add(list.weights[k], list, bounds_[i]) : 0;
         }
         if (i > 0 && HaveSameWeights(taps_[i], taps_[i - 1]))
             taps_[i].weights = taps_[i - 1].weights;
         else
-            next += list.count;
+            next += taps_[i].count;
         mostPlaces_ = std::max(mostPlaces_, bounds_[i].places);
     }
     return true;

@@ -44,8 +44,10 @@ namespace tqx {
 class QuickTaps {
   public:
     // Of finished lists. False when memory is short, or when a list is one that the proof does not hold
-    // for: longer than kMostTaps, or without a reciprocal.
-    bool Build(const Contributions& lists);
+    // for: longer than kMostTaps, or without a reciprocal. Lists a little shorter than the longest one get
+    // weights of 0 at their end, which add nothing to a sum, as far as there are `samples`: neighbours that are
+    // equally long are summed side by side.
+    bool Build(const Contributions& lists, std::int32_t samples = 0);
 
     const rows::QuickTaps& operator[](std::int32_t i) const { return taps_[i]; }
     const rows::QuickTaps* Lists() const { return taps_.data(); }

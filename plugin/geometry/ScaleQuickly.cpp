@@ -44,8 +44,9 @@ class QuickScaling {
     // False when memory is short, or when a size or a kernel's weights don't suit.
     bool Prepare(const ScaleJob& job) {
         job_ = &job;
-        return BuildLists() && quickAcross_.Build(across_) && quickDown_.Build(down_) && MakeRings() &&
-               acrossBands_.Prepare(job, quickAcross_) && exact_.Prepare(job, across_, down_, sampled_, stride_);
+        return BuildLists() && quickAcross_.Build(across_, job.source->Width) && quickDown_.Build(down_) &&
+               MakeRings() && acrossBands_.Prepare(job, quickAcross_) &&
+               exact_.Prepare(job, across_, down_, sampled_, stride_);
     }
 
     void Run() {
