@@ -2,7 +2,6 @@
 #include "plugin/geometry/ExactSamples.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstring>
 
 #include "plugin/geometry/SourceColumns.h"
@@ -46,7 +45,7 @@ bool ExactSamples::Prepare(const ScaleJob& job, const Contributions& across, con
            made_.Allocate(sampled.rows / kLanes, blocks_) &&
            lanes_.Allocate(std::int64_t{most} * values_ + kSlack, kLanes) &&
            sums_.Allocate(std::int64_t{kBlockColumns} * values_ + kSlack, kLanes) && piece_.Allocate(sampled.rows) &&
-           scattered_.Allocate(stride);
+           scattered_.Allocate(stride + rows::kOpenAtOnce) && openPieces_.Allocate(stride / kPiece);
 }
 
 bool& ExactSamples::Made(std::int64_t band, std::int64_t block) const {
@@ -59,21 +58,19 @@ void ExactSamples::Forget(std::int64_t y) {
 }
 
 void ExactSamples::Decide(std::int32_t y, std::uint64_t* undecided, std::uint8_t* bytes) {
-    for (std::int64_t at = 0; at < count_; at += kPiece) {
-        std::uint64_t word = undecided[at / kPiece];
-        if (count_ - at < kPiece) word &= (std::uint64_t{1} << (count_ - at)) - 1;
-        if (word == 0) continue;
-        const std::int64_t before = scatteredCount_;
-        Scatter(at, word);
-        if (scatteredCount_ - before <= few_) continue;
-        scatteredCount_ = before;
+    const std::int64_t pieces = (count_ + kPiece - 1) / kPiece;
+    if (count_ % kPiece != 0) undecided[pieces - 1] &= (std::uint64_t{1} << (count_ % kPiece)) - 1;
+    rows::OpenSamples open{scattered_.data(), 0, openPieces_.data(), 0};
+    listOpen_(undecided, pieces, few_, &open);
+    for (std::int64_t i = 0; i < open.pieceCount; ++i) {
+        const std::int64_t at = std::int64_t{open.pieces[i]} * kPiece;
         const rows::Block columns = ColumnsOf(at);
         if (IsFlat(y, columns))
             DecideFlat(y, at, columns, bytes);
         else
             DecidePiece(y, at, bytes);
     }
-    DecideScattered(y, bytes);
+    DecideScattered(y, open, bytes);
 }
 
 // The columns that the samples of a piece belong to.
@@ -84,17 +81,11 @@ rows::Block ExactSamples::ColumnsOf(std::int64_t at) const {
 
 // --- One by one -------------------------------------------------------------------------------
 
-void ExactSamples::Scatter(std::int64_t at, std::uint64_t undecided) {
-    for (; undecided != 0; undecided &= undecided - 1)
-        scattered_[scatteredCount_++] = static_cast<std::int32_t>(at + std::countr_zero(undecided));
-}
-
-void ExactSamples::DecideScattered(std::int32_t y, std::uint8_t* bytes) {
+void ExactSamples::DecideScattered(std::int32_t y, const rows::OpenSamples& open, std::uint8_t* bytes) {
     const rows::Taps& list = (*down_)[y];
     const rows::ScatteredRow row{
         .columns = across_->Lists(), .down = list, .rows = sampled_.From(list.first), .values = values_};
-    sumScattered_(row, scattered_.data(), scatteredCount_, bytes);
-    scatteredCount_ = 0;
+    sumScattered_(row, open.samples, open.sampleCount, bytes);
 }
 
 // --- Flat areas -------------------------------------------------------------------------------

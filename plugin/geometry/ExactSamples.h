@@ -15,6 +15,7 @@
 #include "plugin/geometry/ScaleJob.h"
 #include "plugin/rows/Blocks.h"
 #include "plugin/rows/ScaleDown.h"
+#include "plugin/rows/ScaleOpen.h"
 #include "plugin/rows/ScaleScattered.h"
 
 namespace tqx {
@@ -46,8 +47,7 @@ class ExactSamples {
 
   private:
     rows::Block ColumnsOf(std::int64_t piece) const;
-    void Scatter(std::int64_t at, std::uint64_t undecided);
-    void DecideScattered(std::int32_t y, std::uint8_t* bytes);
+    void DecideScattered(std::int32_t y, const rows::OpenSamples& open, std::uint8_t* bytes);
     bool IsFlat(std::int32_t y, const rows::Block& columns) const;
     std::uint8_t FlatByte(std::int32_t y, std::uint8_t value);
     void DecideFlat(std::int32_t y, std::int64_t at, const rows::Block& columns, std::uint8_t* bytes);
@@ -69,13 +69,14 @@ class ExactSamples {
     rows::LanesToRowsFunction* lanesToRows_ = rows::kLanesToRows.Chosen();
     rows::SumDownFunction* sumDown_ = rows::kSumDown.Chosen();
     rows::SumScatteredFunction* sumScattered_ = nullptr;
+    rows::ListOpenFunction* listOpen_ = rows::kListOpen.Chosen();
     Scratch<double> rows_;   // intermediate values, of blocks that were made
     Scratch<bool> made_;     // by bands of rows::kLanes rows and by blocks
     Scratch<double> lanes_;  // of a block
     Scratch<float> sums_;
     Scratch<const double*> piece_;     // where a piece's rows are
     Scratch<std::int32_t> scattered_;  // the row's samples that are summed by themselves
-    std::int64_t scatteredCount_ = 0;
+    Scratch<std::int32_t> openPieces_;
     struct Flat {
         std::int32_t row = -1;
         std::uint8_t byte;

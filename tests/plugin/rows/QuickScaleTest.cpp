@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "plugin/rows/QuickScale.h"
+#include "plugin/rows/ScaleOpen.h"
 #include "plugin/rows/ScaleScattered.h"
 #include "plugin/rows/Taps.h"
 #include "tests/plugin/rows/Levels.h"
@@ -114,6 +115,30 @@ TEST_P(QuickScale, TellsDecidedBytesFromUndecidedOnes) {
                 ASSERT_EQ(plainBits[0], output.whole ? ~whole[0] : ~std::uint64_t{0});
             }
         }
+}
+
+// Words with every number of bits.
+TEST_P(QuickScale, ListsOpenSamplesAndPiecesOfMany) {
+    Random random(6);
+    constexpr int kWords = 200;
+    std::vector<std::uint64_t> undecided(kWords);
+    for (int i = 0; i < kWords; ++i)
+        for (int bits = i % 65; std::popcount(undecided[i]) < bits;)
+            undecided[i] |= std::uint64_t{1} << random.Next() % 64;
+    for (const int few : {0, 1, 3, 4, 5, 6, 17, 56, 64}) {
+        std::vector<std::int32_t> samples, pieces, madeSamples(kWords * kPiece + rows::kOpenAtOnce), madePieces(kWords);
+        for (int i = 0; i < kWords; ++i) {
+            if (std::popcount(undecided[i]) > few) pieces.push_back(i);
+            for (int bit = 0; bit < kPiece && std::popcount(undecided[i]) <= few; ++bit)
+                if ((undecided[i] >> bit & 1) != 0) samples.push_back(i * kPiece + bit);
+        }
+        rows::OpenSamples open{madeSamples.data(), 0, madePieces.data(), 0};
+        rows::kListOpen.At(GetParam())(undecided.data(), kWords, few, &open);
+        madeSamples.resize(static_cast<std::size_t>(open.sampleCount));
+        madePieces.resize(static_cast<std::size_t>(open.pieceCount));
+        ASSERT_EQ(madeSamples, samples) << few;
+        ASSERT_EQ(madePieces, pieces) << few;
+    }
 }
 
 // Lists with different numbers of weights, some of which add up to very little.
