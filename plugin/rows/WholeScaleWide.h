@@ -21,7 +21,7 @@ struct WholeGroups {
 
 void WholeSumAcross(const WholeRun* runs, std::int64_t count, const std::uint32_t* const* pairs, int rows, int shift,
                     std::uint8_t* const* bytes) {
-    const __m128i bits = _mm_cvtsi32_si128(shift);
+    const __m256i bits = _mm256_set1_epi32(shift);
     const __m256i order = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);
     for (std::int64_t at = 0; at < count; ++at) {
         const WholeRun& run = runs[at];
@@ -32,7 +32,7 @@ void WholeSumAcross(const WholeRun* runs, std::int64_t count, const std::uint32_
             for (int i = 0; i < kGroups; ++i) {
                 const auto* const from = reinterpret_cast<const __m256i*>(pairs[row] + run.base[i]);
                 const __m256i pair = _mm256_permutevar8x32_epi32(_mm256_loadu_si256(from), groups.index[i]);
-                sums[i] = _mm256_srl_epi32(_mm256_madd_epi16(pair, groups.weights[i]), bits);
+                sums[i] = _mm256_srlv_epi32(_mm256_madd_epi16(pair, groups.weights[i]), bits);
             }
             const __m256i low = _mm256_packus_epi32(sums[0], sums[1]), high = _mm256_packus_epi32(sums[2], sums[3]);
             const __m256i packed = _mm256_permutevar8x32_epi32(_mm256_packus_epi16(low, high), order);
