@@ -30,8 +30,8 @@ struct Shelf {
 
 Shelf shelves[kLargestKept / kStep + 1];
 
-// Of a size as it was asked for; null where such blocks are not kept.
-Shelf* ShelfOf(std::size_t size) { return size <= kLargestKept ? &shelves[(size + kStep - 1) / kStep] : nullptr; }
+// Of a size as it was asked for; null where such blocks are not kept. One of no bytes has no room for the link.
+Shelf* ShelfOf(std::size_t size) { return size > 0 && size <= kLargestKept ? &shelves[(size - 1) / kStep] : nullptr; }
 
 // All blocks of a shelf have room for its largest size.
 std::size_t WholeSteps(std::size_t size) { return (size + kStep - 1) / kStep * kStep; }
